@@ -1,0 +1,118 @@
+# How the rooms of the house are built: one function for a sibling library, one for a module of the framework, one for a
+# test program and one for a bench. Each CMakeLists.txt then only lists what belongs to it, by role.
+
+include(GNUInstallDirs)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# A build tree has the shape of an installed one, so that the library finds its messages and plug-ins in both.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+
+if(WIN32)
+  set(KO_SYSTEM windows)
+else()
+  set(KO_SYSTEM posix)
+endif()
+
+find_package(Threads REQUIRED)
+
+# What the project's own code is compiled with; nothing of it reaches a user.
+add_library(koOwnOptions INTERFACE)
+target_compile_options(koOwnOptions INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor)
+if(KO_DEVELOPER)
+  target_compile_options(koOwnOptions INTERFACE -Werror)
+endif()
+if(KO_SANITIZE)
+  add_compile_options(-fsanitize=${KO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${KO_SANITIZE})
+endif()
+
+# Calls within a library go straight to their target.
+add_compile_options(-fno-semantic-interposition)
+
+set(KO_ROLES PUBLIC_HEADERS TEMPLATE_BODIES PRIVATE_HEADERS SOURCES POSIX_SOURCES WINDOWS_SOURCES NEIGHBOURS)
+
+# ko_sources(<out> ...): the sources of a room with the half that this system needs.
+function(ko_sources out)
+  cmake_parse_arguments(ROOM "" "" "${KO_ROLES}" ${ARGN})
+  set(sources ${ROOM_SOURCES})
+  if(KO_SYSTEM STREQUAL "posix")
+    list(APPEND sources ${ROOM_POSIX_SOURCES})
+  else()
+    list(APPEND sources ${ROOM_WINDOWS_SOURCES})
+  endif()
+  list(APPEND sources ${ROOM_PUBLIC_HEADERS} ${ROOM_TEMPLATE_BODIES} ${ROOM_PRIVATE_HEADERS})
+  set(${out} ${sources} PARENT_SCOPE)
+endfunction()
+
+# ko_install_headers(<folder> ...): public headers and template bodies keep their include path below include/ko.
+function(ko_install_headers folder)
+  cmake_parse_arguments(ROOM "" "" "${KO_ROLES}" ${ARGN})
+  install(FILES ${ROOM_PUBLIC_HEADERS} ${ROOM_TEMPLATE_BODIES}
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ko/${folder} COMPONENT development)
+endfunction()
+
+function(ko_shared_library target name)
+  set_target_properties(${target} PROPERTIES OUTPUT_NAME KO${name} EXPORT_NAME ${name}
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  add_library(KO::${name} ALIAS ${target})
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:koOwnOptions> PUBLIC Threads::Threads)
+  target_link_options(${target} PRIVATE $<$<NOT:$<BOOL:${KO_SANITIZE}>>:-Wl,--no-undefined>)
+  install(TARGETS ${target} EXPORT KOframeworkTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
+endfunction()
+
+# ko_platform_library(<name> roles...): one of the sibling libraries, lib KO<name>.
+function(ko_platform_library name)
+  cmake_parse_arguments(ROOM "" "" "${KO_ROLES}" ${ARGN})
+  ko_sources(sources ${ARGN})
+  string(TOUPPER ${name} upper)
+  add_library(ko_${name} SHARED ${sources})
+  ko_shared_library(ko_${name} ${name})
+  target_compile_definitions(ko_${name} PRIVATE KO_BUILDING_${upper})
+  target_include_directories(ko_${name} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/ko>)
+  list(TRANSFORM ROOM_NEIGHBOURS PREPEND KO::)
+  target_link_libraries(ko_${name} PUBLIC ${ROOM_NEIGHBOURS} PRIVATE ${CMAKE_DL_LIBS})
+  ko_install_headers(${name} ${ARGN})
+endfunction()
+
+# ko_module(<name> roles...): one of the modules that make up libKOframework.
+function(ko_module name)
+  ko_sources(sources ${ARGN})
+  list(TRANSFORM sources PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  target_sources(ko_framework PRIVATE ${sources})
+  ko_install_headers(framework/${name} ${ARGN})
+endfunction()
+
+# ko_test(<name> SOURCES ... [LIBRARIES ...] [CONCURRENT]): a GoogleTest program; every test runs in a process of its own.
+# CONCURRENT marks those that also run under ThreadSanitizer.
+function(ko_test name)
+  cmake_parse_arguments(TEST "CONCURRENT" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${TEST_SOURCES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE koOwnOptions ${TEST_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
+  set(labels "")
+  if(TEST_CONCURRENT)
+    set(labels PROPERTIES LABELS concurrent)
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}." ${labels})
+endfunction()
+
+# ko_bench(<name> SOURCES ... LIBRARIES ...): a Google Benchmark program.
+function(ko_bench name)
+  cmake_parse_arguments(BENCH "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${BENCH_SOURCES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE koOwnOptions ${BENCH_LIBRARIES} benchmark::benchmark)
+endfunction()

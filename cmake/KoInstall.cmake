@@ -1,0 +1,13 @@
+# What `cmake --install` writes: a tree that works wherever it is moved to.
+
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/KOframework)
+configure_package_config_file(cmake/KOframeworkConfig.cmake.in KOframeworkConfig.cmake INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(KOframeworkConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/KOframeworkConfig.cmake ${PROJECT_BINARY_DIR}/KOframeworkConfigVersion.cmake
+  DESTINATION ${package_dir} COMPONENT development)
+install(EXPORT KOframeworkTargets NAMESPACE KO:: DESTINATION ${package_dir} COMPONENT development)
+
+configure_file(cmake/koframework.pc.in koframework.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/koframework.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

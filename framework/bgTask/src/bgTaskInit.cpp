@@ -1,0 +1,23 @@
+#include "framework/bgTask/bgTaskInit.h"
+
+#include "base/baseInit.h"
+#include "base/inInit.h"
+#include "internalAPI/internalAPIInit.h"
+#include "primitives/primitivesInit.h"
+#include "resmgt/resmgtInit.h"
+
+namespace Ko {
+
+namespace {
+
+class BgTaskInit final : public InInit<KoInit::bgTask> {
+public:
+    BgTaskInit()
+        : InInit("bgTask", packagesOf<KoInit::internalAPI, KoInit::primitives, KoInit::resmgt, KoInit::base>()) {}
+};
+
+BgTaskInit package;
+
+} // namespace
+
+} // namespace Ko

@@ -1,0 +1,20 @@
+#include "framework/plugInMgr/plugInMgrInit.h"
+
+#include "base/baseInit.h"
+#include "base/inInit.h"
+#include "resmgt/resmgtInit.h"
+
+namespace Ko {
+
+namespace {
+
+class PlugInMgrInit final : public InInit<KoInit::plugInMgr> {
+public:
+    PlugInMgrInit() : InInit("plugInMgr", packagesOf<KoInit::resmgt, KoInit::base>()) {}
+};
+
+PlugInMgrInit package;
+
+} // namespace
+
+} // namespace Ko

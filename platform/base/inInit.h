@@ -1,0 +1,46 @@
+#pragma once
+
+#include "base/inPackageInit.h"
+
+#include <vector>
+
+namespace Ko {
+
+/// The type records of the packages that the tags stand for.
+template <class... Tags>
+std::vector<InPackageInit::Type> packagesOf() {
+    return {typeid(Tags)...};
+}
+
+/// Base of the package that `Tag` stands for. `Tag` is an empty type in the namespace `KoInit`, named like the package:
+///
+///     namespace KoInit { struct scene {}; }
+///
+///     class SceneInit final : public Ko::InInit<KoInit::scene> {
+///     public:
+///         SceneInit() : InInit("scene", Ko::packagesOf<KoInit::command, KoInit::base>()) {}
+///         void initialize() override { ... }
+///         void finalize() override { ... }
+///     };
+///     SceneInit scene; // in the unnamed namespace of a source of the library
+template <class Tag>
+class InInit : public InPackageInit {
+public:
+    static Type getType() { return typeid(Tag); }
+
+    void setInitialized(bool initialized) override { _initialized = initialized; }
+    bool isInitialized() const noexcept { return _initialized; }
+
+protected:
+    InInit(std::string name, std::vector<Type> const& dependencies) : InPackageInit(std::move(name), getType()) {
+        registerPackage();
+        for (Type const package : dependencies)
+            addDependency(package);
+    }
+    ~InInit() override = default;
+
+private:
+    bool _initialized = false;
+};
+
+} // namespace Ko

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "base/baseApi.h"
+#include "base/exBase.h"
+
+namespace Ko {
+
+/// A start-up that cannot go on; the reason names the packages, the variable or the file.
+class KO_BASE_API InInitEx : public ExBase {
+public:
+    InInitEx(char const* file, int line, std::string reason);
+    ExBase* clone() const override;
+    [[noreturn]] void raise() const override;
+};
+
+/// Starts and ends the framework: initialises every registered package after those that it depends on, packages that do
+/// not depend on each other in the order in which they were registered, and finalises them in reverse.
+///
+/// Called on one thread, which becomes the application thread. A process initialises once.
+class KO_BASE_API InInitMgr {
+public:
+    /// How packages are initialised that register later, with a library that is opened while the process runs.
+    enum InitType {
+        /// The start of the process. No library may be opened in this mode.
+        Standard = 0,
+        /// A start-up of its own, after the first one: `InReinitGuard`.
+        Reinitialization = 1,
+        /// Part of the start-up that is going on: `InRecursiveInitGuard`.
+        Recursive = 2
+    };
+
+    /// Initialises the registered packages. What the command line assigns to their variables is taken out of `argv`.
+    ///
+    /// If a package is missing, packages depend on each other in a circle, or a hook throws, what was initialised is
+    /// finalised again in reverse; an exception of a hook is passed on with the package's name before its reason.
+    /// @throws InInitEx, and what a hook throws.
+    static void initialize(int& argc, char** argv);
+    static void initialize();
+
+    /// Calls the pre-finalise hooks of all packages and then their finalise hooks. A hook that throws keeps no other
+    /// from being called; the first exception is thrown at the end, the others are written to standard error.
+    /// Does nothing if the process is not initialised.
+    static void finalize();
+
+    static bool isInitialized() noexcept;
+    /// Whether the calling thread is the one that initialised; also true after it has finalised. Any thread.
+    static bool isApplicationThread() noexcept;
+};
+
+/// Initialises at its begin and finalises at its end.
+class KO_BASE_API InInitScope {
+public:
+    InInitScope(int& argc, char** argv) { InInitMgr::initialize(argc, argv); }
+    InInitScope() { InInitMgr::initialize(); }
+    /// @throws what `InInitMgr::finalize()` throws; while another exception is passing, that is written to standard
+    /// error instead.
+    ~InInitScope() noexcept(false);
+    InInitScope(InInitScope const&) = delete;
+    InInitScope& operator=(InInitScope const&) = delete;
+};
+
+/// The scope in which a library is opened after start-up:
+///
+///     InReinitGuard guard;
+///     OsSharedLib::open(path);
+///     guard.initializePackages();
+class KO_BASE_API InReinitGuard {
+public:
+    InReinitGuard();
+    /// Forgets the packages that registered within the scope and were not initialised.
+    ~InReinitGuard();
+    InReinitGuard(InReinitGuard const&) = delete;
+    InReinitGuard& operator=(InReinitGuard const&) = delete;
+
+    /// Initialises the packages that registered since and calls their post-initialise hooks. When one fails, those of
+    /// its scope that were initialised are finalised again.
+    /// @throws InInitEx, and what a hook throws.
+    void initializePackages();
+};
+
+/// The same while a start-up is going on, from within a package's hook: the post-initialise hooks are called with those
+/// of that start-up. When none is going on, it is like `InReinitGuard`.
+class KO_BASE_API InRecursiveInitGuard {
+public:
+    InRecursiveInitGuard();
+    /// Forgets the packages that registered within the scope and were not initialised.
+    ~InRecursiveInitGuard();
+    InRecursiveInitGuard(InRecursiveInitGuard const&) = delete;
+    InRecursiveInitGuard& operator=(InRecursiveInitGuard const&) = delete;
+
+    /// @throws InInitEx, and what a hook throws.
+    void initializePackages();
+};
+
+} // namespace Ko

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "base/baseApi.h"
+#include "base/exBase.h"
+
+namespace Ko {
+
+/// Misuse of a singleton's lifetime; the reason names the singleton's class.
+class KO_BASE_API InSingletonEx : public ExBase {
+public:
+    class ExAlreadyInitialized;
+    class ExNotInitialized;
+    class ExAlreadyDestroyed;
+
+protected:
+    InSingletonEx(char const* file, int line, char const* type, char const* problem);
+};
+
+class KO_BASE_API InSingletonEx::ExAlreadyInitialized : public InSingletonEx {
+public:
+    ExAlreadyInitialized(char const* file, int line, char const* type);
+    ExBase* clone() const override;
+    [[noreturn]] void raise() const override;
+};
+
+class KO_BASE_API InSingletonEx::ExNotInitialized : public InSingletonEx {
+public:
+    ExNotInitialized(char const* file, int line, char const* type);
+    ExBase* clone() const override;
+    [[noreturn]] void raise() const override;
+};
+
+class KO_BASE_API InSingletonEx::ExAlreadyDestroyed : public InSingletonEx {
+public:
+    ExAlreadyDestroyed(char const* file, int line, char const* type);
+    ExBase* clone() const override;
+    [[noreturn]] void raise() const override;
+};
+
+/// The one object of a class that a package's initialise hook creates and its finalise hook destroys.
+///
+/// It lives once: after `performFinalize()` it cannot be created again. No locking: `performInitialize()` and
+/// `performFinalize()` belong on one thread while no other uses the object. A call that fails changes nothing.
+///
+/// The header of `T` declares the instantiation and one source that includes `inSingleton.imp.h` makes it, so that there
+/// is one object in the whole process, plug-ins included:
+///
+///     extern template class KO_FRAMEWORK_API InSingleton<T>; // header
+///     template class InSingleton<T>;                         // source
+template <class T>
+class InSingleton {
+public:
+    enum State { UNINITIALIZED = 0, INITIALIZED = 1, DESTROYED = 2 };
+
+    /// @throws InSingletonEx::ExAlreadyInitialized, InSingletonEx::ExAlreadyDestroyed, and what the constructor throws.
+    static void performInitialize();
+    /// @throws InSingletonEx::ExNotInitialized outside the object's lifetime.
+    static T& getInstance();
+    /// @throws InSingletonEx::ExNotInitialized, InSingletonEx::ExAlreadyDestroyed
+    static void performFinalize();
+    static bool isInitialized() noexcept;
+
+protected:
+    InSingleton() = default;
+    ~InSingleton() = default;
+
+private:
+    static State _state;
+    static T* _pointee;
+};
+
+} // namespace Ko

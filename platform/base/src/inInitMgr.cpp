@@ -1,0 +1,83 @@
+#include "base/inInitMgr.h"
+
+#include "base/assertions.h"
+#include "base/src/inConfiguration.h"
+#include "base/src/inRegistry.h"
+
+#include <atomic>
+#include <iostream>
+#include <thread>
+
+namespace Ko {
+
+namespace {
+
+constexpr AssertionSource source{"base\\src\\inInitMgr"};
+
+// Written once, before the application starts other threads; read by any of them.
+std::atomic<std::thread::id> applicationThread{};
+std::atomic<bool> initialized{false};
+
+} // namespace
+
+InInitEx::InInitEx(char const* file, int line, std::string reason) : ExBase(file, line, std::move(reason)) {}
+ExBase* InInitEx::clone() const {
+    return copyOf(*this);
+}
+void InInitEx::raise() const {
+    throw *this;
+}
+
+void InInitMgr::initialize(int& argc, char** argv) {
+    source.require(!initialized, "!initialized");
+    applicationThread = std::this_thread::get_id();
+    InRegistry& registry = InRegistry::getInstance();
+    InConfiguration::getInstance().read(argc, argv, registry.argumentAliases());
+    registry.initializeWaiting(Standard);
+    initialized = true;
+}
+
+void InInitMgr::initialize() {
+    int noArguments = 0;
+    initialize(noArguments, nullptr);
+}
+
+void InInitMgr::finalize() {
+    if (initialized.exchange(false)) InRegistry::getInstance().finalizeAll();
+}
+
+bool InInitMgr::isInitialized() noexcept {
+    return initialized;
+}
+
+bool InInitMgr::isApplicationThread() noexcept {
+    return applicationThread.load(std::memory_order_relaxed) == std::this_thread::get_id();
+}
+
+InInitScope::~InInitScope() noexcept(false) {
+    bool const unwinding = std::uncaught_exceptions() > 0;
+    try {
+        InInitMgr::finalize();
+    } catch (std::exception const& error) {
+        if (!unwinding) throw;
+        std::cerr << error.what() << std::endl;
+    }
+}
+
+InReinitGuard::InReinitGuard() = default;
+InReinitGuard::~InReinitGuard() {
+    InRegistry::getInstance().dropWaiting();
+}
+void InReinitGuard::initializePackages() {
+    InRegistry::getInstance().initializeWaiting(InInitMgr::Reinitialization);
+}
+
+InRecursiveInitGuard::InRecursiveInitGuard() = default;
+InRecursiveInitGuard::~InRecursiveInitGuard() {
+    InRegistry::getInstance().dropWaiting();
+}
+void InRecursiveInitGuard::initializePackages() {
+    InRegistry::getInstance().initializeWaiting(InInitMgr::Recursive);
+}
+
+} // namespace Ko

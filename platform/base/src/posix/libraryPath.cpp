@@ -1,0 +1,14 @@
+#include "base/src/libraryPath.h"
+
+#include <dlfcn.h>
+#include <filesystem>
+
+namespace Ko {
+
+std::string baseLibraryPath() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<void const*>(&baseLibraryPath), &info) == 0 || !info.dli_fname) return {};
+    return std::filesystem::absolute(info.dli_fname).lexically_normal().string();
+}
+
+} // namespace Ko

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace KoInit {
+
+/// Stands for the package of libKOinternalAPI.
+struct internalAPI {};
+
+} // namespace KoInit

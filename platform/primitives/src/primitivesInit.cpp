@@ -1,0 +1,20 @@
+#include "primitives/primitivesInit.h"
+
+#include "base/baseInit.h"
+#include "base/inInit.h"
+#include "resmgt/resmgtInit.h"
+
+namespace Ko {
+
+namespace {
+
+class PrimitivesInit final : public InInit<KoInit::primitives> {
+public:
+    PrimitivesInit() : InInit("primitives", packagesOf<KoInit::resmgt, KoInit::base>()) {}
+};
+
+PrimitivesInit package;
+
+} // namespace
+
+} // namespace Ko

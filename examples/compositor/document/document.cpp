@@ -1,0 +1,85 @@
+#include "document/document.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace compositor {
+
+namespace {
+
+bool isPrintable(char byte) {
+    return static_cast<unsigned char>(byte) >= 0x20 && byte != 0x7F;
+}
+
+} // namespace
+
+Document::Document(Size canvas) {
+    setCanvas(canvas);
+}
+
+void Document::setCanvas(Size canvas) {
+    checkSize(canvas);
+    _canvas = canvas;
+}
+
+Layer const& Document::layer(std::string const& name) const {
+    auto const found = std::ranges::find(_layers, name, &Layer::name);
+    if (found == _layers.end()) throw DocumentError("there is no layer \"" + name + "\"");
+    return *found;
+}
+
+std::size_t Document::indexOf(std::uint64_t id) const {
+    auto const found = std::ranges::find(_layers, id, &Layer::id);
+    if (found == _layers.end()) throw DocumentError("the layer is no longer there");
+    return static_cast<std::size_t>(found - _layers.begin());
+}
+
+void Document::insert(std::size_t index, Layer layer) {
+    check(layer);
+    if (index > _layers.size())
+        throw DocumentError("position " + std::to_string(index) + " lies above the highest layer");
+    _lastId = std::max(_lastId, layer.id);
+    _layers.insert(_layers.begin() + static_cast<std::ptrdiff_t>(index), std::move(layer));
+}
+
+Layer Document::remove(std::uint64_t id) {
+    auto const position = _layers.begin() + static_cast<std::ptrdiff_t>(indexOf(id));
+    Layer removed = std::move(*position);
+    _layers.erase(position);
+    return removed;
+}
+
+void Document::reorder(std::uint64_t id, std::size_t index) {
+    std::size_t const from = indexOf(id);
+    if (index >= _layers.size())
+        throw DocumentError("position " + std::to_string(index) + " lies above the highest layer");
+    auto const at = [this](std::size_t position) { return _layers.begin() + static_cast<std::ptrdiff_t>(position); };
+    if (from < index)
+        std::rotate(at(from), at(from + 1), at(index + 1));
+    else
+        std::rotate(at(index), at(from), at(from + 1));
+}
+
+void Document::replace(Layer layer) {
+    std::size_t const index = indexOf(layer.id);
+    check(layer);
+    _layers[index] = std::move(layer);
+}
+
+void Document::check(Layer const& layer) const {
+    if (layer.name.empty() || !std::ranges::all_of(layer.name, isPrintable))
+        throw DocumentError("a layer's name must not be empty or hold control characters");
+    if (std::ranges::any_of(
+            _layers, [&](Layer const& other) { return other.name == layer.name && other.id != layer.id; }))
+        throw DocumentError("there is a layer \"" + layer.name + "\" already");
+    if (!(layer.placed.opacity >= 0.0f && layer.placed.opacity <= 1.0f))
+        throw DocumentError("an opacity lies between 0 and 1");
+}
+
+Renderer Document::renderer() const {
+    std::vector<PlacedPicture> placed;
+    std::ranges::transform(_layers, std::back_inserter(placed), &Layer::placed);
+    return Renderer(_canvas, std::move(placed));
+}
+
+} // namespace compositor

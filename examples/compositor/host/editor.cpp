@@ -1,0 +1,102 @@
+#include "host/editor.h"
+
+#include "document/documentFile.h"
+#include "framework/command/cmUndoGuard.h"
+#include "host/commands.h"
+#include "image/pngFile.h"
+
+namespace compositor {
+
+void Editor::open(std::filesystem::path const& path, std::string const& name) {
+    std::vector<std::byte> const bytes = readFile(path);
+    try {
+        if (isPng(bytes)) return addLayer(name, decodePng(bytes));
+        _document = decodeDocument(bytes);
+    } catch (std::runtime_error const& error) {
+        throw DocumentError(path.string() + " cannot be opened: " + error.what());
+    }
+    _history->clear();
+}
+
+void Editor::save(std::filesystem::path const& path) const {
+    saveDocument(_document, path);
+}
+
+void Editor::render(std::filesystem::path const& path) const {
+    _document.renderer().renderToFile(path);
+}
+
+void Editor::setCanvas(Size canvas) {
+    checkSize(canvas);
+    execute(makeSetCanvas(_document, canvas));
+}
+
+void Editor::addLayer(std::string const& name, Picture picture) {
+    Layer layer{_document.newId(), name, {}};
+    layer.placed.picture = std::make_shared<Picture const>(std::move(picture));
+    Document(_document).insert(0, layer);
+    execute(makeAddLayer(_document, std::move(layer)));
+}
+
+void Editor::removeLayer(std::string const& name) {
+    execute(makeRemoveLayer(_document, _document.layer(name)));
+}
+
+void Editor::reorderLayer(std::string const& name, std::size_t index) {
+    Layer const& layer = _document.layer(name);
+    Document(_document).reorder(layer.id, index);
+    execute(makeReorderLayer(_document, layer, index));
+}
+
+void Editor::renameLayer(std::string const& name, std::string const& newName) {
+    Layer changed = _document.layer(name);
+    changed.name = newName;
+    change(std::move(changed), "Rename " + name);
+}
+
+void Editor::moveLayer(std::string const& name, int x, int y) {
+    Layer changed = _document.layer(name);
+    changed.placed.x = x;
+    changed.placed.y = y;
+    change(std::move(changed), "Move " + name);
+}
+
+void Editor::setOpacity(std::string const& name, float opacity) {
+    Layer changed = _document.layer(name);
+    changed.placed.opacity = opacity;
+    change(std::move(changed), "Opacity of " + name);
+}
+
+void Editor::setBlend(std::string const& name, BlendMode blend) {
+    Layer changed = _document.layer(name);
+    changed.placed.blend = blend;
+    change(std::move(changed), "Blend " + name);
+}
+
+void Editor::dragLayer(std::string const& name, std::vector<Point> const& path) {
+    using Ko::PiExecParam;
+    bool const grouped = Ko::CmUndoGuard::isGuardActive();
+    auto const guarded = [&](PiExecParam::Transition transition, auto const& work) {
+        Ko::CmUndoGuard const guard(_history, "Drag " + name, grouped ? PiExecParam::NOT_TRANSITION : transition);
+        work();
+    };
+    static_cast<void>(_document.layer(name));
+    guarded(PiExecParam::BEGIN_TRANSITION, [] {});
+    for (Point const point : path)
+        guarded(PiExecParam::TRANSITION, [&] { moveLayer(name, point.x, point.y); });
+    guarded(PiExecParam::END_TRANSITION, [] {});
+}
+
+void Editor::execute(Ko::RCShdPtr<Ko::CmCommand> const& command) {
+    // Joins the guard that is open, if any; the command's own description names the step otherwise.
+    Ko::CmUndoGuard guard(_history, command->getDescription(), {});
+    guard.execAndAddUndoCommand(command);
+}
+
+// Tried on a copy first: a change that the document refuses is told in words and never becomes a command.
+void Editor::change(Layer changed, std::string const& description) {
+    Document(_document).replace(changed);
+    execute(makeChangeLayer(_document, std::move(changed), description));
+}
+
+} // namespace compositor

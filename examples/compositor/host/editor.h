@@ -1,0 +1,58 @@
+#pragma once
+
+#include "document/document.h"
+#include "framework/command/cmCommandStack.h"
+#include "framework/command/cmCommandStackGuard.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace compositor {
+
+/// One open document and its history. Every edit is an undo step of its own, or part of the guard that is open around it.
+///
+/// What an edit throws, `DocumentError` or `ImageError`, it throws before it changes anything. Between `Ko::InInitMgr`'s
+/// initialise and finalise, on the application thread.
+class Editor {
+public:
+    Editor() = default;
+    Editor(Editor const&) = delete;
+    Editor& operator=(Editor const&) = delete;
+
+    Document const& document() const { return _document; }
+    Ko::RCShdPtr<Ko::CmCommandStack> const& history() const { return _history; }
+
+    /// Opens a document in place of this one, with a history of its own, or adds a picture as a layer named `name`.
+    void open(std::filesystem::path const& path, std::string const& name);
+    void save(std::filesystem::path const& path) const;
+    void render(std::filesystem::path const& path) const;
+
+    void setCanvas(Size canvas);
+    void addLayer(std::string const& name, Picture picture);
+    void removeLayer(std::string const& name);
+    void reorderLayer(std::string const& name, std::size_t index);
+    void renameLayer(std::string const& name, std::string const& newName);
+    void moveLayer(std::string const& name, int x, int y);
+    void setOpacity(std::string const& name, float opacity);
+    void setBlend(std::string const& name, BlendMode blend);
+
+    struct Point {
+        int x;
+        int y;
+    };
+    /// Moves a layer along a path, as dragging it does: one long transaction, and one undo step, of as many guards as there
+    /// are points. Inside a group it is part of that.
+    void dragLayer(std::string const& name, std::vector<Point> const& path);
+
+private:
+    void execute(Ko::RCShdPtr<Ko::CmCommand> const& command);
+    void change(Layer changed, std::string const& description);
+
+    Document _document;
+    Ko::RCShdPtr<Ko::CmCommandStack> _history = Ko::RCShdPtr<Ko::CmCommandStack>::create();
+    // While this editor exists its history is the active one.
+    Ko::CmCommandStackGuard _active{_history};
+};
+
+} // namespace compositor

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "host/editor.h"
+#include "script/script.h"
+
+#include <functional>
+#include <iosfwd>
+#include <optional>
+#include <string>
+
+namespace compositor {
+
+/// Runs the script language on an editor: results go to one stream, errors with their place to another.
+class Interpreter {
+public:
+    Interpreter(Editor& editor, std::ostream& output, std::ostream& errors)
+        : _editor(editor), _output(output), _errors(errors) {}
+
+    /// Runs a whole script. It is read to its end first: one with a group that does not end changes nothing.
+    /// @param name stands before the line in error messages.
+    /// @returns whether all went well; the first error ends it.
+    bool runScript(std::istream& script, std::string const& name);
+
+    /// Runs what a person types, with a prompt before each line, and goes on after errors.
+    void runTerminal(std::istream& terminal);
+
+    /// One word of the language.
+    struct Word {
+        char const* name;
+        char const* usage;
+        std::size_t fewestArguments;
+        std::size_t mostArguments;
+        bool insideGroups;
+        void (Interpreter::*run)(Statement const& statement);
+    };
+    static std::vector<Word> const& words();
+
+private:
+    /// The next statement; none at the end.
+    using Source = std::function<std::optional<Statement>()>;
+
+    void run(std::string const& name, bool stopsAtErrors, Source source);
+    bool runBlock(bool isGroup);
+    void runStatement(Statement const& statement);
+    void runGroup(Statement const& statement);
+    void report(int line, std::string const& message);
+
+    void group(Statement const& statement);
+    void quietly(Statement const& statement);
+    void canvas(Statement const& statement);
+    void open(Statement const& statement);
+    void checker(Statement const& statement);
+    void gradient(Statement const& statement);
+    void move(Statement const& statement);
+    void opacity(Statement const& statement);
+    void blend(Statement const& statement);
+    void rename(Statement const& statement);
+    void remove(Statement const& statement);
+    void reorder(Statement const& statement);
+    void drag(Statement const& statement);
+    void layers(Statement const& statement);
+    void undo(Statement const& statement);
+    void redo(Statement const& statement);
+    void history(Statement const& statement);
+    void goTo(Statement const& statement);
+    void limit(Statement const& statement);
+    void dump(Statement const& statement);
+    void render(Statement const& statement);
+    void save(Statement const& statement);
+    void echo(Statement const& statement);
+    void help(Statement const& statement);
+    void quit(Statement const& statement);
+
+    Editor& _editor;
+    std::ostream& _output;
+    std::ostream& _errors;
+    std::string _name;
+    bool _stopsAtErrors = true;
+    Source _next;
+};
+
+} // namespace compositor

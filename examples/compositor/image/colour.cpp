@@ -1,0 +1,54 @@
+#include "image/colour.h"
+
+#include <array>
+#include <cmath>
+
+namespace compositor {
+
+namespace {
+
+double toLight(double srgb) {
+    return srgb <= 0.04045 ? srgb / 12.92 : std::pow((srgb + 0.055) / 1.055, 2.4);
+}
+
+constexpr int cells = 4096;
+
+// `light` by value; `above` by value: the light half way to the next value; `guess` by cell: the value at its lower end.
+struct Tables {
+    Tables() {
+        for (std::size_t value = 0; value < light.size(); ++value) {
+            light[value] = static_cast<float>(toLight(static_cast<double>(value) / 255.0));
+            above[value] = static_cast<float>(toLight((static_cast<double>(value) + 0.5) / 255.0));
+        }
+        above.back() = 2.0f;
+        std::uint8_t value = 0;
+        for (std::size_t cell = 0; cell < guess.size(); ++cell) {
+            while (static_cast<float>(cell) / cells >= above[value])
+                ++value;
+            guess[cell] = value;
+        }
+    }
+
+    std::array<float, 256> light{};
+    std::array<float, 256> above{};
+    std::array<std::uint8_t, cells + 1> guess{};
+};
+
+Tables const tables;
+
+} // namespace
+
+float decodeSrgb(std::uint8_t value) {
+    return tables.light[value];
+}
+
+std::uint8_t encodeSrgb(float light) {
+    if (!(light > 0.0f)) return 0;
+    if (light >= 1.0f) return 255;
+    std::uint8_t value = tables.guess[static_cast<std::size_t>(light * cells)];
+    while (light >= tables.above[value])
+        ++value;
+    return value;
+}
+
+} // namespace compositor

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "image/picture.h"
+
+#include <filesystem>
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace compositor {
+
+/// How a layer is laid over what lies below it.
+enum class BlendMode { Over, Add, Multiply, Screen };
+
+std::string toString(BlendMode mode);
+/// @throws ImageError naming the modes that there are.
+BlendMode blendModeOf(std::string const& name);
+
+/// A picture where it is to lie on the canvas; any part may lie outside.
+struct PlacedPicture {
+    SharedPicture picture;
+    int x = 0;
+    int y = 0;
+    float opacity = 1.0f;
+    BlendMode blend = BlendMode::Over;
+};
+
+/// Composites pictures, the lowest first, over a transparent canvas: premultiplied, in linear light, one row at a time.
+/// Rows may be rendered in any order and on several threads at once.
+class Renderer {
+public:
+    /// @throws ImageError as `checkSize`.
+    Renderer(Size canvas, std::vector<PlacedPicture> layers);
+
+    /// @param row as many pixels as the canvas is wide.
+    void renderRow(int y, std::span<Colour> row) const;
+
+    /// Told how many rows of how many are done; returns false to stop.
+    using Progress = std::function<bool(int done, int total)>;
+
+    /// @returns false when it was stopped; no file is written then. @throws ImageError naming the path and the reason.
+    bool renderToFile(std::filesystem::path const& path, Progress const& progress = {}) const;
+
+private:
+    Size _canvas;
+    std::vector<PlacedPicture> _layers;
+};
+
+} // namespace compositor

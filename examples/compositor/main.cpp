@@ -1,0 +1,45 @@
+#include "base/inInitMgr.h"
+#include "host/interpreter.h"
+
+#include <cerrno>
+#include <fstream>
+#include <iostream>
+#include <system_error>
+
+namespace {
+
+// compositor [SCRIPT]
+int run(int argc, char** argv) {
+    if (argc > 2) {
+        std::cerr << "usage: compositor [SCRIPT]" << std::endl;
+        return 2;
+    }
+    compositor::Editor editor;
+    compositor::Interpreter interpreter(editor, std::cout, std::cerr);
+    if (argc == 1) {
+        interpreter.runTerminal(std::cin);
+        return 0;
+    }
+    errno = 0;
+    std::ifstream script(argv[1]);
+    if (!script || script.peek() == std::ifstream::traits_type::eof()) {
+        if (errno != 0) {
+            std::cerr << argv[1] << " cannot be read: " << std::generic_category().message(errno) << std::endl;
+            return 1;
+        }
+        script.clear();
+    }
+    return interpreter.runScript(script, argv[1]) ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        Ko::InInitScope const scope(argc, argv);
+        return run(argc, argv);
+    } catch (std::exception const& error) {
+        std::cerr << error.what() << std::endl;
+        return 1;
+    }
+}

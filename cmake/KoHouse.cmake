@@ -1,6 +1,8 @@
 # How the rooms of the house are built: one function for a sibling library, one for a module of the framework, one for a
 # test program and one for a bench. Each CMakeLists.txt then only lists what belongs to it, by role.
 
+# "lib" unless somebody asks for another folder, so that the installed tree has one shape on every distribution.
+set(CMAKE_INSTALL_LIBDIR lib CACHE PATH "Where libraries are installed, below the prefix")
 include(GNUInstallDirs)
 
 set(CMAKE_CXX_STANDARD 20)
@@ -39,7 +41,7 @@ endif()
 # Calls within a library go straight to their target.
 add_compile_options(-fno-semantic-interposition)
 
-set(KO_ROLES PUBLIC_HEADERS TEMPLATE_BODIES PRIVATE_HEADERS SOURCES POSIX_SOURCES WINDOWS_SOURCES NEIGHBOURS)
+set(KO_ROLES PUBLIC_HEADERS TEMPLATE_BODIES PRIVATE_HEADERS SOURCES POSIX_SOURCES WINDOWS_SOURCES CATALOGUES NEIGHBOURS)
 
 # ko_sources(<out> ...): the sources of a room with the half that this system needs.
 function(ko_sources out)
@@ -59,6 +61,17 @@ function(ko_install_headers folder)
   cmake_parse_arguments(ROOM "" "" "${KO_ROLES}" ${ARGN})
   install(FILES ${ROOM_PUBLIC_HEADERS} ${ROOM_TEMPLATE_BODIES}
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ko/${folder} COMPONENT development)
+endfunction()
+
+# ko_catalogues(...): message catalogues of a room go where the library looks for them, in the build tree and installed:
+# into messages/ beside the folder of the libraries.
+function(ko_catalogues)
+  cmake_parse_arguments(ROOM "" "" "${KO_ROLES}" ${ARGN})
+  foreach(catalogue IN LISTS ROOM_CATALOGUES)
+    cmake_path(GET catalogue FILENAME name)
+    configure_file(${catalogue} ${PROJECT_BINARY_DIR}/messages/${name} COPYONLY)
+    install(FILES ${catalogue} DESTINATION ${CMAKE_INSTALL_LIBDIR}/../messages COMPONENT runtime)
+  endforeach()
 endfunction()
 
 function(ko_shared_library target name)
@@ -85,6 +98,7 @@ function(ko_platform_library name)
   list(TRANSFORM ROOM_NEIGHBOURS PREPEND KO::)
   target_link_libraries(ko_${name} PUBLIC ${ROOM_NEIGHBOURS} PRIVATE ${CMAKE_DL_LIBS})
   ko_install_headers(${name} ${ARGN})
+  ko_catalogues(${ARGN})
 endfunction()
 
 # ko_module(<name> roles...): one of the modules that make up libKOframework.
@@ -93,6 +107,7 @@ function(ko_module name)
   list(TRANSFORM sources PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
   target_sources(ko_framework PRIVATE ${sources})
   ko_install_headers(framework/${name} ${ARGN})
+  ko_catalogues(${ARGN})
 endfunction()
 
 # ko_test(<name> SOURCES ... [LIBRARIES ...] [CONCURRENT]): a GoogleTest program; every test runs in a process of its own.
@@ -109,10 +124,14 @@ function(ko_test name)
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}." ${labels})
 endfunction()
 
-# ko_bench(<name> SOURCES ... LIBRARIES ...): a Google Benchmark program.
+# ko_bench(<name> SOURCES ... LIBRARIES ...): a Google Benchmark program; the target "benches" builds them all.
+if(KO_BENCH)
+  add_custom_target(benches)
+endif()
 function(ko_bench name)
   cmake_parse_arguments(BENCH "" "" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${BENCH_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE koOwnOptions ${BENCH_LIBRARIES} benchmark::benchmark)
+  add_dependencies(benches ${name})
 endfunction()

@@ -2,7 +2,7 @@
 # the rooms, those of the rooms, the names of all sources, and the sources. Every fault is a line "file:line: message".
 
 BEGIN {
-    split("PUBLIC_HEADERS TEMPLATE_BODIES PRIVATE_HEADERS SOURCES POSIX_SOURCES WINDOWS_SOURCES NEIGHBOURS", words)
+    split("PUBLIC_HEADERS TEMPLATE_BODIES PRIVATE_HEADERS SOURCES POSIX_SOURCES WINDOWS_SOURCES CATALOGUES NEIGHBOURS", words)
     for (i in words) isRole[words[i]] = 1
     systemMacro = "(^|[^A-Za-z0-9_])(_WIN32|_WIN64|__MINGW32__|_MSC_VER|__linux__|__linux|__gnu_linux__|__APPLE__|" \
         "__unix__|__unix|__FreeBSD__|_POSIX_VERSION)([^A-Za-z0-9_]|$)"

@@ -100,6 +100,12 @@ refused "an own header in angle brackets" \
 refused "a file that is not listed" \
     'framework/command/src/forgotten.cpp:1: is not listed in framework/command/CMakeLists.txt' \
     'touch framework/command/src/forgotten.cpp'
+refused "a catalogue that is not listed" \
+    'framework/command/command.msg:1: is not listed in framework/command/CMakeLists.txt' \
+    'touch framework/command/command.msg'
+refused "a listed catalogue that is missing" \
+    'framework/command/CMakeLists.txt:6: is listed, but does not exist: framework/command/command.msg' \
+    'sed -i "s/NEIGHBOURS/CATALOGUES command.msg NEIGHBOURS/" framework/command/CMakeLists.txt'
 refused "a file in no room" \
     'framework/service/service.h:1: is not listed' \
     'mkdir framework/service && touch framework/service/service.h'

@@ -2,6 +2,7 @@
 #include "framework/command/cmUndoGuard.h"
 
 #include <iostream>
+#include <utility>
 
 using namespace Ko;
 

@@ -3,6 +3,7 @@
 #include "framework/command/cmUndoGuard.h"
 
 #include <iostream>
+#include <string>
 
 namespace {
 
@@ -28,7 +29,7 @@ int main(int argc, char** argv) {
     Ko::CmCommandStackManager::getInstance().set(stack);
     int sum = 1;
     {
-        Ko::CmUndoGuard guard(stack, {}, {});
+        Ko::CmUndoGuard guard(stack, "", {});
         guard.execAndAddUndoCommand(Ko::RCShdPtr<AddCmd>::create(sum, 2));
         guard.execAndAddUndoCommand(Ko::RCShdPtr<AddCmd>::create(sum, 4));
     }

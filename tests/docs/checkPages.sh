@@ -14,12 +14,19 @@ refuse() {
     faults=$((faults + 1))
 }
 
-mapfile -t pages < <({ find . -maxdepth 1 -name '*.md' && find docs examples -name '*.md'; } | sed 's|^\./||' | sort)
+mapfile -t pages < <({ find . -maxdepth 1 -name '*.md'; find docs examples -name '*.md'; } | sed 's|^\./||' | sort)
 
 # links PAGE: the files that it links to, seen from the root.
 links() {
-    sed '/^```/,/^```/d' "$1" | { grep -oE '\]\([^)#]+' || true; } | sed 's/^](//' | grep -v '^[a-z]*:' |
-        sed "s|^|$(dirname "$1")/|"
+    awk -v folder="$(dirname "$1")/" '
+        /^```/ { inside = !inside }
+        !inside {
+            while (match($0, /\]\([^)#]+/)) {
+                target = substr($0, RSTART + 2, RLENGTH - 2)
+                if (target !~ /^[a-z]+:/) print folder target
+                $0 = substr($0, RSTART + RLENGTH)
+            }
+        }' "$1"
 }
 
 check_links() {

@@ -1,0 +1,8 @@
+#include "framework/command/cmRemoveCommand.h"
+
+namespace Ko {
+
+CmRemoveCommand::CmRemoveCommand() = default;
+CmRemoveCommand::~CmRemoveCommand() = default;
+
+} // namespace Ko

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "framework/command/cmCommand.h"
+#include "pluginAPI/piUndoGuard.h"
+
+namespace Ko {
+
+/// Marks the begin or the end of a scope of commands, and tells the scope's target each time it is passed.
+class ScopeCommand : public CmCommand {
+public:
+    static RCShdPtr<ScopeCommand> create(RCShdPtr<PiUndoScopeTarget> const& target, bool end);
+
+    LiString getDescription() const override;
+
+protected:
+    void executeInternal() override { _target->scopeReached(_end); }
+    // Backwards, the mark at the end of the scope is reached first and begins it.
+    void unexecuteInternal() override { _target->scopeReached(!_end); }
+
+private:
+    friend class RCShdPtr<ScopeCommand>;
+
+    ScopeCommand(RCShdPtr<PiUndoScopeTarget> const& target, bool end) : _target(target), _end(end) {}
+
+    RCShdPtr<PiUndoScopeTarget> _target;
+    bool _end;
+};
+
+} // namespace Ko

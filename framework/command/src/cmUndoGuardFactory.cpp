@@ -1,0 +1,51 @@
+#include "framework/command/src/cmUndoGuardFactory.h"
+
+#include "base/assertions.h"
+#include "framework/command/cmUndoGuardNoLog.h"
+#include "framework/command/cmUndoGuardNoRedo.h"
+#include "framework/command/src/cmScopeCommand.h"
+#include "framework/command/src/cmUndoGuardStack.h"
+
+namespace Ko {
+
+namespace {
+
+constexpr AssertionSource source{"framework\\command\\src\\cmUndoGuardFactory"};
+
+RCShdPtr<CmCommandStack> ownStack(RCShdPtr<PiCommandStack> const& stack) {
+    RCShdPtr<CmCommandStack> const own = stack.dynamicCast<CmCommandStack>();
+    source.require(own.isNull() == stack.isNull(), "dynamic_cast<CmCommandStack*>(stack.get())");
+    return own;
+}
+
+} // namespace
+
+UndoGuardWithCb::UndoGuardWithCb(RCShdPtr<CmCommandStack> const& stack, LiString const& description,
+    PiExecParam const& param, RCShdPtr<CbHandler<CbEmptyType>> const& callback)
+    : CmUndoGuard(stack, description, param) {
+    UndoGuardStack::getInstance().addOwnedEndCallback(callback);
+}
+
+void UndoGuardFactory::createUndoGuard(PiUndoGuardStorage& storage, RCShdPtr<PiCommandStack> const& stack,
+    LiString const& description, PiExecParam const& param) const {
+    storage.emplace<CmUndoGuard>(ownStack(stack), description, param);
+}
+
+void UndoGuardFactory::createUndoGuardWithCb(PiUndoGuardStorage& storage, RCShdPtr<PiCommandStack> const& stack,
+    LiString const& description, PiExecParam const& param, RCShdPtr<CbHandler<CbEmptyType>> const& callback) const {
+    storage.emplace<UndoGuardWithCb>(ownStack(stack), description, param, callback);
+}
+
+void UndoGuardFactory::createUndoGuardNoLog(PiUndoGuardStorage& storage, bool quiet) const {
+    storage.emplace<CmUndoGuardNoLog>(quiet);
+}
+
+void UndoGuardFactory::createUndoGuardNoRedo(PiUndoGuardStorage& storage) const {
+    storage.emplace<CmUndoGuardNoRedo>();
+}
+
+void UndoGuardFactory::markScope(RCShdPtr<PiUndoScopeTarget> const& target, bool end) const {
+    UndoGuardStack::getInstance().execAndAdd(ScopeCommand::create(target, end));
+}
+
+} // namespace Ko

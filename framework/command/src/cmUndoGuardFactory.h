@@ -1,0 +1,28 @@
+#pragma once
+
+#include "framework/command/cmUndoGuard.h"
+#include "pluginAPI/piUndoGuardFactory.h"
+
+namespace Ko {
+
+/// A guard that has a callback called when the outermost guard closes.
+class UndoGuardWithCb final : public CmUndoGuard {
+public:
+    UndoGuardWithCb(RCShdPtr<CmCommandStack> const& stack, LiString const& description, PiExecParam const& param,
+        RCShdPtr<CbHandler<CbEmptyType>> const& callback);
+};
+
+/// Puts this library's guards behind the facades that plug-ins use.
+class UndoGuardFactory final : public PiUndoGuardFactory {
+public:
+    void createUndoGuard(PiUndoGuardStorage& storage, RCShdPtr<PiCommandStack> const& stack,
+        LiString const& description, PiExecParam const& param) const override;
+    void createUndoGuardWithCb(PiUndoGuardStorage& storage, RCShdPtr<PiCommandStack> const& stack,
+        LiString const& description, PiExecParam const& param,
+        RCShdPtr<CbHandler<CbEmptyType>> const& callback) const override;
+    void createUndoGuardNoLog(PiUndoGuardStorage& storage, bool quiet) const override;
+    void createUndoGuardNoRedo(PiUndoGuardStorage& storage) const override;
+    void markScope(RCShdPtr<PiUndoScopeTarget> const& target, bool end) const override;
+};
+
+} // namespace Ko

@@ -1,0 +1,25 @@
+#include "framework/command/cmUndoGuardNoLog.h"
+
+#include "framework/command/src/cmUndoGuardStack.h"
+
+namespace Ko {
+
+CmUndoGuardNoLog::CmUndoGuardNoLog(bool quiet) : _quiet(quiet) {
+    UndoGuardStack::getInstance().enter(nullptr, {}, PiExecParam::NOT_TRANSITION, UndoGuardStack::Kind::NoLog);
+}
+
+CmUndoGuardNoLog::~CmUndoGuardNoLog() noexcept(false) {
+    UndoGuardStack::leave(_quiet, isUnwinding());
+}
+
+void CmUndoGuardNoLog::execAndAddUndoCommand(RCShdPtr<CmCommand> const& cmd) {
+    UndoGuardStack::getInstance().execAndAdd(cmd);
+}
+void CmUndoGuardNoLog::addUndoCommand(RCShdPtr<CmCommand> const& cmd) {
+    UndoGuardStack::getInstance().add(cmd);
+}
+void CmUndoGuardNoLog::execUndoCommand(RCShdPtr<CmCommand> const& cmd) {
+    UndoGuardStack::getInstance().exec(cmd);
+}
+
+} // namespace Ko

@@ -1,0 +1,25 @@
+#include "framework/command/cmUndoGuardNoRedo.h"
+
+#include "framework/command/src/cmUndoGuardStack.h"
+
+namespace Ko {
+
+CmUndoGuardNoRedo::CmUndoGuardNoRedo() {
+    UndoGuardStack::getInstance().enter(nullptr, {}, PiExecParam::NOT_TRANSITION, UndoGuardStack::Kind::NoRedo);
+}
+
+CmUndoGuardNoRedo::~CmUndoGuardNoRedo() noexcept(false) {
+    UndoGuardStack::leave(false, isUnwinding());
+}
+
+void CmUndoGuardNoRedo::execAndAddUndoCommand(RCShdPtr<CmCommand> const& cmd) {
+    UndoGuardStack::getInstance().execAndAdd(cmd);
+}
+void CmUndoGuardNoRedo::addUndoCommand(RCShdPtr<CmCommand> const& cmd) {
+    UndoGuardStack::getInstance().add(cmd);
+}
+void CmUndoGuardNoRedo::execUndoCommand(RCShdPtr<CmCommand> const& cmd) {
+    UndoGuardStack::getInstance().exec(cmd);
+}
+
+} // namespace Ko

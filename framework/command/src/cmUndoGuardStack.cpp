@@ -1,0 +1,345 @@
+#include "framework/command/src/cmUndoGuardStack.h"
+
+#include "base/assertions.h"
+#include "base/exBase.h"
+#include "pluginAPI/piAppThread.h"
+#include "resmgt/envIntVar.h"
+
+#include <optional>
+
+namespace Ko {
+
+namespace {
+
+constexpr AssertionSource source{"framework\\command\\src\\cmUndoGuard"};
+
+EnvIntVar disallowNesting("KO_DISALLOW_LONG_TRANSITION_NESTING", 0, source.file());
+
+OPtr<UndoGuardStack> undoGuardStack;
+
+[[noreturn]] void abortTransition(char const* state, PiExecParam::Transition transition) {
+    source.abort(
+        "A guard with transition parameter " + std::to_string(transition) + " cannot be opened " + state + ".");
+}
+
+} // namespace
+
+void UndoGuardStack::initialize() {
+    source.require(undoGuardStack == nullptr, "undoGuardStack == 0");
+    undoGuardStack = std::make_unique<UndoGuardStack>();
+}
+
+void UndoGuardStack::finalize() {
+    source.require(undoGuardStack != nullptr, "undoGuardStack != 0");
+    undoGuardStack.reset();
+}
+
+UndoGuardStack& UndoGuardStack::getInstance() {
+    source.require(PiAppThread::isCurrent(), "PiAppThread::isCurrent()");
+    source.require(undoGuardStack != nullptr, "undoGuardStack != 0");
+    return *undoGuardStack;
+}
+
+/// A guard on its way in: knows what was there before, and puts it back when the guard cannot be entered.
+class UndoGuardStack::Entry {
+public:
+    explicit Entry(UndoGuardStack& guards) noexcept
+        : _guards(guards), _state(guards._state), _longLevel(guards._longTxnNestingLevel),
+          _shortLevel(guards._shortTxnNestingLevel), _noLogLevel(guards._noLogLevel),
+          _noRedoLevel(guards._noRedoLevel) {}
+    Entry(Entry const&) = delete;
+    Entry& operator=(Entry const&) = delete;
+
+    void adoptStack(RCShdPtr<CmCommandStack> const& stack) {
+        _guards._stack = stack;
+        _adopted = true;
+    }
+
+    void describe(LiString const& description) {
+        LiString before = _guards._macroCmd->getOwnDescription();
+        _guards._macroCmd->setDescription(description);
+        if (!_description) _description = std::move(before);
+    }
+
+    void beginExtensions() {
+        bool const longTransition = isLong(_guards._state);
+        for (std::size_t const count = _guards._extensions.size(); _begun < count;) {
+            RCShdPtr<CmUndoGuardExtension> const extension = _guards._extensions[_begun];
+            extension->beginOutermostGuard(longTransition);
+            ++_begun;
+        }
+    }
+
+    // What begin hooks executed before one of them failed stays undoable: as a step of its own, or with the long
+    // transaction that goes on.
+    void rollBack() noexcept {
+        LgFirstError error("The way back from an undo guard that could not be entered");
+        _guards.endExtensions(_begun, error);
+        if (_state == OUT_OF_GUARD) _guards.flush(true, error);
+        _guards._state = _state;
+        _guards._longTxnNestingLevel = _longLevel;
+        _guards._shortTxnNestingLevel = _shortLevel;
+        _guards._noLogLevel = _noLogLevel;
+        _guards._noRedoLevel = _noRedoLevel;
+        if (_adopted && _guards._macroCmd->isEmpty()) _guards._stack.reset();
+        if (_description) error.capture([this] { _guards._macroCmd->setDescription(*_description); });
+        error.log();
+    }
+
+private:
+    UndoGuardStack& _guards;
+    State _state;
+    int _longLevel;
+    int _shortLevel;
+    int _noLogLevel;
+    int _noRedoLevel;
+    std::size_t _begun = 0;
+    bool _adopted = false;
+    std::optional<LiString> _description;
+};
+
+void UndoGuardStack::enter(
+    RCShdPtr<CmCommandStack> const& stack, LiString const& description, PiExecParam const& param, Kind kind) {
+    Entry entry(*this);
+    try {
+        if (kind != Kind::Plain) {
+            source.require(param.get() == PiExecParam::NOT_TRANSITION, "param.get() == PiExecParam::NOT_TRANSITION");
+            source.require(stack.isNull(), "stack.isNull()");
+        }
+        ++_shortTxnNestingLevel;
+        source.require(_shortTxnNestingLevel >= 1, "_shortTxnNestingLevel >= 1");
+        advance(param.get(), kind == Kind::NoRedo);
+
+        if (_stack.isNull() && !stack.isNull()) {
+            entry.adoptStack(stack);
+            if (isLogging()) entry.describe(description);
+        }
+        if (_shortTxnNestingLevel == 1) {
+            if (!_stack.isNull() && (_state == TXN || _state == END_TXN) && !description.empty())
+                entry.describe(description);
+            entry.beginExtensions();
+        }
+        if (kind == Kind::NoLog && _noLogLevel == noLevel) _noLogLevel = _shortTxnNestingLevel;
+        if (kind == Kind::NoRedo && _noRedoLevel == noLevel) _noRedoLevel = _shortTxnNestingLevel;
+        if (!stack.isNull() && isLogging() && _noRedoLevel == noLevel)
+            source.require(stack == _stack, "stack == _stack");
+        if (_stack.isNull()) source.require(_macroCmd->isEmpty(), "! (_stack.isNull() && !_macroCmd->isEmpty() )");
+    } catch (...) {
+        entry.rollBack();
+        throw;
+    }
+}
+
+void UndoGuardStack::advance(PiExecParam::Transition transition, bool noRedo) {
+    using Param = PiExecParam;
+    switch (_state) {
+    case OUT_OF_GUARD:
+        requireFirstGuard(noRedo);
+        if (transition == Param::BEGIN_TRANSITION) {
+            _state = BEGIN_TXN;
+            ++_longTxnNestingLevel;
+        } else if (transition == Param::NOT_TRANSITION) {
+            _state = NO_TXN;
+        } else {
+            abortTransition("outside a long transaction", transition);
+        }
+        return;
+    case NO_TXN:
+        source.require(_longTxnNestingLevel == 0, "_longTxnNestingLevel == 0");
+        source.require(_shortTxnNestingLevel > 1, "_shortTxnNestingLevel > 1");
+        source.require(transition == Param::NOT_TRANSITION, "param.get() == PiExecParam::NOT_TRANSITION");
+        return;
+    case BEGIN_TXN:
+        requireNestedInLongTransaction(transition == Param::NOT_TRANSITION || transition == Param::BEGIN_TRANSITION,
+            "param.get() == PiExecParam::NOT_TRANSITION || param.get() == PiExecParam::BEGIN_TRANSITION");
+        return;
+    case BEGIN_TXN_OFG:
+        requireGuardOfLongTransaction();
+        if (transition == Param::BEGIN_TRANSITION)
+            beginLongTransaction();
+        else if (transition == Param::NOT_TRANSITION)
+            _state = BEGIN_TXN;
+        else if (transition == Param::TRANSITION)
+            _state = TXN;
+        else if (transition == Param::END_TRANSITION)
+            _state = END_TXN;
+        else
+            abortTransition("after the begin of a long transaction", transition);
+        return;
+    case TXN:
+        requireNestedInLongTransaction(transition == Param::NOT_TRANSITION || transition == Param::TRANSITION,
+            "param.get() == PiExecParam::NOT_TRANSITION || param.get() == PiExecParam::TRANSITION");
+        return;
+    case TXN_OFG:
+        requireGuardOfLongTransaction();
+        if (transition == Param::NOT_TRANSITION || transition == Param::TRANSITION)
+            _state = TXN;
+        else if (transition == Param::END_TRANSITION)
+            _state = END_TXN;
+        else
+            abortTransition("within a long transaction", transition);
+        return;
+    case END_TXN:
+        requireNestedInLongTransaction(transition == Param::NOT_TRANSITION || transition == Param::END_TRANSITION,
+            "param.get() == PiExecParam::NOT_TRANSITION || param.get() == PiExecParam::END_TRANSITION");
+        return;
+    case END_TXN_OFG:
+        requireGuardOfLongTransaction();
+        if (transition != Param::NOT_TRANSITION && transition != Param::END_TRANSITION)
+            abortTransition("after the end of an inner long transaction", transition);
+        _state = END_TXN;
+        return;
+    }
+    source.abort("The undo guards are in the unknown state " + std::to_string(_state) + ".");
+}
+
+void UndoGuardStack::requireFirstGuard(bool noRedo) const {
+    source.require(_longTxnNestingLevel == 0, "_longTxnNestingLevel == 0");
+    source.require(_shortTxnNestingLevel == 1, "_shortTxnNestingLevel == 1");
+    source.require(_noLogLevel == noLevel, "_noLogLevel == std::numeric_limits<int>::max()");
+    source.require(_noRedoLevel == noLevel, "_noRedoLevel == std::numeric_limits<int>::max()");
+    source.require(_stack.isNull(), "_stack.isNull()");
+    source.require(_macroCmd->isEmpty(), "_macroCmd->isEmpty()");
+    source.require(!noRedo, "!noRedo");
+}
+
+void UndoGuardStack::requireGuardOfLongTransaction() const {
+    source.require(_longTxnNestingLevel > 0, "_longTxnNestingLevel > 0");
+    source.require(_shortTxnNestingLevel == 1, "_shortTxnNestingLevel == 1");
+}
+
+void UndoGuardStack::requireNestedInLongTransaction(bool transitionAllowed, char const* expression) const {
+    source.require(_longTxnNestingLevel > 0, "_longTxnNestingLevel > 0");
+    source.require(_shortTxnNestingLevel > 1, "_shortTxnNestingLevel > 1");
+    source.require(transitionAllowed, expression);
+}
+
+void UndoGuardStack::beginLongTransaction() {
+    if (disallowNesting.get() != 0)
+        throw ExInternalError(source.file(), __LINE__, "Nested long transitions are disallowed.");
+    _state = BEGIN_TXN;
+    ++_longTxnNestingLevel;
+}
+
+void UndoGuardStack::leave(bool quiet, bool unwinding) {
+    LgFirstError error("The closing of an undo guard");
+    error.capture([&] { getInstance().leaveGuard(quiet); });
+    error.finish(unwinding);
+}
+
+void UndoGuardStack::leaveGuard(bool quiet) {
+    source.require(_state != OUT_OF_GUARD, "_state != OUT_OF_GUARD");
+    source.require(_shortTxnNestingLevel > 0, "_shortTxnNestingLevel > 0");
+    LgFirstError error("The closing of an undo guard");
+    if (_shortTxnNestingLevel == 1) closeOutermost(quiet, error);
+    --_shortTxnNestingLevel;
+    if (_shortTxnNestingLevel < _noLogLevel) _noLogLevel = noLevel;
+    if (_shortTxnNestingLevel < _noRedoLevel) _noRedoLevel = noLevel;
+    error.rethrow();
+}
+
+void UndoGuardStack::closeOutermost(bool quiet, LgFirstError& error) {
+    State after = OUT_OF_GUARD;
+    int longLevelAfter = _longTxnNestingLevel;
+    switch (_state) {
+    case NO_TXN:
+        break;
+    case BEGIN_TXN:
+        after = BEGIN_TXN_OFG;
+        break;
+    case TXN:
+        after = TXN_OFG;
+        break;
+    case END_TXN:
+        after = --longLevelAfter == 0 ? OUT_OF_GUARD : END_TXN_OFG;
+        break;
+    default:
+        source.abort("A guard closes in the state " + std::to_string(_state) + ", in which none is open.");
+    }
+    callEndCallbacks(error);
+    endExtensions(_extensions.size(), error);
+    if (after == OUT_OF_GUARD) flush(quiet, error);
+    // Also where a hook or a listener left a guard of its own open: nothing stays inside this one.
+    _state = after;
+    _longTxnNestingLevel = longLevelAfter;
+    _shortTxnNestingLevel = 1;
+}
+
+void UndoGuardStack::callEndCallbacks(LgFirstError& error) {
+    while (!_endCallbacks.empty()) {
+        RCShdPtr<CbHandler<CbEmptyType>> const callback = _endCallbacks.front().lock();
+        _endCallbacks.pop_front();
+        if (callback) error.capture([&] { callback->call({}); });
+    }
+    _ownedEndCallbacks.clear();
+}
+
+void UndoGuardStack::endExtensions(std::size_t count, LgFirstError& error) {
+    bool const longTransition = isLong(_state);
+    while (count-- > 0) {
+        RCShdPtr<CmUndoGuardExtension> const extension = _extensions[count];
+        error.capture([&] { extension->endOutermostGuard(longTransition); });
+    }
+}
+
+void UndoGuardStack::flush(bool quiet, LgFirstError& error) {
+    State const oldState = _state;
+    int const oldLongTxnNestingLevel = _longTxnNestingLevel;
+    if (!isLogging() && !_stack.isNull())
+        error.capture([&] {
+            source.require(_macroCmd->isEmpty(), "_macroCmd->isEmpty()");
+            if (!quiet) _stack->commandProcessedNoLog();
+        });
+    // More than once where listeners of the stack add commands while the macro is logged: a step of its own each time.
+    while (!_macroCmd->isEmpty()) {
+        RCShdPtr<CmMacroCommand> const collected = _macroCmd;
+        error.capture([this] { logCollected(); });
+        if (_macroCmd == collected) dropUnlogged(error);
+        error.capture([&] {
+            source.require(_state == oldState, "_state == oldState");
+            source.require(
+                _longTxnNestingLevel == oldLongTxnNestingLevel, "_longTxnNestingLevel == oldLongTxnNestingLevel");
+            source.require(_shortTxnNestingLevel == 1, "_shortTxnNestingLevel == 1");
+        });
+    }
+    _stack.reset();
+}
+
+void UndoGuardStack::logCollected() {
+    RCShdPtr<CmMacroCommand> macro = CmMacroCommand::create();
+    macro->setDescription(_macroCmd->getOwnDescription());
+    macro.swap(_macroCmd);
+    _stack->log(macro);
+}
+
+// Out of memory: the commands cannot be logged, and a history without them would undo to states that never were.
+void UndoGuardStack::dropUnlogged(LgFirstError& error) {
+    _macroCmd->clear();
+    error.capture([this] { _stack->clear(); });
+}
+
+void UndoGuardStack::execAndAdd(RCShdPtr<CmCommand> const& cmd) {
+    // First, so that a command that was executed can always be collected.
+    if (isLogging()) _macroCmd->makeRoom();
+    CmCommandStack::executeStatic(cmd);
+    add(cmd);
+}
+
+void UndoGuardStack::add(RCShdPtr<CmCommand> const& cmd) {
+    if (_state != NO_TXN && _state != BEGIN_TXN && _state != TXN && _state != END_TXN)
+        source.abort("An undo command was added while no undo guard is open.");
+    if (!isLogging()) return;
+    cmd->setDisableExecutionOnRedo(_noRedoLevel != noLevel);
+    _macroCmd->add(cmd);
+}
+
+void UndoGuardStack::exec(RCShdPtr<CmCommand> const& cmd) {
+    CmCommandStack::executeStatic(cmd);
+}
+
+void UndoGuardStack::addOwnedEndCallback(RCShdPtr<CbHandler<CbEmptyType>> const& callback) {
+    _ownedEndCallbacks.push_back(callback);
+    addEndCallback(callback);
+}
+
+} // namespace Ko

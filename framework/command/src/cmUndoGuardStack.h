@@ -1,0 +1,90 @@
+#pragma once
+
+#include "base/oPtr.h"
+#include "base/rcWeakPtr.h"
+#include "framework/command/cmCommandStack.h"
+#include "framework/command/cmMacroCommand.h"
+#include "framework/command/cmUndoGuardExtension.h"
+#include "pluginAPI/piExecParam.h"
+#include "resmgt/lgFirstError.h"
+
+#include <deque>
+#include <limits>
+
+namespace Ko {
+
+/// The state that all guards of the process share: which transaction is going on, how deep guards nest, and what was
+/// collected so far. It exists while the package "command" is initialised.
+class UndoGuardStack {
+public:
+    static void initialize();
+    static void finalize();
+    /// @throws ExAssertionFailed on another thread than the application's, or while the package is not initialised.
+    static UndoGuardStack& getInstance();
+
+    enum class Kind { Plain, NoLog, NoRedo };
+
+    void enter(RCShdPtr<CmCommandStack> const& stack, LiString const& description, PiExecParam const& param, Kind kind);
+    /// Closes the innermost guard whatever goes wrong; that is thrown at the end, or logged if `unwinding`.
+    static void leave(bool quiet, bool unwinding);
+
+    void execAndAdd(RCShdPtr<CmCommand> const& cmd);
+    void add(RCShdPtr<CmCommand> const& cmd);
+    void exec(RCShdPtr<CmCommand> const& cmd);
+
+    bool isLogging() const noexcept { return _noLogLevel == noLevel && !_stack.isNull(); }
+    bool isGuardActive() const noexcept { return _state != OUT_OF_GUARD; }
+    bool isLongTransition() const noexcept { return isLong(_state); }
+    bool isLongTransitionEnding() const noexcept { return _state == END_TXN || _state == END_TXN_OFG; }
+
+    void addEndCallback(RCWeakPtr<CbHandler<CbEmptyType>> const& callback) { _endCallbacks.push_back(callback); }
+    /// As above, and keeps the handler alive until then.
+    void addOwnedEndCallback(RCShdPtr<CbHandler<CbEmptyType>> const& callback);
+    void addExtension(RCShdPtr<CmUndoGuardExtension> extension) { _extensions.push_back(std::move(extension)); }
+
+private:
+    /// OFG: out of guard, between two guards of a long transaction.
+    enum State {
+        OUT_OF_GUARD = 0,
+        NO_TXN = 1,
+        BEGIN_TXN = 2,
+        BEGIN_TXN_OFG = 3,
+        TXN = 4,
+        TXN_OFG = 5,
+        END_TXN = 6,
+        END_TXN_OFG = 7
+    };
+
+    static constexpr int noLevel = std::numeric_limits<int>::max();
+
+    class Entry;
+
+    static bool isLong(State state) noexcept { return state >= BEGIN_TXN && state <= END_TXN_OFG; }
+
+    void advance(PiExecParam::Transition transition, bool noRedo);
+    void requireFirstGuard(bool noRedo) const;
+    void requireGuardOfLongTransaction() const;
+    void requireNestedInLongTransaction(bool transitionAllowed, char const* expression) const;
+    void beginLongTransaction();
+
+    void leaveGuard(bool quiet);
+    void closeOutermost(bool quiet, LgFirstError& error);
+    void callEndCallbacks(LgFirstError& error);
+    void endExtensions(std::size_t count, LgFirstError& error);
+    void flush(bool quiet, LgFirstError& error);
+    void logCollected();
+    void dropUnlogged(LgFirstError& error);
+
+    State _state = OUT_OF_GUARD;
+    int _longTxnNestingLevel = 0;
+    int _shortTxnNestingLevel = 0;
+    int _noLogLevel = noLevel;
+    int _noRedoLevel = noLevel;
+    RCShdPtr<CmCommandStack> _stack;
+    RCShdPtr<CmMacroCommand> _macroCmd = CmMacroCommand::create();
+    Vector<RCShdPtr<CmUndoGuardExtension>> _extensions;
+    std::deque<RCWeakPtr<CbHandler<CbEmptyType>>> _endCallbacks;
+    Vector<RCShdPtr<CbHandler<CbEmptyType>>> _ownedEndCallbacks;
+};
+
+} // namespace Ko

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace KoInit {
+
+/// Stands for the package "framework": all of this library.
+struct framework {};
+
+} // namespace KoInit

@@ -1,0 +1,36 @@
+#include "framework/frameworkLib/frameworkInit.h"
+
+#include "base/baseInit.h"
+#include "base/inInit.h"
+#include "framework/actions/actionsInit.h"
+#include "framework/bgTask/bgTaskInit.h"
+#include "framework/command/commandInit.h"
+#include "framework/dragAndDrop/dragAndDropInit.h"
+#include "framework/frameworkLib/src/frameworkBuildInfo.h"
+#include "framework/plugInMgr/plugInMgrInit.h"
+#include "framework/service/serviceInit.h"
+#include "internalAPI/internalAPIInit.h"
+#include "pluginAPI/pluginAPIInit.h"
+#include "primitives/primitivesInit.h"
+#include "resmgt/resmgtInit.h"
+#include "scriptingAPI/scriptingAPIInit.h"
+
+namespace Ko {
+
+namespace {
+
+class FrameworkInit final : public InInit<KoInit::framework> {
+public:
+    FrameworkInit()
+        : InInit("framework", packagesOf<KoInit::scriptingAPI, KoInit::internalAPI, KoInit::primitives, KoInit::resmgt,
+                                  KoInit::pluginAPI, KoInit::base, KoInit::bgTask, KoInit::service, KoInit::command,
+                                  KoInit::actions, KoInit::plugInMgr, KoInit::dragAndDrop>()) {}
+
+    void initialize() override { InBuildInfoUtil::registerInfo(std::make_unique<FrameworkBuildInfo>()); }
+};
+
+FrameworkInit package;
+
+} // namespace
+
+} // namespace Ko

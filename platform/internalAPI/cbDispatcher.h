@@ -1,0 +1,57 @@
+#pragma once
+
+#include "base/rcBase.h"
+#include "internalAPI/internalAPIApi.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace Ko {
+
+/// The argument of callbacks that carry none.
+struct CbEmptyType {};
+
+/// Receives callbacks.
+template <class Argument>
+class CbHandler : public RCBase {
+public:
+    virtual void call(Argument const& argument) = 0;
+
+protected:
+    CbHandler() = default;
+    ~CbHandler() override = default;
+};
+
+/// Calls its handlers in the order of their registration. One thread.
+///
+/// Handlers may be added and removed, themselves included, while they are called: one that is removed is not called any
+/// more, one that is added is called from the next time on. A handler registered twice is called twice.
+template <class Argument>
+class CbDispatcher {
+public:
+    CbDispatcher() = default;
+    CbDispatcher(CbDispatcher const&) = delete;
+    CbDispatcher& operator=(CbDispatcher const&) = delete;
+
+    /// @param handler is not owned and must be removed before it is destroyed; not null.
+    void add(CbHandler<Argument>* handler);
+    /// Removes one registration of the handler; an unknown handler is ignored.
+    void remove(CbHandler<Argument>* handler) noexcept;
+    bool isEmpty() const noexcept { return _handlers.empty(); }
+
+    /// Every handler is called, whatever another one throws.
+    /// @throws the first exception that a handler threw, after all were called; further ones are logged.
+    void call(Argument const& argument);
+
+private:
+    class Pass;
+
+    // A handler that is removed during a pass leaves a null pointer, which the outermost pass takes out at its end.
+    std::vector<CbHandler<Argument>*> _handlers;
+    int _passes = 0;
+    bool _hasGaps = false;
+};
+
+extern template class KO_INTERNALAPI_API CbDispatcher<CbEmptyType>;
+
+} // namespace Ko

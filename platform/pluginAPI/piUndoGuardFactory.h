@@ -1,0 +1,28 @@
+#pragma once
+
+#include "base/oPtr.h"
+#include "pluginAPI/piUndoGuard.h"
+
+namespace Ko {
+
+/// Makes the guard objects behind the facades `PiUndoGuard`, `PiUndoGuardNoLog` and the others. Application thread only.
+class KO_PLUGINAPI_API PiUndoGuardFactory {
+public:
+    virtual ~PiUndoGuardFactory();
+    virtual void createUndoGuard(PiUndoGuardStorage& storage, RCShdPtr<PiCommandStack> const& stack,
+        LiString const& description, PiExecParam const& param) const = 0;
+    virtual void createUndoGuardWithCb(PiUndoGuardStorage& storage, RCShdPtr<PiCommandStack> const& stack,
+        LiString const& description, PiExecParam const& param,
+        RCShdPtr<CbHandler<CbEmptyType>> const& callback) const = 0;
+    virtual void createUndoGuardNoLog(PiUndoGuardStorage& storage, bool quiet) const = 0;
+    virtual void createUndoGuardNoRedo(PiUndoGuardStorage& storage) const = 0;
+    /// Executes and collects a command that marks one end of a scope.
+    virtual void markScope(RCShdPtr<PiUndoScopeTarget> const& target, bool end) const = 0;
+
+    /// Makes `factory` the one that the facades use; a null pointer takes the present one away.
+    static void registerFactory(OPtr<PiUndoGuardFactory> factory);
+    /// @throws ExAssertionFailed when none is registered.
+    static PiUndoGuardFactory const& getInstance();
+};
+
+} // namespace Ko

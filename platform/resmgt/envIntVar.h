@@ -1,0 +1,31 @@
+#pragma once
+
+#include "resmgt/resmgtApi.h"
+
+#include <mutex>
+
+namespace Ko {
+
+/// A whole number that the environment may set. It is read on first use and stays the same from then on. Any thread.
+class KO_RESMGT_API EnvIntVar {
+public:
+    /// The texts are not copied and must live as long as the variable.
+    /// @param source the source that the variable belongs to, for messages.
+    EnvIntVar(char const* name, int defaultValue, char const* source) noexcept
+        : _name(name), _value(defaultValue), _source(source) {}
+
+    char const* getName() const noexcept { return _name; }
+    /// The value of the environment; the default where it has none. A value that is not a whole number in the range of
+    /// int is reported in the log, and the default is used.
+    int get();
+
+private:
+    void read();
+
+    char const* _name;
+    int _value;
+    char const* _source;
+    std::once_flag _wasRead;
+};
+
+} // namespace Ko

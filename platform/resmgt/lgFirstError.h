@@ -1,0 +1,59 @@
+#pragma once
+
+#include "resmgt/resmgtApi.h"
+
+#include <exception>
+
+namespace Ko {
+
+/// Keeps the first of the exceptions that several steps throw, each of which is to run whatever another one does:
+///
+///     LgFirstError error("A listener");
+///     for (Listener* listener : listeners)
+///         error.capture([&] { listener->changed(); });
+///     error.rethrow();
+///
+/// Every further exception is written to the log at level 0, as a failure of what `context` names.
+class KO_RESMGT_API LgFirstError {
+public:
+    /// @param context is not copied.
+    explicit LgFirstError(char const* context) noexcept : _context(context) {}
+    LgFirstError(LgFirstError const&) = delete;
+    LgFirstError& operator=(LgFirstError const&) = delete;
+
+    template <class Step>
+    void capture(Step step) noexcept {
+        try {
+            step();
+        } catch (...) {
+            keep();
+        }
+    }
+
+    /// Throws the exception that was kept, if any.
+    void rethrow() {
+        if (_first) [[unlikely]]
+            std::rethrow_exception(_first);
+    }
+    /// Writes the exception that was kept, if any, to the log.
+    void log() noexcept {
+        if (_first) [[unlikely]]
+            write(_first);
+    }
+    /// For destructors: logs while another exception is passing, rethrows otherwise.
+    void finish(bool unwinding) {
+        if (unwinding)
+            log();
+        else
+            rethrow();
+    }
+
+private:
+    void keep() noexcept;
+    void write(std::exception_ptr const& error) const noexcept;
+
+    char const* _context;
+    std::exception_ptr _first;
+};
+
+} // namespace Ko

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "resmgt/liString.h"
+#include "resmgt/resmgtApi.h"
+
+#include <string>
+
+namespace Ko {
+
+/// The environment of this process. Not to be written while other threads may read it.
+class KO_RESMGT_API OsEnv {
+public:
+    /// @returns whether the variable is defined; if not, `value` stays as it was.
+    static bool getVariable(LiString const& name, LiString& value);
+    /// Defines a variable for this process and the ones that it starts.
+    /// @param assignment "NAME=value".
+    /// @throws ExAssertionFailed when it has no "=", or nothing before it.
+    static void putVariable(std::wstring const& assignment);
+};
+
+} // namespace Ko

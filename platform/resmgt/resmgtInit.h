@@ -1,0 +1,8 @@
+#pragma once
+
+namespace KoInit {
+
+/// Stands for the package of libKOresmgt.
+struct resmgt {};
+
+} // namespace KoInit

@@ -1,0 +1,40 @@
+#include "resmgt/lgFirstError.h"
+
+#include "base/exBase.h"
+#include "resmgt/lgGroups.h"
+
+namespace Ko {
+
+namespace {
+
+LiString describe(std::exception_ptr const& error) {
+    try {
+        std::rethrow_exception(error);
+    } catch (ExBase const& exception) {
+        return exception.getTypeName() + ": " + exception.getReason();
+    } catch (std::exception const& exception) {
+        return exception.what();
+    } catch (...) {
+        return "an exception of an unknown type";
+    }
+}
+
+} // namespace
+
+void LgFirstError::keep() noexcept {
+    if (_first)
+        write(std::current_exception());
+    else
+        _first = std::current_exception();
+}
+
+void LgFirstError::write(std::exception_ptr const& error) const noexcept {
+    try {
+        LgMinorGroup group(LgMajorGroup::getInstanceForName("Framework"), "Errors");
+        group.write(0, LiString(_context) + " failed: " + describe(error));
+    } catch (...) {
+        // Nothing is left to tell it to.
+    }
+}
+
+} // namespace Ko

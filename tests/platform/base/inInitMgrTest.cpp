@@ -1,0 +1,227 @@
+#include "base/inInitMgr.h"
+#include "base/assertions.h"
+#include "base/exBase.h"
+#include "base/inInit.h"
+#include "tests/support/childProcess.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+namespace {
+
+using namespace Ko;
+using KoTest::inChildProcess;
+
+using Calls = std::vector<std::string>;
+
+Calls calls;
+
+template <char name>
+struct Tag {};
+
+// Records its hooks: "+a" initialise, "*a" post-initialise, "~a" pre-finalise, "-a" finalise.
+template <char name>
+class Package : public InInit<Tag<name>> {
+public:
+    explicit Package(std::vector<InPackageInit::Type> const& dependencies = {})
+        : InInit<Tag<name>>(std::string(1, name), dependencies) {}
+
+    void initialize() override { record('+', onInitialize); }
+    void postInitialize() override { record('*', onPostInitialize); }
+    void preFinalize() override { record('~', {}); }
+    void finalize() override { record('-', onFinalize); }
+
+    std::function<void()> onInitialize;
+    std::function<void()> onPostInitialize;
+    std::function<void()> onFinalize;
+
+private:
+    void record(char hook, std::function<void()> const& then) {
+        calls.push_back({hook, name});
+        if (then) then();
+    }
+};
+
+template <char... names>
+std::vector<InPackageInit::Type> on() {
+    return packagesOf<Tag<names>...>();
+}
+
+template <class Call>
+std::string reasonOf(Call call) {
+    try {
+        call();
+    } catch (std::exception const& error) {
+        return error.what();
+    }
+    return "nothing was raised";
+}
+
+void expectFailedStartUp(std::string const& reason, Calls const& expected) {
+    EXPECT_EQ(reason, reasonOf([] { InInitMgr::initialize(); }));
+    EXPECT_EQ(expected, calls);
+    EXPECT_FALSE(InInitMgr::isInitialized());
+}
+
+TEST(InInitMgr, StartsDependenciesFirstEqualsAsRegisteredAndEndsInReverse) {
+    inChildProcess([] {
+        Package<'d'> const d(on<'b', 'c'>());
+        Package<'c'> const c(on<'a'>());
+        Package<'b'> b(on<'a'>());
+        Package<'a'> const a;
+        Package<'e'> const e;
+        b.addDependency(InInit<Tag<'e'>>::getType());
+        {
+            InInitScope const scope;
+            EXPECT_EQ((Calls{"+a", "+c", "+e", "+b", "+d", "*a", "*c", "*e", "*b", "*d"}), calls);
+            EXPECT_TRUE(d.isInitialized());
+            EXPECT_TRUE(InInitMgr::isApplicationThread());
+            std::thread([] { EXPECT_FALSE(InInitMgr::isApplicationThread()); }).join();
+            calls.clear();
+        }
+        EXPECT_EQ((Calls{"~d", "~b", "~e", "~c", "~a", "-d", "-b", "-e", "-c", "-a"}), calls);
+        EXPECT_FALSE(d.isInitialized());
+    });
+}
+
+TEST(InInitMgr, NamesAMissingDependencyAndStartsNothing) {
+    inChildProcess([] {
+        Package<'a'> const a;
+        Package<'b'> const b(on<'a', 'x'>());
+        std::string const reason = reasonOf([] { InInitMgr::initialize(); });
+        EXPECT_NE(std::string::npos, reason.find("\"b\" depends on ")) << reason;
+        EXPECT_NE(std::string::npos, reason.find("which is not registered")) << reason;
+        EXPECT_EQ(Calls{}, calls);
+    });
+}
+
+TEST(InInitMgr, NamesThePackagesOfACircle) {
+    inChildProcess([] {
+        Package<'a'> const a(on<'c'>());
+        Package<'b'> const b(on<'a'>());
+        Package<'c'> const c(on<'b'>());
+        Package<'d'> const d;
+        expectFailedStartUp("Packages depend on each other in a circle: \"a\", \"b\", \"c\".", {});
+    });
+}
+
+TEST(InInitMgr, TakesBackWhatWasInitialisedWhenAHookThrows) {
+    inChildProcess([] {
+        Package<'a'> const a;
+        Package<'b'> const b(on<'a'>());
+        Package<'c'> c(on<'b'>());
+        c.onInitialize = [] { throw std::runtime_error("no disk"); };
+        Package<'d'> const d(on<'c'>());
+        expectFailedStartUp(
+            "Package \"c\" could not be initialised: no disk", {"+a", "+b", "+c", "~b", "~a", "-b", "-a"});
+    });
+    inChildProcess([] {
+        Package<'a'> a;
+        a.onPostInitialize = [] { AssertionSource("source").fail("late"); };
+        expectFailedStartUp("Package \"a\" could not be initialised: late", {"+a", "*a", "~a", "-a"});
+    });
+}
+
+TEST(InInitMgr, KeepsTheTypeOfWhatAHookThrows) {
+    inChildProcess([] {
+        Package<'a'> a;
+        a.onInitialize = [] { throw ExInternalError("source", 1, "broken"); };
+        EXPECT_THROW(InInitMgr::initialize(), ExInternalError);
+    });
+}
+
+TEST(InInitMgr, FinalisesEveryPackageWhateverAnotherOneThrows) {
+    inChildProcess(
+        [] {
+            Package<'a'> a;
+            Package<'b'> b(on<'a'>());
+            Package<'c'> c(on<'b'>());
+            c.onFinalize = [] { throw std::runtime_error("first"); };
+            a.onFinalize = [] { throw std::runtime_error("second"); };
+            InInitMgr::initialize();
+            calls.clear();
+            EXPECT_EQ("Package \"c\" could not be finalised: first", reasonOf([] { InInitMgr::finalize(); }));
+            EXPECT_EQ((Calls{"~c", "~b", "~a", "-c", "-b", "-a"}), calls);
+        },
+        "\"a\" could not be finalised: second");
+}
+
+TEST(InReinitGuard, IsAStartUpOfItsOwnAndForgetsWhatFailed) {
+    inChildProcess([] {
+        Package<'a'> const a;
+        InInitMgr::initialize();
+        calls.clear();
+        std::unique_ptr<Package<'c'>> failing;
+        {
+            InReinitGuard guard;
+            Package<'b'> const forgotten(on<'a'>());
+            failing = std::make_unique<Package<'c'>>(on<'b'>());
+            failing->onInitialize = [] { throw std::runtime_error("bad plug-in"); };
+            EXPECT_EQ(
+                "Package \"c\" could not be initialised: bad plug-in", reasonOf([&] { guard.initializePackages(); }));
+            EXPECT_EQ((Calls{"+b", "+c", "~b", "-b"}), calls);
+        }
+        calls.clear();
+        Package<'d'> const d(on<'a'>());
+        InReinitGuard guard;
+        guard.initializePackages();
+        EXPECT_EQ((Calls{"+d", "*d"}), calls);
+        calls.clear();
+        InInitMgr::finalize();
+        EXPECT_EQ((Calls{"~d", "~a", "-d", "-a"}), calls);
+    });
+}
+
+TEST(InRecursiveInitGuard, InitialisesWithinTheStartUpThatGoesOn) {
+    inChildProcess([] {
+        std::unique_ptr<Package<'p'>> plugIn;
+        Package<'a'> a;
+        Package<'b'> const b(on<'a'>());
+        a.onPostInitialize = nullptr;
+        a.onInitialize = [&plugIn] {
+            InRecursiveInitGuard guard;
+            plugIn = std::make_unique<Package<'p'>>();
+            guard.initializePackages();
+            calls.push_back("opened");
+        };
+        InInitMgr::initialize();
+        EXPECT_EQ((Calls{"+a", "+p", "opened", "+b", "*p", "*a", "*b"}), calls);
+    });
+}
+
+TEST(InRecursiveInitGuard, FinalisesWithAFailedPackageWhatCameToDependOnIt) {
+    inChildProcess([] {
+        Package<'a'> const a;
+        InInitMgr::initialize();
+        std::unique_ptr<Package<'q'>> dependent;
+        std::unique_ptr<Package<'r'>> independent;
+        calls.clear();
+        InReinitGuard guard;
+        Package<'p'> const first;
+        Package<'o'> second(on<'p'>());
+        second.onInitialize = [&] {
+            InRecursiveInitGuard inner;
+            dependent = std::make_unique<Package<'q'>>(on<'p'>());
+            independent = std::make_unique<Package<'r'>>(on<'a'>());
+            inner.initializePackages();
+            throw std::runtime_error("after loading others");
+        };
+        EXPECT_THROW(guard.initializePackages(), InInitEx);
+        EXPECT_EQ((Calls{"+p", "+o", "+q", "+r", "~q", "~p", "-q", "-p"}), calls);
+        EXPECT_TRUE(independent->isInitialized());
+    });
+}
+
+TEST(InInitMgr, RefusesASecondStartUp) {
+    inChildProcess([] {
+        InInitMgr::initialize();
+        EXPECT_THROW(InInitMgr::initialize(), ExAssertionFailed);
+        InInitMgr::finalize();
+        EXPECT_NO_THROW(InInitMgr::finalize());
+    });
+}
+
+} // namespace

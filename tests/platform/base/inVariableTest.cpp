@@ -1,0 +1,108 @@
+#include "base/inVariable.h"
+#include "base/inInit.h"
+#include "base/inInitMgr.h"
+#include "base/inPaths.h"
+#include "tests/support/childProcess.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace Ko;
+using KoTest::inChildProcess;
+
+struct Settings {};
+
+class SettingsInit final : public InInit<Settings> {
+public:
+    SettingsInit() : InInit("settings", packagesOf<>()) {}
+
+    InVariable<char const*> directory{*this, "marlo::test::directory", "A directory."};
+    InContextAlias<InInitArg, 1> argument{directory, "dir:"};
+    InContextAlias<InInitEnv, 0> environment{directory, "KO_TEST_DIR"};
+};
+
+// Starts with the given sources and tells what the variable became; "-" where it is not valid.
+std::string valueFor(std::vector<std::string> arguments, char const* environment, char const* file) {
+    std::string const path = testing::TempDir() + "koVariables" + std::to_string(std::rand()) + ".conf";
+    if (environment) ::setenv("KO_TEST_DIR", environment, 1);
+    if (file) {
+        std::ofstream(path) << file;
+        ::setenv("KO_CONFIG_FILE", path.c_str(), 1);
+    }
+    arguments.insert(arguments.begin(), "program");
+    std::vector<char*> argv;
+    for (std::string& argument : arguments)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    int argc = static_cast<int>(arguments.size());
+    SettingsInit const package;
+    InInitMgr::initialize(argc, argv.data());
+    std::filesystem::remove(path);
+    std::string result = package.directory.isValid() ? package.directory.get() : "-";
+    for (int index = 1; index < argc; ++index)
+        result += std::string(" ") + argv[static_cast<std::size_t>(index)];
+    return result;
+}
+
+struct Source {
+    char const* name;
+    std::vector<std::string> arguments;
+    char const* environment;
+    char const* file;
+    char const* expected;
+};
+
+class InVariableSources : public testing::TestWithParam<Source> {};
+
+TEST_P(InVariableSources, CommandLineWinsOverEnvironmentOverFile) {
+    inChildProcess([] {
+        Source const& source = GetParam();
+        EXPECT_EQ(source.expected, valueFor(source.arguments, source.environment, source.file));
+    });
+}
+
+constexpr char const* file = "# where\n\n marlo::test::directory = /file # here\n other = 1\n";
+
+INSTANTIATE_TEST_SUITE_P(Table, InVariableSources,
+    testing::Values(Source{"unset", {}, nullptr, nullptr, "-"}, Source{"file", {}, nullptr, file, "/file"},
+        Source{"environment", {}, "/env", file, "/env"}, Source{"emptyEnvironment", {}, "", file, ""},
+        Source{"argument", {"a", "dir:/arg", "b"}, "/env", file, "/arg a b"},
+        Source{"argumentAndValue", {"a", "dir:", "/arg", "b"}, nullptr, nullptr, "/arg a b"}),
+    [](auto const& row) { return row.param.name; });
+
+TEST(InVariable, ReportsBadSourcesByNameAndPlace) {
+    struct Row {
+        std::vector<std::string> arguments;
+        char const* file;
+        char const* expected;
+    };
+    for (Row const& row :
+        {Row{{"dir:"}, nullptr, "\"dir:\" needs a value"}, Row{{}, "\nnonsense\n", ".conf:2: expected"}})
+        inChildProcess([&row] {
+            try {
+                valueFor(row.arguments, nullptr, row.file);
+                ADD_FAILURE() << "accepted";
+            } catch (InInitEx const& error) {
+                EXPECT_NE(std::string::npos, error.getReason().find(row.expected)) << error.what();
+            }
+        });
+    inChildProcess([] {
+        ::setenv("KO_CONFIG_FILE", "/no/such/file", 1);
+        EXPECT_THROW(InInitMgr::initialize(), InInitEx);
+        EXPECT_THROW(SettingsInit().directory.get(), InInitEx);
+    });
+}
+
+TEST(InPaths, FindTheFolderThatHoldsTheLibrariesUnlessToldAnother) {
+    std::filesystem::path const directory = InPaths::getInstallDir();
+    EXPECT_TRUE(std::filesystem::is_directory(directory / "lib")) << directory;
+    ::setenv("KO_INSTALL_DIR", "/opt/ko", 1);
+    EXPECT_EQ("/opt/ko", InPaths::getInstallDir());
+    ::unsetenv("KO_INSTALL_DIR");
+}
+
+} // namespace

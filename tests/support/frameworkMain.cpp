@@ -1,0 +1,10 @@
+#include "base/inInitMgr.h"
+
+#include <gtest/gtest.h>
+
+// Runs all tests of a program within one start-up of the framework, on its application thread.
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    Ko::InInitScope const scope(argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -2,7 +2,7 @@
 # test program and one for a bench. Each CMakeLists.txt then only lists what belongs to it, by role.
 
 # "lib" unless somebody asks for another folder, so that the installed tree has one shape on every distribution.
-set(CMAKE_INSTALL_LIBDIR lib CACHE PATH "Where libraries are installed, below the prefix")
+set(CMAKE_INSTALL_LIBDIR lib CACHE STRING "Where libraries are installed, below the prefix")
 include(GNUInstallDirs)
 
 set(CMAKE_CXX_STANDARD 20)
@@ -80,7 +80,9 @@ function(ko_shared_library target name)
   add_library(KO::${name} ALIAS ${target})
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:koOwnOptions> PUBLIC Threads::Threads)
-  target_link_options(${target} PRIVATE $<$<NOT:$<BOOL:${KO_SANITIZE}>>:-Wl,--no-undefined>)
+  # A library loads all its neighbours, also those of which it uses no symbol: their packages have to register.
+  target_link_options(${target} PRIVATE LINKER:--no-as-needed
+    $<$<NOT:$<BOOL:${KO_SANITIZE}>>:LINKER:--no-undefined>)
   install(TARGETS ${target} EXPORT KOframeworkTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
 endfunction()
@@ -121,7 +123,7 @@ function(ko_test name)
   if(TEST_CONCURRENT)
     set(labels PROPERTIES LABELS concurrent)
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}." ${labels})
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES TEST_PREFIX "${name}." ${labels})
 endfunction()
 
 # ko_bench(<name> SOURCES ... LIBRARIES ...): a Google Benchmark program; the target "benches" builds them all.

@@ -10,6 +10,7 @@ install(FILES ${PROJECT_BINARY_DIR}/KOframeworkConfig.cmake ${PROJECT_BINARY_DIR
 install(EXPORT KOframeworkTargets NAMESPACE KO:: DESTINATION ${package_dir} COMPONENT development)
 
 # The .pc file finds its prefix from where it lies itself, however deep that is.
-file(RELATIVE_PATH KO_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
+  OUTPUT_VARIABLE KO_PC_TO_PREFIX)
 configure_file(cmake/koframework.pc.in koframework.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/koframework.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

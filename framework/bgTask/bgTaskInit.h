@@ -1,8 +1,14 @@
 #pragma once
 
+#include "base/inInit.h"
+#include "framework/frameworkApi.h"
+
 namespace KoInit {
 
 /// Stands for the package "bgTask".
 struct bgTask {};
 
 } // namespace KoInit
+
+template <>
+KO_FRAMEWORK_API Ko::InPackageInit::Type Ko::InInit<KoInit::bgTask>::getType();

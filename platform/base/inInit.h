@@ -6,12 +6,6 @@
 
 namespace Ko {
 
-/// The type records of the packages that the tags stand for.
-template <class... Tags>
-std::vector<InPackageInit::Type> packagesOf() {
-    return {typeid(Tags)...};
-}
-
 /// Base of the package that `Tag` stands for. `Tag` is an empty type in the namespace `KoInit`, named like the package:
 ///
 ///     namespace KoInit { struct scene {}; }
@@ -26,6 +20,8 @@ std::vector<InPackageInit::Type> packagesOf() {
 template <class Tag>
 class InInit : public InPackageInit {
 public:
+    /// A library declares a specialisation of this for its package and exports it, so that whoever names the package is
+    /// linked with the library and loads it.
     static Type getType() { return typeid(Tag); }
 
     void setInitialized(bool initialized) override { _initialized = initialized; }
@@ -42,5 +38,11 @@ protected:
 private:
     bool _initialized = false;
 };
+
+/// The type records of the packages that the tags stand for.
+template <class... Tags>
+std::vector<InPackageInit::Type> packagesOf() {
+    return {InInit<Tags>::getType()...};
+}
 
 } // namespace Ko

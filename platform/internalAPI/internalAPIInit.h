@@ -1,8 +1,14 @@
 #pragma once
 
+#include "base/inInit.h"
+#include "internalAPI/internalAPIApi.h"
+
 namespace KoInit {
 
 /// Stands for the package of libKOinternalAPI.
 struct internalAPI {};
 
 } // namespace KoInit
+
+template <>
+KO_INTERNALAPI_API Ko::InPackageInit::Type Ko::InInit<KoInit::internalAPI>::getType();

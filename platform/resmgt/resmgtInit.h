@@ -1,8 +1,14 @@
 #pragma once
 
+#include "base/inInit.h"
+#include "resmgt/resmgtApi.h"
+
 namespace KoInit {
 
 /// Stands for the package of libKOresmgt.
 struct resmgt {};
 
 } // namespace KoInit
+
+template <>
+KO_RESMGT_API Ko::InPackageInit::Type Ko::InInit<KoInit::resmgt>::getType();

@@ -1,8 +1,14 @@
 #pragma once
 
+#include "base/inInit.h"
+#include "scriptingAPI/scriptingAPIApi.h"
+
 namespace KoInit {
 
 /// Stands for the package of libKOscriptingAPI.
 struct scriptingAPI {};
 
 } // namespace KoInit
+
+template <>
+KO_SCRIPTINGAPI_API Ko::InPackageInit::Type Ko::InInit<KoInit::scriptingAPI>::getType();

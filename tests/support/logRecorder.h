@@ -3,7 +3,6 @@
 #include "resmgt/lgGroups.h"
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -12,17 +11,31 @@ namespace KoTest {
 /// Records what is logged while it exists, in place of the sinks that were there: "Minor:level text".
 class LogRecorder {
 public:
-    /// @param level up to which the group "Framework" is logged meanwhile.
-    explicit LogRecorder(int level = Ko::LgLevels::standard);
-    ~LogRecorder();
+    /// @param level up to which everything is logged meanwhile.
+    explicit LogRecorder(int level = Ko::LgLevels::standard) : _before(Ko::LgSinks::replace({_sink})) {
+        Ko::LgLevels::set("*:" + std::to_string(level));
+    }
+    ~LogRecorder() {
+        Ko::LgLevels::set("*:" + std::to_string(Ko::LgLevels::standard));
+        Ko::LgSinks::replace(_before);
+    }
     LogRecorder(LogRecorder const&) = delete;
     LogRecorder& operator=(LogRecorder const&) = delete;
 
-    std::vector<std::string> lines() const;
+    /// To be read while nothing logs.
+    std::vector<std::string> const& lines() const { return _sink->lines; }
 
 private:
-    class Sink;
-    std::shared_ptr<Sink> _sink;
+    class Sink : public Ko::LgSink {
+    public:
+        void write(Ko::LgRecord const& record) override {
+            lines.push_back(record.minor + ":" + std::to_string(record.level) + " " + record.text);
+        }
+        std::vector<std::string> lines;
+    };
+
+    std::shared_ptr<Sink> _sink = std::make_shared<Sink>();
+    Ko::LgSinks::Sinks _before;
 };
 
 } // namespace KoTest

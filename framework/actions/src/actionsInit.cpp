@@ -1,7 +1,6 @@
 #include "framework/actions/actionsInit.h"
 
 #include "base/baseInit.h"
-#include "base/inInit.h"
 #include "framework/command/commandInit.h"
 #include "framework/dragAndDrop/dragAndDropInit.h"
 #include "internalAPI/internalAPIInit.h"
@@ -23,5 +22,10 @@ public:
 ActionsInit package;
 
 } // namespace
+
+template <>
+InPackageInit::Type InInit<KoInit::actions>::getType() {
+    return typeid(KoInit::actions);
+}
 
 } // namespace Ko

@@ -1,7 +1,6 @@
 #include "framework/bgTask/bgTaskInit.h"
 
 #include "base/baseInit.h"
-#include "base/inInit.h"
 #include "internalAPI/internalAPIInit.h"
 #include "primitives/primitivesInit.h"
 #include "resmgt/resmgtInit.h"
@@ -19,5 +18,10 @@ public:
 BgTaskInit package;
 
 } // namespace
+
+template <>
+InPackageInit::Type InInit<KoInit::bgTask>::getType() {
+    return typeid(KoInit::bgTask);
+}
 
 } // namespace Ko

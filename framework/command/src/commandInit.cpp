@@ -1,7 +1,6 @@
 #include "framework/command/commandInit.h"
 
 #include "base/baseInit.h"
-#include "base/inInit.h"
 #include "framework/command/cmCommandStackManager.h"
 #include "framework/command/src/cmLog.h"
 #include "framework/command/src/cmUndoGuardFactory.h"
@@ -37,5 +36,10 @@ public:
 CommandInit package;
 
 } // namespace
+
+template <>
+InPackageInit::Type InInit<KoInit::command>::getType() {
+    return typeid(KoInit::command);
+}
 
 } // namespace Ko

@@ -1,7 +1,6 @@
 #include "framework/dragAndDrop/dragAndDropInit.h"
 
 #include "base/baseInit.h"
-#include "base/inInit.h"
 #include "internalAPI/internalAPIInit.h"
 #include "pluginAPI/pluginAPIInit.h"
 #include "primitives/primitivesInit.h"
@@ -21,5 +20,10 @@ public:
 DragAndDropInit package;
 
 } // namespace
+
+template <>
+InPackageInit::Type InInit<KoInit::dragAndDrop>::getType() {
+    return typeid(KoInit::dragAndDrop);
+}
 
 } // namespace Ko

@@ -1,7 +1,6 @@
 #include "framework/frameworkLib/frameworkInit.h"
 
 #include "base/baseInit.h"
-#include "base/inInit.h"
 #include "framework/actions/actionsInit.h"
 #include "framework/bgTask/bgTaskInit.h"
 #include "framework/command/commandInit.h"
@@ -32,5 +31,10 @@ public:
 FrameworkInit package;
 
 } // namespace
+
+template <>
+InPackageInit::Type InInit<KoInit::framework>::getType() {
+    return typeid(KoInit::framework);
+}
 
 } // namespace Ko

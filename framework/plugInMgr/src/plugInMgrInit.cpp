@@ -1,7 +1,6 @@
 #include "framework/plugInMgr/plugInMgrInit.h"
 
 #include "base/baseInit.h"
-#include "base/inInit.h"
 #include "resmgt/resmgtInit.h"
 
 namespace Ko {
@@ -16,5 +15,10 @@ public:
 PlugInMgrInit package;
 
 } // namespace
+
+template <>
+InPackageInit::Type InInit<KoInit::plugInMgr>::getType() {
+    return typeid(KoInit::plugInMgr);
+}
 
 } // namespace Ko

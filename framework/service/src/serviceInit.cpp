@@ -1,7 +1,6 @@
 #include "framework/service/serviceInit.h"
 
 #include "base/baseInit.h"
-#include "base/inInit.h"
 
 namespace Ko {
 
@@ -15,5 +14,10 @@ public:
 ServiceInit package;
 
 } // namespace
+
+template <>
+InPackageInit::Type InInit<KoInit::service>::getType() {
+    return typeid(KoInit::service);
+}
 
 } // namespace Ko

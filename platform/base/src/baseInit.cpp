@@ -1,7 +1,5 @@
 #include "base/baseInit.h"
 
-#include "base/inInit.h"
-
 namespace Ko {
 
 namespace {
@@ -14,5 +12,10 @@ public:
 BaseInit package;
 
 } // namespace
+
+template <>
+InPackageInit::Type InInit<KoInit::base>::getType() {
+    return typeid(KoInit::base);
+}
 
 } // namespace Ko

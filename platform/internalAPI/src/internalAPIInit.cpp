@@ -1,7 +1,6 @@
 #include "internalAPI/internalAPIInit.h"
 
 #include "base/baseInit.h"
-#include "base/inInit.h"
 #include "primitives/primitivesInit.h"
 #include "resmgt/resmgtInit.h"
 
@@ -17,5 +16,10 @@ public:
 InternalAPIInit package;
 
 } // namespace
+
+template <>
+InPackageInit::Type InInit<KoInit::internalAPI>::getType() {
+    return typeid(KoInit::internalAPI);
+}
 
 } // namespace Ko

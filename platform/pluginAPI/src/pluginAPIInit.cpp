@@ -1,7 +1,6 @@
 #include "pluginAPI/pluginAPIInit.h"
 
 #include "base/baseInit.h"
-#include "base/inInit.h"
 #include "internalAPI/internalAPIInit.h"
 #include "primitives/primitivesInit.h"
 #include "resmgt/resmgtInit.h"
@@ -19,5 +18,10 @@ public:
 PluginAPIInit package;
 
 } // namespace
+
+template <>
+InPackageInit::Type InInit<KoInit::pluginAPI>::getType() {
+    return typeid(KoInit::pluginAPI);
+}
 
 } // namespace Ko

@@ -1,7 +1,6 @@
 #include "primitives/primitivesInit.h"
 
 #include "base/baseInit.h"
-#include "base/inInit.h"
 #include "resmgt/resmgtInit.h"
 
 namespace Ko {
@@ -16,5 +15,10 @@ public:
 PrimitivesInit package;
 
 } // namespace
+
+template <>
+InPackageInit::Type InInit<KoInit::primitives>::getType() {
+    return typeid(KoInit::primitives);
+}
 
 } // namespace Ko

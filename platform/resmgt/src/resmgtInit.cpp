@@ -1,7 +1,6 @@
 #include "resmgt/resmgtInit.h"
 
 #include "base/baseInit.h"
-#include "base/inInit.h"
 
 namespace Ko {
 
@@ -15,5 +14,10 @@ public:
 ResmgtInit package;
 
 } // namespace
+
+template <>
+InPackageInit::Type InInit<KoInit::resmgt>::getType() {
+    return typeid(KoInit::resmgt);
+}
 
 } // namespace Ko

@@ -1,7 +1,6 @@
 #include "scriptingAPI/scriptingAPIInit.h"
 
 #include "base/baseInit.h"
-#include "base/inInit.h"
 #include "internalAPI/internalAPIInit.h"
 #include "pluginAPI/pluginAPIInit.h"
 #include "primitives/primitivesInit.h"
@@ -21,5 +20,10 @@ public:
 ScriptingAPIInit package;
 
 } // namespace
+
+template <>
+InPackageInit::Type InInit<KoInit::scriptingAPI>::getType() {
+    return typeid(KoInit::scriptingAPI);
+}
 
 } // namespace Ko

@@ -81,8 +81,10 @@ function(ko_shared_library target name)
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:koOwnOptions> PUBLIC Threads::Threads)
   # A library loads all its neighbours, also those of which it uses no symbol: their packages have to register.
-  target_link_options(${target} PRIVATE LINKER:--no-as-needed
-    $<$<NOT:$<BOOL:${KO_SANITIZE}>>:LINKER:--no-undefined>)
+  target_link_options(${target} PRIVATE LINKER:--no-as-needed)
+  if(NOT KO_SANITIZE) # whose functions come with the program
+    target_link_options(${target} PRIVATE LINKER:--no-undefined)
+  endif()
   install(TARGETS ${target} EXPORT KOframeworkTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
 endfunction()

@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-say() { printf '%s\n' "$*"; }
+say() { printf '%s\n' "$@"; }
 
 fail() {
     printf '%s\n' "$*" >&2

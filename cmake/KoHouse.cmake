@@ -38,8 +38,10 @@ if(KO_SANITIZE)
   add_link_options(-fsanitize=${KO_SANITIZE})
 endif()
 
-# Calls within a library go straight to their target.
-add_compile_options(-fno-semantic-interposition)
+# Calls within a library go straight to their target, and calls out of it by one indirection.
+add_compile_options(-fno-semantic-interposition -fno-plt)
+add_link_options(-Wl,-z,now)
+set(CMAKE_INTERPROCEDURAL_OPTIMIZATION_RELEASE ON)
 
 set(KO_ROLES PUBLIC_HEADERS TEMPLATE_BODIES PRIVATE_HEADERS SOURCES POSIX_SOURCES WINDOWS_SOURCES CATALOGUES NEIGHBOURS)
 

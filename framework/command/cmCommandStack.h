@@ -82,7 +82,9 @@ public:
 private:
     template <class Step, class DropHistory>
     void replay(State state, char const* verb, CmCommand const& command, Step step, DropHistory dropHistory);
-    void drop(std::size_t first, std::size_t end) noexcept;
+    // Whether a command that was run at this position left the history as it was.
+    bool isUntouched(std::size_t position) const noexcept { return _current == position && _dropped.empty(); }
+    void drop(std::size_t first, std::size_t end);
     void notifyProcessed();
     void notifyChanged();
 
@@ -93,6 +95,8 @@ private:
     CbDispatcher<CbEmptyType> _changeCallbacks;
     State _state = Idle;
     std::string _name;
+    // What was dropped while it may be running.
+    Vector<RCShdPtr<CmCommand>> _dropped;
 };
 
 /// Writes the history as XML, the current command marked, as `RCShdPtr<CmCommandStack>::dump` does.

@@ -3,6 +3,9 @@
 #include "base/baseApi.h"
 #include "base/exBase.h"
 
+#include <atomic>
+#include <thread>
+
 namespace Ko {
 
 /// A start-up that cannot go on; the reason names the packages, the variable or the file.
@@ -44,7 +47,13 @@ public:
 
     static bool isInitialized() noexcept;
     /// Whether the calling thread is the one that initialised; also true after it has finalised. Any thread.
-    static bool isApplicationThread() noexcept;
+    static bool isApplicationThread() noexcept {
+        // Written once, before the application starts threads that could ask.
+        return _applicationThread.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    }
+
+private:
+    static std::atomic<std::thread::id> _applicationThread;
 };
 
 /// Initialises at its begin and finalises at its end.

@@ -2,9 +2,8 @@
 
 #include "base/rcBase.h"
 #include "internalAPI/internalAPIApi.h"
-
-#include <cstddef>
-#include <vector>
+#include "resmgt/lgFirstError.h"
+#include "resmgt/liString.h"
 
 namespace Ko {
 
@@ -25,11 +24,13 @@ protected:
 /// Calls its handlers in the order of their registration. One thread.
 ///
 /// Handlers may be added and removed, themselves included, while they are called: one that is removed is not called any
-/// more, one that is added is called from the next time on. A handler registered twice is called twice.
+/// more, one that is added is called from the next time on. A handler registered twice is called twice. A handler may
+/// also destroy the dispatcher; the remaining ones are not called then.
 template <class Argument>
 class CbDispatcher {
 public:
     CbDispatcher() = default;
+    ~CbDispatcher();
     CbDispatcher(CbDispatcher const&) = delete;
     CbDispatcher& operator=(CbDispatcher const&) = delete;
 
@@ -42,13 +43,16 @@ public:
     /// Every handler is called, whatever another one throws.
     /// @throws the first exception that a handler threw, after all were called; further ones are logged.
     void call(Argument const& argument);
+    /// The same for a caller with more to do: what handlers throw is left in `error`.
+    /// @returns whether this dispatcher still exists.
+    bool call(Argument const& argument, LgFirstError& error);
 
 private:
     class Pass;
 
     // A handler that is removed during a pass leaves a null pointer, which the outermost pass takes out at its end.
-    std::vector<CbHandler<Argument>*> _handlers;
-    int _passes = 0;
+    Vector<CbHandler<Argument>*> _handlers;
+    Pass* _innermostPass = nullptr;
     bool _hasGaps = false;
 };
 

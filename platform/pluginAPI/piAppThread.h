@@ -1,14 +1,14 @@
 #pragma once
 
-#include "pluginAPI/pluginAPIApi.h"
+#include "base/inInitMgr.h"
 
 namespace Ko {
 
 /// The thread on which the application works with documents, commands, actions and the clipboard.
-class KO_PLUGINAPI_API PiAppThread {
+class PiAppThread {
 public:
     /// Whether the calling thread is the one that initialised the framework; false before that.
-    static bool isCurrent() noexcept;
+    static bool isCurrent() noexcept { return InInitMgr::isApplicationThread(); }
 };
 
 } // namespace Ko

@@ -9,7 +9,6 @@
 
 #include <array>
 #include <cstddef>
-#include <exception>
 
 namespace Ko {
 
@@ -22,13 +21,7 @@ public:
     PiUndoGuardProtocol& operator=(PiUndoGuardProtocol const&) = delete;
 
 protected:
-    PiUndoGuardProtocol() noexcept : _exceptionsAtEntry(std::uncaught_exceptions()) {}
-
-    /// Whether the guard is being closed by an exception that passes through its scope.
-    bool isUnwinding() const noexcept { return std::uncaught_exceptions() > _exceptionsAtEntry; }
-
-private:
-    int _exceptionsAtEntry;
+    PiUndoGuardProtocol() noexcept = default;
 };
 
 /// Room for the guard object that a facade owns; the factory builds it there.
@@ -50,7 +43,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t size = 48;
+    static constexpr std::size_t size = 32;
 
     alignas(std::max_align_t) std::array<std::byte, size> _room;
     PiUndoGuardProtocol* _guard = nullptr;

@@ -40,9 +40,12 @@ public:
         if (_first) [[unlikely]]
             write(_first);
     }
-    /// For destructors: logs while another exception is passing, rethrows otherwise.
-    void finish(bool unwinding) {
-        if (unwinding)
+    /// For destructors: throws the exception that was kept, or logs it while another one is passing through the scope.
+    /// @param exceptionsAtEntry `std::uncaught_exceptions()` at the begin of the scope.
+    void finish(int exceptionsAtEntry) {
+        if (!_first) [[likely]]
+            return;
+        if (std::uncaught_exceptions() > exceptionsAtEntry)
             log();
         else
             rethrow();

@@ -3,8 +3,8 @@
 #include "base/assertions.h"
 #include "framework/command/cmEx.h"
 #include "framework/command/cmNullCommand.h"
+#include "framework/command/cmUndoGuardNoLog.h"
 #include "framework/command/src/cmLog.h"
-#include "pluginAPI/piUndoGuard.h"
 #include "resmgt/lgFirstError.h"
 #include "resmgt/xmlWriter.h"
 
@@ -39,7 +39,7 @@ CmCommandStack::~CmCommandStack() = default;
 
 void CmCommandStack::executeAndLog(RCShdPtr<CmCommand> const& cmd) {
     source.require(!cmd->getDisableExecutionOnRedo(), "!cmd->getDisableExecutionOnRedo()");
-    PiUndoGuardNoLog const guard(false);
+    CmUndoGuardNoLog const guard(false);
     cmd->execute();
     log(cmd);
 }
@@ -69,32 +69,35 @@ void CmCommandStack::replay(
     } catch (...) {
         CmLog::write(CmLog::unexpectedFailure, verb, command, " failed unexpectedly\n");
         dropHistory();
+        _dropped.clear();
         LgFirstError error("A listener of the command stack");
         error.capture([this] { notifyProcessed(); });
         error.log();
         throw;
     }
+    _dropped.clear();
     notifyProcessed();
 }
 
 void CmCommandStack::undo() {
-    PiUndoGuardNoLog const guard(false);
+    CmUndoGuardNoLog const guard(false);
     source.require(!_stack.empty(), "!_stack.empty()");
     source.require(canUndo(), "canUndo()");
-    RCShdPtr<CmCommand> const command = _stack[_current];
+    std::size_t const position = _current;
+    CmCommand& command = *_stack[position];
     auto const step = [&] {
-        command->unexecute();
-        source.require(getCurrent() != _stack.end() && *getCurrent() == command, "*getCurrent() == command");
+        command.unexecute();
+        source.require(isUntouched(position), "isUntouched(position)");
         --_current;
     };
-    replay(Undoing, "Undoing ", *command, step, [this] {
+    replay(Undoing, "Undoing ", command, step, [this] {
         drop(1, _current + 1);
         _current = 0;
     });
 }
 
 void CmCommandStack::redo() {
-    PiUndoGuardNoLog const guard(false);
+    CmUndoGuardNoLog const guard(false);
     source.require(!_stack.empty(), "!_stack.empty()");
     source.require(canRedo(), "canRedo()");
     RCShdPtr<CmCommand> const command = _stack[++_current];
@@ -109,6 +112,7 @@ void CmCommandStack::redo() {
 void CmCommandStack::moveTo(ConstIterator target) {
     auto const goal = static_cast<std::size_t>(target - _stack.cbegin());
     source.require(goal < _stack.size(), "target != _stack.end()");
+    RCShdPtr<CmCommandStack> const self(getReferenceCount() > 0 ? this : nullptr);
     RCShdPtr<CmCommand> const destination = *target;
     auto const isThere = [&] { return goal < _stack.size() && _stack[goal] == destination; };
     while (_current > goal && isThere())
@@ -152,12 +156,12 @@ void CmCommandStack::commandProcessedNoLog() {
 }
 
 void CmCommandStack::executeStatic(RCShdPtr<CmCommand> const& cmd) {
-    PiUndoGuardNoLog const guard(false);
+    CmUndoGuardNoLog const guard(false);
     cmd->execute();
 }
 
 void CmCommandStack::unexecuteStatic(RCShdPtr<CmCommand> const& cmd) {
-    PiUndoGuardNoLog const guard(false);
+    CmUndoGuardNoLog const guard(false);
     cmd->unexecute();
 }
 
@@ -174,24 +178,22 @@ void CmCommandStack::removeChangeCallback(CbHandler<CbEmptyType>* handler) {
     _changeCallbacks.remove(handler);
 }
 
-void CmCommandStack::drop(std::size_t first, std::size_t end) noexcept {
-    auto const begin = _stack.begin();
+void CmCommandStack::drop(std::size_t first, std::size_t end) {
     using Offset = Commands::difference_type;
-    _stack.erase(begin + static_cast<Offset>(first), begin + static_cast<Offset>(end));
+    auto const from = _stack.begin() + static_cast<Offset>(first);
+    auto const to = _stack.begin() + static_cast<Offset>(end);
+    if (_state != Idle) _dropped.insert(_dropped.end(), from, to);
+    _stack.erase(from, to);
 }
 
-// A listener may release the last reference to a stack that is shared.
+// Nothing of this is touched after the listeners were told: one of them may have released the last reference to it.
 void CmCommandStack::notifyProcessed() {
-    if (_commandProcessedCallbacks.isEmpty() && _changeCallbacks.isEmpty()) return;
-    RCShdPtr<CmCommandStack> const self(getReferenceCount() > 0 ? this : nullptr);
     LgFirstError error("A listener of the command stack");
-    error.capture([this] { _commandProcessedCallbacks.call({}); });
-    error.capture([this] { _changeCallbacks.call({}); });
+    if (_commandProcessedCallbacks.call({}, error)) _changeCallbacks.call({}, error);
     error.rethrow();
 }
 
 void CmCommandStack::notifyChanged() {
-    RCShdPtr<CmCommandStack> const self(getReferenceCount() > 0 ? this : nullptr);
     _changeCallbacks.call({});
 }
 

@@ -15,7 +15,7 @@ CmCommandStackGuard::CmCommandStackGuard(RCShdPtr<CmCommandStack> const& stack)
 CmCommandStackGuard::~CmCommandStackGuard() noexcept(false) {
     LgFirstError error("The return to the previous command stack");
     error.capture([this] { CmCommandStackManager::getInstance().set(_previous); });
-    error.finish(std::uncaught_exceptions() > _exceptionsAtEntry);
+    error.finish(_exceptionsAtEntry);
 }
 
 } // namespace Ko

@@ -13,7 +13,7 @@ CmUndoGuard::CmUndoGuard(
     : CmUndoGuard(stack, description.format(), param) {}
 
 CmUndoGuard::~CmUndoGuard() noexcept(false) {
-    UndoGuardStack::leave(false, isUnwinding());
+    UndoGuardStack::leave(false);
 }
 
 void CmUndoGuard::execAndAddUndoCommand(RCShdPtr<CmCommand> const& cmd) {

@@ -5,11 +5,11 @@
 namespace Ko {
 
 CmUndoGuardNoLog::CmUndoGuardNoLog(bool quiet) : _quiet(quiet) {
-    UndoGuardStack::getInstance().enter(nullptr, {}, PiExecParam::NOT_TRANSITION, UndoGuardStack::Kind::NoLog);
+    UndoGuardStack::getInstance().enterScope(UndoGuardStack::Kind::NoLog);
 }
 
 CmUndoGuardNoLog::~CmUndoGuardNoLog() noexcept(false) {
-    UndoGuardStack::leave(_quiet, isUnwinding());
+    UndoGuardStack::leave(_quiet);
 }
 
 void CmUndoGuardNoLog::execAndAddUndoCommand(RCShdPtr<CmCommand> const& cmd) {

@@ -5,11 +5,11 @@
 namespace Ko {
 
 CmUndoGuardNoRedo::CmUndoGuardNoRedo() {
-    UndoGuardStack::getInstance().enter(nullptr, {}, PiExecParam::NOT_TRANSITION, UndoGuardStack::Kind::NoRedo);
+    UndoGuardStack::getInstance().enterScope(UndoGuardStack::Kind::NoRedo);
 }
 
 CmUndoGuardNoRedo::~CmUndoGuardNoRedo() noexcept(false) {
-    UndoGuardStack::leave(false, isUnwinding());
+    UndoGuardStack::leave(false);
 }
 
 void CmUndoGuardNoRedo::execAndAddUndoCommand(RCShdPtr<CmCommand> const& cmd) {

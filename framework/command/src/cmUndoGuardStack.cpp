@@ -108,6 +108,7 @@ void UndoGuardStack::enter(
         }
         ++_shortTxnNestingLevel;
         source.require(_shortTxnNestingLevel >= 1, "_shortTxnNestingLevel >= 1");
+        if (_shortTxnNestingLevel == 1) _exceptionsAtEntry = std::uncaught_exceptions();
         advance(param.get(), kind == Kind::NoRedo);
 
         if (_stack.isNull() && !stack.isNull()) {
@@ -221,20 +222,22 @@ void UndoGuardStack::beginLongTransaction() {
     ++_longTxnNestingLevel;
 }
 
-void UndoGuardStack::leave(bool quiet, bool unwinding) {
+void UndoGuardStack::leave(bool quiet) {
+    UndoGuardStack* const guards = PiAppThread::isCurrent() ? undoGuardStack.get() : nullptr;
+    if (guards && (guards->_shortTxnNestingLevel > 1 || (guards->_shortTxnNestingLevel == 1 && guards->leaveQuietly())))
+        return guards->leaveLevel();
     LgFirstError error("The closing of an undo guard");
-    error.capture([&] { getInstance().leaveGuard(quiet); });
-    error.finish(unwinding);
+    int const exceptionsAtEntry = guards && guards->_shortTxnNestingLevel == 1 ? guards->_exceptionsAtEntry : 0;
+    error.capture([&] { getInstance().leaveOutermost(quiet); });
+    error.finish(exceptionsAtEntry);
 }
 
-void UndoGuardStack::leaveGuard(bool quiet) {
+void UndoGuardStack::leaveOutermost(bool quiet) {
     source.require(_state != OUT_OF_GUARD, "_state != OUT_OF_GUARD");
     source.require(_shortTxnNestingLevel > 0, "_shortTxnNestingLevel > 0");
     LgFirstError error("The closing of an undo guard");
-    if (_shortTxnNestingLevel == 1) closeOutermost(quiet, error);
-    --_shortTxnNestingLevel;
-    if (_shortTxnNestingLevel < _noLogLevel) _noLogLevel = noLevel;
-    if (_shortTxnNestingLevel < _noRedoLevel) _noRedoLevel = noLevel;
+    closeOutermost(quiet, error);
+    leaveLevel();
     error.rethrow();
 }
 

@@ -25,8 +25,17 @@ public:
     enum class Kind { Plain, NoLog, NoRedo };
 
     void enter(RCShdPtr<CmCommandStack> const& stack, LiString const& description, PiExecParam const& param, Kind kind);
-    /// Closes the innermost guard whatever goes wrong; that is thrown at the end, or logged if `unwinding`.
-    static void leave(bool quiet, bool unwinding);
+    /// Enters a guard that carries neither stack nor transition.
+    void enterScope(Kind kind) {
+        if (_shortTxnNestingLevel == 0 && !enterQuietly(kind))
+            return enter(nullptr, {}, PiExecParam::NOT_TRANSITION, kind);
+        // Nested, such a guard is allowed in every state.
+        ++_shortTxnNestingLevel;
+        markLevel(kind);
+    }
+    /// Closes the innermost guard whatever goes wrong; that is thrown at the end, or logged while another exception passes
+    /// through the guard.
+    static void leave(bool quiet);
 
     void execAndAdd(RCShdPtr<CmCommand> const& cmd);
     void add(RCShdPtr<CmCommand> const& cmd);
@@ -67,7 +76,29 @@ private:
     void requireNestedInLongTransaction(bool transitionAllowed, char const* expression) const;
     void beginLongTransaction();
 
-    void leaveGuard(bool quiet);
+    // Every single undo and redo opens an outermost guard that nothing is attached to, and to which nobody listens; its way
+    // in and out is short.
+    bool enterQuietly(Kind kind) noexcept {
+        if (kind != Kind::NoLog || _state != OUT_OF_GUARD || !_extensions.empty()) return false;
+        _state = NO_TXN;
+        _exceptionsAtEntry = 0;
+        return true;
+    }
+    bool leaveQuietly() noexcept {
+        if (_state != NO_TXN || !_stack.isNull() || !_endCallbacks.empty() || !_extensions.empty()) return false;
+        _state = OUT_OF_GUARD;
+        return true;
+    }
+    void markLevel(Kind kind) noexcept {
+        if (kind == Kind::NoLog && _noLogLevel == noLevel) _noLogLevel = _shortTxnNestingLevel;
+        if (kind == Kind::NoRedo && _noRedoLevel == noLevel) _noRedoLevel = _shortTxnNestingLevel;
+    }
+    void leaveLevel() noexcept {
+        --_shortTxnNestingLevel;
+        if (_shortTxnNestingLevel < _noLogLevel) _noLogLevel = noLevel;
+        if (_shortTxnNestingLevel < _noRedoLevel) _noRedoLevel = noLevel;
+    }
+    void leaveOutermost(bool quiet);
     void closeOutermost(bool quiet, LgFirstError& error);
     void callEndCallbacks(LgFirstError& error);
     void endExtensions(std::size_t count, LgFirstError& error);
@@ -85,6 +116,8 @@ private:
     Vector<RCShdPtr<CmUndoGuardExtension>> _extensions;
     std::deque<RCWeakPtr<CbHandler<CbEmptyType>>> _endCallbacks;
     Vector<RCShdPtr<CbHandler<CbEmptyType>>> _ownedEndCallbacks;
+    // How many exceptions were passing when the outermost guard was entered; 0 where that was not asked.
+    int _exceptionsAtEntry = 0;
 };
 
 } // namespace Ko

@@ -4,9 +4,8 @@
 #include "base/src/inConfiguration.h"
 #include "base/src/inRegistry.h"
 
-#include <atomic>
+#include <exception>
 #include <iostream>
-#include <thread>
 
 namespace Ko {
 
@@ -14,11 +13,11 @@ namespace {
 
 constexpr AssertionSource source{"base\\src\\inInitMgr"};
 
-// Written once, before the application starts other threads; read by any of them.
-std::atomic<std::thread::id> applicationThread{};
 std::atomic<bool> initialized{false};
 
 } // namespace
+
+std::atomic<std::thread::id> InInitMgr::_applicationThread{};
 
 InInitEx::InInitEx(char const* file, int line, std::string reason) : ExBase(file, line, std::move(reason)) {}
 ExBase* InInitEx::clone() const {
@@ -30,7 +29,7 @@ void InInitEx::raise() const {
 
 void InInitMgr::initialize(int& argc, char** argv) {
     source.require(!initialized, "!initialized");
-    applicationThread = std::this_thread::get_id();
+    _applicationThread = std::this_thread::get_id();
     InRegistry& registry = InRegistry::getInstance();
     InConfiguration::getInstance().read(argc, argv, registry.argumentAliases());
     registry.initializeWaiting(Standard);
@@ -48,10 +47,6 @@ void InInitMgr::finalize() {
 
 bool InInitMgr::isInitialized() noexcept {
     return initialized;
-}
-
-bool InInitMgr::isApplicationThread() noexcept {
-    return applicationThread.load(std::memory_order_relaxed) == std::this_thread::get_id();
 }
 
 InInitScope::~InInitScope() noexcept(false) {

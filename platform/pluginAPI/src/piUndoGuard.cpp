@@ -1,9 +1,31 @@
 #include "pluginAPI/piUndoGuard.h"
 
+#include "base/assertions.h"
 #include "pluginAPI/piUndoGuardFactory.h"
 #include "resmgt/lgFirstError.h"
 
+#include <exception>
+
 namespace Ko {
+
+namespace {
+
+constexpr AssertionSource source{"pluginAPI\\src\\piUndoGuard"};
+
+OPtr<PiUndoGuardFactory> registered;
+
+} // namespace
+
+PiUndoGuardFactory::~PiUndoGuardFactory() = default;
+
+void PiUndoGuardFactory::registerFactory(OPtr<PiUndoGuardFactory> factory) {
+    registered = std::move(factory);
+}
+
+PiUndoGuardFactory const& PiUndoGuardFactory::getInstance() {
+    source.require(registered != nullptr, "registered != nullptr");
+    return *registered;
+}
 
 PiUndoGuardProtocol::~PiUndoGuardProtocol() noexcept(false) = default;
 
@@ -35,7 +57,7 @@ PiUndoScope::PiUndoScope(RCShdPtr<PiUndoScopeTarget> const& target)
 PiUndoScope::~PiUndoScope() noexcept(false) {
     LgFirstError error("The end of a scope of commands");
     error.capture([this] { PiUndoGuardFactory::getInstance().markScope(_target, true); });
-    error.finish(std::uncaught_exceptions() > _exceptionsAtEntry);
+    error.finish(_exceptionsAtEntry);
 }
 
 } // namespace Ko

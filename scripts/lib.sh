@@ -64,8 +64,8 @@ install_packages() {
     "${as_root[@]}" apt-get install -qq -y --no-install-recommends "$@" || fail "apt-get install failed. $advice"
 }
 
-# What a preset of the project needs to be configured at all.
-need_build_tools() { need g++ cmake ninja-build libgtest-dev libgmock-dev libpng-dev "$@"; }
+# What a preset of the project needs to be configured at all; g++ optimises across sources in parallel with make.
+need_build_tools() { need g++ cmake ninja-build make libgtest-dev libgmock-dev libpng-dev "$@"; }
 
 configured() { [[ -f build/$1/build.ninja && build/$1/build.ninja -nt CMakePresets.json ]]; }
 

@@ -9,5 +9,8 @@ install(FILES ${PROJECT_BINARY_DIR}/KOframeworkConfig.cmake ${PROJECT_BINARY_DIR
   DESTINATION ${package_dir} COMPONENT development)
 install(EXPORT KOframeworkTargets NAMESPACE KO:: DESTINATION ${package_dir} COMPONENT development)
 
+# The .pc file finds its prefix from where it lies itself, however deep that is.
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
+  OUTPUT_VARIABLE KO_PC_TO_PREFIX)
 configure_file(cmake/koframework.pc.in koframework.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/koframework.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

@@ -40,8 +40,7 @@ public:
 // Never destroyed: anything may log until the process has ended.
 struct Log {
     Log() {
-        if (char const* const assigned = std::getenv("KO_LOG"))
-            addRules(assigned);
+        if (char const* const assigned = std::getenv("KO_LOG")) addRules(assigned);
     }
 
     void addRules(LiString const& text);

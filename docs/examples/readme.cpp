@@ -1,0 +1,36 @@
+#include "base/inInitMgr.h"
+#include "framework/command/cmUndoGuard.h"
+
+#include <iostream>
+#include <utility>
+
+using namespace Ko;
+
+/// Gives a layer another name.
+class RenameCmd : public CmCommand {
+public:
+    RenameCmd(LiString& layer, LiString name) : _layer(layer), _otherName(std::move(name)) {}
+    LiString getDescription() const override { return "Rename Layer"; }
+
+protected:
+    void executeInternal() override { _layer.swap(_otherName); }
+    void unexecuteInternal() override { _layer.swap(_otherName); }
+
+private:
+    LiString& _layer;
+    LiString _otherName;
+};
+
+int main(int argc, char** argv) {
+    InInitScope const framework(argc, argv);
+    LiString background = "Layer 1", foreground = "Layer 2";
+    auto const history = RCShdPtr<CmCommandStack>::create();
+    {
+        CmUndoGuard step(history, "Name the Layers", {});
+        step.execAndAddUndoCommand(RCShdPtr<RenameCmd>::create(background, "Sky"));
+        step.execAndAddUndoCommand(RCShdPtr<RenameCmd>::create(foreground, "Tree"));
+    }
+    std::cout << (*history->getCurrent())->getDescription() << ": " << background << ", " << foreground << '\n';
+    history->undo();
+    std::cout << "undone: " << background << ", " << foreground << '\n';
+}

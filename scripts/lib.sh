@@ -1,0 +1,78 @@
+# shellcheck shell=bash
+# What the scripts share; sourced, not run. Leaves the caller in the root of the house.
+
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+say() { printf '%s\n' "$@"; }
+
+fail() {
+    printf '%s\n' "$*" >&2
+    exit 1
+}
+
+compiler() { printf '%s' "${CXX:-g++}"; }
+
+has_program() { command -v "$1" >/dev/null; }
+
+# Asks the compiler, so that libraries that no package manager knows of are found as well.
+has_header() {
+    printf '#if !__has_include(<%s>)\n#error\n#endif\n' "$1" | "$(compiler)" -E -x c++ - >/dev/null 2>&1
+}
+
+has_cmake() {
+    has_program cmake && printf '%s\n' 3.25 "$(cmake --version | awk 'NR == 1 { print $3 }')" | sort --version-sort --check=quiet
+}
+
+# present PACKAGE: whether that what the Debian package would bring is here, from wherever it came.
+present() {
+    case $1 in
+    g++) has_program "$(compiler)" ;;
+    cmake) has_cmake ;;
+    ninja-build) has_program ninja ;;
+    libgtest-dev) has_header gtest/gtest.h ;;
+    libgmock-dev) has_header gmock/gmock.h ;;
+    libpng-dev) has_header png.h ;;
+    libbenchmark-dev) has_header benchmark/benchmark.h ;;
+    *) has_program "$1" ;;
+    esac
+}
+
+# need PACKAGE...: installs what is missing, or says what to install and stops.
+need() {
+    local missing=() package
+    for package in "$@"; do
+        present "$package" || missing+=("$package")
+    done
+    ((${#missing[@]})) || return 0
+    install_packages "${missing[@]}"
+    for package in "${missing[@]}"; do
+        present "$package" || fail "$package is installed, but what it brings is not usable here (cmake has to be 3.25 or newer)."
+    done
+}
+
+install_packages() {
+    local advice="Please install (named as in Debian): $*. Then run this again."
+    local as_root=(env DEBIAN_FRONTEND=noninteractive)
+    has_program apt-get || fail "There is no apt-get here. $advice"
+    if ((EUID)); then
+        has_program sudo || fail "Packages are missing, and there is no sudo here. $advice"
+        as_root=(sudo "${as_root[@]}")
+    fi
+    say "Installing $*"
+    "${as_root[@]}" apt-get update -qq || fail "apt-get update failed. $advice"
+    "${as_root[@]}" apt-get install -qq -y --no-install-recommends "$@" || fail "apt-get install failed. $advice"
+}
+
+# What a preset of the project needs to be configured at all; g++ optimises across sources in parallel with make.
+need_build_tools() { need g++ cmake ninja-build make libgtest-dev libgmock-dev libpng-dev "$@"; }
+
+configured() { [[ -f build/$1/build.ninja && build/$1/build.ninja -nt CMakePresets.json ]]; }
+
+# build PRESET [TARGET...]: configures only where that has not been done; the build itself notices changed CMake files.
+build() {
+    local preset=$1
+    shift
+    configured "$preset" || cmake --preset "$preset"
+    cmake --build --preset "$preset" --parallel "$(getconf _NPROCESSORS_ONLN)" ${1:+--target "$@"}
+}

@@ -1,0 +1,71 @@
+#!/usr/bin/env bash
+# Holds the pages of the house against the house:  checkPages.sh ROOT README_PROGRAM
+# - every relative link leads to a file, and every page below docs/ can be reached from docs/README.md;
+# - a code block after the line <!-- from FILE --> is, line by line, a part of that file;
+# - what the README says that its program prints, it prints.
+set -euo pipefail
+
+cd "$1"
+program=$2
+faults=0
+
+refuse() {
+    printf '%s\n' "$*" >&2
+    faults=$((faults + 1))
+}
+
+mapfile -t pages < <({ find . -maxdepth 1 -name '*.md'; find docs examples -name '*.md'; } | sed 's|^\./||' | sort)
+
+# links PAGE: the files that it links to, seen from the root.
+links() {
+    awk -v folder="$(dirname "$1")/" '
+        /^```/ { inside = !inside }
+        !inside {
+            while (match($0, /\]\([^)#]+/)) {
+                target = substr($0, RSTART + 2, RLENGTH - 2)
+                if (target !~ /^[a-z]+:/) print folder target
+                $0 = substr($0, RSTART + RLENGTH)
+            }
+        }' "$1"
+}
+
+check_links() {
+    local link
+    while read -r link; do
+        [[ -e $link ]] || refuse "$1: leads nowhere: $link"
+    done < <(links "$1")
+}
+
+# block PAGE MARK: the lines of the first code block after the line that is MARK.
+block() { awk -v mark="$2" '$0 == mark { armed = 1 } armed && /^```/ { if (inside) exit; inside = 1; next } inside' "$1"; }
+
+check_blocks() {
+    local mark file
+    while read -r mark; do
+        file=$(sed 's/<!-- from \(.*\) -->/\1/' <<<"$mark")
+        [[ -n $(block "$1" "$mark") && $(<"$file") == *"$(block "$1" "$mark")"* ]] ||
+            refuse "$1: the code after $mark is not in that file"
+    done < <(grep '^<!-- from .* -->$' "$1")
+}
+
+check_reached() {
+    local reached
+    reached=$(for page in docs/README.md docs/*/README.md; do [[ ! -e $page ]] || links "$page"; done | xargs -r realpath -m)
+    for page in "${pages[@]}"; do
+        [[ $page != docs/* || $page == docs/README.md ]] || grep -qxF "$(realpath "$page")" <<<"$reached" ||
+            refuse "$page: no index below docs/ leads to it"
+    done
+}
+
+for page in "${pages[@]}"; do
+    check_links "$page"
+    check_blocks "$page"
+done
+check_reached
+
+[[ $(block README.md '<!-- from docs/examples/readme.cpp -->') == "$(<docs/examples/readme.cpp)" ]] ||
+    refuse "README.md: shows another program than docs/examples/readme.cpp"
+[[ $(block README.md 'It prints:') == "$("$program")" ]] ||
+    refuse "README.md: its program prints something else: $("$program")"
+
+exit "$((faults > 0))"

@@ -1,4 +1,5 @@
 #include "base/inInitMgr.h"
+#include "framework/command/cmCommandStackGuard.h"
 #include "host/interpreter.h"
 
 #include <cerrno>
@@ -15,6 +16,7 @@ int run(int argc, char** argv) {
         return 2;
     }
     compositor::Editor editor;
+    Ko::CmCommandStackGuard const active(editor.history());
     compositor::Interpreter interpreter(editor, std::cout, std::cerr);
     if (argc == 1) {
         interpreter.runTerminal(std::cin);

@@ -2,7 +2,6 @@
 
 #include "document/document.h"
 #include "framework/command/cmCommandStack.h"
-#include "framework/command/cmCommandStackGuard.h"
 
 #include <filesystem>
 #include <string>
@@ -51,8 +50,6 @@ private:
 
     Document _document;
     Ko::RCShdPtr<Ko::CmCommandStack> _history = Ko::RCShdPtr<Ko::CmCommandStack>::create();
-    // While this editor exists its history is the active one.
-    Ko::CmCommandStackGuard _active{_history};
 };
 
 } // namespace compositor

@@ -1,0 +1,165 @@
+#include "document/documentFile.h"
+#include "image/generators.h"
+#include "image/pngFile.h"
+#include "tests/support/temporaryFolder.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace compositor;
+using KoTest::TemporaryFolder;
+
+SharedPicture smallPicture() {
+    return std::make_shared<Picture const>(makeChecker({4, 3}, 1, {10, 20, 30, 40}, {200, 100, 50, 255}));
+}
+
+Layer makeLayer(std::uint64_t id, std::string name, SharedPicture picture = smallPicture()) {
+    return {id, std::move(name), {std::move(picture), 0, 0, 1.0f, BlendMode::Over}};
+}
+
+std::string names(Document const& document) {
+    std::string result;
+    for (Layer const& layer : document.layers())
+        result += layer.name;
+    return result;
+}
+
+template <class Call>
+std::string errorOf(Call call) {
+    try {
+        call();
+    } catch (std::runtime_error const& error) {
+        return error.what();
+    }
+    return "nothing was thrown";
+}
+
+Document makeDocument() {
+    Document document({10, 8});
+    for (char const* const name : {"a", "b", "c"})
+        document.insert(document.layers().size(), makeLayer(document.newId(), name));
+    return document;
+}
+
+TEST(Document, OrdersItsLayersAndFindsThemByNameAndId) {
+    Document document = makeDocument();
+    document.reorder(1, 2);
+    EXPECT_EQ("bca", names(document));
+    document.reorder(1, 0);
+    EXPECT_EQ("abc", names(document));
+    document.reorder(3, 1);
+    EXPECT_EQ("acb", names(document));
+    Layer const removed = document.remove(document.layer("c").id);
+    EXPECT_EQ("ab", names(document));
+    document.insert(0, removed);
+    EXPECT_EQ("cab", names(document));
+    EXPECT_EQ(4u, document.newId());
+}
+
+TEST(Document, RefusesWhatIsNotPossibleAndStaysAsItWas) {
+    Document document = makeDocument();
+    auto const replaceWith = [&document](std::string name, float opacity) {
+        Layer layer = document.layer("a");
+        layer.name = std::move(name);
+        layer.placed.opacity = opacity;
+        document.replace(layer);
+    };
+    struct Row {
+        std::function<void()> change;
+        char const* expected;
+    };
+    for (Row const& row : {Row{[&] { document.layer("x"); }, "there is no layer \"x\""},
+             Row{[&] { document.remove(9); }, "the layer is no longer there"},
+             Row{[&] { document.insert(4, makeLayer(9, "d")); }, "position 4 lies above the highest layer"},
+             Row{[&] { document.insert(0, makeLayer(9, "a")); }, "there is a layer \"a\" already"},
+             Row{[&] { document.reorder(1, 3); }, "position 3 lies above the highest layer"},
+             Row{[&] { replaceWith("b", 1); }, "there is a layer \"b\" already"},
+             Row{[&] { replaceWith("", 1); }, "a layer's name must not be empty or hold control characters"},
+             Row{[&] { replaceWith("a\nb", 1); }, "a layer's name must not be empty or hold control characters"},
+             Row{[&] { replaceWith("a", 1.01f); }, "an opacity lies between 0 and 1"},
+             Row{[&] { replaceWith("a", std::nanf("")); }, "an opacity lies between 0 and 1"}})
+        EXPECT_EQ(row.expected, errorOf(row.change));
+    EXPECT_THROW(document.setCanvas({0, 1}), ImageError);
+    EXPECT_EQ("abc", names(document));
+    EXPECT_EQ((Size{10, 8}), document.canvas());
+}
+
+class DocumentFile : public testing::Test {
+protected:
+    DocumentFile() {
+        SharedPicture const shared = smallPicture();
+        document.insert(0, makeLayer(document.newId(), "layer with a name", shared));
+        document.insert(1, makeLayer(document.newId(), "\xC3\xBC \"quoted\" #", shared));
+        Layer layer = makeLayer(document.newId(), "third");
+        layer.placed.x = -2147483647;
+        layer.placed.y = 42;
+        layer.placed.opacity = 0.1f;
+        layer.placed.blend = BlendMode::Screen;
+        document.insert(0, layer);
+    }
+
+    std::string save() {
+        saveDocument(document, folder / "saved.koc");
+        return folder.read("saved.koc");
+    }
+    static Document decode(std::string const& text) { return decodeDocument(std::as_bytes(std::span(text))); }
+
+    TemporaryFolder folder;
+    Document document{Size{7, 5}};
+};
+
+TEST_F(DocumentFile, KeepsEverythingAndEachPictureOnce) {
+    std::string const text = save();
+    Document const opened = decode(text);
+    EXPECT_EQ(document.canvas(), opened.canvas());
+    ASSERT_EQ(3u, opened.layers().size());
+    for (std::size_t index = 0; index < 3; ++index) {
+        Layer const& saved = document.layers()[index];
+        Layer const& layer = opened.layers()[index];
+        EXPECT_EQ(saved.name, layer.name);
+        EXPECT_EQ(saved.placed.x, layer.placed.x);
+        EXPECT_EQ(saved.placed.y, layer.placed.y);
+        EXPECT_EQ(saved.placed.opacity, layer.placed.opacity);
+        EXPECT_EQ(saved.placed.blend, layer.placed.blend);
+        EXPECT_EQ(*saved.placed.picture, *layer.placed.picture);
+    }
+    EXPECT_EQ(opened.layers()[1].placed.picture, opened.layers()[2].placed.picture);
+    EXPECT_EQ(text, (saveDocument(opened, folder / "saved.koc"), folder.read("saved.koc")));
+}
+
+TEST_F(DocumentFile, ReportsATruncationAtAnyByte) {
+    std::string const text = save();
+    for (std::size_t length = 0; length < text.size(); ++length)
+        EXPECT_THROW(decode(text.substr(0, length)), DocumentError) << length;
+    EXPECT_EQ("there are 1 bytes after the last picture", errorOf([&] { decode(text + "x"); }));
+}
+
+TEST_F(DocumentFile, ReportsTheLineOrThePictureThatIsWrong) {
+    std::string const start = "compositor document 1\n";
+    struct Row {
+        std::string text;
+        char const* expected;
+    };
+    for (Row const& row : {Row{"compositor document 2\n", "it is neither a document nor a PNG picture"},
+             Row{start + "size 1 1\n", "line 2: expected the canvas"},
+             Row{start + "canvas 1 x\n", "line 2: \"x\" is not a number that can stand here"},
+             Row{start + "canvas 1 0\n", "line 2: a picture of 1 x 0 pixels is not possible"},
+             Row{start + "canvas 1 1\nlayer 0 0 0 1 over a\n", "line 3: there is no picture 0"},
+             Row{start + "canvas 1 1\npicture 9\nlayer 0 0 0 2 over a\n", "line 4: an opacity lies between 0 and 1"},
+             Row{start + "canvas 1 1\npicture 9\nlayer 0 0 0 nan over a\n", "line 4: an opacity"},
+             Row{start + "canvas 1 1\npicture 9\nlayer 0 0 0 1 under a\n", "line 4: there is no blend mode \"under\""},
+             Row{start + "canvas 1 1\npicture 9\nlayer 0 0 0 1 over\n", "line 4: a layer's name must not be empty"},
+             Row{start + "canvas 1 1\npicture 9\nlayer 0 0 0 1 over a\nlayer 0 0 0 1 over a\n",
+                 "line 5: there is a layer"},
+             Row{start + "canvas 1 1\npicture -1\n", "line 3: \"-1\" is not a number"},
+             Row{start + "canvas 1 1\nnonsense\n", "line 3: unknown word \"nonsense\""},
+             Row{start + "canvas 1 1\npicture 99999999999999\ndata\n", "picture 0: the file ends before it does"},
+             Row{start + "canvas 1 1\npicture 4\ndata\nabcd", "picture 0: it is not a PNG picture"}}) {
+        std::string const error = errorOf([&] { decode(row.text); });
+        EXPECT_EQ(0u, error.find(row.expected)) << error;
+    }
+}
+
+} // namespace

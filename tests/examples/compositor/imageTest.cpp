@@ -1,0 +1,191 @@
+#include "image/atomicFile.h"
+#include "image/colour.h"
+#include "image/generators.h"
+#include "image/pngFile.h"
+#include "image/render.h"
+#include "tests/support/temporaryFolder.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace {
+
+using namespace compositor;
+using KoTest::TemporaryFolder;
+
+template <class Call>
+std::string errorOf(Call call) {
+    try {
+        call();
+    } catch (ImageError const& error) {
+        return error.what();
+    }
+    return "nothing was thrown";
+}
+
+double toLight(double srgb) {
+    return srgb <= 0.04045 ? srgb / 12.92 : std::pow((srgb + 0.055) / 1.055, 2.4);
+}
+double toSrgb(double light) {
+    return light <= 0.0031308 ? light * 12.92 : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
+}
+
+TEST(Colour, EncodesToTheNearestValueAndBack) {
+    for (int value = 0; value < 256; ++value)
+        EXPECT_EQ(value, encodeSrgb(decodeSrgb(static_cast<std::uint8_t>(value))));
+    for (int step = 0; step <= 100000; ++step) {
+        double const light = step / 100000.0;
+        EXPECT_NEAR(toSrgb(static_cast<float>(light)) * 255.0, encodeSrgb(static_cast<float>(light)), 0.5001);
+    }
+    EXPECT_EQ(0, encodeSrgb(-1.0f));
+    EXPECT_EQ(0, encodeSrgb(std::nanf("")));
+    EXPECT_EQ(255, encodeSrgb(7.0f));
+}
+
+TEST(Generators, MakeCheckersAndGradientsAndRefuseImpossibleSizes) {
+    Colour const black{0, 0, 0, 255};
+    Colour const white{255, 255, 255, 0};
+    Picture const checker = makeChecker({5, 4}, 2, black, white);
+    EXPECT_EQ(black, checker.row(0)[1]);
+    EXPECT_EQ(white, checker.row(1)[2]);
+    EXPECT_EQ(black, checker.row(3)[3]);
+    Picture const gradient = makeGradient({1, 3}, black, white, Direction::Vertical);
+    EXPECT_EQ(black, gradient.row(0)[0]);
+    EXPECT_EQ((Colour{128, 128, 128, 128}), gradient.row(1)[0]);
+    EXPECT_EQ(white, gradient.row(2)[0]);
+    EXPECT_NO_THROW(makeGradient({1, 1}, black, white, Direction::Horizontal));
+    EXPECT_THROW(makeChecker({4, 4}, 0, black, white), ImageError);
+    for (Size const size : {Size{0, 1}, Size{1, -1}, Size{65536, 1}, Size{65535, 65535}})
+        EXPECT_THROW(Picture{size}, ImageError);
+}
+
+// The formulas as they are written down, in double, for one channel.
+double reference(BlendMode mode, double source, double destination, double sourceAlpha, double destinationAlpha) {
+    switch (mode) {
+    case BlendMode::Over:
+        return source + destination * (1 - sourceAlpha);
+    case BlendMode::Add:
+        return std::min(1.0, source + destination);
+    case BlendMode::Multiply:
+        return source * destination + source * (1 - destinationAlpha) + destination * (1 - sourceAlpha);
+    case BlendMode::Screen:
+        return source + destination - source * destination;
+    }
+    return 0;
+}
+
+int expectedChannel(BlendMode mode, Colour above, double opacity, Colour below, std::uint8_t Colour::*channel) {
+    double const sourceAlpha = above.alpha / 255.0 * opacity;
+    double const destinationAlpha = below.alpha / 255.0;
+    double const alpha = reference(mode, sourceAlpha, destinationAlpha, sourceAlpha, destinationAlpha);
+    double const light = reference(mode, toLight(above.*channel / 255.0) * sourceAlpha,
+        toLight(below.*channel / 255.0) * destinationAlpha, sourceAlpha, destinationAlpha);
+    return alpha <= 0 ? 0 : static_cast<int>(std::lround(toSrgb(std::min(1.0, light / alpha)) * 255));
+}
+
+TEST(Renderer, BlendsAsTheFormulasSay) {
+    std::mt19937 random(5);
+    auto const byte = [&random] { return static_cast<std::uint8_t>(random() % 6 * 51); };
+    for (BlendMode const mode : {BlendMode::Over, BlendMode::Add, BlendMode::Multiply, BlendMode::Screen})
+        for (int round = 0; round < 500; ++round) {
+            Colour const below{byte(), byte(), byte(), byte()};
+            Colour const above{byte(), byte(), byte(), byte()};
+            float const opacity = static_cast<float>(random() % 5) / 4;
+            auto const picture = [](Colour colour) {
+                return std::make_shared<Picture const>(makeChecker({1, 1}, 1, colour, colour));
+            };
+            Renderer const renderer(
+                {1, 1}, {{picture(below), 0, 0, 1.0f, BlendMode::Over}, {picture(above), 0, 0, opacity, mode}});
+            std::vector<Colour> row(1);
+            renderer.renderRow(0, row);
+            for (auto const channel : {&Colour::red, &Colour::green, &Colour::blue})
+                EXPECT_NEAR(expectedChannel(mode, above, opacity, below, channel), row[0].*channel, 1)
+                    << toString(mode);
+        }
+    EXPECT_THROW(blendModeOf("dissolve"), ImageError);
+}
+
+TEST(Renderer, ClipsLayersThatLieAnywhere) {
+    Colour const red{255, 0, 0, 255};
+    auto const picture = std::make_shared<Picture const>(makeChecker({3, 3}, 9, red, red));
+    constexpr int far = 2147483647;
+    struct Row {
+        int x;
+        int y;
+        char const* expected;
+    };
+    for (Row const& row : {Row{-2, -2, "x...|....|"}, Row{1, -1, ".xxx|.xxx|"}, Row{2, 1, "....|..xx|"},
+             Row{4, 0, "....|....|"}, Row{far, far, "....|....|"}, Row{-far, -far, "....|....|"}}) {
+        Renderer const renderer({4, 2}, {{picture, row.x, row.y, 1.0f, BlendMode::Over}});
+        std::string shown;
+        for (int y = 0; y < 2; ++y) {
+            std::vector<Colour> pixels(4);
+            renderer.renderRow(y, pixels);
+            for (Colour const pixel : pixels)
+                shown += pixel == red ? 'x' : '.';
+            shown += '|';
+        }
+        EXPECT_EQ(row.expected, shown) << row.x << ", " << row.y;
+    }
+}
+
+TEST(PngFile, KeepsEveryPixelAndReportsDamageOfAnyKind) {
+    Picture const picture = makeGradient({33, 17}, {1, 2, 3, 255}, {250, 100, 0, 10}, Direction::Horizontal);
+    std::vector<std::byte> const bytes = encodePng(picture);
+    EXPECT_EQ(picture, decodePng(bytes));
+    for (std::size_t length = 0; length < bytes.size(); ++length)
+        if (length < bytes.size() - 12) {
+            EXPECT_THROW(decodePng(std::span(bytes).first(length)), ImageError) << length;
+        }
+    for (std::size_t const index : {1u, 20u, 29u, 60u}) {
+        std::vector<std::byte> damaged = bytes;
+        damaged[index] ^= std::byte{0x40};
+        EXPECT_THROW(decodePng(damaged), ImageError) << index;
+    }
+    EXPECT_EQ("it is not a PNG picture", errorOf([] { decodePng({}); }));
+}
+
+TEST(PngFile, RefusesAHugePictureBeforeItAllocatesAnything) {
+    std::vector<std::byte> bytes = encodePng(Picture({1, 1}));
+    // The width, and then the checksum of the header with it.
+    std::byte const width[] = {std::byte{0x7F}, std::byte{0xFF}, std::byte{0xFF}, std::byte{0xFF}};
+    std::copy(std::begin(width), std::end(width), bytes.begin() + 16);
+    std::uint32_t crc = 0xFFFFFFFFu;
+    for (std::size_t index = 12; index < 29; ++index) {
+        crc ^= static_cast<std::uint32_t>(bytes[index]);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320u : 0u);
+    }
+    crc = ~crc;
+    for (std::size_t index = 0; index < 4; ++index)
+        bytes[29 + index] = static_cast<std::byte>(crc >> (24 - 8 * index) & 0xFF);
+    EXPECT_THROW(decodePng(bytes), ImageError);
+}
+
+TEST(Writing, IsWholeOrNotAtAll) {
+    TemporaryFolder const folder;
+    folder.write("old.png", "old");
+    Renderer const renderer({8, 8}, {});
+    EXPECT_FALSE(renderer.renderToFile(folder / "old.png", [](int done, int) { return done < 4; }));
+    EXPECT_EQ("old", folder.read("old.png"));
+    EXPECT_THROW(writePng(folder / "old.png", {8, 8}, [](int, std::span<Colour>) -> bool { throw ImageError("x"); }),
+        ImageError);
+    EXPECT_EQ("old", folder.read("old.png"));
+    EXPECT_EQ(1, folder.entries());
+    EXPECT_TRUE(renderer.renderToFile(folder / "old.png"));
+    EXPECT_EQ((Size{8, 8}), decodePng(readFile(folder / "old.png")).size());
+    EXPECT_EQ(1, folder.entries());
+}
+
+TEST(Files, ThatCannotBeUsedAreNamedWithTheReason) {
+    TemporaryFolder const folder;
+    std::string const missing = (folder / "missing").string();
+    EXPECT_EQ(missing + " cannot be read: No such file or directory", errorOf([&] { readFile(missing); }));
+    EXPECT_NE(std::string::npos, errorOf([&] { readFile(folder / ""); }).find("it is a directory"));
+    EXPECT_EQ(missing + "/x.png cannot be written: No such file or directory",
+        errorOf([&] { AtomicFile(missing + "/x.png"); }));
+    EXPECT_EQ("/dev/null cannot be written: it is not a file", errorOf([] { AtomicFile("/dev/null"); }));
+}
+
+} // namespace

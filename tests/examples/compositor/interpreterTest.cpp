@@ -1,0 +1,154 @@
+#include "host/interpreter.h"
+#include "framework/command/cmUndoGuard.h"
+#include "image/pngFile.h"
+#include "tests/support/temporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace {
+
+using namespace compositor;
+using KoTest::TemporaryFolder;
+
+class InterpreterTest : public testing::Test {
+protected:
+    InterpreterTest() { run("checker a 2 2 1 000000 ffffff\nchecker b 2 2 1 ff0000 0000ff80\n"); }
+
+    bool run(std::string const& script) {
+        std::istringstream stream(script);
+        return interpreter.runScript(stream, "test");
+    }
+    std::string take(std::ostringstream& stream) {
+        std::string const text = stream.str();
+        stream.str("");
+        return text;
+    }
+    // What the document looks like, and where its history stands.
+    std::string state() {
+        run("layers");
+        return take(output) + std::to_string(editor.history()->getNbUndoableCommands());
+    }
+    void expectError(std::string const& script, std::string const& error) {
+        std::string const before = state();
+        EXPECT_FALSE(run(script)) << script;
+        EXPECT_EQ("test:" + error + "\n", take(errors));
+        EXPECT_EQ(before, state()) << script;
+        EXPECT_FALSE(Ko::CmUndoGuard::isGuardActive());
+    }
+
+    TemporaryFolder folder;
+    std::ostringstream output;
+    std::ostringstream errors;
+    Editor editor;
+    Interpreter interpreter{editor, output, errors};
+};
+
+TEST_F(InterpreterTest, UndoesAndRedoesEveryEdit) {
+    for (char const* const edit :
+        {"canvas 30 20", "checker c 3 3 1 000000 ffffff", "gradient c 3 3 000000 ffffff vertical", "move a 3 -4",
+            "opacity a 0.25", "blend b screen", "rename a c", "remove a", "reorder a 1", "drag a 1 1 2 2 3 3",
+            "group \"Two words\"\n move a 1 1\n group inner\n opacity b 0\n end\nend"}) {
+        std::string const before = state();
+        EXPECT_TRUE(run(edit)) << take(errors);
+        std::string const after = state();
+        EXPECT_NE(before, after);
+        EXPECT_EQ(3, editor.history()->getNbUndoableCommands()) << "one step: " << edit;
+        run("undo");
+        EXPECT_EQ(before, state()) << edit;
+        run("redo");
+        EXPECT_EQ(after, state()) << edit;
+        run("undo");
+    }
+}
+
+TEST_F(InterpreterTest, MovesThroughTheHistoryAndLimitsIt) {
+    run("move a 1 0\nmove a 2 0\nmove a 3 0\ngoto 3");
+    EXPECT_EQ(1, editor.document().layer("a").placed.x);
+    run("redo 2\nhistory");
+    EXPECT_EQ("  0 Initial State\n  1 Add a\n  2 Add b\n  3 Move a\n  4 Move a\n> 5 Move a\n", take(output));
+    run("limit 2\nhistory");
+    EXPECT_EQ("  0 Initial State\n  1 Move a\n> 2 Move a\n", take(output));
+    run("dump");
+    EXPECT_EQ(0u, take(output).find("<CommandStack>"));
+}
+
+TEST_F(InterpreterTest, KeepsQuietEditsOutOfTheHistoryAndNeverUndoesTheWrongThing) {
+    run("move a 1 0\nquietly\n opacity b 0.5\n remove a\nend");
+    EXPECT_EQ(3, editor.history()->getNbUndoableCommands());
+    EXPECT_FALSE(run("undo"));
+    EXPECT_EQ("test:1: a step cannot be undone any more; it and the steps before it were dropped\n", take(errors));
+    EXPECT_EQ(0, editor.history()->getNbUndoableCommands());
+    EXPECT_EQ(0.5f, editor.document().layer("b").placed.opacity);
+}
+
+TEST_F(InterpreterTest, TellsBadInputInOneLineWithItsPlaceAndChangesNothing) {
+    folder.write("text.png", "not a picture");
+    std::string const missing = (folder / "missing.png").string();
+    std::string const text = (folder / "text.png").string();
+    for (auto const& [script, error] : std::vector<std::pair<std::string, std::string>>{
+             {"\n# comment\nfly a", "3: unknown word \"fly\"; \"help\" lists the words"},
+             {"move a 1", "1: write: move NAME X Y"}, {"move x 1 1", "1: there is no layer \"x\""},
+             {"move a 1.5 1", "1: \"1.5\" is not a whole number from -2147483647 to 2147483647"},
+             {"opacity a 2", "1: \"2\" is not a number from 0 to 1"},
+             {"opacity a nan", "1: \"nan\" is not a number from 0 to 1"},
+             {"blend a under", "1: there is no blend mode \"under\"; there are over, add, multiply and screen"},
+             {"rename a b", "1: there is a layer \"b\" already"},
+             {"reorder a 2", "1: position 2 lies above the highest layer"},
+             {"checker c 0 1 1 000000 ffffff", "1: \"0\" is not a whole number from 1 to 65535"},
+             {"checker c 1 1 1 black ffffff", "1: \"black\" is not a colour; write rrggbb or rrggbbaa"},
+             {"gradient c 1 1 000000 ffffff up", "1: \"up\" is not a direction; write horizontal or vertical"},
+             {"drag a 1 1 2", "1: a path is made of pairs of X and Y"},
+             {"undo 0", "1: \"0\" is not a whole number from 1 to 2147483647"}, {"redo", "1: there is nothing to redo"},
+             {"goto 3", "1: \"3\" is not a whole number from 0 to 2"},
+             {"limit 0", "1: \"0\" is not a whole number from 1 to 2147483646"},
+             {"end", "1: unknown word \"end\"; \"help\" lists the words"},
+             {"rename a \"b", "1: a quotation mark is not closed"},
+             {"rename a \"b\"c", "1: after a closing quotation mark there must be a blank"},
+             {"group x\n undo\nend", "2: \"undo\" is not possible inside a group"},
+             {"move a 5 5\ngroup x\n move a 1 1", "2: the script ends inside this group; \"end\" is missing"},
+             {"quietly\n group x\n move a 1 1\n end", "1: the script ends inside this quietly; \"end\" is missing"},
+             {"open " + missing, "1: " + missing + " cannot be read: No such file or directory"},
+             {"open " + text, "1: " + text + " cannot be opened: it is neither a document nor a PNG picture"},
+             {"render " + (folder / "no/x.png").string(),
+                 "1: " + (folder / "no/x.png").string() + " cannot be written: No such file or directory"}})
+        expectError(script, error);
+}
+
+TEST_F(InterpreterTest, StopsAtAnErrorInAGroupWithWhatWasDoneAsOneStep) {
+    EXPECT_FALSE(run("group x\n move a 1 1\n move x 1 1\n move a 2 2\nend\nmove a 3 3"));
+    EXPECT_EQ(1, editor.document().layer("a").placed.x);
+    EXPECT_EQ(3, editor.history()->getNbUndoableCommands());
+    run("undo");
+    EXPECT_EQ(0, editor.document().layer("a").placed.x);
+}
+
+TEST_F(InterpreterTest, RendersSavesAndOpensAgain) {
+    std::string const picture = (folder / "out.png").string();
+    std::string const document = (folder / "out.koc").string();
+    EXPECT_TRUE(run("canvas 2 2\nmove b 1 1\nrender " + picture + "\nsave " + document)) << take(errors);
+    Picture const rendered = decodePng(readFile(picture));
+    EXPECT_EQ((Colour{0, 0, 0, 255}), rendered.row(0)[0]);
+    EXPECT_EQ((Colour{255, 0, 0, 255}), rendered.row(1)[1]);
+    std::string const saved = state().substr(0, state().rfind('\n'));
+    EXPECT_TRUE(run("remove a\nopen " + document)) << take(errors);
+    EXPECT_EQ(saved, state().substr(0, state().rfind('\n')));
+    EXPECT_EQ(1, editor.history()->getStackHeight()) << "a history of its own";
+    EXPECT_TRUE(run("open " + picture + "\nopen " + picture + " named"));
+    EXPECT_EQ("out", editor.document().layers()[2].name);
+    EXPECT_EQ("named", editor.document().layers()[3].name);
+}
+
+TEST_F(InterpreterTest, GoesOnAfterErrorsAtATerminal) {
+    std::istringstream terminal("fly\n\"open\nmove a 7 7\ngroup g\n fly\n move a 8 8\n end\nquit\nmove a 9 9\n");
+    interpreter.runTerminal(terminal);
+    EXPECT_EQ(8, editor.document().layer("a").placed.x);
+    EXPECT_EQ(4, editor.history()->getNbUndoableCommands());
+    EXPECT_NE(std::string::npos, take(errors).find("input:2: a quotation mark is not closed"));
+    std::istringstream endless("group g\n move a 9 9\n");
+    interpreter.runTerminal(endless);
+    EXPECT_EQ("input:1: the input ends inside this group\n", take(errors));
+    EXPECT_FALSE(Ko::CmUndoGuard::isGuardActive());
+}
+
+} // namespace

@@ -1,0 +1,52 @@
+#include "base/exBase.h"
+#include "resmgt/envIntVar.h"
+#include "resmgt/osEnv.h"
+#include "tests/support/logRecorder.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace Ko;
+using KoTest::LogRecorder;
+
+struct Row {
+    char const* text;
+    int expected;
+    bool isReported;
+};
+
+TEST(EnvIntVar, TakesWholeNumbersAndReportsEverythingElse) {
+    for (Row const& row : {Row{nullptr, 7, false}, Row{"0", 0, false}, Row{"-12", -12, false},
+             Row{"2147483647", 2147483647, false}, Row{"2147483648", 7, true}, Row{"", 7, true}, Row{"12 ", 7, true},
+             Row{"1e3", 7, true}, Row{"many", 7, true}}) {
+        row.text ? ::setenv("KO_TEST_NUMBER", row.text, 1) : ::unsetenv("KO_TEST_NUMBER");
+        LogRecorder const log;
+        EnvIntVar variable("KO_TEST_NUMBER", 7, "some\\source");
+        EXPECT_EQ(row.expected, variable.get()) << row.text;
+        ::setenv("KO_TEST_NUMBER", "99", 1);
+        EXPECT_EQ(row.expected, variable.get()) << "read once";
+        ASSERT_EQ(row.isReported ? 1u : 0u, log.lines().size()) << row.text;
+        if (!row.isReported) continue;
+        for (char const* const part : {"KO_TEST_NUMBER", row.text, "some\\source"})
+            EXPECT_NE(std::string::npos, log.lines()[0].find(part)) << log.lines()[0];
+    }
+}
+
+TEST(OsEnv, DefinesVariablesFromWideAssignments) {
+    LiString value = "untouched";
+    ::unsetenv("KO_TEST_TEXT");
+    EXPECT_FALSE(OsEnv::getVariable("KO_TEST_TEXT", value));
+    EXPECT_EQ("untouched", value);
+    OsEnv::putVariable(L"KO_TEST_TEXT=a=b c");
+    EXPECT_TRUE(OsEnv::getVariable("KO_TEST_TEXT", value));
+    EXPECT_EQ("a=b c", value);
+    OsEnv::putVariable(L"KO_TEST_TEXT=gr\u00fcn \U0001F3A8");
+    OsEnv::getVariable("KO_TEST_TEXT", value);
+    EXPECT_EQ("gr\xC3\xBCn \xF0\x9F\x8E\xA8", value);
+    EXPECT_THROW(OsEnv::putVariable(L"nothing assigned"), ExAssertionFailed);
+    EXPECT_THROW(OsEnv::putVariable(L"=nameless"), ExAssertionFailed);
+}
+
+} // namespace

@@ -1,0 +1,148 @@
+#include "resmgt/lgGroups.h"
+#include "base/assertions.h"
+#include "base/exBase.h"
+#include "resmgt/lgFirstError.h"
+#include "tests/support/childProcess.h"
+#include "tests/support/logRecorder.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <latch>
+#include <stdexcept>
+#include <thread>
+
+namespace {
+
+using namespace Ko;
+using KoTest::inChildProcess;
+using KoTest::LogRecorder;
+
+LgMajorGroup& testing_() {
+    return LgMajorGroup::getInstanceForName("Testing");
+}
+
+TEST(LgLevels, TheMostSpecificRuleWinsAndTheLastAmongEqualOnes) {
+    struct Row {
+        char const* rules;
+        int expected;
+    };
+    LgMinorGroup const group(testing_(), "Levels");
+    for (Row const& row : {Row{"*:5", 5}, Row{"Testing:6", 6}, Row{"*:2", 6}, Row{"Testing.Levels:7,Testing:1", 7},
+             Row{"Testing.Other:0,Other.Levels:0", 7}, Row{"Testing.Levels:4,Testing.Levels:8", 8}}) {
+        LgLevels::set(row.rules);
+        EXPECT_TRUE(group.isEnabled(row.expected)) << row.rules;
+        EXPECT_FALSE(group.isEnabled(row.expected + 1)) << row.rules;
+    }
+    EXPECT_TRUE(LgMinorGroup(testing_(), "Levels").isEnabled(8)) << "also a group that is made later";
+}
+
+TEST(LgLevels, ReportsAMalformedRuleAndGoesOn) {
+    for (char const* const rule :
+        {"Testing", "Testing:", "Testing:x", "Testing:12", ":3", "Testing.:3", ".A:3", "*.A:3"})
+        inChildProcess(
+            [rule] {
+                LgLevels::set(std::string(rule) + ",,Testing.Rules:9");
+                EXPECT_TRUE(LgMinorGroup(testing_(), "Rules").isEnabled(9));
+            },
+            "is not of the form Major.Minor:level");
+}
+
+TEST(LgLevels, ComeFromTheEnvironmentAndGoToStandardError) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    ::setenv("KO_LOG", "Testing.Environment:6", 1);
+    inChildProcess(
+        [] {
+            LgMinorGroup const group(testing_(), "Environment");
+            group.write(7, "hidden");
+            group.write(6, "shown");
+        },
+        "^\\[Testing.Environment:6\\] shown\n$");
+    ::unsetenv("KO_LOG");
+}
+
+class FunctionSink : public LgSink {
+public:
+    explicit FunctionSink(std::function<void()> function) : _function(std::move(function)) {}
+    void write(LgRecord const&) override { _function(); }
+
+private:
+    std::function<void()> _function;
+};
+
+TEST(LgSinks, OneThatThrowsOrLogsDisturbsNeitherTheWriterNorTheOthers) {
+    LgMinorGroup const group(testing_(), "Sinks");
+    int calls = 0;
+    auto const bad = std::make_shared<FunctionSink>([&] {
+        ++calls;
+        group.write(0, "from inside");
+        throw std::runtime_error("disk full");
+    });
+    LgSinks::Sinks const before = LgSinks::replace({bad});
+    LogRecorder* recorder = nullptr;
+    {
+        LogRecorder log;
+        recorder = &log;
+        LgSinks::add(bad);
+        group.write(0, "a");
+        group.write(0, "b");
+        EXPECT_EQ((std::vector<std::string>{"Sinks:0 a", "Sinks:0 b"}), recorder->lines());
+        LgSinks::remove(bad);
+        group.write(0, "c");
+    }
+    EXPECT_EQ(2, calls);
+    LgSinks::replace(before);
+}
+
+TEST(LgSinks, AreNotCalledAnyMoreOnceTheyAreRemovedWhoeverWrites) {
+    LgMinorGroup const group(testing_(), "Threads");
+    LgSinks::Sinks const before = LgSinks::replace({});
+    std::atomic<bool> stop = false;
+    std::vector<std::jthread> writers;
+    for (int index = 0; index < 8; ++index)
+        writers.emplace_back([&] {
+            while (!stop)
+                group.write(0, "line");
+        });
+    for (int round = 0; round < 200; ++round) {
+        std::atomic<bool> removed = false;
+        std::latch heard(1);
+        std::atomic<bool> first = true;
+        auto const sink = std::make_shared<FunctionSink>([&] {
+            EXPECT_FALSE(removed);
+            if (first.exchange(false)) heard.count_down();
+        });
+        LgSinks::add(sink);
+        heard.wait();
+        LgSinks::remove(sink);
+        removed = true;
+    }
+    stop = true;
+    writers.clear();
+    LgSinks::replace(before);
+}
+
+TEST(LgFirstError, RunsEveryStepThrowsTheFirstErrorAndLogsTheOthers) {
+    LogRecorder const log;
+    LgFirstError error("A step");
+    int steps = 0;
+    error.capture([&] { ++steps; });
+    EXPECT_NO_THROW(error.rethrow());
+    error.capture([] { throw ExInternalError("source", 1, "first"); });
+    error.capture([] { throw ExNullPtr("source", 1, "second"); });
+    error.capture([] { throw 3; });
+    error.capture([&] { ++steps; });
+    EXPECT_EQ(2, steps);
+    EXPECT_THROW(error.rethrow(), ExInternalError);
+    EXPECT_EQ((std::vector<std::string>{"Errors:0 A step failed: Ko::ExNullPtr: second",
+                  "Errors:0 A step failed: an exception of an unknown type"}),
+        log.lines());
+}
+
+TEST(Assertions, WriteFatalErrorsToTheLog) {
+    LogRecorder const log;
+    EXPECT_THROW(AssertionSource("some\\source").abort("no way out", 12), ExProgramAborted);
+    EXPECT_EQ((std::vector<std::string>{"Errors:0 Program aborted: no way out (some\\source, line 12)"}), log.lines());
+}
+
+} // namespace

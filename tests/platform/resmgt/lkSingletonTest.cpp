@@ -1,0 +1,97 @@
+#include "base/exBase.h"
+#include "resmgt/lkSingleton.imp.h"
+#include "tests/support/childProcess.h"
+
+#include <barrier>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <stdexcept>
+#include <thread>
+
+namespace {
+
+using namespace Ko;
+using KoTest::inChildProcess;
+
+template <int>
+class Lazy {
+public:
+    static inline std::atomic<int> created{0};
+    static inline std::atomic<int> destroyed{0};
+    static inline bool fails = false;
+    int value = 5;
+
+private:
+    friend class LkSingleton<Lazy>;
+    Lazy() {
+        if (std::exchange(fails, false)) throw std::runtime_error("not yet");
+        ++created;
+    }
+
+public:
+    ~Lazy() { ++destroyed; }
+};
+
+TEST(LkSingleton, IsCreatedOnceHoweverManyThreadsAsk) {
+    using Singleton = LkSingleton<Lazy<1>>;
+    EXPECT_STREQ("UNINITIALIZED", Singleton::getStateName());
+    EXPECT_NO_THROW(Singleton::checkClassInvariants());
+    constexpr int threads = 8;
+    std::barrier start(threads);
+    std::vector<std::jthread> pool;
+    for (int index = 0; index < threads; ++index)
+        pool.emplace_back([&] {
+            start.arrive_and_wait();
+            EXPECT_EQ(5, Singleton::getInstance().value);
+        });
+    pool.clear();
+    EXPECT_EQ(1, Lazy<1>::created);
+    EXPECT_STREQ("INITIALIZED", Singleton::getStateName());
+    EXPECT_NO_THROW(Singleton::checkClassInvariants());
+}
+
+TEST(LkSingleton, IsCreatedByALaterCallWhenAConstructorThrew) {
+    using Singleton = LkSingleton<Lazy<2>>;
+    Lazy<2>::fails = true;
+    EXPECT_THROW(Singleton::getInstance(), std::runtime_error);
+    EXPECT_EQ(Singleton::UNINITIALIZED, Singleton::getState());
+    EXPECT_EQ(5, Singleton::getInstance().value);
+}
+
+// Says at process end, after all singletons were destroyed, what became of one.
+template <int number>
+void reportAtEnd() {
+    using Singleton = LkSingleton<Lazy<number>>;
+    std::cerr << Singleton::getStateName() << " " << Lazy<number>::destroyed << " ";
+    Singleton::checkClassInvariants();
+    try {
+        Singleton::getInstance();
+    } catch (ExAssertionFailed const& error) {
+        std::cerr << error.what() << " " << error.getFile() << " " << error.getLine() << ";";
+    }
+}
+
+// Constructed before the singletons' destroyers, so destroyed after them.
+struct Reporter {
+    ~Reporter() {
+        if (!enabled) return;
+        reportAtEnd<3>();
+        reportAtEnd<4>();
+    }
+    bool enabled = false;
+};
+__attribute__((init_priority(200))) Reporter reporter;
+
+TEST(LkSingleton, IsDestroyedAtProcessEndAndNeverCreatedAgain) {
+    inChildProcess(
+        [] {
+            LkSingleton<Lazy<3>>::getInstance();
+            EXPECT_STREQ("UNINITIALIZED", LkSingleton<Lazy<4>>::getStateName());
+            reporter.enabled = true;
+        },
+        "^DESTROYED 1 _state == UNINITIALIZED \\..resmgt/lkSingleton.imp.h 124;"
+        "DESTROYED 0 _state == UNINITIALIZED \\..resmgt/lkSingleton.imp.h 124;$");
+}
+
+} // namespace

@@ -1,0 +1,64 @@
+#include "resmgt/msgServer.h"
+#include "tests/support/logRecorder.h"
+#include "tests/support/temporaryFolder.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace Ko;
+using namespace KoTest;
+
+class MsgServerTest : public testing::Test {
+protected:
+    MsgServerTest() {
+        ::setenv("KO_INSTALL_DIR", (folder / "").c_str(), 1);
+        folder.write("messages/test.msg", "# messages\n"
+                                          "\n"
+                                          "MSG_PLAIN \"It works.\"\n"
+                                          "  MSG_ORDER   \"%2 before %1, 100%% of %3%\"  # and a comment\n"
+                                          "MSG_ESCAPES \"\\\"a\\\\b\\\" # no comment\\nsecond\"\n"
+                                          "MSG_UNICODE \"gr\xC3\xBCn\"\n"
+                                          "MSG_UNQUOTED It fails.\n"
+                                          "MSG_OPEN \"It never ends\n"
+                                          "MSG_AFTER \"text\" more\n"
+                                          "MSG_ALONE\n"
+                                          "MSG_LAST \"last\"");
+    }
+    ~MsgServerTest() override { ::unsetenv("KO_INSTALL_DIR"); }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(MsgServerTest, FormatsTheTextsOfACatalogueAndShowsIdentifiersForTheOthers) {
+    struct Row {
+        char const* id;
+        Vector<LiString> substitutions;
+        char const* expected;
+    };
+    LogRecorder const log;
+    MsgFileGuard const catalogue("test.msg");
+    for (Row const& row : {Row{"MSG_PLAIN", {}, "It works."}, Row{"MSG_ORDER", {"x", "y"}, "y before x, 100% of %"},
+             Row{"MSG_ESCAPES", {"unused"}, "\"a\\b\" # no comment\nsecond"}, Row{"MSG_UNICODE", {}, "gr\xC3\xBCn"},
+             Row{"MSG_UNQUOTED", {"a", "b"}, "MSG_UNQUOTED: a, b"}, Row{"MSG_OPEN", {}, "MSG_OPEN"},
+             Row{"MSG_AFTER", {}, "MSG_AFTER"}, Row{"MSG_ALONE", {}, "MSG_ALONE"}, Row{"MSG_LAST", {}, "last"},
+             Row{"MSG_UNKNOWN", {"a"}, "MSG_UNKNOWN: a"}})
+        EXPECT_EQ(row.expected, MsgSubscription(row.id).format(row.substitutions));
+    ASSERT_EQ(4u, log.lines().size());
+    EXPECT_NE(std::string::npos, log.lines()[0].find("test.msg:7: expected MSG_ID"));
+}
+
+TEST_F(MsgServerTest, KeepsWhatWasSubscribedWhileACatalogueWasOpen) {
+    MsgSubscription const before("MSG_LAST");
+    EXPECT_EQ("MSG_LAST", before.format());
+    {
+        MsgFileGuard const missing("no such file.msg");
+        MsgFileGuard const catalogue("test.msg");
+        MsgServer::getInstance().subscribe("MSG_PLAIN");
+    }
+    EXPECT_EQ("It works.", MsgServer::getInstance().format("MSG_PLAIN"));
+    EXPECT_EQ("MSG_LAST", before.format());
+}
+
+} // namespace

@@ -34,7 +34,9 @@ Size sizeOf(Statement const& statement, std::size_t index) {
     return {width, statement.integer(index + 1, 1, 65535)};
 }
 
-int stepsOf(Statement const& statement) { return statement.arguments() == 1 ? statement.integer(1, 1, largest) : 1; }
+int stepsOf(Statement const& statement) {
+    return statement.arguments() == 1 ? statement.integer(1, 1, largest) : 1;
+}
 
 std::string quoted(std::string const& text) {
     return "\"" + text + "\"";
@@ -267,8 +269,7 @@ void Interpreter::layers(Statement const&) {
 void Interpreter::undo(Statement const& statement) {
     Ko::CmCommandStack& stack = *_editor.history();
     for (int steps = stepsOf(statement); steps > 0; --steps) {
-        if (!stack.canUndo())
-            throw ScriptError("there is nothing to undo");
+        if (!stack.canUndo()) throw ScriptError("there is nothing to undo");
         int const before = stack.getNbUndoableCommands();
         stack.undo();
         if (stack.getNbUndoableCommands() != before - 1)
@@ -279,8 +280,7 @@ void Interpreter::undo(Statement const& statement) {
 void Interpreter::redo(Statement const& statement) {
     Ko::CmCommandStack& stack = *_editor.history();
     for (int steps = stepsOf(statement); steps > 0; --steps) {
-        if (!stack.canRedo())
-            throw ScriptError("there is nothing to redo");
+        if (!stack.canRedo()) throw ScriptError("there is nothing to redo");
         int const before = stack.getNbUndoableCommands();
         stack.redo();
         if (stack.getNbUndoableCommands() != before + 1)

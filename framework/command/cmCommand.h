@@ -51,6 +51,7 @@ protected:
 private:
     friend class CmCommandStack;
     friend class CmTimedCommand;
+    friend class UndoGuardStack;
 
     virtual void execute();
     virtual void unexecute();

@@ -5,6 +5,7 @@
 #include "pluginAPI/piCommandStack.h"
 
 #include <deque>
+#include <iterator>
 #include <string>
 
 namespace Ko {
@@ -37,8 +38,8 @@ public:
 
     void undo() override;
     void redo() override;
-    bool canUndo() const override { return _current != 0; }
-    bool canRedo() const override { return _current + 1 != _stack.size(); }
+    bool canUndo() const override { return getCurrent() != _stack.begin(); }
+    bool canRedo() const override { return std::next(getCurrent()) != _stack.end(); }
     /// Undoes or redoes until `target`, an element of this stack and not its end, is the current one, or until history is dropped on the
     /// way because a command failed.
     void moveTo(ConstIterator target);
@@ -49,16 +50,14 @@ public:
     /// Drops the oldest commands where there are too many; drops all if the current one would be among them.
     /// @param height at least 2.
     void setMaxStackHeight(int height);
-    int getNbUndoableCommands() const noexcept { return static_cast<int>(_current); }
+    int getNbUndoableCommands() const noexcept { return static_cast<int>(getCurrent() - _stack.begin()); }
 
     /// Drops the last element without undoing it; does nothing on "Initial State".
     void removeLast();
     void clear();
 
     ConstIterator getBegin() const noexcept { return _stack.begin(); }
-    ConstIterator getCurrent() const noexcept {
-        return _stack.begin() + static_cast<Commands::difference_type>(_current);
-    }
+    ConstIterator getCurrent() const noexcept { return _current; }
     ConstIterator getEnd() const noexcept { return _stack.end(); }
 
     /// For callers that changed the document through commands which were deliberately not logged: tells the listeners.
@@ -83,13 +82,16 @@ private:
     template <class Step, class DropHistory>
     void replay(State state, char const* verb, CmCommand const& command, Step step, DropHistory dropHistory);
     // Whether a command that was run at this position left the history as it was.
-    bool isUntouched(std::size_t position) const noexcept { return _current == position && _dropped.empty(); }
-    void drop(std::size_t first, std::size_t end);
+    bool isUntouched(ConstIterator position) const noexcept { return getCurrent() == position && _dropped.empty(); }
+    void append(RCShdPtr<CmCommand> const& cmd);
+    void makeRoomForDropped();
+    void drop(Commands::iterator first, Commands::iterator end) noexcept;
+    void dropOldest() noexcept;
     void notifyProcessed();
     void notifyChanged();
 
     Commands _stack;
-    std::size_t _current = 0;
+    Commands::iterator _current;
     int _maxStackHeight = 1000;
     CbDispatcher<CbEmptyType> _commandProcessedCallbacks;
     CbDispatcher<CbEmptyType> _changeCallbacks;

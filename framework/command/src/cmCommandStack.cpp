@@ -32,9 +32,7 @@ private:
 
 } // namespace
 
-CmCommandStack::CmCommandStack() {
-    _stack.push_back(CmNullCommand::create());
-}
+CmCommandStack::CmCommandStack() : _stack{CmNullCommand::create()}, _current(_stack.begin()) {}
 CmCommandStack::~CmCommandStack() = default;
 
 void CmCommandStack::executeAndLog(RCShdPtr<CmCommand> const& cmd) {
@@ -47,12 +45,24 @@ void CmCommandStack::executeAndLog(RCShdPtr<CmCommand> const& cmd) {
 void CmCommandStack::log(RCShdPtr<CmCommand> const& cmd) {
     source.require(!_stack.empty(), "!_stack.empty()");
     CmLog::write(CmLog::commandFlow, "Executed ", *cmd);
-    // Appended first, as the one step that can fail.
-    _stack.push_back(cmd);
-    drop(_current + 1, _stack.size() - 1);
-    if (_stack.size() > static_cast<std::size_t>(_maxStackHeight)) drop(1, 2);
-    _current = _stack.size() - 1;
+    makeRoomForDropped();
+    auto const redoable = std::distance(_current, _stack.end()) - 1;
+    append(cmd);
+    if (redoable > 0) drop(_stack.end() - 1 - redoable, _stack.end() - 1);
+    if (getStackHeight() > _maxStackHeight) drop(_stack.begin() + 1, _stack.begin() + 2);
+    _current = std::prev(_stack.end());
     notifyProcessed();
+}
+
+// Appending is the one step of logging that can fail; it invalidates the cursor even then.
+void CmCommandStack::append(RCShdPtr<CmCommand> const& cmd) {
+    auto const position = std::distance(_stack.begin(), _current);
+    try {
+        _stack.push_back(cmd);
+    } catch (...) {
+        _current = _stack.begin() + position;
+        throw;
+    }
 }
 
 // `step` moves the cursor; `dropHistory` cuts what a failure made unreliable.
@@ -82,71 +92,79 @@ void CmCommandStack::replay(
 void CmCommandStack::undo() {
     CmUndoGuardNoLog const guard(false);
     source.require(!_stack.empty(), "!_stack.empty()");
-    source.require(canUndo(), "canUndo()");
-    std::size_t const position = _current;
-    CmCommand& command = *_stack[position];
+    source.require(CmCommandStack::canUndo(), "canUndo()");
+    auto const position = _current;
+    CmCommand& command = **position;
     auto const step = [&] {
         command.unexecute();
         source.require(isUntouched(position), "isUntouched(position)");
         --_current;
     };
     replay(Undoing, "Undoing ", command, step, [this] {
-        drop(1, _current + 1);
-        _current = 0;
+        drop(_stack.begin() + 1, _current + 1);
+        _current = _stack.begin();
     });
 }
 
 void CmCommandStack::redo() {
     CmUndoGuardNoLog const guard(false);
     source.require(!_stack.empty(), "!_stack.empty()");
-    source.require(canRedo(), "canRedo()");
-    RCShdPtr<CmCommand> const command = _stack[++_current];
-    replay(
-        Redoing, "Redoing ", *command, [&] { command->execute(); },
-        [this] {
-            drop(_current, _stack.size());
-            _current = _stack.size() - 1;
-        });
+    source.require(CmCommandStack::canRedo(), "canRedo()");
+    auto const position = ++_current;
+    CmCommand& command = **position;
+    auto const step = [&] {
+        command.execute();
+        source.require(isUntouched(position), "isUntouched(position)");
+    };
+    replay(Redoing, "Redoing ", command, step, [this] {
+        drop(_current, _stack.end());
+        _current = std::prev(_stack.end());
+    });
 }
 
 void CmCommandStack::moveTo(ConstIterator target) {
-    auto const goal = static_cast<std::size_t>(target - _stack.cbegin());
-    source.require(goal < _stack.size(), "target != _stack.end()");
+    auto const goal = target - getBegin();
+    source.require(goal < getStackHeight(), "target != _stack.end()");
     RCShdPtr<CmCommandStack> const self(getReferenceCount() > 0 ? this : nullptr);
     RCShdPtr<CmCommand> const destination = *target;
-    auto const isThere = [&] { return goal < _stack.size() && _stack[goal] == destination; };
-    while (_current > goal && isThere())
+    auto const isThere = [&] { return goal < getStackHeight() && getBegin()[goal] == destination; };
+    while (getNbUndoableCommands() > goal && isThere())
         undo();
-    while (_current < goal && isThere())
+    while (getNbUndoableCommands() < goal && isThere())
         redo();
 }
 
 void CmCommandStack::setMaxStackHeight(int height) {
     source.require(height >= 2, "height >= 2");
     int const excess = getStackHeight() - height;
+    int const undoable = getNbUndoableCommands();
     _maxStackHeight = height;
     if (excess < 1) return;
-    if (excess > getNbUndoableCommands()) {
+    if (excess > undoable) {
         clear();
         return;
     }
-    drop(1, 1 + static_cast<std::size_t>(excess));
-    _current -= static_cast<std::size_t>(excess);
+    makeRoomForDropped();
+    drop(_stack.begin() + 1, _stack.begin() + 1 + excess);
+    _current = _stack.begin() + (undoable - excess);
     notifyChanged();
 }
 
 void CmCommandStack::removeLast() {
     source.require(!_stack.empty(), "!_stack.empty()");
     if (_stack.size() == 1) return;
-    _current = std::min(_current, _stack.size() - 2);
-    drop(_stack.size() - 1, _stack.size());
+    makeRoomForDropped();
+    int const position = std::min(getNbUndoableCommands(), getStackHeight() - 2);
+    drop(std::prev(_stack.end()), _stack.end());
+    _current = _stack.begin() + position;
     notifyChanged();
 }
 
 void CmCommandStack::clear() {
     source.require(!_stack.empty(), "!_stack.empty()");
-    drop(1, _stack.size());
-    _current = 0;
+    makeRoomForDropped();
+    drop(_stack.begin() + 1, _stack.end());
+    _current = _stack.begin();
     notifyChanged();
 }
 
@@ -178,18 +196,29 @@ void CmCommandStack::removeChangeCallback(CbHandler<CbEmptyType>* handler) {
     _changeCallbacks.remove(handler);
 }
 
-void CmCommandStack::drop(std::size_t first, std::size_t end) {
-    using Offset = Commands::difference_type;
-    auto const from = _stack.begin() + static_cast<Offset>(first);
-    auto const to = _stack.begin() + static_cast<Offset>(end);
-    if (_state != Idle) _dropped.insert(_dropped.end(), from, to);
-    _stack.erase(from, to);
+// A command that is running is kept until it has returned; dropping must not fail half way.
+void CmCommandStack::makeRoomForDropped() {
+    if (_state != Idle) _dropped.reserve(_dropped.size() + _stack.size());
+}
+
+// Invalidates the cursor.
+void CmCommandStack::drop(Commands::iterator first, Commands::iterator end) noexcept {
+    if (_state != Idle) _dropped.insert(_dropped.end(), first, end);
+    _stack.erase(first, end);
+}
+
+// Like `drop`, of the one command after the bottom.
+void CmCommandStack::dropOldest() noexcept {
+    _stack[0].swap(_stack[1]);
+    if (_state != Idle) _dropped.push_back(std::move(_stack[0]));
+    _stack.pop_front();
 }
 
 // Nothing of this is touched after the listeners were told: one of them may have released the last reference to it.
 void CmCommandStack::notifyProcessed() {
     LgFirstError error("A listener of the command stack");
-    if (_commandProcessedCallbacks.call({}, error)) _changeCallbacks.call({}, error);
+    if (_commandProcessedCallbacks.isEmpty() || _commandProcessedCallbacks.call({}, error))
+        _changeCallbacks.call({}, error);
     error.rethrow();
 }
 

@@ -2,7 +2,6 @@
 
 #include "base/assertions.h"
 #include "base/exBase.h"
-#include "pluginAPI/piAppThread.h"
 #include "resmgt/envIntVar.h"
 
 #include <optional>
@@ -15,8 +14,6 @@ constexpr AssertionSource source{"framework\\command\\src\\cmUndoGuard"};
 
 EnvIntVar disallowNesting("KO_DISALLOW_LONG_TRANSITION_NESTING", 0, source.file());
 
-OPtr<UndoGuardStack> undoGuardStack;
-
 [[noreturn]] void abortTransition(char const* state, PiExecParam::Transition transition) {
     source.abort(
         "A guard with transition parameter " + std::to_string(transition) + " cannot be opened " + state + ".");
@@ -24,20 +21,21 @@ OPtr<UndoGuardStack> undoGuardStack;
 
 } // namespace
 
+OPtr<UndoGuardStack> UndoGuardStack::_instance;
+
 void UndoGuardStack::initialize() {
-    source.require(undoGuardStack == nullptr, "undoGuardStack == 0");
-    undoGuardStack = std::make_unique<UndoGuardStack>();
+    source.require(_instance == nullptr, "undoGuardStack == 0");
+    _instance = std::make_unique<UndoGuardStack>();
 }
 
 void UndoGuardStack::finalize() {
-    source.require(undoGuardStack != nullptr, "undoGuardStack != 0");
-    undoGuardStack.reset();
+    source.require(_instance != nullptr, "undoGuardStack != 0");
+    _instance.reset();
 }
 
-UndoGuardStack& UndoGuardStack::getInstance() {
+void UndoGuardStack::refuse() {
     source.require(PiAppThread::isCurrent(), "PiAppThread::isCurrent()");
-    source.require(undoGuardStack != nullptr, "undoGuardStack != 0");
-    return *undoGuardStack;
+    source.fail("undoGuardStack != 0");
 }
 
 /// A guard on its way in: knows what was there before, and puts it back when the guard cannot be entered.
@@ -222,12 +220,10 @@ void UndoGuardStack::beginLongTransaction() {
     ++_longTxnNestingLevel;
 }
 
-void UndoGuardStack::leave(bool quiet) {
-    UndoGuardStack* const guards = PiAppThread::isCurrent() ? undoGuardStack.get() : nullptr;
-    if (guards && (guards->_shortTxnNestingLevel > 1 || (guards->_shortTxnNestingLevel == 1 && guards->leaveQuietly())))
-        return guards->leaveLevel();
+void UndoGuardStack::leaveWithHooks(bool quiet) {
     LgFirstError error("The closing of an undo guard");
-    int const exceptionsAtEntry = guards && guards->_shortTxnNestingLevel == 1 ? guards->_exceptionsAtEntry : 0;
+    bool const isOpen = _instance && _instance->_shortTxnNestingLevel == 1;
+    int const exceptionsAtEntry = isOpen ? _instance->_exceptionsAtEntry : 0;
     error.capture([&] { getInstance().leaveOutermost(quiet); });
     error.finish(exceptionsAtEntry);
 }
@@ -324,7 +320,7 @@ void UndoGuardStack::dropUnlogged(LgFirstError& error) {
 void UndoGuardStack::execAndAdd(RCShdPtr<CmCommand> const& cmd) {
     // First, so that a command that was executed can always be collected.
     if (isLogging()) _macroCmd->makeRoom();
-    CmCommandStack::executeStatic(cmd);
+    exec(cmd);
     add(cmd);
 }
 
@@ -336,8 +332,13 @@ void UndoGuardStack::add(RCShdPtr<CmCommand> const& cmd) {
     _macroCmd->add(cmd);
 }
 
+// As `CmCommandStack::executeStatic`, with what is known of the guards here.
 void UndoGuardStack::exec(RCShdPtr<CmCommand> const& cmd) {
-    CmCommandStack::executeStatic(cmd);
+    enterScope(Kind::NoLog);
+    struct Leave {
+        ~Leave() noexcept(false) { leave(false); }
+    } const atEnd;
+    cmd->execute();
 }
 
 void UndoGuardStack::addOwnedEndCallback(RCShdPtr<CbHandler<CbEmptyType>> const& callback) {

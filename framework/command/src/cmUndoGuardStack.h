@@ -5,6 +5,7 @@
 #include "framework/command/cmCommandStack.h"
 #include "framework/command/cmMacroCommand.h"
 #include "framework/command/cmUndoGuardExtension.h"
+#include "pluginAPI/piAppThread.h"
 #include "pluginAPI/piExecParam.h"
 #include "resmgt/lgFirstError.h"
 
@@ -20,7 +21,10 @@ public:
     static void initialize();
     static void finalize();
     /// @throws ExAssertionFailed on another thread than the application's, or while the package is not initialised.
-    static UndoGuardStack& getInstance();
+    static UndoGuardStack& getInstance() {
+        requireUsable();
+        return *_instance;
+    }
 
     enum class Kind { Plain, NoLog, NoRedo };
 
@@ -35,7 +39,11 @@ public:
     }
     /// Closes the innermost guard whatever goes wrong; that is thrown at the end, or logged while another exception passes
     /// through the guard.
-    static void leave(bool quiet);
+    static void leave(bool quiet) {
+        if (PiAppThread::isCurrent() && _instance && _instance->leaveSimply()) [[likely]]
+            return;
+        leaveWithHooks(quiet);
+    }
 
     void execAndAdd(RCShdPtr<CmCommand> const& cmd);
     void add(RCShdPtr<CmCommand> const& cmd);
@@ -68,6 +76,13 @@ private:
 
     class Entry;
 
+    static void requireUsable() {
+        if (!PiAppThread::isCurrent() || !_instance) [[unlikely]]
+            refuse();
+    }
+    [[noreturn]] static void refuse();
+    static void leaveWithHooks(bool quiet);
+
     static bool isLong(State state) noexcept { return state >= BEGIN_TXN && state <= END_TXN_OFG; }
 
     void advance(PiExecParam::Transition transition, bool noRedo);
@@ -84,9 +99,13 @@ private:
         _exceptionsAtEntry = 0;
         return true;
     }
-    bool leaveQuietly() noexcept {
-        if (_state != NO_TXN || !_stack.isNull() || !_endCallbacks.empty() || !_extensions.empty()) return false;
-        _state = OUT_OF_GUARD;
+    // Leaves a guard within others, or an outermost one to which nothing was attached.
+    bool leaveSimply() noexcept {
+        if (_shortTxnNestingLevel <= 1) {
+            if (_state != NO_TXN || !_stack.isNull() || !_endCallbacks.empty() || !_extensions.empty()) return false;
+            _state = OUT_OF_GUARD;
+        }
+        leaveLevel();
         return true;
     }
     void markLevel(Kind kind) noexcept {
@@ -105,6 +124,8 @@ private:
     void flush(bool quiet, LgFirstError& error);
     void logCollected();
     void dropUnlogged(LgFirstError& error);
+
+    static OPtr<UndoGuardStack> _instance;
 
     State _state = OUT_OF_GUARD;
     int _longTxnNestingLevel = 0;

@@ -83,7 +83,6 @@ private:
     void replay(State state, char const* verb, CmCommand const& command, Step step, DropHistory dropHistory);
     // Whether a command that was run at this position left the history as it was.
     bool isUntouched(ConstIterator position) const noexcept { return getCurrent() == position && _dropped.empty(); }
-    void append(RCShdPtr<CmCommand> const& cmd);
     void makeRoomForDropped();
     void drop(Commands::iterator first, Commands::iterator end) noexcept;
     void dropOldest() noexcept;

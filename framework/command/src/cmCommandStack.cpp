@@ -46,23 +46,18 @@ void CmCommandStack::log(RCShdPtr<CmCommand> const& cmd) {
     source.require(!_stack.empty(), "!_stack.empty()");
     CmLog::write(CmLog::commandFlow, "Executed ", *cmd);
     makeRoomForDropped();
-    auto const redoable = std::distance(_current, _stack.end()) - 1;
-    append(cmd);
-    if (redoable > 0) drop(_stack.end() - 1 - redoable, _stack.end() - 1);
-    if (getStackHeight() > _maxStackHeight) drop(_stack.begin() + 1, _stack.begin() + 2);
-    _current = std::prev(_stack.end());
-    notifyProcessed();
-}
-
-// Appending is the one step of logging that can fail; it invalidates the cursor even then.
-void CmCommandStack::append(RCShdPtr<CmCommand> const& cmd) {
-    auto const position = std::distance(_stack.begin(), _current);
+    auto const redoable = CmCommandStack::canRedo() ? std::distance(_current, _stack.end()) - 1 : 0;
     try {
         _stack.push_back(cmd);
     } catch (...) {
-        _current = _stack.begin() + position;
+        // The one step that can fail; it may have invalidated the cursor all the same.
+        _current = _stack.end() - 1 - redoable;
         throw;
     }
+    if (redoable > 0) drop(_stack.end() - 1 - redoable, _stack.end() - 1);
+    if (getStackHeight() > _maxStackHeight) dropOldest();
+    _current = std::prev(_stack.end());
+    notifyProcessed();
 }
 
 // `step` moves the cursor; `dropHistory` cuts what a failure made unreliable.

@@ -3,8 +3,8 @@
 #include "base/assertions.h"
 #include "framework/command/cmEx.h"
 #include "framework/command/cmNullCommand.h"
-#include "framework/command/cmUndoGuardNoLog.h"
 #include "framework/command/src/cmLog.h"
+#include "framework/command/src/cmUndoGuardStack.h"
 #include "resmgt/lgFirstError.h"
 #include "resmgt/xmlWriter.h"
 
@@ -37,7 +37,7 @@ CmCommandStack::~CmCommandStack() = default;
 
 void CmCommandStack::executeAndLog(RCShdPtr<CmCommand> const& cmd) {
     source.require(!cmd->getDisableExecutionOnRedo(), "!cmd->getDisableExecutionOnRedo()");
-    CmUndoGuardNoLog const guard(false);
+    UndoGuardStack::NoLogScope const guard;
     cmd->execute();
     log(cmd);
 }
@@ -85,7 +85,7 @@ void CmCommandStack::replay(
 }
 
 void CmCommandStack::undo() {
-    CmUndoGuardNoLog const guard(false);
+    UndoGuardStack::NoLogScope const guard;
     source.require(!_stack.empty(), "!_stack.empty()");
     source.require(CmCommandStack::canUndo(), "canUndo()");
     auto const position = _current;
@@ -102,7 +102,7 @@ void CmCommandStack::undo() {
 }
 
 void CmCommandStack::redo() {
-    CmUndoGuardNoLog const guard(false);
+    UndoGuardStack::NoLogScope const guard;
     source.require(!_stack.empty(), "!_stack.empty()");
     source.require(CmCommandStack::canRedo(), "canRedo()");
     auto const position = ++_current;
@@ -169,12 +169,12 @@ void CmCommandStack::commandProcessedNoLog() {
 }
 
 void CmCommandStack::executeStatic(RCShdPtr<CmCommand> const& cmd) {
-    CmUndoGuardNoLog const guard(false);
+    UndoGuardStack::NoLogScope const guard;
     cmd->execute();
 }
 
 void CmCommandStack::unexecuteStatic(RCShdPtr<CmCommand> const& cmd) {
-    CmUndoGuardNoLog const guard(false);
+    UndoGuardStack::NoLogScope const guard;
     cmd->unexecute();
 }
 

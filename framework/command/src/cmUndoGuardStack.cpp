@@ -332,12 +332,8 @@ void UndoGuardStack::add(RCShdPtr<CmCommand> const& cmd) {
     _macroCmd->add(cmd);
 }
 
-// As `CmCommandStack::executeStatic`, with what is known of the guards here.
 void UndoGuardStack::exec(RCShdPtr<CmCommand> const& cmd) {
-    enterScope(Kind::NoLog);
-    struct Leave {
-        ~Leave() noexcept(false) { leave(false); }
-    } const atEnd;
+    NoLogScope const scope(*this);
     cmd->execute();
 }
 

@@ -45,6 +45,15 @@ public:
         leaveWithHooks(quiet);
     }
 
+    /// What `CmUndoGuardNoLog(false)` is, for this library's own use: every execution, undo and redo opens one.
+    class NoLogScope {
+    public:
+        explicit NoLogScope(UndoGuardStack& guards = getInstance()) { guards.enterScope(Kind::NoLog); }
+        ~NoLogScope() noexcept(false) { leave(false); }
+        NoLogScope(NoLogScope const&) = delete;
+        NoLogScope& operator=(NoLogScope const&) = delete;
+    };
+
     void execAndAdd(RCShdPtr<CmCommand> const& cmd);
     void add(RCShdPtr<CmCommand> const& cmd);
     void exec(RCShdPtr<CmCommand> const& cmd);

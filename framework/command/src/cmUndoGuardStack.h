@@ -40,16 +40,19 @@ public:
     /// Closes the innermost guard whatever goes wrong; that is thrown at the end, or logged while another exception passes
     /// through the guard.
     static void leave(bool quiet) {
-        if (PiAppThread::isCurrent() && _instance && _instance->leaveSimply()) [[likely]]
-            return;
-        leaveWithHooks(quiet);
+        if (!PiAppThread::isCurrent() || !leaveSimply()) [[unlikely]]
+            leaveWithHooks(quiet);
     }
 
-    /// What `CmUndoGuardNoLog(false)` is, for this library's own use: every execution, undo and redo opens one.
+    /// What `CmUndoGuardNoLog(false)` is, for this library's own use on the stack: every execution, undo and redo opens
+    /// one. It ends on the thread on which it began.
     class NoLogScope {
     public:
         explicit NoLogScope(UndoGuardStack& guards = getInstance()) { guards.enterScope(Kind::NoLog); }
-        ~NoLogScope() noexcept(false) { leave(false); }
+        ~NoLogScope() noexcept(false) {
+            if (!leaveSimply()) [[unlikely]]
+                leaveWithHooks(false);
+        }
         NoLogScope(NoLogScope const&) = delete;
         NoLogScope& operator=(NoLogScope const&) = delete;
     };
@@ -109,7 +112,8 @@ private:
         return true;
     }
     // Leaves a guard within others, or an outermost one to which nothing was attached.
-    bool leaveSimply() noexcept {
+    static bool leaveSimply() noexcept { return _instance && _instance->leaveIfSimple(); }
+    bool leaveIfSimple() noexcept {
         if (_shortTxnNestingLevel <= 1) {
             if (_state != NO_TXN || !_stack.isNull() || !_endCallbacks.empty() || !_extensions.empty()) return false;
             _state = OUT_OF_GUARD;

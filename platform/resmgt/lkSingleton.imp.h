@@ -27,7 +27,9 @@ class LkSingleton<T>::Destroyer {
 public:
     ~Destroyer() {
         std::lock_guard const guard(lockAt(_finalLock, "LkSingletonDestroyer final lock"));
-        if (_state == INITIALIZED) delete _pointee.exchange(nullptr);
+        // What the object owns may still ask for it while it goes.
+        if (_state == INITIALIZED) delete _pointee.load();
+        _pointee = nullptr;
         // Also where there never was an object: a later use must fail rather than create one.
         _state = DESTROYED;
     }

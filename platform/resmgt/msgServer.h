@@ -21,7 +21,7 @@ class KO_RESMGT_API MsgServer {
 public:
     static MsgServer& getInstance();
 
-    /// Takes the message's text from the catalogues that are open now.
+    /// Takes the message's text from the catalogues that are open now; from the one opened last if several have it.
     void subscribe(LiString const& id);
 
     /// The text of a message. Where it has none, because its catalogue or the message is missing, the identifier and the
@@ -32,12 +32,13 @@ private:
     friend class MsgFileGuard;
 
     using Texts = std::map<LiString, LiString>;
+    using OpenCatalogue = List<Texts>::const_iterator;
 
-    void open(LiString const& catalogue);
-    void close();
+    OpenCatalogue open(LiString const& catalogue);
+    void close(OpenCatalogue catalogue);
 
     mutable std::mutex _mutex;
-    Vector<Texts> _openCatalogues;
+    List<Texts> _openCatalogues;
     Texts _subscribed;
 };
 
@@ -46,10 +47,13 @@ private:
 class KO_RESMGT_API MsgFileGuard {
 public:
     /// @param catalogue the file's name, such as "bgTask.msg".
-    explicit MsgFileGuard(LiString const& catalogue) { MsgServer::getInstance().open(catalogue); }
-    ~MsgFileGuard() { MsgServer::getInstance().close(); }
+    explicit MsgFileGuard(LiString const& catalogue) : _catalogue(MsgServer::getInstance().open(catalogue)) {}
+    ~MsgFileGuard() { MsgServer::getInstance().close(_catalogue); }
     MsgFileGuard(MsgFileGuard const&) = delete;
     MsgFileGuard& operator=(MsgFileGuard const&) = delete;
+
+private:
+    MsgServer::OpenCatalogue _catalogue;
 };
 
 /// One message, subscribed when this is built, while its catalogue is open.

@@ -7,6 +7,7 @@
 #include <iostream>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <sstream>
 #include <utility>
 
@@ -14,17 +15,12 @@ namespace Ko {
 
 namespace {
 
-struct Rule {
-    LiString major;
-    LiString minor;
-    int level;
+using GroupName = std::pair<LiString, LiString>;
 
-    // How specific the rule is for a group; 0 where it does not apply.
-    int matches(LiString const& majorName, LiString const& minorName) const {
-        if (major == "*") return 1;
-        if (major != majorName) return 0;
-        return minor.empty() ? 2 : minor == minorName ? 3 : 0;
-    }
+struct Rule {
+    // Where the minor name is empty, all groups of the major one; "*" stands for all groups.
+    GroupName group;
+    int level;
 };
 
 class StandardErrorSink final : public LgSink {
@@ -38,56 +34,91 @@ public:
 };
 
 // Never destroyed: anything may log until the process has ended.
-struct Log {
+class Log {
+public:
     Log() {
         if (char const* const assigned = std::getenv("KO_LOG")) addRules(assigned);
     }
 
     void addRules(LiString const& text);
     int levelOf(LiString const& major, LiString const& minor) const;
+    void write(LgRecord const& record);
+    template <class Change>
+    void changeSinks(Change change);
 
     // Guards rules and groups; the sinks have a lock of their own, which is held while they write.
     std::mutex mutex;
-    Vector<Rule> rules;
+    std::map<GroupName, int> rules;
     Vector<LgMinorGroup*> groups;
     std::map<LiString, LgMajorGroup> majors;
 
-    std::recursive_mutex sinkMutex;
-    LgSinks::Sinks sinks{std::make_shared<StandardErrorSink>()};
-    bool isWriting = false;
+private:
+    std::recursive_mutex _sinkMutex;
+    // Replaced, never changed: a sink may change the sinks while it is written to.
+    std::shared_ptr<LgSinks::Sinks const> _sinks =
+        std::make_shared<LgSinks::Sinks const>(1, std::make_shared<StandardErrorSink>());
+    bool _isWriting = false;
 };
 
-bool parseRule(LiString const& text, Rule& rule) {
+LiString trimmed(LiString const& text) {
+    constexpr char const* blanks = " \t";
+    auto const begin = text.find_first_not_of(blanks);
+    return begin == LiString::npos ? "" : text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
+}
+
+std::optional<Rule> parseRule(LiString const& text) {
     auto const colon = text.rfind(':');
     if (colon == LiString::npos || colon + 2 != text.size() || text[colon + 1] < '0' || text[colon + 1] > '9')
-        return false;
-    rule.level = text[colon + 1] - '0';
+        return std::nullopt;
     LiString const group = text.substr(0, colon);
     auto const dot = group.find('.');
-    rule.major = group.substr(0, dot);
-    rule.minor = dot == LiString::npos ? "" : group.substr(dot + 1);
-    return !rule.major.empty() && (dot == LiString::npos || (!rule.minor.empty() && rule.major != "*"));
+    LiString const major = group.substr(0, dot);
+    LiString const minor = dot == LiString::npos ? "" : group.substr(dot + 1);
+    if (major.empty() || (dot != LiString::npos && (minor.empty() || major == "*"))) return std::nullopt;
+    return Rule{{major, minor}, text[colon + 1] - '0'};
 }
 
 void Log::addRules(LiString const& text) {
     std::istringstream stream(text);
-    for (LiString entry; std::getline(stream, entry, ',');) {
-        if (Rule rule; parseRule(entry, rule))
-            rules.push_back(rule);
+    for (LiString part; std::getline(stream, part, ',');) {
+        LiString const entry = trimmed(part);
+        if (std::optional<Rule> const rule = parseRule(entry))
+            rules[rule->group] = rule->level;
         else if (!entry.empty())
             std::cerr << "The log rule \"" << entry << "\" is not of the form Major.Minor:level." << std::endl;
     }
 }
 
 int Log::levelOf(LiString const& major, LiString const& minor) const {
-    int best = 0;
-    int level = LgLevels::standard;
-    for (Rule const& rule : rules)
-        if (int const match = rule.matches(major, minor); match >= std::max(best, 1)) {
-            best = match;
-            level = rule.level;
-        }
-    return level;
+    for (GroupName const& group : {GroupName(major, minor), GroupName(major, ""), GroupName("*", "")})
+        if (auto const rule = rules.find(group); rule != rules.end()) return rule->second;
+    return LgLevels::standard;
+}
+
+void writeSafely(LgSink& sink, LgRecord const& record) noexcept {
+    try {
+        sink.write(record);
+    } catch (...) {
+        // A log that cannot be written must not stop the work that it tells of.
+    }
+}
+
+void Log::write(LgRecord const& record) {
+    std::lock_guard const guard(_sinkMutex);
+    // The lock is this thread's: only a sink that logs can find the flag set.
+    if (std::exchange(_isWriting, true)) return;
+    auto const sinks = _sinks;
+    for (std::shared_ptr<LgSink> const& sink : *sinks)
+        if (sinks == _sinks || std::ranges::find(*_sinks, sink) != _sinks->end()) writeSafely(*sink, record);
+    _isWriting = false;
+}
+
+template <class Change>
+void Log::changeSinks(Change change) {
+    std::lock_guard const guard(_sinkMutex);
+    LgSinks::Sinks sinks = *_sinks;
+    change(sinks);
+    _sinks = std::make_shared<LgSinks::Sinks const>(std::move(sinks));
 }
 
 Log& theLog() {
@@ -118,18 +149,15 @@ void LgLevels::set(LiString const& rules) {
 }
 
 void LgSinks::add(std::shared_ptr<LgSink> sink) {
-    std::lock_guard const guard(theLog().sinkMutex);
-    theLog().sinks.push_back(std::move(sink));
+    theLog().changeSinks([&](Sinks& sinks) { sinks.push_back(std::move(sink)); });
 }
 
 void LgSinks::remove(std::shared_ptr<LgSink> const& sink) {
-    std::lock_guard const guard(theLog().sinkMutex);
-    std::erase(theLog().sinks, sink);
+    theLog().changeSinks([&](Sinks& sinks) { std::erase(sinks, sink); });
 }
 
 LgSinks::Sinks LgSinks::replace(Sinks sinks) {
-    std::lock_guard const guard(theLog().sinkMutex);
-    theLog().sinks.swap(sinks);
+    theLog().changeSinks([&](Sinks& current) { current.swap(sinks); });
     return sinks;
 }
 
@@ -152,18 +180,7 @@ LgMinorGroup::~LgMinorGroup() {
 }
 
 void LgMinorGroup::write(int level, LiString const& text) const {
-    if (!isEnabled(level)) return;
-    Log& log = theLog();
-    std::lock_guard const guard(log.sinkMutex);
-    // The lock is this thread's: only a sink that logs can find the flag set.
-    if (std::exchange(log.isWriting, true)) return;
-    for (std::shared_ptr<LgSink> const& sink : LgSinks::Sinks(log.sinks))
-        try {
-            sink->write({_major.getName(), _name, level, text});
-        } catch (...) {
-            // A log that cannot be written must not stop the work that it tells of.
-        }
-    log.isWriting = false;
+    if (isEnabled(level)) theLog().write({_major.getName(), _name, level, text});
 }
 
 } // namespace Ko

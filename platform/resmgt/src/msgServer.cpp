@@ -80,7 +80,7 @@ MsgServer& MsgServer::getInstance() {
     return server;
 }
 
-void MsgServer::open(LiString const& catalogue) {
+MsgServer::OpenCatalogue MsgServer::open(LiString const& catalogue) {
     LiString const path = InPaths::getInstallDir() + "/messages/" + catalogue;
     Texts texts;
     std::ifstream file(path);
@@ -94,12 +94,12 @@ void MsgServer::open(LiString const& catalogue) {
             report(path, number);
     }
     std::lock_guard const guard(_mutex);
-    _openCatalogues.push_back(std::move(texts));
+    return _openCatalogues.insert(_openCatalogues.end(), std::move(texts));
 }
 
-void MsgServer::close() {
+void MsgServer::close(OpenCatalogue catalogue) {
     std::lock_guard const guard(_mutex);
-    _openCatalogues.pop_back();
+    _openCatalogues.erase(catalogue);
 }
 
 void MsgServer::subscribe(LiString const& id) {

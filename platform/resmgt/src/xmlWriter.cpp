@@ -34,6 +34,11 @@ std::size_t sequenceLength(std::string_view text) {
     return overlongOrSurrogate ? 0 : length;
 }
 
+// Characters that no XML 1.0 document may contain, not even escaped: most control characters, U+FFFE and U+FFFF.
+bool isForbidden(std::string_view sequence) {
+    return static_cast<unsigned char>(sequence[0]) < 0x20 || sequence == "\xEF\xBF\xBE" || sequence == "\xEF\xBF\xBF";
+}
+
 std::string_view escaped(std::string_view sequence) {
     switch (sequence[0]) {
     case '&':
@@ -52,7 +57,7 @@ std::string_view escaped(std::string_view sequence) {
     case '\r':
         return "&#13;";
     default:
-        return static_cast<unsigned char>(sequence[0]) < 0x20 ? replacement : sequence;
+        return isForbidden(sequence) ? replacement : sequence;
     }
 }
 

@@ -29,7 +29,7 @@ TEST(LgLevels, TheMostSpecificRuleWinsAndTheLastAmongEqualOnes) {
     };
     LgMinorGroup const group(testing_(), "Levels");
     for (Row const& row : {Row{"*:5", 5}, Row{"Testing:6", 6}, Row{"*:2", 6}, Row{"Testing.Levels:7,Testing:1", 7},
-             Row{"Testing.Other:0,Other.Levels:0", 7}, Row{"Testing.Levels:4,Testing.Levels:8", 8}}) {
+             Row{"Testing.Other:0,Other.Levels:0", 7}, Row{"Testing.Levels:4, Testing.Levels:8 ", 8}}) {
         LgLevels::set(row.rules);
         EXPECT_TRUE(group.isEnabled(row.expected)) << row.rules;
         EXPECT_FALSE(group.isEnabled(row.expected + 1)) << row.rules;
@@ -92,6 +92,17 @@ TEST(LgSinks, OneThatThrowsOrLogsDisturbsNeitherTheWriterNorTheOthers) {
     }
     EXPECT_EQ(2, calls);
     LgSinks::replace(before);
+}
+
+TEST(LgSinks, AreNotCalledAnyMoreWhenOneBeforeThemRemovesThem) {
+    LgMinorGroup const group(testing_(), "Sinks");
+    int calls = 0;
+    auto const removed = std::make_shared<FunctionSink>([&] { ++calls; });
+    auto const remover = std::make_shared<FunctionSink>([&] { LgSinks::remove(removed); });
+    LgSinks::Sinks const before = LgSinks::replace({remover, removed});
+    group.write(0, "line");
+    LgSinks::replace(before);
+    EXPECT_EQ(0, calls);
 }
 
 TEST(LgSinks, AreNotCalledAnyMoreOnceTheyAreRemovedWhoeverWrites) {

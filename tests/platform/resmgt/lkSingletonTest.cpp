@@ -59,6 +59,20 @@ TEST(LkSingleton, IsCreatedByALaterCallWhenAConstructorThrew) {
     EXPECT_EQ(5, Singleton::getInstance().value);
 }
 
+// Its destructor still finds it, as what it owns may need to.
+class Leaving {
+public:
+    static Leaving* alive();
+    ~Leaving() { std::cerr << (alive() == this ? "found itself" : "lost itself"); }
+};
+Leaving* Leaving::alive() {
+    return &LkSingleton<Leaving>::getInstance();
+}
+
+TEST(LkSingleton, IsThereUntilItsDestructorIsDone) {
+    inChildProcess([] { Leaving::alive(); }, "^found itself$");
+}
+
 // Says at process end, after all singletons were destroyed, what became of one.
 template <int number>
 void reportAtEnd() {

@@ -61,4 +61,13 @@ TEST_F(MsgServerTest, KeepsWhatWasSubscribedWhileACatalogueWasOpen) {
     EXPECT_EQ("MSG_LAST", before.format());
 }
 
+TEST_F(MsgServerTest, ClosesTheCatalogueOfTheGuardThatEndsWhateverTheOrder) {
+    folder.write("messages/other.msg", "MSG_OTHER \"other\"");
+    auto test = std::make_unique<MsgFileGuard>("test.msg");
+    MsgFileGuard const other("other.msg");
+    test.reset();
+    EXPECT_EQ("other", MsgSubscription("MSG_OTHER").format());
+    EXPECT_EQ("MSG_ESCAPES", MsgSubscription("MSG_ESCAPES").format());
+}
+
 } // namespace

@@ -6,12 +6,13 @@
 
 namespace Ko {
 
-/// A whole number that the environment may set. It is read on first use and stays the same from then on. Any thread.
+/// A whole number that the environment may set. It is read on first use and stays the same from then on. Any thread, also
+/// before the constructors of static objects have run.
 class KO_RESMGT_API EnvIntVar {
 public:
     /// The texts are not copied and must live as long as the variable.
     /// @param source the source that the variable belongs to, for messages.
-    EnvIntVar(char const* name, int defaultValue, char const* source) noexcept
+    constexpr EnvIntVar(char const* name, int defaultValue, char const* source) noexcept
         : _name(name), _value(defaultValue), _source(source) {}
 
     char const* getName() const noexcept { return _name; }

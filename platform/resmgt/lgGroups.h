@@ -77,6 +77,12 @@ public:
     bool isEnabled(int level) const noexcept { return level <= _level.load(std::memory_order_relaxed); }
     /// Writes the text to all sinks if the level is on.
     void write(int level, LiString const& text) const;
+    /// The same with a text that `makeText()` returns, which is called only if the level is on.
+    template <class MakeText>
+    void log(int level, MakeText&& makeText) const {
+        if (isEnabled(level)) [[unlikely]]
+            write(level, makeText());
+    }
 
 private:
     friend class LgLevels;

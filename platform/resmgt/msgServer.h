@@ -3,6 +3,7 @@
 #include "resmgt/liString.h"
 #include "resmgt/resmgtApi.h"
 
+#include <functional>
 #include <map>
 #include <mutex>
 
@@ -66,6 +67,47 @@ public:
 
 private:
     LiString _id;
+};
+
+/// Something that the user is told.
+class KO_RESMGT_API Msg {
+public:
+    enum class Severity { Warning, Error };
+
+    Severity getSeverity() const noexcept { return _severity; }
+    LiString const& getText() const noexcept { return _text; }
+
+protected:
+    Msg(Severity severity, LiString text) : _severity(severity), _text(std::move(text)) {}
+
+private:
+    Severity _severity;
+    LiString _text;
+};
+
+class KO_RESMGT_API MsgWarning : public Msg {
+public:
+    explicit MsgWarning(LiString text) : Msg(Severity::Warning, std::move(text)) {}
+};
+
+class KO_RESMGT_API MsgError : public Msg {
+public:
+    explicit MsgError(LiString text) : Msg(Severity::Error, std::move(text)) {}
+};
+
+/// How messages reach the user: a line on standard error, "error: text" or "warning: text", until a host sets a handler
+/// that shows a dialog, say. Any thread.
+class KO_RESMGT_API MsgProtocol {
+public:
+    using Handler = std::function<void(Msg const&)>;
+
+    /// Hands the message to the handler, in this thread and without a lock, so that a handler may display further
+    /// messages. What it throws is written to the log.
+    static void display(Msg const& message) noexcept;
+    /// The handler set before may still be running in another thread.
+    /// @param handler shows a message, for several threads at once if they display at once; none stands for the line on
+    ///   standard error.
+    static void setHandler(Handler handler);
 };
 
 } // namespace Ko

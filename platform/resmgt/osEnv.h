@@ -15,7 +15,11 @@ public:
     /// Defines a variable for this process and the ones that it starts.
     /// @param assignment "NAME=value".
     /// @throws ExAssertionFailed when it has no "=", or nothing before it.
+    static void putVariable(LiString const& assignment);
+    /// The same with a text that becomes UTF-8.
     static void putVariable(std::wstring const& assignment);
+    /// All variables, as "NAME=value".
+    static Vector<LiString> getEntries();
 };
 
 } // namespace Ko

@@ -27,12 +27,16 @@ public:
     explicit Timer(char const* name) noexcept : _name(name) {}
 
     char const* getName() const noexcept { return _name; }
+    /// Forgets the intervals that have ended.
     void reset() noexcept { _accumulatedSeconds = 0.0; }
+    /// Begins an interval; one that is running is dropped.
     void start() noexcept {
         _stopped = 0;
         _clock.start();
     }
+    /// Without effect on a timer that is not running.
     void stop() noexcept {
+        if (_stopped) return;
         _stopped = 1;
         _accumulatedSeconds += _clock.stop();
     }

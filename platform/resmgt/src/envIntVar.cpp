@@ -24,7 +24,8 @@ void EnvIntVar::read() {
     }
     LgMinorGroup group(LgMajorGroup::getInstanceForName("Framework"), "Environment");
     group.write(1, LiString("The environment variable ") + _name + " is \"" + text +
-                       "\", which is not a whole number; " + std::to_string(_value) + " is used (" + _source + ").");
+                       "\", which is no whole number from -2147483648 to 2147483647; " + std::to_string(_value) +
+                       " is used (" + _source + ").");
 }
 
 } // namespace Ko

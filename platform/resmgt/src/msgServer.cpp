@@ -1,9 +1,11 @@
 #include "resmgt/msgServer.h"
 
 #include "base/inPaths.h"
+#include "resmgt/lgFirstError.h"
 #include "resmgt/lgGroups.h"
 
 #include <fstream>
+#include <iostream>
 #include <memory>
 #include <optional>
 
@@ -73,6 +75,27 @@ LiString withoutText(LiString const& id, Vector<LiString> const& substitutions) 
     return result;
 }
 
+void displayOnStandardError(Msg const& message) {
+    char const* const severity = message.getSeverity() == Msg::Severity::Error ? "error: " : "warning: ";
+    std::cerr << severity + message.getText() + '\n' << std::flush;
+}
+
+// Never destroyed: messages may be displayed until the process has ended.
+struct DisplayHandler {
+    std::mutex mutex;
+    std::shared_ptr<MsgProtocol::Handler const> handler;
+};
+
+DisplayHandler& displayHandler() {
+    static auto& current = *std::make_unique<DisplayHandler>().release();
+    return current;
+}
+
+std::shared_ptr<MsgProtocol::Handler const> currentHandler() {
+    std::lock_guard const guard(displayHandler().mutex);
+    return displayHandler().handler;
+}
+
 } // namespace
 
 MsgServer& MsgServer::getInstance() {
@@ -123,6 +146,21 @@ MsgSubscription::MsgSubscription(LiString id) : _id(std::move(id)) {
 
 LiString MsgSubscription::format(Vector<LiString> const& substitutions) const {
     return MsgServer::getInstance().format(_id, substitutions);
+}
+
+void MsgProtocol::display(Msg const& message) noexcept {
+    LgFirstError error("Displaying a message");
+    error.capture([&] {
+        auto const handler = currentHandler();
+        handler ? (*handler)(message) : displayOnStandardError(message);
+    });
+    error.log();
+}
+
+void MsgProtocol::setHandler(Handler handler) {
+    auto replacement = handler ? std::make_shared<Handler const>(std::move(handler)) : nullptr;
+    std::lock_guard const guard(displayHandler().mutex);
+    displayHandler().handler.swap(replacement);
 }
 
 } // namespace Ko

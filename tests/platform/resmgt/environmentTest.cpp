@@ -3,6 +3,7 @@
 #include "resmgt/osEnv.h"
 #include "tests/support/logRecorder.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
 
@@ -34,7 +35,7 @@ TEST(EnvIntVar, TakesWholeNumbersAndReportsEverythingElse) {
     }
 }
 
-TEST(OsEnv, DefinesVariablesFromWideAssignments) {
+TEST(OsEnv, DefinesAndListsVariables) {
     LiString value = "untouched";
     ::unsetenv("KO_TEST_TEXT");
     EXPECT_FALSE(OsEnv::getVariable("KO_TEST_TEXT", value));
@@ -45,6 +46,9 @@ TEST(OsEnv, DefinesVariablesFromWideAssignments) {
     OsEnv::putVariable(L"KO_TEST_TEXT=gr\u00fcn \U0001F3A8");
     OsEnv::getVariable("KO_TEST_TEXT", value);
     EXPECT_EQ("gr\xC3\xBCn \xF0\x9F\x8E\xA8", value);
+    OsEnv::putVariable(LiString("KO_TEST_TEXT=\xFF narrow"));
+    auto const entries = OsEnv::getEntries();
+    EXPECT_EQ(1, std::count(entries.begin(), entries.end(), "KO_TEST_TEXT=\xFF narrow"));
     EXPECT_THROW(OsEnv::putVariable(L"nothing assigned"), ExAssertionFailed);
     EXPECT_THROW(OsEnv::putVariable(L"=nameless"), ExAssertionFailed);
 }

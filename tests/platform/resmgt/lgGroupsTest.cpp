@@ -37,6 +37,17 @@ TEST(LgLevels, TheMostSpecificRuleWinsAndTheLastAmongEqualOnes) {
     EXPECT_TRUE(LgMinorGroup(testing_(), "Levels").isEnabled(8)) << "also a group that is made later";
 }
 
+TEST(LgMinorGroup, MakesATextOnlyForALevelThatIsOn) {
+    LogRecorder const log(4);
+    LgMinorGroup const group(testing_(), "Texts");
+    int made = 0;
+    auto const text = [&] { return "text " + std::to_string(++made); };
+    group.log(5, text);
+    EXPECT_EQ(0, made);
+    group.log(4, text);
+    EXPECT_EQ((std::vector<std::string>{"Texts:4 text 1"}), log.lines());
+}
+
 TEST(LgLevels, ReportsAMalformedRuleAndGoesOn) {
     for (char const* const rule :
         {"Testing", "Testing:", "Testing:x", "Testing:12", ":3", "Testing.:3", ".A:3", "*.A:3"})

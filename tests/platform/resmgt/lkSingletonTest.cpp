@@ -1,5 +1,6 @@
 #include "base/exBase.h"
 #include "resmgt/lkSingleton.imp.h"
+#include "tests/fixtures/sharedSingleton/sharedSingleton.h"
 #include "tests/support/childProcess.h"
 
 #include <barrier>
@@ -57,6 +58,10 @@ TEST(LkSingleton, IsCreatedByALaterCallWhenAConstructorThrew) {
     EXPECT_THROW(Singleton::getInstance(), std::runtime_error);
     EXPECT_EQ(Singleton::UNINITIALIZED, Singleton::getState());
     EXPECT_EQ(5, Singleton::getInstance().value);
+}
+
+TEST(LkSingleton, IsOneForAllLibrariesOfTheProcess) {
+    EXPECT_EQ(&LkSingleton<KoTest::SharedSingleton>::getInstance(), &KoTest::seenFromAnotherLibrary());
 }
 
 // Its destructor still finds it, as what it owns may need to.

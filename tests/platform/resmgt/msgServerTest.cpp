@@ -1,9 +1,12 @@
 #include "resmgt/msgServer.h"
+#include "tests/support/childProcess.h"
 #include "tests/support/logRecorder.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <memory>
+#include <stdexcept>
 
 namespace {
 
@@ -68,6 +71,31 @@ TEST_F(MsgServerTest, ClosesTheCatalogueOfTheGuardThatEndsWhateverTheOrder) {
     test.reset();
     EXPECT_EQ("other", MsgSubscription("MSG_OTHER").format());
     EXPECT_EQ("MSG_ESCAPES", MsgSubscription("MSG_ESCAPES").format());
+}
+
+TEST(MsgProtocol, WritesLinesUntilAHandlerIsSet) {
+    inChildProcess(
+        [] {
+            Vector<LiString> shown;
+            MsgProtocol::display(MsgError("disk full"));
+            MsgProtocol::setHandler([&](Msg const& message) {
+                shown.push_back((message.getSeverity() == Msg::Severity::Warning ? "W " : "E ") + message.getText());
+                if (shown.size() == 1) MsgProtocol::display(MsgError("a second one from the handler"));
+            });
+            MsgProtocol::display(MsgWarning("slow"));
+            EXPECT_EQ((Vector<LiString>{"W slow", "E a second one from the handler"}), shown);
+            MsgProtocol::setHandler(nullptr);
+            MsgProtocol::display(MsgWarning("slow again"));
+        },
+        "^error: disk full\nwarning: slow again\n$");
+}
+
+TEST(MsgProtocol, LogsWhatAHandlerThrows) {
+    LogRecorder const log;
+    MsgProtocol::setHandler([](Msg const&) { throw std::runtime_error("no display"); });
+    MsgProtocol::display(MsgError("unseen"));
+    MsgProtocol::setHandler(nullptr);
+    EXPECT_EQ((std::vector<std::string>{"Errors:0 Displaying a message failed: no display"}), log.lines());
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <string_view>
+#include <unistd.h>
 
 namespace Ko {
 
@@ -38,13 +39,23 @@ bool OsEnv::getVariable(LiString const& name, LiString& value) {
     return true;
 }
 
+void OsEnv::putVariable(LiString const& assignment) {
+    auto const separator = assignment.find('=');
+    source.require(separator != LiString::npos && separator != 0, "separator > 0");
+    LiString const name = assignment.substr(0, separator);
+    char const* const value = assignment.c_str() + separator + 1;
+    source.require(::setenv(name.c_str(), value, 1) == 0, "setenv( name, value, 1 ) == 0");
+}
+
 void OsEnv::putVariable(std::wstring const& assignment) {
-    auto const separator = assignment.find(L'=');
-    source.require(separator != std::wstring::npos && separator != 0, "separator > 0");
-    std::wstring_view const text = assignment;
-    std::string const name = toUtf8(text.substr(0, separator));
-    std::string const value = toUtf8(text.substr(separator + 1));
-    source.require(::setenv(name.c_str(), value.c_str(), 1) == 0, "setenv( name, value, 1 ) == 0");
+    putVariable(toUtf8(assignment));
+}
+
+Vector<LiString> OsEnv::getEntries() {
+    Vector<LiString> entries;
+    for (char const* const* entry = environ; entry && *entry; ++entry)
+        entries.emplace_back(*entry);
+    return entries;
 }
 
 } // namespace Ko

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <png.h>
 #include <system_error>
+#include <zlib.h>
 
 namespace compositor {
 
@@ -103,6 +104,27 @@ bool encode(Size size, RowSource const& source, Sink sink) {
     return true;
 }
 
+std::uint32_t readNumber(std::span<std::byte const> bytes) {
+    std::uint32_t number = 0;
+    for (std::byte const byte : bytes.first(4))
+        number = number << 8 | static_cast<std::uint32_t>(byte);
+    return number;
+}
+
+// The decoder passes over chunks that it does not need, and stops reading at the last pixel.
+void checkChunks(std::span<std::byte const> bytes) {
+    std::string_view type;
+    for (auto rest = bytes.subspan(8); type != "IEND";) {
+        std::size_t const length = rest.size() < 12 ? rest.size() : readNumber(rest);
+        if (rest.size() < 12 || rest.size() - 12 < length) throw ImageError("the PNG picture is cut off");
+        auto const* const begin = reinterpret_cast<unsigned char const*>(rest.data()) + 4;
+        type = {reinterpret_cast<char const*>(begin), 4};
+        if (crc32(crc32(0, nullptr, 0), begin, static_cast<uInt>(length + 4)) != readNumber(rest.subspan(length + 8)))
+            throw ImageError("the PNG picture is damaged: a checksum is wrong");
+        rest = rest.subspan(length + 12);
+    }
+}
+
 } // namespace
 
 std::vector<std::byte> readFile(std::filesystem::path const& path) {
@@ -125,6 +147,7 @@ bool isPng(std::span<std::byte const> bytes) {
 
 Picture decodePng(std::span<std::byte const> bytes) {
     if (!isPng(bytes)) throw ImageError("it is not a PNG picture");
+    checkChunks(bytes);
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     std::unique_ptr<png_image, decltype(&png_image_free)> const release(&image, &png_image_free);

@@ -16,6 +16,8 @@ public:
     char const* getName() const noexcept { return _name; }
 
 private:
+    friend class LkCondVar;
+
     std::mutex _mutex;
     char const* _name;
 };

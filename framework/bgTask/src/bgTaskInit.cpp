@@ -1,18 +1,68 @@
 #include "framework/bgTask/bgTaskInit.h"
 
 #include "base/baseInit.h"
+#include "base/inPaths.h"
+#include "framework/bgTask/bgEx.h"
+#include "framework/bgTask/bgJobState.h"
+#include "framework/bgTask/bgManager.h"
+#include "framework/bgTask/src/bgLog.h"
 #include "internalAPI/internalAPIInit.h"
 #include "primitives/primitivesInit.h"
+#include "resmgt/msgServer.h"
+#include "resmgt/osEnv.h"
 #include "resmgt/resmgtInit.h"
 
 namespace Ko {
 
 namespace {
 
+constexpr char const* installationDirectory = "KO_INSTALL_DIR";
+
+// For the external programs that jobs start, which inherit it.
+void publishInstallationDirectory() {
+    LiString value;
+    if (OsEnv::getVariable(installationDirectory, value)) return;
+    OsEnv::putVariable(LiString(installationDirectory) + "=" + InPaths::getInstallDir());
+}
+
 class BgTaskInit final : public InInit<KoInit::bgTask> {
 public:
     BgTaskInit()
         : InInit("bgTask", packagesOf<KoInit::internalAPI, KoInit::primitives, KoInit::resmgt, KoInit::base>()) {}
+
+    void initialize() override {
+        BgLog::initialize();
+        {
+            MsgFileGuard const catalogue("bgTask.msg");
+            BgEx::initialize();
+        }
+        publishInstallationDirectory();
+        BgJobIdle::performInitialize();
+        BgJobWaiting::performInitialize();
+        BgJobBusy::performInitialize();
+        BgJobStopping::performInitialize();
+        BgJobStopped::performInitialize();
+        BgJobComplete::performInitialize();
+        BgJobFailed::performInitialize();
+        BgManager::performInitialize();
+    }
+
+    void preFinalize() override {
+        if (BgManager::isInitialized()) BgManager::getInstance().stopAllJobs();
+    }
+
+    void finalize() override {
+        BgManager::performFinalize();
+        BgJobIdle::performFinalize();
+        BgJobWaiting::performFinalize();
+        BgJobBusy::performFinalize();
+        BgJobStopping::performFinalize();
+        BgJobStopped::performFinalize();
+        BgJobComplete::performFinalize();
+        BgJobFailed::performFinalize();
+        BgEx::finalize();
+        BgLog::finalize();
+    }
 };
 
 BgTaskInit package;

@@ -1,5 +1,7 @@
 #include "base/baseInit.h"
 
+#include "base/evEventManager.h"
+
 namespace Ko {
 
 namespace {
@@ -7,6 +9,9 @@ namespace {
 class BaseInit final : public InInit<KoInit::base> {
 public:
     BaseInit() : InInit("base", packagesOf<>()) {}
+
+    void initialize() override { EvEventManager::performInitialize(); }
+    void finalize() override { EvEventManager::performFinalize(); }
 };
 
 BaseInit package;

@@ -1,0 +1,166 @@
+#include "framework/bgTask/bgManager.h"
+
+#include "base/assertions.h"
+#include "base/evEventManager.h"
+#include "base/inSingleton.imp.h"
+#include "framework/bgTask/bgEx.h"
+#include "framework/bgTask/src/bgManagerImp.h"
+#include "resmgt/msgServer.h"
+
+#include <typeinfo>
+#include <utility>
+
+namespace Ko {
+
+namespace {
+
+constexpr AssertionSource source{"framework\\bgTask\\src\\bgManager"};
+constexpr int jobsLeftAtTheEnd = 220;
+constexpr int jobDoesNotEnd = 319;
+
+constexpr char const* notEnoughSpace = "Ko::CtServerEx::ExNotEnoughSpace";
+
+using Singleton = InSingleton<BgManagerImp>;
+
+void requireJob(RCShdPtr<BgJob> const& job) {
+    if (job.isNull()) RCExUtil::throwExNullPtr(typeid(BgJob).name());
+}
+
+} // namespace
+
+template class InSingleton<BgManagerImp>;
+
+BgManager::BgManager() = default;
+BgManager::~BgManager() = default;
+
+BgManager& BgManager::getInstance() {
+    return Singleton::getInstance();
+}
+bool BgManager::isInitialized() noexcept {
+    return Singleton::isInitialized();
+}
+void BgManager::performInitialize() {
+    Singleton::performInitialize();
+}
+void BgManager::performFinalize() {
+    if (!isInitialized()) return;
+    source.require(getInstance().getJobs().empty(), "_jobs.empty()", jobsLeftAtTheEnd);
+    Singleton::performFinalize();
+}
+
+/// A change of a job on its way to the application thread.
+class BgManagerImp::JobUpdate final : public EvEvent {
+public:
+    JobUpdate(RCShdPtr<BgJob> job, OPtr<ExBase> error) : _job(std::move(job)), _error(std::move(error)) {}
+    void process() override {
+        if (Singleton::isInitialized()) Singleton::getInstance().jobUpdated(_job, _error.get());
+    }
+
+private:
+    RCShdPtr<BgJob> _job;
+    OPtr<ExBase> _error;
+};
+
+BgManagerImp::~BgManagerImp() {
+    for (Group* const group : {&_general, &_lowPriority, &_highPriority})
+        group->waitForRequests();
+    disableUpdates();
+}
+
+void BgManagerImp::addJob(RCShdPtr<BgJob> job) {
+    requireJob(job);
+    list(job);
+    // Before a worker can have it: no failure stays unseen.
+    job->attachObserver(this);
+    submit(job, _general);
+    notify(ObHints(RCShdPtr<BgManagerHintNew>::create(std::move(job))));
+}
+
+RCShdPtr<BgJob> BgManagerImp::addJob(OPtr<BgJobProtocol> protocol) {
+    RCShdPtr<BgJob> job = BgJob::create(std::move(protocol));
+    addJob(job);
+    return job;
+}
+
+void BgManagerImp::addUiJob(RCShdPtr<BgJob> job, unsigned priority) {
+    requireJob(job);
+    list(job);
+    submit(job, priority == 1 ? _highPriority : _lowPriority);
+}
+
+RCShdPtr<BgJob> BgManagerImp::addUiJob(OPtr<BgJobProtocol> protocol, unsigned priority) {
+    RCShdPtr<BgJob> job = BgJob::create(std::move(protocol));
+    addUiJob(job, priority);
+    return job;
+}
+
+void BgManagerImp::stopAndDeleteJob(RCShdPtr<BgJob> job) {
+    requireJob(job);
+    job->stop();
+    if (!job->releaseProtocol())
+        throw BgEx::ExBgManager(source.file(), jobDoesNotEnd, "Unable to stop and delete this background job.");
+    takeOffList(job);
+    notify(ObHints(RCShdPtr<BgManagerHintDelete>::create(job)));
+    job->detachObserver(this);
+}
+
+List<RCShdPtr<BgJob>> BgManagerImp::getJobs() {
+    return _jobs;
+}
+
+void BgManagerImp::stopAllJobs() {
+    for (RCShdPtr<BgJob> const& job : _jobs)
+        job->stop();
+    while (!_jobs.empty()) {
+        RCShdPtr<BgJob> const job = _jobs.front();
+        job->detachObserver(this);
+        // One that does not end keeps its worker, but the process has to go on.
+        static_cast<void>(job->releaseProtocol());
+        takeOffList(job);
+    }
+}
+
+// On the thread that changed the job, where neither the list nor an observer may be touched.
+void BgManagerImp::update(ObObserver<BgJobTag> const*, ObHints const& hints) {
+    if (!EvEventManager::isInitialized()) return;
+    auto const post = [](RCShdPtr<BgJob> const& job, OPtr<ExBase> error) {
+        EvEventManager::getInstance().post(std::make_unique<JobUpdate>(job, std::move(error)));
+    };
+    if (auto const change = hints.pickHint<BgJobHintChangeState>())
+        post(change->getJob(), change->hasJobFailed() ? change->getJob()->cloneError() : nullptr);
+    if (auto const progress = hints.pickHint<BgJobHintProgress>()) post(progress->getJob(), nullptr);
+}
+
+void BgManagerImp::jobUpdated(RCShdPtr<BgJob> const& job, ExBase const* error) {
+    if (error) MsgProtocol::display(MsgError(error->getReason()));
+    if (!hasObservers()) return;
+    ObHints hints;
+    if (error && error->getTypeName().find(notEnoughSpace) != LiString::npos)
+        hints.add(RCShdPtr<BgManagerNotEnoughSpaceHint>::create(job));
+    hints.add(RCShdPtr<BgManagerUpdateHint>::create());
+    notify(hints);
+}
+
+void BgManagerImp::submit(RCShdPtr<BgJob> const& job, Group& group) {
+    try {
+        group.add(job);
+    } catch (...) {
+        takeOffList(job);
+        job->detachObserver(this);
+        throw;
+    }
+}
+
+void BgManagerImp::list(RCShdPtr<BgJob> const& job) {
+    job->_listed.reserve(job->_listed.size() + 1);
+    job->_listed.push_back(_jobs.insert(_jobs.end(), job));
+}
+
+// A job may have been submitted several times.
+void BgManagerImp::takeOffList(RCShdPtr<BgJob> const& job) noexcept {
+    for (auto const entry : job->_listed)
+        _jobs.erase(entry);
+    job->_listed.clear();
+}
+
+} // namespace Ko

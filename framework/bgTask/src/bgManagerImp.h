@@ -1,0 +1,46 @@
+#pragma once
+
+#include "base/inSingleton.h"
+#include "framework/bgTask/bgManager.h"
+#include "resmgt/mtGroup.h"
+
+#include <queue>
+
+namespace Ko {
+
+class BgManagerImp;
+extern template class InSingleton<BgManagerImp>;
+
+class BgManagerImp final : public BgManager, public ObObserver<BgJobTag> {
+public:
+    void addJob(RCShdPtr<BgJob> job) override;
+    RCShdPtr<BgJob> addJob(OPtr<BgJobProtocol> protocol) override;
+    void addUiJob(RCShdPtr<BgJob> job, unsigned priority) override;
+    RCShdPtr<BgJob> addUiJob(OPtr<BgJobProtocol> protocol, unsigned priority) override;
+    void stopAndDeleteJob(RCShdPtr<BgJob> job) override;
+    List<RCShdPtr<BgJob>> getJobs() override;
+    void stopAllJobs() override;
+
+private:
+    friend class InSingleton<BgManagerImp>;
+
+    using Group = MtGroup<std::queue<MtTask>>;
+
+    class JobUpdate;
+
+    BgManagerImp() = default;
+    ~BgManagerImp() override;
+
+    void update(ObObserver<BgJobTag> const* observer, ObHints const& hints) override;
+    void jobUpdated(RCShdPtr<BgJob> const& job, ExBase const* error);
+    void submit(RCShdPtr<BgJob> const& job, Group& group);
+    void list(RCShdPtr<BgJob> const& job);
+    void takeOffList(RCShdPtr<BgJob> const& job) noexcept;
+
+    List<RCShdPtr<BgJob>> _jobs;
+    Group _general{"BgTasks", 6};
+    Group _lowPriority{"Low Priority Local UiBgTasks", 2};
+    Group _highPriority{"High Priority Local UiBgTasks", 2};
+};
+
+} // namespace Ko

@@ -1,0 +1,7 @@
+#include "framework/bgTask/bgProgressReport.h"
+
+namespace Ko {
+
+BgProgressReport::~BgProgressReport() = default;
+
+} // namespace Ko

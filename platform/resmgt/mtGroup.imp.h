@@ -1,0 +1,137 @@
+#pragma once
+
+#include "resmgt/mtGroup.h"
+
+#include "base/assertions.h"
+
+#include <typeinfo>
+#include <utility>
+
+namespace Ko {
+
+namespace MtGroupSource {
+// Under which the broken invariants of every group are reported, whichever source instantiates it.
+constexpr AssertionSource source{".\\resmgt/mtGroup.imp.h"};
+constexpr int tagAcquired = 66;
+constexpr int tagOfThisGroup = 89;
+constexpr int noProducers = 102;
+} // namespace MtGroupSource
+
+template <class Container>
+MtGroup<Container>::MtGroup(LiString name, int numThreads, std::ptrdiff_t containerSize)
+    : MtThreadPool(std::move(name), numThreads, false, 0),
+      _capacity(containerSize == unlimited ? std::numeric_limits<std::size_t>::max()
+                                           : static_cast<std::size_t>(containerSize)),
+      _groupTag(_requestMgr.acquireTag()) {
+    using namespace MtGroupSource;
+    source.require(containerSize >= 0, "containerSize >= 0");
+    source.require(_groupTag.isValid(), "_groupTag.isValid()", tagAcquired);
+    try {
+        start();
+    } catch (...) {
+        stopWorkers();
+        throw;
+    }
+}
+
+template <class Container>
+MtGroup<Container>::~MtGroup() {
+    using namespace MtGroupSource;
+    stopWorkers();
+    discardTasks();
+    waitForRequests();
+    _requestMgr.releaseTag(_groupTag);
+    --_producers;
+    source.require(_producers == 0, "0 == _producers", noProducers);
+}
+
+template <class Container>
+void MtGroup<Container>::add(RCShdPtr<MtTaskImp> imp) {
+    if (imp.isNull()) RCExUtil::throwExNullPtr(typeid(MtTaskImp).name());
+    bool wakes = false;
+    {
+        std::unique_lock lock(_lock);
+        while (_container.size() >= _capacity) {
+            ++_waitingProducers;
+            _nonFull.wait(lock);
+            --_waitingProducers;
+        }
+        _container.push(MtTask(std::move(imp), _groupTag));
+        // Here, where the lock has brought it into this processor's cache.
+        MtRequestMgr::increment(_groupTag);
+        wakes = needsWorker();
+    }
+    if (wakes) _nonEmpty.signal();
+}
+
+template <class Container>
+void MtGroup<Container>::setContainerObserver(RCShdPtr<MtContainerObserver<Container>> observer) {
+    std::lock_guard const guard(_lock);
+    _containerObserver.swap(observer);
+}
+
+template <class Container>
+bool MtGroup<Container>::obtainTask(MtTask& task) {
+    RCShdPtr<MtContainerObserver<Container>> observer;
+    if (!takeTask(task, observer)) return false;
+    if (observer) observer->taken(_container, task);
+    return true;
+}
+
+template <class Container>
+bool MtGroup<Container>::takeTask(MtTask& task, RCShdPtr<MtContainerObserver<Container>>& observer) {
+    bool const hasExecuted = !task.isNull();
+    // What the task owns may take its time to go, and may use this group.
+    task = {};
+    bool wakes = false;
+    bool makesRoom = false;
+    {
+        std::unique_lock lock(_lock);
+        if (hasExecuted) MtRequestMgr::decrement(_groupTag);
+        while (!_stopping && _container.empty()) {
+            ++_sleepingWorkers;
+            _nonEmpty.wait(lock);
+            --_sleepingWorkers;
+            _workerIsWaking = false;
+        }
+        if (_stopping) return false;
+        task = std::move(_container.front());
+        _container.pop();
+        observer = _containerObserver;
+        wakes = !_container.empty() && needsWorker();
+        makesRoom = _waitingProducers > 0;
+    }
+    if (wakes) _nonEmpty.signal();
+    if (makesRoom) _nonFull.signal();
+    return true;
+}
+
+// Called under the lock. The caller signals the condition if the result is true.
+template <class Container>
+bool MtGroup<Container>::needsWorker() noexcept {
+    if (_sleepingWorkers == 0 || _workerIsWaking) return false;
+    _workerIsWaking = true;
+    return true;
+}
+
+template <class Container>
+void MtGroup<Container>::stopWorkers() {
+    {
+        std::lock_guard const guard(_lock);
+        _stopping = true;
+    }
+    _nonEmpty.broadcast();
+    stop();
+}
+
+template <class Container>
+void MtGroup<Container>::discardTasks() {
+    for (; !_container.empty(); _container.pop()) {
+        MtTask const v = std::move(_container.front());
+        MtGroupSource::source.require(
+            v.getTag() == _groupTag, "v.getTag() == _groupTag", MtGroupSource::tagOfThisGroup);
+        MtRequestMgr::decrement(_groupTag);
+    }
+}
+
+} // namespace Ko

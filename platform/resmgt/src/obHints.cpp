@@ -1,0 +1,25 @@
+#include "resmgt/obHints.h"
+
+namespace Ko {
+
+ObHint::~ObHint() = default;
+
+void ObHints::add(RCShdPtr<ObHint> hint) {
+    if (hint.isNull()) RCExUtil::throwExNullPtr(typeid(ObHint).name());
+    if (_size < _first.size())
+        _first[_size] = std::move(hint);
+    else
+        _others.push_back(std::move(hint));
+    ++_size;
+}
+
+RCShdPtr<ObHint> ObHints::pickHint(std::type_info const& type) const noexcept {
+    for (std::size_t index = 0; index < _size; ++index) {
+        RCShdPtr<ObHint> const& hint = (*this)[index];
+        ObHint const& object = *hint.get();
+        if (typeid(object) == type) return hint;
+    }
+    return {};
+}
+
+} // namespace Ko

@@ -1,0 +1,11 @@
+#include "resmgt/src/localTime.h"
+
+namespace Ko {
+
+std::tm localTime(std::time_t time) {
+    std::tm calendar{};
+    ::localtime_r(&time, &calendar);
+    return calendar;
+}
+
+} // namespace Ko

@@ -1,0 +1,127 @@
+#include "framework/bgTask/bgManager.h"
+#include "tests/support/functionProtocol.h"
+
+#include <atomic>
+#include <barrier>
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace {
+
+using namespace Ko;
+using namespace KoTest;
+using States = std::vector<int>;
+using State = BgJobHintChangeState;
+
+constexpr int rounds = 3000;
+
+/// Two threads that do a round's work at the same time.
+template <class First, class Second, class Check>
+void race(First first, Second second, Check check) {
+    std::barrier together(2);
+    std::atomic<bool> done{false};
+    RCShdPtr<BgJob> job;
+    std::atomic<int> executions{0};
+    std::thread other([&] {
+        for (;;) {
+            together.arrive_and_wait();
+            if (done) return;
+            second(*job);
+            together.arrive_and_wait();
+        }
+    });
+    for (int round = 0; round < rounds; ++round) {
+        job = FunctionProtocol::createJob([&](FunctionProtocol& protocol) {
+            ++executions;
+            // Half of the jobs end by themselves, the others only when they are stopped.
+            while (round % 2 == 0 && protocol.continueExecution())
+                protocol.reportProgress(1, 2);
+        });
+        JobRecorder recorder;
+        job->attachObserver(&recorder);
+        together.arrive_and_wait();
+        first(*job);
+        together.arrive_and_wait();
+        check(*job, recorder.states());
+        job->detachObserver(&recorder);
+    }
+    done = true;
+    together.arrive_and_wait();
+    other.join();
+}
+
+void expectAllowed(States const& states) {
+    for (States const& allowed : {States{State::Stopped}, States{State::Busy, State::Complete},
+             States{State::Busy, State::Stopping, State::Stopped}})
+        if (states == allowed) return;
+    ADD_FAILURE() << testing::PrintToString(states);
+}
+
+TEST(BgJobRace, AStopAtAnyMomentEndsTheJobInOrder) {
+    race([](BgJob& job) { job.execute(); },
+        [](BgJob& job) {
+            std::thread::id const here = std::this_thread::get_id();
+            if (std::hash<std::thread::id>()(here) % 2 == 0) std::this_thread::yield();
+            job.stop();
+        },
+        [](BgJob& job, States const& states) {
+            expectAllowed(states);
+            EXPECT_FALSE(job.isRunning());
+            EXPECT_TRUE(job.releaseProtocol());
+        });
+}
+
+TEST(BgJobRace, AReleaseAtAnyMomentEndsTheJobAndItsProtocol) {
+    race([](BgJob& job) { job.execute(); }, [](BgJob& job) { EXPECT_TRUE(job.releaseProtocol()); },
+        [](BgJob& job, States const& states) {
+            expectAllowed(states);
+            EXPECT_FALSE(job.isRunning());
+            EXPECT_TRUE(job.isReleased());
+        });
+}
+
+TEST(BgJobRace, AReleaseAndAStopDoNotMeetInADeletedProtocol) {
+    race(
+        [](BgJob& job) {
+            std::jthread worker([&job] { job.execute(); });
+            job.stop();
+        },
+        [](BgJob& job) {
+            EXPECT_TRUE(job.releaseProtocol());
+            job.getStatistics();
+        },
+        [](BgJob& job, States const& states) {
+            expectAllowed(states);
+            EXPECT_TRUE(job.isReleased());
+        });
+}
+
+TEST(BgJobRace, EverythingMayBeReadWhileTheJobRuns) {
+    race([](BgJob& job) { job.execute(); },
+        [](BgJob& job) {
+            while (job.isRunning()) {
+                job.getStatistics();
+                job.cloneError();
+                job.getState()->state();
+                job.setNotifProgressSlice(0.01f);
+                job.stop();
+            }
+        },
+        [](BgJob& job, States const&) { EXPECT_FALSE(job.isRunning()); });
+}
+
+TEST(BgJobRace, AJobThatIsSubmittedTwiceRunsOnce) {
+    int executions = 0;
+    for (int round = 0; round < rounds; ++round) {
+        auto const job = FunctionProtocol::createJob([&](FunctionProtocol&) { ++executions; });
+        BgManager::getInstance().addJob(job);
+        BgManager::getInstance().addUiJob(job, 1);
+        while (job->isRunning())
+            std::this_thread::yield();
+        BgManager::getInstance().stopAndDeleteJob(job);
+    }
+    EXPECT_EQ(rounds, executions);
+    EXPECT_TRUE(BgManager::getInstance().getJobs().empty());
+}
+
+} // namespace

@@ -1,0 +1,284 @@
+#include "framework/bgTask/bgEx.h"
+#include "tests/support/functionProtocol.h"
+#include "tests/support/logRecorder.h"
+
+#include <cmath>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <limits>
+#include <stdexcept>
+#include <thread>
+
+namespace {
+
+using namespace Ko;
+using namespace KoTest;
+using States = std::vector<int>;
+using State = BgJobHintChangeState;
+
+struct Callback : BgProgressReport {
+    void reportProgress(int done, int total) override { reports.emplace_back(done, total); }
+    std::vector<std::pair<int, int>> reports;
+};
+
+TEST(BgJobProtocol, KeepsTheLastQuotientAndPassesReportsOn) {
+    Callback callback;
+    FunctionProtocol protocol([](FunctionProtocol&) {});
+    EXPECT_EQ(0.0f, protocol.progress());
+    protocol.reportProgress(1, 2);
+    protocol.setProgressCallback(&callback);
+    protocol.reportProgress(3, 4);
+    EXPECT_EQ(0.75f, protocol.progress());
+    protocol.reportProgress(6, 4);
+    EXPECT_EQ(1.5f, protocol.progress());
+    protocol.setProgressCallback(nullptr);
+    protocol.reportProgress(1, 0);
+    EXPECT_TRUE(std::isinf(protocol.progress()));
+    EXPECT_EQ((std::vector<std::pair<int, int>>{{3, 4}, {6, 4}}), callback.reports);
+}
+
+TEST(BgJobProtocol, StopsUntilItIsStartedAgain) {
+    int executions = 0;
+    FunctionProtocol protocol([&](FunctionProtocol& self) {
+        ++executions;
+        EXPECT_TRUE(self.continueExecution());
+        self.stop();
+        EXPECT_FALSE(self.continueExecution());
+    });
+    protocol.stop();
+    EXPECT_FALSE(protocol.continueExecution());
+    protocol.start();
+    protocol.start();
+    EXPECT_EQ(2, executions);
+
+    class Unnamed : public BgJobProtocol {
+    public:
+        Unnamed() : BgJobProtocol("render") {}
+        void execute() override {}
+    } unnamed;
+    EXPECT_EQ("unnamed job", unnamed.getJobName());
+    EXPECT_EQ("render", unnamed.getJobType());
+}
+
+TEST(BgJob, WaitsWithoutHavingToldAnybody) {
+    auto const job = FunctionProtocol::createJob();
+    EXPECT_EQ("Waiting", job->getState()->state());
+    EXPECT_TRUE(job->isRunning());
+    EXPECT_FALSE(job->isReleased());
+    EXPECT_THROW(BgJob::create(nullptr), ExNullPtr);
+}
+
+// Every way through the states, as observers hear of it.
+struct Way {
+    char const* name;
+    char const* endState;
+    States hints;
+    void (*goes)(BgJob& job);
+    void (*work)(FunctionProtocol& protocol, BgJob& job);
+};
+class BgJobWays : public testing::TestWithParam<Way> {};
+
+TEST_P(BgJobWays, GoThroughTheStatesInOrder) {
+    Way const& way = GetParam();
+    BgJob* executed = nullptr;
+    auto const job = FunctionProtocol::createJob([&](FunctionProtocol& protocol) { way.work(protocol, *executed); });
+    executed = job.get();
+    JobRecorder recorder;
+    job->attachObserver(&recorder);
+    way.goes(*job);
+    EXPECT_EQ(way.hints, recorder.states());
+    EXPECT_EQ(way.endState, job->getState()->state());
+    EXPECT_FALSE(job->isRunning());
+    // What has ended stays so.
+    job->stop();
+    job->execute();
+    EXPECT_EQ(way.hints, recorder.states());
+    EXPECT_TRUE(job->releaseProtocol());
+    EXPECT_TRUE(job->isReleased());
+    job->stop();
+    job->execute();
+    EXPECT_EQ(way.hints, recorder.states());
+    EXPECT_TRUE(job->releaseProtocol());
+}
+
+auto const nothing = [](FunctionProtocol&, BgJob&) {};
+auto const mustNotRun = [](FunctionProtocol&, BgJob&) { ADD_FAILURE(); };
+auto const executes = [](BgJob& job) { job.execute(); };
+
+INSTANTIATE_TEST_SUITE_P(Ways, BgJobWays,
+    testing::Values(Way{"Complete", "Complete", {State::Busy, State::Complete}, executes, nothing},
+        Way{"Stopped", "Stopped", {State::Busy, State::Stopping, State::Stopped}, executes,
+            [](FunctionProtocol& protocol, BgJob& job) {
+                job.stop();
+                EXPECT_EQ("Stopping", job.getState()->state());
+                EXPECT_TRUE(job.isRunning());
+                EXPECT_FALSE(protocol.continueExecution());
+                job.stop();
+            }},
+        Way{"StoppedWhileWaiting", "Stopped", {State::Stopped},
+            [](BgJob& job) {
+                job.stop();
+                job.execute();
+                EXPECT_NE("", job.getStatistics().started()) << "a worker took it";
+            },
+            mustNotRun},
+        Way{"ReleasedWhileWaiting", "Stopped", {State::Stopped}, [](BgJob& job) { EXPECT_TRUE(job.releaseProtocol()); },
+            mustNotRun},
+        Way{"Failed", "Failed", {State::Busy, State::Failed}, executes, [](FunctionProtocol&, BgJob&) { throw 5; }},
+        Way{"FailedWhileStopping", "Failed", {State::Busy, State::Stopping, State::Failed}, executes,
+            [](FunctionProtocol&, BgJob& job) {
+                job.stop();
+                throw std::runtime_error("too late");
+            }}),
+    [](auto const& row) { return row.param.name; });
+
+TEST(BgJob, KeepsACopyOfWhatDerivesFromExBase) {
+    auto const failed =
+        FunctionProtocol::createJob([](FunctionProtocol&) { throw BgEx::ExBgTaskFailed("file", 7, "no space"); });
+    EXPECT_EQ(nullptr, failed->cloneError());
+    failed->execute();
+    auto const error = failed->cloneError();
+    ASSERT_NE(nullptr, error);
+    EXPECT_NE(error, failed->cloneError());
+    EXPECT_EQ("A background job failed: no space", error->getReason());
+    EXPECT_THROW(error->raise(), BgEx::ExBgTaskFailed);
+
+    auto const strange = FunctionProtocol::createJob([](FunctionProtocol&) { throw std::runtime_error("x"); });
+    strange->execute();
+    EXPECT_EQ(nullptr, strange->cloneError());
+}
+
+TEST(BgEx, FillsTheTextIntoTheMessageAndKeepsItInCopies) {
+    BgEx::ExBgManager const error("source", 3, "out of workers");
+    EXPECT_EQ("Background jobs: out of workers", error.getReason());
+    std::unique_ptr<ExBase> const copy(error.clone());
+    try {
+        copy->raise();
+    } catch (BgEx::ExBgManager const& raised) {
+        EXPECT_EQ(error.getReason(), raised.getReason());
+        EXPECT_EQ("Ko::BgEx::ExBgManager", raised.getTypeName());
+    }
+}
+
+std::vector<float> toldOf(std::vector<std::pair<int, int>> const& reports, float slice = 0.05f) {
+    auto const job = FunctionProtocol::createJob([&](FunctionProtocol& protocol) {
+        for (auto const& [done, total] : reports)
+            protocol.reportProgress(done, total);
+    });
+    job->setNotifProgressSlice(slice);
+    JobRecorder recorder;
+    job->attachObserver(&recorder);
+    job->execute();
+    return recorder.progress();
+}
+
+TEST(BgJob, TellsOfProgressBySlices) {
+    using Told = std::vector<float>;
+    std::vector<std::pair<int, int>> hundredths;
+    for (int done = 1; done <= 100; ++done)
+        hundredths.emplace_back(done, 100);
+    Told const told = toldOf(hundredths);
+    EXPECT_EQ(0.05f, told.front());
+    EXPECT_EQ(0.10f, told[1]);
+    EXPECT_EQ(1.0f, told.back());
+    EXPECT_GE(told.size(), 17u);
+    EXPECT_LE(told.size(), 21u);
+
+    int const most = std::numeric_limits<int>::max();
+    struct Row {
+        char const* name;
+        std::vector<std::pair<int, int>> reports;
+        float slice;
+        Told told;
+    };
+    for (Row const& row : {Row{"backwards", {{50, 100}, {49, 100}, {51, 100}}, 0.05f, {0.5f, 0.49f}},
+             Row{"the last step is always told", {{98, 100}, {100, 100}, {100, 100}}, 0.05f, {0.98f, 1.0f}},
+             Row{"limited", {{150, 100}, {-3, 100}}, 0.05f, {1.0f, 0.0f}},
+             Row{"no number", {{0, 0}, {1, 2}, {0, 0}, {1, 1}}, 0.05f, {0.5f, 1.0f}},
+             Row{"infinite", {{1, 0}, {-1, 0}}, 0.05f, {1.0f, 0.0f}},
+             Row{"extreme", {{most, 1}, {1, most}}, 0.05f, {1.0f, 1.0f / 2147483648.0f}},
+             Row{"every rise", {{1, 1000}, {1, 1000}, {2, 1000}}, 0.0f, {0.001f, 0.001f, 0.002f}},
+             Row{"only the end", {{1, 2}, {99, 100}, {1, 1}}, 1.0f, {1.0f}},
+             Row{"above 1", {{4, 100}, {5, 100}}, 1.5f, {0.05f}}, Row{"below 0", {{4, 100}, {5, 100}}, -0.1f, {0.05f}},
+             Row{"no slice", {{4, 100}, {5, 100}}, std::nanf(""), {0.05f}}})
+        EXPECT_EQ(row.told, toldOf(row.reports, row.slice)) << row.name;
+}
+
+TEST(BgJob, KeepsStatisticsOfItsTimes) {
+    auto const stamp = testing::ContainsRegex("^[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}$");
+    for (int const done : {1, 2}) {
+        auto const job = FunctionProtocol::createJob([done](FunctionProtocol& self) { self.reportProgress(done, 2); });
+        EXPECT_THAT(job->getStatistics().submitted(), stamp);
+        EXPECT_EQ("", job->getStatistics().started());
+        job->execute();
+        BgJobStatistics const after = job->getStatistics();
+        EXPECT_THAT(after.started(), stamp);
+        if (done == 2) {
+            EXPECT_THAT(after.ended(), stamp);
+        } else {
+            EXPECT_EQ("", after.ended()) << "complete, but short of its end";
+        }
+        EXPECT_EQ(static_cast<float>(done) / 2, after.progress());
+        job->releaseProtocol();
+        EXPECT_EQ(after.progress(), job->getStatistics().progress()) << "still safe to ask";
+    }
+}
+
+TEST(BgJob, TellsAllObserversInOneOrderWhateverTheyDo) {
+    auto const job = FunctionProtocol::createJob();
+    JobRecorder stopper([&](ObHints const& hints) {
+        if (hints.pickHint<BgJobHintChangeState>()->getJobState() == State::Busy) job->stop();
+    });
+    JobRecorder follower;
+    job->attachObserver(&stopper);
+    job->attachObserver(&follower);
+    job->execute();
+    EXPECT_EQ((States{State::Busy, State::Stopping, State::Stopped}), stopper.states());
+    EXPECT_EQ(stopper.states(), follower.states());
+}
+
+TEST(BgJob, SurvivesObserversThatThrow) {
+    LogRecorder const log;
+    auto const job = FunctionProtocol::createJob([](FunctionProtocol& self) { self.reportProgress(1, 1); });
+    JobRecorder thrower([](ObHints const&) { throw std::runtime_error("not my day"); });
+    JobRecorder follower;
+    job->attachObserver(&thrower);
+    job->attachObserver(&follower);
+    job->execute();
+    EXPECT_EQ("Complete", job->getState()->state());
+    EXPECT_EQ((States{State::Busy, State::Complete}), follower.states());
+    EXPECT_EQ(std::vector<std::string>(3, "Errors:0 An observer failed: not my day"), log.lines());
+}
+
+TEST(BgJob, HasNoObserversInCommonWithOthers) {
+    auto const first = FunctionProtocol::createJob();
+    auto const second = FunctionProtocol::createJob();
+    JobRecorder recorder;
+    EXPECT_TRUE(first->attachObserver(&recorder));
+    EXPECT_FALSE(first->attachObserver(&recorder));
+    second->execute();
+    EXPECT_EQ(States{}, recorder.states());
+    EXPECT_TRUE(first->detachObserver(&recorder));
+    EXPECT_FALSE(first->detachObserver(&recorder));
+    first->execute();
+    EXPECT_EQ(States{}, recorder.states());
+}
+
+TEST(BgJob, KeepsTheProtocolOfAStuckJob) {
+    Gate gate;
+    Gate started;
+    auto const job = FunctionProtocol::createJob([&](FunctionProtocol&) {
+        started.open();
+        gate.wait();
+    });
+    std::thread worker([&] { job->execute(); });
+    started.wait();
+    EXPECT_FALSE(job->releaseProtocol());
+    EXPECT_FALSE(job->isReleased());
+    gate.open();
+    worker.join();
+    EXPECT_EQ("Complete", job->getState()->state());
+    EXPECT_TRUE(job->releaseProtocol());
+}
+
+} // namespace

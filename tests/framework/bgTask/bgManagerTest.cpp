@@ -1,0 +1,301 @@
+#include "framework/bgTask/bgManager.h"
+
+#include "base/evEventManager.h"
+#include "base/inInitMgr.h"
+#include "framework/bgTask/bgEx.h"
+#include "resmgt/msgServer.h"
+#include "tests/support/childProcess.h"
+#include "tests/support/functionProtocol.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <latch>
+#include <stdexcept>
+#include <thread>
+
+namespace Ko {
+
+// The error of another library that the manager knows by name.
+struct CtServerEx {
+    class ExNotEnoughSpace : public ExBase {
+    public:
+        ExNotEnoughSpace() : ExBase("ctServer", 1, "the server is full") {}
+        ExBase* clone() const override { return copyOf(*this); }
+        [[noreturn]] void raise() const override { throw *this; }
+    };
+};
+
+} // namespace Ko
+
+namespace {
+
+using namespace Ko;
+using namespace KoTest;
+
+/// Records what the manager tells: "new", "delete", "space" and "update", in the order of the hints; only on this thread.
+class ManagerRecorder : public ObObserver<BgManagerTag> {
+public:
+    ManagerRecorder() {
+        EvEventManager::getInstance().processEvents();
+        BgManager::getInstance().attachObserver(this);
+    }
+
+    std::string take() { return std::exchange(_told, {}); }
+
+private:
+    void update(ObObserver const*, ObHints const& hints) override {
+        EXPECT_TRUE(InInitMgr::isApplicationThread());
+        for (std::size_t index = 0; index < hints.size(); ++index) {
+            auto const is = [&](auto const* type) {
+                return hints[index].template dynamicCast<std::remove_cvref_t<decltype(*type)>>() != nullptr;
+            };
+            _told += is(static_cast<BgManagerHintNew*>(nullptr))              ? "new "
+                     : is(static_cast<BgManagerHintDelete*>(nullptr))         ? "delete "
+                     : is(static_cast<BgManagerNotEnoughSpaceHint*>(nullptr)) ? "space "
+                                                                              : "update ";
+        }
+    }
+
+    std::string _told;
+};
+
+/// Processes events as a host's loop does: it sleeps until there are some.
+class Loop {
+public:
+    Loop() {
+        EvEventManager::getInstance().setWakeUpHandler([this] { _awake.set(); });
+    }
+    ~Loop() { EvEventManager::getInstance().setWakeUpHandler({}); }
+
+    template <class Condition>
+    void runUntil(Condition condition) {
+        while (!condition()) {
+            _awake.wait();
+            _awake.reset();
+            EvEventManager::getInstance().processEvents();
+        }
+    }
+
+private:
+    LkEvent _awake{"Loop", true};
+};
+
+class BgManagerTest : public testing::Test {
+protected:
+    ~BgManagerTest() override { manager.stopAllJobs(); }
+
+    void waitFor(RCShdPtr<BgJob> const& job) {
+        JobRecorder ended([this](ObHints const&) { EvEventManager::getInstance().postRequest([] {}); });
+        job->attachObserver(&ended);
+        EvEventManager::getInstance().postRequest([] {});
+        loop.runUntil([&] { return !job->isRunning(); });
+        // Its worker has told of the end then.
+        job->releaseProtocol();
+        EvEventManager::getInstance().processEvents();
+    }
+
+    BgManager& manager = BgManager::getInstance();
+    Loop loop;
+    ManagerRecorder told;
+};
+
+TEST_F(BgManagerTest, FollowsJobsButNotThoseOfTheUserInterface) {
+    auto const job = manager.addJob(FunctionProtocol::create());
+    EXPECT_EQ("new ", told.take());
+    auto const uiJob = manager.addUiJob(FunctionProtocol::create(), 1);
+    EXPECT_EQ((List<RCShdPtr<BgJob>>{job, uiJob}), manager.getJobs());
+    waitFor(uiJob);
+    waitFor(job);
+    manager.stopAndDeleteJob(uiJob);
+    EXPECT_EQ("update update delete ", told.take()) << "busy, complete, and the deletion";
+    manager.stopAndDeleteJob(job);
+    EXPECT_EQ("delete ", told.take());
+    EXPECT_TRUE(manager.getJobs().empty());
+}
+
+TEST_F(BgManagerTest, ShowsAFailureOnceAndTellsOfASpaceThatIsFull) {
+    Vector<LiString> shown;
+    MsgProtocol::setHandler([&](Msg const& message) {
+        EXPECT_TRUE(InInitMgr::isApplicationThread());
+        shown.push_back(message.getText());
+    });
+    auto const run = [&](FunctionProtocol::Function work) {
+        waitFor(manager.addJob(FunctionProtocol::create(std::move(work))));
+        return told.take();
+    };
+    EXPECT_EQ("new update update ", run([](FunctionProtocol&) { throw BgEx::ExBgTaskFailed("file", 1, "disk full"); }));
+    EXPECT_EQ("new update space update ", run([](FunctionProtocol&) { throw CtServerEx::ExNotEnoughSpace(); }));
+    EXPECT_EQ("new update update ", run([](FunctionProtocol&) { throw std::runtime_error("unknown"); }));
+    EXPECT_EQ("new update update update ", run([](FunctionProtocol& self) { self.reportProgress(1, 1); }));
+    EXPECT_EQ((Vector<LiString>{"A background job failed: disk full", "the server is full"}), shown);
+    MsgProtocol::setHandler(nullptr);
+}
+
+TEST_F(BgManagerTest, HasSixGeneralWorkersAndTwoForEachPriority) {
+    struct Row {
+        char const* name;
+        int workers;
+        std::function<RCShdPtr<BgJob>(FunctionProtocol::Function)> add;
+    };
+    auto const ui = [this](unsigned priority) {
+        return [this, priority](FunctionProtocol::Function work) {
+            return manager.addUiJob(FunctionProtocol::create(std::move(work)), priority);
+        };
+    };
+    Gate gate;
+    std::atomic<int> busy{0};
+    // All groups are filled at once: none lends workers to another.
+    for (Row const& row : {Row{"general", 6,
+                               [this](FunctionProtocol::Function work) {
+                                   return manager.addJob(FunctionProtocol::create(std::move(work)));
+                               }},
+             Row{"low", 2, ui(0)}, Row{"high", 2, ui(1)}}) {
+        std::latch running(row.workers);
+        int const before = busy;
+        for (int job = 0; job < row.workers; ++job)
+            row.add([&](FunctionProtocol&) {
+                ++busy;
+                running.count_down();
+                gate.wait();
+            });
+        running.wait();
+        auto const waiting = row.add([&](FunctionProtocol&) { ++busy; });
+        EXPECT_EQ(before + row.workers, busy) << row.name;
+        EXPECT_EQ("Waiting", waiting->getState()->state()) << row.name;
+        waiting->stop();
+    }
+    auto const other = ui(7)([&](FunctionProtocol&) { ++busy; });
+    EXPECT_EQ("Waiting", other->getState()->state()) << "any other priority is a low one";
+    gate.open();
+    waitFor(other);
+    EXPECT_EQ(11, busy);
+}
+
+TEST_F(BgManagerTest, DeletesAWaitingJobAtOnce) {
+    Gate gate;
+    std::latch running(2);
+    for (int job = 0; job < 2; ++job)
+        manager.addUiJob(FunctionProtocol::create([&](FunctionProtocol&) {
+            running.count_down();
+            gate.wait();
+        }),
+            0);
+    running.wait();
+    auto const waiting = manager.addUiJob(FunctionProtocol::create([](FunctionProtocol&) { ADD_FAILURE(); }), 0);
+    auto const behind = manager.addUiJob(FunctionProtocol::create(), 0);
+    told.take();
+    manager.stopAndDeleteJob(waiting);
+    EXPECT_EQ("delete ", told.take());
+    EXPECT_EQ("Stopped", waiting->getState()->state());
+    EXPECT_EQ(3u, manager.getJobs().size());
+    gate.open();
+    waitFor(behind);
+}
+
+TEST_F(BgManagerTest, KeepsAJobThatDoesNotEnd) {
+    Gate gate;
+    Gate started;
+    auto const job = manager.addJob(FunctionProtocol::create([&](FunctionProtocol&) {
+        started.open();
+        gate.wait();
+    }));
+    started.wait();
+    try {
+        manager.stopAndDeleteJob(job);
+        ADD_FAILURE();
+    } catch (BgEx::ExBgManager const& error) {
+        EXPECT_EQ("Background jobs: Unable to stop and delete this background job.", error.getReason());
+        EXPECT_STREQ("framework\\bgTask\\src\\bgManager", error.getFile());
+        EXPECT_EQ(319, error.getLine());
+    }
+    EXPECT_EQ((List<RCShdPtr<BgJob>>{job}), manager.getJobs());
+    gate.open();
+    manager.stopAndDeleteJob(job);
+    EXPECT_TRUE(manager.getJobs().empty());
+}
+
+TEST_F(BgManagerTest, StopsAllJobsTogether) {
+    // None of them ends before all have been asked to.
+    std::latch running(6);
+    std::latch asked(6);
+    for (int job = 0; job < 6; ++job)
+        manager.addJob(FunctionProtocol::create([&](FunctionProtocol& self) {
+            running.count_down();
+            while (self.continueExecution())
+                std::this_thread::yield();
+            asked.arrive_and_wait();
+        }));
+    for (int job = 0; job < 100; ++job)
+        manager.addJob(FunctionProtocol::create([](FunctionProtocol& self) {
+            while (self.continueExecution())
+                std::this_thread::yield();
+        }));
+    running.wait();
+    auto const jobs = manager.getJobs();
+    told.take();
+    manager.stopAllJobs();
+    EXPECT_TRUE(manager.getJobs().empty());
+    for (auto const& job : jobs)
+        EXPECT_EQ("Stopped", job->getState()->state());
+    EXPECT_EQ("", told.take());
+}
+
+TEST_F(BgManagerTest, RefusesNullPointers) {
+    EXPECT_THROW(manager.addJob(RCShdPtr<BgJob>()), ExNullPtr);
+    EXPECT_THROW(manager.addJob(OPtr<BgJobProtocol>()), ExNullPtr);
+    EXPECT_THROW(manager.addUiJob(RCShdPtr<BgJob>(), 1), ExNullPtr);
+    EXPECT_THROW(manager.addUiJob(OPtr<BgJobProtocol>(), 1), ExNullPtr);
+    EXPECT_THROW(manager.stopAndDeleteJob(nullptr), ExNullPtr);
+    EXPECT_TRUE(manager.getJobs().empty());
+}
+
+TEST_F(BgManagerTest, ListsAndDeletesManyJobsInAnyOrder) {
+    std::vector<RCShdPtr<BgJob>> jobs;
+    for (int job = 0; job < 100000; ++job)
+        jobs.push_back(manager.addUiJob(FunctionProtocol::create(), static_cast<unsigned>(job % 2)));
+    EXPECT_EQ(jobs.size(), manager.getJobs().size());
+    for (std::size_t job = 0; job < jobs.size(); ++job)
+        manager.stopAndDeleteJob(jobs[(job * 7919) % jobs.size()]);
+    EXPECT_TRUE(manager.getJobs().empty());
+}
+
+TEST(BgTaskLifetime, StopsJobsAtTheEndWhoeverStillHoldsThem) {
+    RCShdPtr<BgJob> kept;
+    std::atomic<int> ended{0};
+    inChildProcess([&] {
+        Gate started;
+        kept = BgManager::getInstance().addJob(FunctionProtocol::create([&](FunctionProtocol& self) {
+            started.open();
+            while (self.continueExecution())
+                std::this_thread::yield();
+            ++ended;
+        }));
+        for (int job = 0; job < 1000; ++job)
+            BgManager::getInstance().addUiJob(FunctionProtocol::create(), 0);
+        started.wait();
+        InInitMgr::finalize();
+        EXPECT_EQ(1, ended);
+        EXPECT_TRUE(kept->isReleased());
+        EXPECT_THROW(BgManager::getInstance(), InSingletonEx::ExNotInitialized);
+        EXPECT_THROW(FunctionProtocol::createJob(), InSingletonEx::ExNotInitialized);
+    });
+}
+
+TEST(BgTaskLifetime, DoesNotEndTheManagerWhileItListsJobs) {
+    inChildProcess([] {
+        BgManager::getInstance().addJob(FunctionProtocol::create());
+        try {
+            BgManager::performFinalize();
+            ADD_FAILURE();
+        } catch (ExAssertionFailed const& error) {
+            EXPECT_EQ("_jobs.empty()", error.getReason());
+            EXPECT_EQ(220, error.getLine());
+        }
+        BgManager::getInstance().stopAllJobs();
+        BgManager::performFinalize();
+        BgManager::performFinalize();
+        EXPECT_FALSE(BgManager::isInitialized());
+    });
+}
+
+} // namespace

@@ -19,8 +19,8 @@ namespace {
 constexpr char const* source = "framework\\plugInMgr\\src\\pimUtils";
 constexpr int notADirectory = 380;
 
-char const* const loadError = "MSG_PLUGIN_LOAD_EXCEPTION_ERROR";
-char const* const initError = "MSG_PLUGIN_INIT_EXCEPTION_ERROR";
+constexpr char const* loadError = "MSG_PLUGIN_LOAD_EXCEPTION_ERROR";
+constexpr char const* initError = "MSG_PLUGIN_INIT_EXCEPTION_ERROR";
 
 LiString const listSeparator = ",";
 LiString const pairSeparator = "=";

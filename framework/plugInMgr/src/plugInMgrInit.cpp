@@ -14,8 +14,8 @@ namespace Ko {
 
 namespace {
 
-char const* const directoryError = "MSG_PLUGIN_DIRECTORY_ERROR";
-char const* const pathError = "MSG_PLUGIN_PATH_ERROR";
+constexpr char const* directoryError = "MSG_PLUGIN_DIRECTORY_ERROR";
+constexpr char const* pathError = "MSG_PLUGIN_PATH_ERROR";
 
 class PlugInMgrInit final : public InInit<KoInit::plugInMgr> {
 public:

@@ -117,6 +117,7 @@ TEST_F(PimUtilsTest, ReportsALibraryThatMayNotBeRead) {
         constexpr uid_t nobody = 65534;
         ASSERT_TRUE(::geteuid() != 0 || ::seteuid(nobody) == 0);
         EXPECT_FALSE(PimUtils::load(path, mode));
+        ASSERT_EQ(0, ::seteuid(::getuid()));
         ASSERT_EQ(1u, messages.texts().size());
         EXPECT_NE(std::string::npos, messages.texts()[0].find("Permission denied")) << messages.texts()[0];
     });

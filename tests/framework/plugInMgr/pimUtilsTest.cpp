@@ -89,7 +89,7 @@ TEST_P(PimUtilsBadPlugIns, AreReportedAndSkipped) {
         ASSERT_EQ(1u, log.lines().size());
     }
     EXPECT_EQ((Names{"+blur", "*blur"}), Names(plugInJournal().end() - 2, plugInJournal().end()));
-    std::string const path = bad.getPath();
+    std::string const& path = bad.getPath();
     std::string const message =
         "The plug-in \"" + path + "\" could not be " + (row.opens ? "initialised" : "loaded") + " and is ignored: ";
     ASSERT_TRUE(messages.texts()[0].starts_with(message)) << messages.texts()[0];

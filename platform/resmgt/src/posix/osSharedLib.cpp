@@ -56,10 +56,11 @@ bool isCutOff(OsFilePath const& path) {
     auto const isBeyond = [size](std::uint64_t offset, std::uint64_t length) {
         return length > size || offset > size - length;
     };
-    return isBeyond(header.e_shoff, std::uint64_t{header.e_shnum} * header.e_shentsize) ||
-           std::any_of(segments.begin(), segments.end(), [&](ElfW(Phdr) const& segment) {
-               return segment.p_type == PT_LOAD && isBeyond(segment.p_offset, segment.p_filesz);
-           });
+    bool const endsInSections =
+        header.e_shnum != 0 && isBeyond(header.e_shoff, std::uint64_t{header.e_shnum} * header.e_shentsize);
+    return endsInSections || std::any_of(segments.begin(), segments.end(), [&](ElfW(Phdr) const& segment) {
+        return segment.p_type == PT_LOAD && isBeyond(segment.p_offset, segment.p_filesz);
+    });
 }
 
 // What the loader says names the library that fails, which may be one that the path's library needs.

@@ -1,7 +1,7 @@
 #include "base/src/inRegistry.h"
 
 #include "base/inVariable.h"
-#include "base/src/typeName.h"
+#include "base/typeName.h"
 
 #include <algorithm>
 #include <iostream>

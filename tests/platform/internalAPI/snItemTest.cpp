@@ -71,7 +71,8 @@ TEST_F(SnItemTest, DumpsTypePartsAndData) {
     std::ostringstream stream;
     number.dump(stream);
     RCShdPtr<SnItem>(Text::create("a", SnParts::create({"red", "mask"}))).dump(stream);
-    EXPECT_EQ("Type:      Ko::SnItemBasic<int>\nParts:     \nData:      5\n", stream.str().substr(0, 58));
+    EXPECT_EQ(0u, stream.str().find("Type:      Ko::SnItemBasic<int>\nParts:     \nData:      5\nType: "))
+        << stream.str();
     EXPECT_NE(std::string::npos, stream.str().find("\nParts:     mask, red\nData:      a\n")) << stream.str();
 }
 

@@ -2,7 +2,7 @@
 
 #include "base/inVariable.h"
 #include "base/src/libraryPath.h"
-#include "base/src/typeName.h"
+#include "base/typeName.h"
 
 #include <algorithm>
 #include <iostream>

@@ -107,6 +107,14 @@ private:
     template <class Targets>
     ConstIterator<Entry> query(Targets const& targets, RCShdPtr<SnItem const> const& input,
         Set<std::string> const& groups, std::string const& compositeName, Numerator order) const;
+    template <class Targets>
+    Vector<Entry> queryFirst(Targets const& targets, RCShdPtr<SnItem const> const& input,
+        Set<std::string> const& groups, std::string const& compositeName) const;
+    template <class Targets>
+    Vector<Entry> querySorted(Targets const& targets, RCShdPtr<SnItem const> const& input,
+        Set<std::string> const& groups, std::string const& compositeName) const;
+    template <class Visit>
+    void forEachListed(Set<std::string> const& groups, std::string const& compositeName, Visit visit) const;
     bool isRegistered(ActAction const* action) const noexcept;
     void destroyAll();
 

@@ -19,45 +19,61 @@ template class ConstIterator<ActAction const*>;
 
 namespace {
 
-/// What a query finds, action by action.
-template <class Found>
+/// What a query finds that sorts: actions, and for each of them some of the targets, by number. The answer is made of
+/// them once their order is known.
 class Findings {
 public:
-    explicit Findings(ActRegistry::Numerator order) noexcept : _isSorted(order != ActRegistry::FirstOnly) {}
-
-    bool isSorted() const noexcept { return _isSorted; }
-    void add(Found found) { _found.push_back(std::move(found)); }
+    void add(std::uint32_t target) { _targets.push_back(target); }
     /// Called when all is added that was found for an action. Its description is fetched here, and only here.
     void endAction(ActAction const& action) {
-        if (_isSorted && _found.size() > _ended) _actions.push_back({action.getDescription(), _ended, _found.size()});
-        _ended = _found.size();
+        if (_targets.size() == _ended) return;
+        _actions.push_back({action.getDescription(), &action, _ended, _targets.size()});
+        _ended = _targets.size();
     }
-    ConstIterator<Found> finish() { return ConstIterator<Found>(_isSorted ? sorted() : std::move(_found)); }
+
+    /// Calls `visit(action, target)` with what was found, sorted by description.
+    template <class Visit>
+    void forEachSorted(Visit visit) const {
+        for (Action const* const found : sorted())
+            for (std::size_t index = found->begin; index < found->end; ++index)
+                visit(found->action, _targets[index]);
+    }
+    std::size_t getCount() const noexcept { return _targets.size(); }
 
 private:
     struct Action {
         LiString description;
-        std::size_t begin, end; // of what was found for it
+        ActAction const* action;
+        std::size_t begin, end; // of the targets that were found for it
     };
 
-    Vector<Found> sorted() {
-        std::sort(_actions.begin(), _actions.end(), [](Action const& a, Action const& b) {
-            int const order = a.description.compare(b.description);
-            return order < 0 || (order == 0 && a.begin < b.begin);
+    Vector<Action const*> sorted() const {
+        Vector<Action const*> result;
+        result.reserve(_actions.size());
+        for (Action const& found : _actions)
+            result.push_back(&found);
+        std::sort(result.begin(), result.end(), [](Action const* a, Action const* b) {
+            int const order = a->description.compare(b->description);
+            return order < 0 || (order == 0 && a < b);
         });
-        Vector<Found> result;
-        result.reserve(_found.size());
-        for (Action const& action : _actions)
-            for (std::size_t index = action.begin; index < action.end; ++index)
-                result.push_back(std::move(_found[index]));
         return result;
     }
 
-    bool _isSorted;
-    Vector<Found> _found;
+    Vector<std::uint32_t> _targets;
     Vector<Action> _actions;
     std::size_t _ended = 0;
 };
+
+Vector<ActAction const*> sortedByDescription(Vector<ActAction const*> const& actions) {
+    Findings findings;
+    for (ActAction const* const action : actions) {
+        findings.add(0);
+        findings.endAction(*action);
+    }
+    Vector<ActAction const*> result;
+    findings.forEachSorted([&](ActAction const* action, std::uint32_t) { result.push_back(action); });
+    return result;
+}
 
 using OneTarget = std::array<RCShdPtr<SnItem const>, 1>;
 
@@ -136,23 +152,56 @@ ActAction* ActRegistry::getAction(LiString const& description, std::string const
     return nullptr;
 }
 
-// The records are walked by number, because an action that is asked may register others.
-template <class Targets>
-ConstIterator<ActRegistry::Entry> ActRegistry::query(Targets const& targets, RCShdPtr<SnItem const> const& input,
-    Set<std::string> const& groups, std::string const& compositeName, Numerator order) const {
-    Findings<Entry> findings(order);
+// Calls `visit` with each action that is listed. The records are walked by number, because an action that is asked may
+// register others.
+template <class Visit>
+void ActRegistry::forEachListed(Set<std::string> const& groups, std::string const& compositeName, Visit visit) const {
     for (std::size_t index = 0; index < _records.size(); ++index) {
         ActAction const& action = *_records[index].action;
         if (action.getCompositeName() != compositeName) continue;
-        if (!groups.empty() && !groups.contains(action.getGroup())) continue;
+        if (groups.empty() || groups.contains(action.getGroup())) visit(action);
+    }
+}
+
+template <class Targets>
+ConstIterator<ActRegistry::Entry> ActRegistry::query(Targets const& targets, RCShdPtr<SnItem const> const& input,
+    Set<std::string> const& groups, std::string const& compositeName, Numerator order) const {
+    return ConstIterator<Entry>(order == FirstOnly ? queryFirst(targets, input, groups, compositeName)
+                                                   : querySorted(targets, input, groups, compositeName));
+}
+
+template <class Targets>
+Vector<ActRegistry::Entry> ActRegistry::queryFirst(Targets const& targets, RCShdPtr<SnItem const> const& input,
+    Set<std::string> const& groups, std::string const& compositeName) const {
+    Vector<Entry> entries;
+    forEachListed(groups, compositeName, [&](ActAction const& action) {
         for (RCShdPtr<SnItem const> const& target : targets) {
             if (!action.inputValid(target, input)) continue;
-            findings.add(Entry(&action, target, input));
-            if (!findings.isSorted()) break;
+            entries.emplace_back(&action, target, input);
+            break;
         }
+    });
+    return entries;
+}
+
+template <class Targets>
+Vector<ActRegistry::Entry> ActRegistry::querySorted(Targets const& targets, RCShdPtr<SnItem const> const& input,
+    Set<std::string> const& groups, std::string const& compositeName) const {
+    Vector<RCShdPtr<SnItem const> const*> numbered;
+    for (RCShdPtr<SnItem const> const& target : targets)
+        numbered.push_back(&target);
+
+    Findings findings;
+    forEachListed(groups, compositeName, [&](ActAction const& action) {
+        for (std::uint32_t number = 0; number < numbered.size(); ++number)
+            if (action.inputValid(*numbered[number], input)) findings.add(number);
         findings.endAction(action);
-    }
-    return findings.finish();
+    });
+    Vector<Entry> entries;
+    entries.reserve(findings.getCount());
+    findings.forEachSorted(
+        [&](ActAction const* action, std::uint32_t number) { entries.emplace_back(action, *numbered[number], input); });
+    return entries;
 }
 
 ConstIterator<ActRegistry::Entry> ActRegistry::getActions(RCShdPtr<SnItem const> const& target,
@@ -178,13 +227,11 @@ ConstIterator<ActAction const*> ActRegistry::getActionsInGroup(std::string const
     return getActionsInGroup(Set<std::string>{group}, order);
 }
 ConstIterator<ActAction const*> ActRegistry::getActionsInGroup(Set<std::string> const& groups, Numerator order) const {
-    Findings<ActAction const*> findings(order);
-    for (Record const& record : _records) {
-        if (!groups.contains(record.action->getGroup())) continue;
-        findings.add(record.action);
-        findings.endAction(*record.action);
-    }
-    return findings.finish();
+    Vector<ActAction const*> actions;
+    for (Record const& record : _records)
+        if (groups.contains(record.action->getGroup())) actions.push_back(record.action);
+    if (order != FirstOnly) actions = sortedByDescription(actions);
+    return ConstIterator<ActAction const*>(std::move(actions));
 }
 
 ConstIterator<ActRegistry::Entry> ActRegistry::getActions(RCShdPtr<SnSelection const> const& selection,

@@ -1,5 +1,6 @@
 #include "host/interpreter.h"
 #include "framework/command/cmUndoGuard.h"
+#include "host/actions.h"
 #include "image/pngFile.h"
 #include "tests/support/temporaryFolder.h"
 
@@ -42,6 +43,7 @@ protected:
     std::ostringstream output;
     std::ostringstream errors;
     std::ostringstream told; // by jobs
+    EditActions const actions;
     Editor editor;
     Jobs jobs{told, errors, Jobs::Bars::NotShown};
     Interpreter interpreter{editor, jobs, output, errors};

@@ -68,8 +68,8 @@ private:
 
 } // namespace Ko
 
-/// An owner of an action may let go of it at any time: one that is just being performed through an entry of the registry
-/// is destroyed when it has returned.
+/// An `OPtr<ActAction>` may let go of its action at any time: one that is just being performed, through an entry of the
+/// registry or without items, is destroyed when it has returned.
 template <>
 struct std::default_delete<Ko::ActAction> {
     constexpr default_delete() noexcept = default;

@@ -3,6 +3,8 @@
 #include "pluginAPI/piAppThread.h"
 #include "resmgt/lkSingleton.imp.h"
 
+#include <memory>
+
 namespace Ko {
 
 template class LkSingleton<DrClipboard>;
@@ -14,7 +16,8 @@ DrClipboard::DrClipboard() {
 // The process ends. If it does so on another thread than the application's, where no carrier may be destroyed, the
 // carrier is left to the operating system.
 DrClipboard::~DrClipboard() {
-    if (!PiAppThread::isCurrent()) _content->addReference();
+    if (PiAppThread::isCurrent()) return;
+    [[maybe_unused]] static auto const& left = *std::make_unique<RCShdPtr<DrCarrier>>(_content).release();
 }
 
 DrClipboard& DrClipboard::getInstance() {

@@ -53,7 +53,7 @@ private:
 };
 
 TEST(ActAction, IsPerformedWithTwoEmptyItemsWhereItNeedsNone) {
-    Inspecting const action;
+    Inspecting const action{};
     EXPECT_TRUE(action.inputValid());
     action.performAction();
     EXPECT_TRUE(action.performed);
@@ -116,7 +116,7 @@ protected:
         return "";
     }
 
-    Join const join;
+    Join const join{};
     RCShdPtr<SnSelection> const selection = SnSelection::create();
     RCShdPtr<SnItem const> const other = Param::create(ActBasicParam("a"));
 };

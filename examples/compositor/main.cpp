@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iostream>
 #include <system_error>
+#include <unistd.h>
 
 namespace {
 
@@ -17,7 +18,9 @@ int run(int argc, char** argv) {
     }
     compositor::Editor editor;
     Ko::CmCommandStackGuard const active(editor.history());
-    compositor::Interpreter interpreter(editor, std::cout, std::cerr);
+    auto const bars = isatty(STDOUT_FILENO) ? compositor::Jobs::Bars::Shown : compositor::Jobs::Bars::NotShown;
+    compositor::Jobs jobs(std::cout, std::cerr, bars);
+    compositor::Interpreter interpreter(editor, jobs, std::cout, std::cerr);
     if (argc == 1) {
         interpreter.runTerminal(std::cin);
         return 0;

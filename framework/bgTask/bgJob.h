@@ -10,7 +10,8 @@
 #include "resmgt/lkEvent.h"
 #include "resmgt/mtTask.h"
 
-#include <list>
+#include <array>
+#include <cstdint>
 
 namespace Ko {
 
@@ -67,8 +68,8 @@ private:
 
     template <class MayChange>
     bool changeStateIf(MayChange mayChange, BgJobState const* state);
-    BgJobState const* nextUntold() noexcept;
-    void tell(BgJobState const* state) noexcept;
+    bool takeUntold(BgJobHintChangeState::JobState_t& state) noexcept;
+    void tell(BgJobHintChangeState::JobState_t state) noexcept;
     void fail(ExBase const* error) noexcept;
     void note(LiDate& date, bool& isSet);
     bool deleteUnusedProtocol();
@@ -92,11 +93,14 @@ private:
 
     // How many threads are inside the protocol; the event is set while there are none. Guarded by the lock.
     int _uses = 0;
-    // The states that a thread which is telling one has still to tell. Guarded by the lock.
+    // Whether a thread is telling a state, and those that it has still to tell: no job has more before it than these.
+    // Guarded by the lock.
     bool _isTelling = false;
-    Vector<BgJobState const*> _untold;
-    // Where the manager's list refers to this job; the manager's alone.
-    Vector<std::list<RCShdPtr<BgJob>>::iterator> _listed;
+    std::uint8_t _numUntold = 0;
+    std::array<std::uint8_t, 6> _untold{};
+    // Where the manager's list refers to this job, the last time, and how many times it does; the manager's alone.
+    int _timesListed = 0;
+    List<RCShdPtr<BgJob>>::iterator _listed;
 };
 
 } // namespace Ko

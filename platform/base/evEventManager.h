@@ -1,61 +1,16 @@
 #pragma once
 
 #include "base/baseApi.h"
+#include "base/evRequestEvent.h"
 #include "base/inSingleton.h"
-#include "base/oPtr.h"
+#include "base/lkLock.h"
 
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <mutex>
-#include <utility>
+#include <vector>
 
 namespace Ko {
-
-/// Something to be done on the application thread.
-class KO_BASE_API EvEvent {
-public:
-    virtual ~EvEvent();
-    /// Called once, on the application thread.
-    virtual void process() = 0;
-
-private:
-    friend class EvEventQueue;
-    OPtr<EvEvent> _next;
-};
-
-/// An event that calls a function.
-template <class Request>
-class EvRequestEvent final : public EvEvent {
-public:
-    explicit EvRequestEvent(Request request) : _request(std::move(request)) {}
-    void process() override { _request(); }
-
-private:
-    Request _request;
-};
-
-/// Events in the order in which they were added.
-class KO_BASE_API EvEventQueue {
-public:
-    EvEventQueue() = default;
-    ~EvEventQueue();
-    EvEventQueue(EvEventQueue const&) = delete;
-    EvEventQueue& operator=(EvEventQueue const&) = delete;
-
-    bool isEmpty() const noexcept { return !_first; }
-    void add(OPtr<EvEvent> event) noexcept { append(std::move(event), nullptr); }
-    /// Moves all events of the other queue behind those of this one.
-    void take(EvEventQueue& other) noexcept;
-    /// The first event, which leaves the queue; there must be one.
-    OPtr<EvEvent> removeFirst() noexcept;
-
-private:
-    void append(OPtr<EvEvent> first, EvEvent* last) noexcept;
-
-    OPtr<EvEvent> _first;
-    EvEvent* _last = nullptr;
-};
 
 class EvEventManager;
 extern template class KO_BASE_API InSingleton<EvEventManager>;
@@ -76,11 +31,11 @@ public:
     EvEventManager& operator=(EvEventManager const&) = delete;
 
     /// Events run in the order in which they were posted. Any thread.
-    void post(OPtr<EvEvent> event);
-    /// Posts a function to be called. Any thread.
+    void post(EvRequestEvent event);
+    /// Posts a function object to be called.
     template <class Request>
-    void postRequest(Request request) {
-        post(std::make_unique<EvRequestEvent<Request>>(std::move(request)));
+    void postRequest(Request&& request) {
+        post(EvRequestEvent(std::forward<Request>(request)));
     }
 
     /// Processes the events that wait now; those that are posted meanwhile wait for the next call. May be called again by
@@ -100,13 +55,15 @@ private:
     EvEventManager() = default;
     ~EvEventManager() = default;
 
+    void takePosted();
     void wakeUp() const;
 
-    mutable std::mutex _mutex;
-    EvEventQueue _posted;
+    mutable LkLock _lock{"EvEventManager"};
+    std::vector<EvRequestEvent> _posted;
     std::shared_ptr<WakeUpHandler const> _wakeUpHandler;
-    // Taken over for processing; the application thread's alone.
-    EvEventQueue _taken;
+    // Taken over for processing, and the next of them; the application thread's alone.
+    std::vector<EvRequestEvent> _taken;
+    std::size_t _next = 0;
 };
 
 } // namespace Ko

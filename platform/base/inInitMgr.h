@@ -68,35 +68,47 @@ public:
     InInitScope& operator=(InInitScope const&) = delete;
 };
 
+/// What the two guards below share: the packages that register on this thread while the guard exists belong to it, but for
+/// those that a guard within it takes.
+class KO_BASE_API InOpeningGuard {
+public:
+    InOpeningGuard(InOpeningGuard const&) = delete;
+    InOpeningGuard& operator=(InOpeningGuard const&) = delete;
+
+protected:
+    InOpeningGuard();
+    /// Forgets the packages that registered within the scope and were not initialised.
+    ~InOpeningGuard();
+
+private:
+    InOpeningGuard const* _outer;
+};
+
 /// The scope in which a library is opened after start-up:
 ///
 ///     InReinitGuard guard;
 ///     OsSharedLib::open(path);
 ///     guard.initializePackages();
-class KO_BASE_API InReinitGuard {
+class KO_BASE_API InReinitGuard : private InOpeningGuard {
 public:
-    InReinitGuard();
-    /// Forgets the packages that registered within the scope and were not initialised.
-    ~InReinitGuard();
-    InReinitGuard(InReinitGuard const&) = delete;
-    InReinitGuard& operator=(InReinitGuard const&) = delete;
+    InReinitGuard() = default;
 
-    /// Initialises the packages that registered since and calls their post-initialise hooks. When one fails, those of
-    /// its scope that were initialised are finalised again.
+    /// Initialises the packages that registered since, and what they need of those that registered outside of any guard;
+    /// then calls their post-initialise hooks.
+    ///
+    /// When one fails, those of the opened library that were initialised are finalised again, with all that depends on
+    /// them. Packages of further libraries that it needed stay, for the next one that needs them.
     /// @throws InInitEx, and what a hook throws.
     void initializePackages();
 };
 
 /// The same while a start-up is going on, from within a package's hook: the post-initialise hooks are called with those
-/// of that start-up. When none is going on, it is like `InReinitGuard`.
-class KO_BASE_API InRecursiveInitGuard {
+/// of that start-up. When none is going on in this thread, it is like `InReinitGuard`.
+class KO_BASE_API InRecursiveInitGuard : private InOpeningGuard {
 public:
-    InRecursiveInitGuard();
-    /// Forgets the packages that registered within the scope and were not initialised.
-    ~InRecursiveInitGuard();
-    InRecursiveInitGuard(InRecursiveInitGuard const&) = delete;
-    InRecursiveInitGuard& operator=(InRecursiveInitGuard const&) = delete;
+    InRecursiveInitGuard() = default;
 
+    /// As `InReinitGuard::initializePackages()`.
     /// @throws InInitEx, and what a hook throws.
     void initializePackages();
 };

@@ -1,22 +1,28 @@
 #pragma once
 
+#include "base/baseApi.h"
+
 #include <mutex>
 
 namespace Ko {
 
 /// A mutual-exclusion lock with a name for diagnosis. Held with `std::lock_guard` or `std::unique_lock`.
-class LkLock {
+class KO_BASE_API LkLock {
 public:
     /// @param name is not copied and must live as long as the lock.
     explicit LkLock(char const* name) noexcept : _name(name) {}
 
-    void lock() { _mutex.lock(); }
+    void lock() {
+        if (!_mutex.try_lock()) lockPatiently();
+    }
     bool try_lock() { return _mutex.try_lock(); }
     void unlock() { _mutex.unlock(); }
     char const* getName() const noexcept { return _name; }
 
 private:
     friend class LkCondVar;
+
+    void lockPatiently();
 
     std::mutex _mutex;
     char const* _name;

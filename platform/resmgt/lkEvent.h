@@ -1,55 +1,49 @@
 #pragma once
 
-#include "resmgt/lkCondVar.h"
+#include "resmgt/resmgtApi.h"
 
+#include <atomic>
 #include <chrono>
+#include <cstdint>
 
 namespace Ko {
 
 /// Something that has happened, for threads that wait for it: once set, it stays set until it is reset. Any thread.
 ///
 /// May be destroyed as soon as the last wait has returned, also while the `set()` that ended it is still returning.
-class LkEvent {
+class KO_RESMGT_API LkEvent {
 public:
     /// @param name is not copied and must live as long as the event.
-    LkEvent(char const* name, bool isSet) noexcept : _lock(name), _condition(name), _isSet(isSet) {}
+    LkEvent(char const* name, bool isSet) noexcept : _name(name), _state(isSet ? State::Set : State::Unset) {}
+    LkEvent(LkEvent const&) = delete;
+    LkEvent& operator=(LkEvent const&) = delete;
 
-    void set() {
-        std::lock_guard const guard(_lock);
-        _isSet = true;
-        // Under the lock: a thread that wakes up may destroy the event.
-        _condition.broadcast();
+    void set() noexcept {
+        // Release: what happened before is seen by those that wait.
+        if (_state.exchange(State::Set, std::memory_order_acq_rel) == State::Awaited) wakeAll(this);
     }
-    void reset() {
-        std::lock_guard const guard(_lock);
-        _isSet = false;
+    void reset() noexcept {
+        State set = State::Set;
+        _state.compare_exchange_strong(set, State::Unset, std::memory_order_acq_rel);
     }
-    bool isSet() const {
-        std::lock_guard const guard(_lock);
-        return _isSet;
-    }
+    bool isSet() const noexcept { return _state.load(std::memory_order_acquire) == State::Set; }
 
-    void wait() const {
-        std::unique_lock lock(_lock);
-        _condition.wait(lock, [this] { return _isSet; });
-    }
+    void wait() const { waitUntil(std::chrono::steady_clock::time_point::max()); }
     /// Waits no longer than to the deadline. @returns whether the event was set.
-    bool waitUntil(std::chrono::steady_clock::time_point deadline) const {
-        std::unique_lock lock(_lock);
-        return _condition.waitUntil(lock, deadline, [this] { return _isSet; });
-    }
+    bool waitUntil(std::chrono::steady_clock::time_point deadline) const;
     /// Waits no longer than so many seconds. @returns whether the event was set.
-    bool wait(double seconds) const {
-        using namespace std::chrono;
-        return waitUntil(steady_clock::now() + duration_cast<steady_clock::duration>(duration<double>(seconds)));
-    }
+    bool wait(double seconds) const;
 
-    char const* getName() const noexcept { return _lock.getName(); }
+    char const* getName() const noexcept { return _name; }
 
 private:
-    mutable LkLock _lock;
-    mutable LkCondVar _condition;
-    bool _isSet;
+    /// Awaited: not set, and somebody waits.
+    enum class State : std::uint32_t { Unset, Set, Awaited };
+
+    static void wakeAll(void const* event) noexcept;
+
+    char const* _name;
+    mutable std::atomic<State> _state;
 };
 
 } // namespace Ko

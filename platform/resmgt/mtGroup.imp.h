@@ -109,7 +109,7 @@ bool MtGroup<Container>::takeTask(MtTask& task, RCShdPtr<MtContainerObserver<Con
 // Called under the lock. The caller signals the condition if the result is true.
 template <class Container>
 bool MtGroup<Container>::needsWorker() noexcept {
-    if (_sleepingWorkers == 0 || _workerIsWaking) return false;
+    if (_workerIsWaking || _sleepingWorkers == 0) return false;
     _workerIsWaking = true;
     return true;
 }

@@ -47,9 +47,9 @@ private:
     };
 
     Lock _lock;
+    bool _wasLinked = false;
     std::atomic<ObLink*> _first{nullptr};
     ObLink* _last = nullptr;
-    bool _wasLinked = false;
 };
 
 /// What the change manager keeps in an observer: the links to its subjects.

@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
-# Holds the pages of the house against the house:  checkPages.sh ROOT README_PROGRAM
+# Holds the pages of the house against the house:  checkPages.sh ROOT README_PROGRAM PLUG_IN_HOST PLUG_INS
 # - every relative link leads to a file, and every page below docs/ can be reached from docs/README.md;
 # - a code block after the line <!-- from FILE --> is, line by line, a part of that file;
-# - what the README says that its program prints, it prints.
+# - what the README and the guide to plug-ins say that their programs print, they print.
 set -euo pipefail
 
 cd "$1"
-program=$2
+readme_program=$2
+plug_in_host=("$3" "plugins:$4")
 faults=0
 
 refuse() {
@@ -57,6 +58,14 @@ check_reached() {
     done
 }
 
+# check_prints PAGE COMMAND...: the page's block after "It prints:" is what the command prints.
+check_prints() {
+    local page=$1 output
+    shift
+    output=$("$@" 2>/dev/null) || refuse "$page: its program fails"
+    [[ $(block "$page" 'It prints:') == "$output" ]] || refuse "$page: its program prints something else: $output"
+}
+
 for page in "${pages[@]}"; do
     check_links "$page"
     check_blocks "$page"
@@ -65,7 +74,7 @@ check_reached
 
 [[ $(block README.md '<!-- from docs/examples/readme.cpp -->') == "$(<docs/examples/readme.cpp)" ]] ||
     refuse "README.md: shows another program than docs/examples/readme.cpp"
-[[ $(block README.md 'It prints:') == "$("$program")" ]] ||
-    refuse "README.md: its program prints something else: $("$program")"
+check_prints README.md "$readme_program"
+check_prints docs/guides/writing-plug-ins.md "${plug_in_host[@]}"
 
 exit "$((faults > 0))"

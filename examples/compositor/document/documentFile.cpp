@@ -117,11 +117,12 @@ std::vector<SharedPicture> readPictures(std::span<std::byte const> bytes, std::v
 
 } // namespace
 
-void saveDocument(Document const& document, std::filesystem::path const& path) {
+bool saveDocument(Document const& document, std::filesystem::path const& path, Progress const& progress) {
     std::map<SharedPicture, std::size_t> numbers;
     std::vector<std::vector<std::byte>> pictures;
     std::string text(magic);
     std::string layers;
+    int done = 0;
     text += "canvas " + toText(document.canvas().width) + " " + toText(document.canvas().height) + "\n";
     for (Layer const& layer : document.layers()) {
         PlacedPicture const& placed = layer.placed;
@@ -132,6 +133,7 @@ void saveDocument(Document const& document, std::filesystem::path const& path) {
         }
         layers += "layer " + toText(number->second) + " " + toText(placed.x) + " " + toText(placed.y) + " " +
                   toText(placed.opacity) + " " + toString(placed.blend) + " " + layer.name + "\n";
+        if (progress && !progress(++done, static_cast<int>(document.layers().size()) + 1)) return false;
     }
     text += layers + "data\n";
     AtomicFile file(path);
@@ -139,6 +141,8 @@ void saveDocument(Document const& document, std::filesystem::path const& path) {
     for (std::vector<std::byte> const& picture : pictures)
         file.write(picture.data(), picture.size());
     file.commit();
+    if (progress) progress(done + 1, done + 1);
+    return true;
 }
 
 bool isDocument(std::span<std::byte const> bytes) {

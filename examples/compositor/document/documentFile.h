@@ -16,8 +16,8 @@ namespace compositor {
 ///     layer 0 16 -8 0.5 multiply The name, up to the end of the line
 ///     data
 ///
-/// Saving is whole or not at all. @throws ImageError naming the path and the reason.
-void saveDocument(Document const& document, std::filesystem::path const& path);
+/// Saving is whole or not at all. @returns false when it was stopped. @throws ImageError naming the path and the reason.
+bool saveDocument(Document const& document, std::filesystem::path const& path, Progress const& progress = {});
 
 /// Whether the bytes begin like a document.
 bool isDocument(std::span<std::byte const> bytes);

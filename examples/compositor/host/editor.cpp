@@ -18,14 +18,6 @@ void Editor::open(std::filesystem::path const& path, std::string const& name) {
     _history->clear();
 }
 
-void Editor::save(std::filesystem::path const& path) const {
-    saveDocument(_document, path);
-}
-
-void Editor::render(std::filesystem::path const& path) const {
-    _document.renderer().renderToFile(path);
-}
-
 void Editor::setCanvas(Size canvas) {
     checkSize(canvas);
     execute(makeSetCanvas(_document, canvas));

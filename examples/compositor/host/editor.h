@@ -24,8 +24,6 @@ public:
 
     /// Opens a document in place of this one, with a history of its own, or adds a picture as a layer named `name`.
     void open(std::filesystem::path const& path, std::string const& name);
-    void save(std::filesystem::path const& path) const;
-    void render(std::filesystem::path const& path) const;
 
     void setCanvas(Size canvas);
     void addLayer(std::string const& name, Picture picture);

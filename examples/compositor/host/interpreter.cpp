@@ -80,19 +80,21 @@ struct Quit {};
 } // namespace
 
 bool Interpreter::runScript(std::istream& script, std::string const& name) {
+    bool isWell = false;
     try {
         std::vector<Statement> const statements = readAll(script);
         run(name, true, [next = statements.begin(), end = statements.end()]() mutable {
             return next == end ? std::nullopt : std::optional(*next++);
         });
-        return true;
+        isWell = true;
     } catch (PlacedError const& error) {
         _name = name;
         report(error.line, error.message);
     } catch (Stop const&) {
         // Reported where it happened.
     }
-    return false;
+    _jobs.wait();
+    return !_jobs.takeFailure() && isWell;
 }
 
 void Interpreter::runTerminal(std::istream& terminal) {
@@ -100,6 +102,7 @@ void Interpreter::runTerminal(std::istream& terminal) {
     run("input", false, [this, &reader]() -> std::optional<Statement> {
         for (;;)
             try {
+                _jobs.update();
                 _output << "> " << std::flush;
                 return reader.next();
             } catch (ScriptError const& error) {
@@ -107,6 +110,7 @@ void Interpreter::runTerminal(std::istream& terminal) {
             }
     });
     _output << std::endl;
+    _jobs.wait();
 }
 
 void Interpreter::run(std::string const& name, bool stopsAtErrors, Source source) {
@@ -116,7 +120,7 @@ void Interpreter::run(std::string const& name, bool stopsAtErrors, Source source
     try {
         runBlock(false);
     } catch (Quit const&) {
-        // As asked.
+        _jobs.stopAll();
     }
 }
 
@@ -126,6 +130,7 @@ bool Interpreter::runBlock(bool isGroup) {
         if (isGroup && statement->word() == "end") return true;
         try {
             runStatement(*statement);
+            updateJobs();
         } catch (std::exception const& error) {
             report(statement->line, error.what());
             if (_stopsAtErrors) throw Stop();
@@ -143,6 +148,19 @@ void Interpreter::runStatement(Statement const& statement) {
     if (!found->insideGroups && Ko::CmUndoGuard::isGuardActive())
         throw ScriptError(quoted(statement.word()) + " is not possible inside a group");
     (this->*found->run)(statement);
+}
+
+// The message was shown already.
+void Interpreter::updateJobs() {
+    _jobs.update();
+    if (_stopsAtErrors && _jobs.takeFailure()) {
+        _jobs.wait();
+        throw Stop();
+    }
+}
+
+void Interpreter::submit(Statement const& statement, Ko::OPtr<Ko::BgJobProtocol> protocol) {
+    _jobs.submit(_name + ":" + std::to_string(statement.line), std::move(protocol));
 }
 
 void Interpreter::report(int line, std::string const& message) {
@@ -172,11 +190,14 @@ std::vector<Interpreter::Word> const& Interpreter::words() {
         {"limit", "limit COMMANDS (that the history keeps)", 1, 1, false, &I::limit},
         {"layers", "layers", 0, 0, true, &I::layers},
         {"dump", "dump (the history as XML)", 0, 0, true, &I::dump},
-        {"render", "render FILE.png", 1, 1, true, &I::render},
-        {"save", "save FILE.koc", 1, 1, true, &I::save},
+        {"render", "render FILE.png (a job)", 1, 1, true, &I::render},
+        {"save", "save FILE.koc (a job)", 1, 1, true, &I::save},
+        {"jobs", "jobs (those that have ended are listed once)", 0, 0, true, &I::jobs},
+        {"stop", "stop JOB", 1, 1, true, &I::stop},
+        {"wait", "wait (until all jobs have ended)", 0, 0, true, &I::wait},
         {"echo", "echo TEXT", 0, any, true, &I::echo},
         {"help", "help", 0, 0, true, &I::help},
-        {"quit", "quit", 0, 0, true, &I::quit},
+        {"quit", "quit (stops all jobs)", 0, 0, true, &I::quit},
     };
     return table;
 }
@@ -314,11 +335,23 @@ void Interpreter::dump(Statement const&) {
 }
 
 void Interpreter::render(Statement const& statement) {
-    _editor.render(statement.words[1]);
+    submit(statement, makeRenderProtocol(_editor.document(), statement.words[1]));
 }
 
 void Interpreter::save(Statement const& statement) {
-    _editor.save(statement.words[1]);
+    submit(statement, makeSaveProtocol(_editor.document(), statement.words[1]));
+}
+
+void Interpreter::jobs(Statement const&) {
+    _jobs.list();
+}
+
+void Interpreter::stop(Statement const& statement) {
+    _jobs.stop(statement.integer(1, 1, largest));
+}
+
+void Interpreter::wait(Statement const&) {
+    _jobs.wait();
 }
 
 void Interpreter::echo(Statement const& statement) {

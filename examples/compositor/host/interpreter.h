@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/editor.h"
+#include "host/jobs.h"
 #include "script/script.h"
 
 #include <functional>
@@ -10,15 +11,17 @@
 
 namespace compositor {
 
-/// Runs the script language on an editor: results go to one stream, errors with their place to another.
+/// Runs the script language on an editor: results go to one stream, errors with their place to another. What takes long
+/// becomes a job, and the script goes on meanwhile.
 class Interpreter {
 public:
-    Interpreter(Editor& editor, std::ostream& output, std::ostream& errors)
-        : _editor(editor), _output(output), _errors(errors) {}
+    Interpreter(Editor& editor, Jobs& jobs, std::ostream& output, std::ostream& errors)
+        : _editor(editor), _jobs(jobs), _output(output), _errors(errors) {}
 
-    /// Runs a whole script. It is read to its end first: one with a group that does not end changes nothing.
+    /// Runs a whole script, and waits for the jobs that it has started. It is read to its end first: one with a group that
+    /// does not end changes nothing.
     /// @param name stands before the line in error messages.
-    /// @returns whether all went well; the first error ends it.
+    /// @returns whether all went well; the first error, also of a job, ends it.
     bool runScript(std::istream& script, std::string const& name);
 
     /// Runs what a person types, with a prompt before each line, and goes on after errors.
@@ -43,6 +46,8 @@ private:
     bool runBlock(bool isGroup);
     void runStatement(Statement const& statement);
     void runGroup(Statement const& statement);
+    void updateJobs();
+    void submit(Statement const& statement, Ko::OPtr<Ko::BgJobProtocol> protocol);
     void report(int line, std::string const& message);
 
     void group(Statement const& statement);
@@ -67,11 +72,15 @@ private:
     void dump(Statement const& statement);
     void render(Statement const& statement);
     void save(Statement const& statement);
+    void jobs(Statement const& statement);
+    void stop(Statement const& statement);
+    void wait(Statement const& statement);
     void echo(Statement const& statement);
     void help(Statement const& statement);
     void quit(Statement const& statement);
 
     Editor& _editor;
+    Jobs& _jobs;
     std::ostream& _output;
     std::ostream& _errors;
     std::string _name;

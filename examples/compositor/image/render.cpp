@@ -73,6 +73,51 @@ void blendRow(BlendMode mode, std::span<Colour const> source, float opacity, Pix
     }
 }
 
+/// The tiles from the left to the right border of the canvas that the file is about to need.
+class Band {
+public:
+    Band(Renderer const& renderer, Size canvas, Progress const& progress)
+        : _renderer(renderer), _canvas(canvas), _progress(progress) {}
+
+    /// Copies a row, in the order from top to bottom. @returns false when the rendering was stopped.
+    bool read(int y, std::span<Colour> row) {
+        int const inBand = y % tileSize;
+        if (inBand == 0 && !render(y)) return false;
+        std::ranges::copy(rowOf(inBand), row.begin());
+        return true;
+    }
+
+private:
+    static constexpr int tileSize = 64;
+
+    static int countTiles(int length) { return (length + tileSize - 1) / tileSize; }
+
+    std::span<Colour> rowOf(int y) {
+        auto const width = static_cast<std::size_t>(_canvas.width);
+        return std::span(_pixels).subspan(static_cast<std::size_t>(y) * width, width);
+    }
+    bool render(int y) {
+        _pixels.resize(static_cast<std::size_t>(_canvas.width) * tileSize);
+        int const tiles = countTiles(_canvas.width);
+        for (int tile = 0; tile < tiles; ++tile) {
+            renderTile(tile * tileSize, y);
+            int const done = y / tileSize * tiles + tile + 1;
+            if (_progress && !_progress(done, tiles * countTiles(_canvas.height))) return false;
+        }
+        return true;
+    }
+    void renderTile(int x, int y) {
+        auto const width = static_cast<std::size_t>(std::min(tileSize, _canvas.width - x));
+        for (int row = 0; row < std::min(tileSize, _canvas.height - y); ++row)
+            _renderer.renderRow(x, y + row, rowOf(row).subspan(static_cast<std::size_t>(x), width));
+    }
+
+    Renderer const& _renderer;
+    Size _canvas;
+    Progress const& _progress;
+    std::vector<Colour> _pixels;
+};
+
 } // namespace
 
 std::string toString(BlendMode mode) {
@@ -90,28 +135,27 @@ Renderer::Renderer(Size canvas, std::vector<PlacedPicture> layers) : _canvas(can
     checkSize(canvas);
 }
 
-void Renderer::renderRow(int y, std::span<Colour> row) const {
-    std::vector<Pixel> pixels(row.size());
+void Renderer::renderRow(int x, int y, std::span<Colour> pixels) const {
+    std::vector<Pixel> composed(pixels.size());
     for (PlacedPicture const& layer : _layers) {
         // In 64 bits: a layer may lie anywhere.
         std::int64_t const sourceY = std::int64_t{y} - layer.y;
+        std::int64_t const layerX = std::int64_t{layer.x} - x;
         Size const size = layer.picture->size();
-        std::int64_t const begin = std::max<std::int64_t>(0, layer.x);
-        std::int64_t const end = std::min<std::int64_t>(_canvas.width, std::int64_t{layer.x} + size.width);
+        std::int64_t const begin = std::max<std::int64_t>(0, layerX);
+        std::int64_t const end = std::min(static_cast<std::int64_t>(pixels.size()), layerX + size.width);
         if (sourceY < 0 || sourceY >= size.height || begin >= end) continue;
         auto const source =
             layer.picture->row(static_cast<int>(sourceY))
-                .subspan(static_cast<std::size_t>(begin - layer.x), static_cast<std::size_t>(end - begin));
-        blendRow(layer.blend, source, layer.opacity, &pixels[static_cast<std::size_t>(begin)]);
+                .subspan(static_cast<std::size_t>(begin - layerX), static_cast<std::size_t>(end - begin));
+        blendRow(layer.blend, source, layer.opacity, &composed[static_cast<std::size_t>(begin)]);
     }
-    std::ranges::transform(pixels, row.begin(), straight);
+    std::ranges::transform(composed, pixels.begin(), straight);
 }
 
 bool Renderer::renderToFile(std::filesystem::path const& path, Progress const& progress) const {
-    return writePng(path, _canvas, [&](int y, std::span<Colour> row) {
-        renderRow(y, row);
-        return !progress || progress(y + 1, _canvas.height);
-    });
+    Band band(*this, _canvas, progress);
+    return writePng(path, _canvas, [&band](int y, std::span<Colour> row) { return band.read(y, row); });
 }
 
 } // namespace compositor

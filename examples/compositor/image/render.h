@@ -26,18 +26,18 @@ struct PlacedPicture {
     BlendMode blend = BlendMode::Over;
 };
 
-/// Composites pictures, the lowest first, over a transparent canvas: premultiplied, in linear light, one row at a time.
-/// Rows may be rendered in any order and on several threads at once.
+/// Is told how many steps of how many are done; returns false to stop.
+using Progress = std::function<bool(int done, int total)>;
+
+/// Composites pictures, the lowest first, over a transparent canvas: premultiplied, in linear light, tile by tile. Parts may
+/// be rendered in any order and on several threads at once.
 class Renderer {
 public:
     /// @throws ImageError as `checkSize`.
     Renderer(Size canvas, std::vector<PlacedPicture> layers);
 
-    /// @param row as many pixels as the canvas is wide.
-    void renderRow(int y, std::span<Colour> row) const;
-
-    /// Told how many rows of how many are done; returns false to stop.
-    using Progress = std::function<bool(int done, int total)>;
+    /// Renders the pixels from (x, y) to the right.
+    void renderRow(int x, int y, std::span<Colour> pixels) const;
 
     /// @returns false when it was stopped; no file is written then. @throws ImageError naming the path and the reason.
     bool renderToFile(std::filesystem::path const& path, Progress const& progress = {}) const;

@@ -1,5 +1,6 @@
 #include "framework/bgTask/bgJob.h"
 
+#include "base/assertions.h"
 #include "internalAPI/statMgr.h"
 #include "resmgt/lgFirstError.h"
 
@@ -13,6 +14,7 @@ namespace Ko {
 
 namespace {
 
+constexpr AssertionSource source{"framework\\bgTask\\src\\bgJob"};
 constexpr float standardSlice = 0.05f;
 constexpr auto longestWait = std::chrono::seconds(5);
 
@@ -148,33 +150,39 @@ void BgJob::reportProgress(int done, int total) {
 // The state changes under the lock, so that observers can be told in the order of the changes; they are told without it.
 template <class MayChange>
 bool BgJob::changeStateIf(MayChange mayChange, BgJobState const* state) {
+    BgJobHintChangeState::JobState_t value = state->getHintValue();
     {
         std::lock_guard const guard(_lock);
         if (!mayChange(_state.load(std::memory_order_relaxed))) return false;
-        if (_isTelling) _untold.push_back(state);
+        if (_isTelling) {
+            source.require(_numUntold < _untold.size(), "_numUntold < _untold.size()");
+            _untold[_numUntold++] = static_cast<std::uint8_t>(value);
+        }
         _state.store(state, std::memory_order_release);
         if (_isTelling || !_notificationsEnabled || !hasObservers()) return true;
         _isTelling = true;
     }
-    for (BgJobState const* next = state; next; next = nextUntold())
-        tell(next);
+    do {
+        tell(value);
+    } while (takeUntold(value));
     return true;
 }
 
-BgJobState const* BgJob::nextUntold() noexcept {
+bool BgJob::takeUntold(BgJobHintChangeState::JobState_t& state) noexcept {
     std::lock_guard const guard(_lock);
-    _isTelling = !_untold.empty();
-    if (!_isTelling) return nullptr;
-    BgJobState const* const next = _untold.front();
-    _untold.erase(_untold.begin());
-    return next;
+    _isTelling = _numUntold > 0;
+    if (!_isTelling) return false;
+    state = static_cast<BgJobHintChangeState::JobState_t>(_untold.front());
+    std::copy(_untold.begin() + 1, _untold.end(), _untold.begin());
+    --_numUntold;
+    return true;
 }
 
-void BgJob::tell(BgJobState const* state) noexcept {
+void BgJob::tell(BgJobHintChangeState::JobState_t state) noexcept {
     LgFirstError error("Telling a job's state");
     error.capture([this, state] {
         RCShdPtr<BgJob> const self(this);
-        notify(ObHints(RCShdPtr<BgJobHintChangeState>::create(self, state->getHintValue())));
+        notify(ObHints(RCShdPtr<BgJobHintChangeState>::create(self, state)));
     });
     error.log();
 }

@@ -48,17 +48,14 @@ void BgManager::performFinalize() {
     Singleton::performFinalize();
 }
 
-/// A change of a job on its way to the application thread.
-class BgManagerImp::JobUpdate final : public EvEvent {
-public:
-    JobUpdate(RCShdPtr<BgJob> job, OPtr<ExBase> error) : _job(std::move(job)), _error(std::move(error)) {}
-    void process() override {
-        if (Singleton::isInitialized()) Singleton::getInstance().jobUpdated(_job, _error.get());
-    }
+/// A change of a job on its way to the application thread. The job comes along only with an error, which is about it.
+struct BgManagerImp::JobUpdateCbParams {
+    RCShdPtr<BgJob> job;
+    OPtr<ExBase> error;
 
-private:
-    RCShdPtr<BgJob> _job;
-    OPtr<ExBase> _error;
+    void operator()() const {
+        if (Singleton::isInitialized()) Singleton::getInstance().jobUpdated(*this);
+    }
 };
 
 BgManagerImp::~BgManagerImp() {
@@ -123,21 +120,21 @@ void BgManagerImp::stopAllJobs() {
 // On the thread that changed the job, where neither the list nor an observer may be touched.
 void BgManagerImp::update(ObObserver<BgJobTag> const*, ObHints const& hints) {
     if (!EvEventManager::isInitialized()) return;
-    auto const post = [](RCShdPtr<BgJob> const& job, OPtr<ExBase> error) {
-        EvEventManager::getInstance().post(std::make_unique<JobUpdate>(job, std::move(error)));
-    };
-    if (auto const change = hints.pickHint<BgJobHintChangeState>())
-        post(change->getJob(), change->hasJobFailed() ? change->getJob()->cloneError() : nullptr);
-    if (auto const progress = hints.pickHint<BgJobHintProgress>()) post(progress->getJob(), nullptr);
+    if (auto const change = hints.pickHint<BgJobHintChangeState>()) {
+        OPtr<ExBase> error = change->hasJobFailed() ? change->getJob()->cloneError() : nullptr;
+        auto job = error ? change->getJob() : nullptr;
+        EvEventManager::getInstance().postRequest(JobUpdateCbParams{std::move(job), std::move(error)});
+    }
+    if (hints.pickHint<BgJobHintProgress>()) EvEventManager::getInstance().postRequest(JobUpdateCbParams{});
 }
 
-void BgManagerImp::jobUpdated(RCShdPtr<BgJob> const& job, ExBase const* error) {
+void BgManagerImp::jobUpdated(JobUpdateCbParams const& update) {
+    ExBase const* const error = update.error.get();
     if (error) MsgProtocol::display(MsgError(error->getReason()));
-    if (!hasObservers()) return;
     ObHints hints;
     if (error && error->getTypeName().find(notEnoughSpace) != LiString::npos)
-        hints.add(RCShdPtr<BgManagerNotEnoughSpaceHint>::create(job));
-    hints.add(RCShdPtr<BgManagerUpdateHint>::create());
+        hints.add(RCShdPtr<BgManagerNotEnoughSpaceHint>::create(update.job));
+    hints.add(_updateHint);
     notify(hints);
 }
 
@@ -152,15 +149,20 @@ void BgManagerImp::submit(RCShdPtr<BgJob> const& job, Group& group) {
 }
 
 void BgManagerImp::list(RCShdPtr<BgJob> const& job) {
-    job->_listed.reserve(job->_listed.size() + 1);
-    job->_listed.push_back(_jobs.insert(_jobs.end(), job));
+    job->_listed = _jobs.insert(_jobs.end(), job);
+    ++job->_timesListed;
 }
 
-// A job may have been submitted several times.
 void BgManagerImp::takeOffList(RCShdPtr<BgJob> const& job) noexcept {
-    for (auto const entry : job->_listed)
-        _jobs.erase(entry);
-    job->_listed.clear();
+    switch (std::exchange(job->_timesListed, 0)) {
+    case 0:
+        return;
+    case 1:
+        _jobs.erase(job->_listed);
+        return;
+    default: // somebody has submitted it several times
+        _jobs.remove(RCShdPtr<BgJob>(job));
+    }
 }
 
 } // namespace Ko

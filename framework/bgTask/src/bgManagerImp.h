@@ -26,17 +26,19 @@ private:
 
     using Group = MtGroup<std::queue<MtTask>>;
 
-    class JobUpdate;
+    struct JobUpdateCbParams;
 
     BgManagerImp() = default;
     ~BgManagerImp() override;
 
     void update(ObObserver<BgJobTag> const* observer, ObHints const& hints) override;
-    void jobUpdated(RCShdPtr<BgJob> const& job, ExBase const* error);
+    void jobUpdated(JobUpdateCbParams const& update);
     void submit(RCShdPtr<BgJob> const& job, Group& group);
     void list(RCShdPtr<BgJob> const& job);
     void takeOffList(RCShdPtr<BgJob> const& job) noexcept;
 
+    // It says the same each time.
+    RCShdPtr<BgManagerUpdateHint> const _updateHint = RCShdPtr<BgManagerUpdateHint>::create();
     List<RCShdPtr<BgJob>> _jobs;
     Group _general{"BgTasks", 6};
     Group _lowPriority{"Low Priority Local UiBgTasks", 2};

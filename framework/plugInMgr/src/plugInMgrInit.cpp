@@ -1,20 +1,72 @@
 #include "framework/plugInMgr/plugInMgrInit.h"
 
 #include "base/baseInit.h"
+#include "base/inPaths.h"
+#include "framework/plugInMgr/pimUtils.h"
+#include "framework/plugInMgr/src/pimLog.h"
+#include "framework/plugInMgr/src/pimSettings.h"
+#include "resmgt/liStringParser.h"
+#include "resmgt/msgServer.h"
+#include "resmgt/osFsUtils.h"
 #include "resmgt/resmgtInit.h"
 
 namespace Ko {
 
 namespace {
 
+constexpr char const* directoryError = "MSG_PLUGIN_DIRECTORY_ERROR";
+constexpr char const* pathError = "MSG_PLUGIN_PATH_ERROR";
+
 class PlugInMgrInit final : public InInit<KoInit::plugInMgr> {
 public:
     PlugInMgrInit() : InInit("plugInMgr", packagesOf<KoInit::resmgt, KoInit::base>()) {}
+
+    void initialize() override;
+    void finalize() override { PimLog::finalize(); }
+
+    PimSettings const settings{*this};
+
+private:
+    void subscribeMessages();
+    void addDirectories(OsFilePath const& installation);
+    void addDirectory(OsFilePath const& directory, LiString const& name);
 };
 
 PlugInMgrInit package;
 
+void PlugInMgrInit::initialize() {
+    PimLog::initialize();
+    subscribeMessages();
+    addDirectories(InPaths::getInstallDir());
+}
+
+void PlugInMgrInit::subscribeMessages() {
+    MsgFileGuard const catalogue("plugInMgr.msg");
+    for (char const* const message : {directoryError, pathError})
+        MsgServer::getInstance().subscribe(message);
+    PimUtils::initialize();
+}
+
+void PlugInMgrInit::addDirectories(OsFilePath const& installation) {
+    InVariable<char const*> const& list = settings.directories.variable;
+    if (!list.isValid()) return PimUtils::addPiDirectoryPath(installation + "plugins");
+    LiString const separator(1, OsFilePath::getMultiPathSeparator());
+    // Relative ones lie in the installation directory. The current one may be anybody's, and is never searched.
+    for (LiString const& name : LiStringParser::splitList(list.get(), separator))
+        addDirectory(installation + name, name);
+}
+
+void PlugInMgrInit::addDirectory(OsFilePath const& directory, LiString const& name) {
+    if (OsFsUtils::isDirectory(directory)) return PimUtils::addPiDirectoryPath(directory);
+    char const* const message = OsFsUtils::fileExists(directory) ? pathError : directoryError;
+    MsgProtocol::display(MsgWarning(MsgServer::getInstance().format(message, {name})));
+}
+
 } // namespace
+
+PimSettings const& PimSettings::get() {
+    return package.settings;
+}
 
 template <>
 InPackageInit::Type InInit<KoInit::plugInMgr>::getType() {

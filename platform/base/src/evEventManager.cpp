@@ -4,6 +4,9 @@
 #include "base/inInitMgr.h"
 #include "base/inSingleton.imp.h"
 
+#include <iterator>
+#include <mutex>
+
 namespace Ko {
 
 namespace {
@@ -14,67 +17,53 @@ constexpr AssertionSource source{"base\\src\\evEventManager"};
 
 template class InSingleton<EvEventManager>;
 
-EvEvent::~EvEvent() = default;
-
-// One by one: a long chain that destroys itself would overflow the call stack.
-EvEventQueue::~EvEventQueue() {
-    while (!isEmpty())
-        removeFirst();
-}
-
-void EvEventQueue::take(EvEventQueue& other) noexcept {
-    if (!other.isEmpty()) append(std::move(other._first), std::exchange(other._last, nullptr));
-}
-
-OPtr<EvEvent> EvEventQueue::removeFirst() noexcept {
-    OPtr<EvEvent> event = std::move(_first);
-    _first = std::move(event->_next);
-    if (!_first) _last = nullptr;
-    return event;
-}
-
-void EvEventQueue::append(OPtr<EvEvent> first, EvEvent* last) noexcept {
-    EvEvent* const newLast = last ? last : first.get();
-    (_last ? _last->_next : _first) = std::move(first);
-    _last = newLast;
-}
-
-void EvEventManager::post(OPtr<EvEvent> event) {
-    source.require(event != nullptr, "event != 0");
+void EvEventManager::post(EvRequestEvent event) {
     {
-        std::lock_guard const guard(_mutex);
-        bool const wasEmpty = _posted.isEmpty();
-        _posted.add(std::move(event));
-        if (!wasEmpty || !_wakeUpHandler) return;
+        std::lock_guard const guard(_lock);
+        _posted.push_back(std::move(event));
+        if (_posted.size() > 1 || !_wakeUpHandler) return;
     }
     wakeUp();
 }
 
 std::size_t EvEventManager::processEvents() {
     source.require(InInitMgr::isApplicationThread(), "InInitMgr::isApplicationThread()");
-    {
-        std::lock_guard const guard(_mutex);
-        _taken.take(_posted);
-    }
+    takePosted();
     std::size_t processed = 0;
     try {
-        for (; !_taken.isEmpty(); ++processed)
-            _taken.removeFirst()->process();
+        for (; _next < _taken.size(); ++processed) {
+            // Taken out first: an inner call may move the others.
+            EvRequestEvent event = std::move(_taken[_next++]);
+            event();
+        }
     } catch (...) {
-        if (!_taken.isEmpty()) wakeUp();
+        if (_next < _taken.size()) wakeUp();
         throw;
     }
+    _taken.clear();
+    _next = 0;
     return processed;
 }
 
 void EvEventManager::setWakeUpHandler(WakeUpHandler handler) {
     auto replacement = handler ? std::make_shared<WakeUpHandler const>(std::move(handler)) : nullptr;
-    std::lock_guard const guard(_mutex);
+    std::lock_guard const guard(_lock);
     _wakeUpHandler.swap(replacement);
 }
 
+void EvEventManager::takePosted() {
+    std::lock_guard const guard(_lock);
+    if (_taken.empty()) {
+        _taken.swap(_posted);
+        return;
+    }
+    // Inside an event, or behind one that threw.
+    _taken.insert(_taken.end(), std::make_move_iterator(_posted.begin()), std::make_move_iterator(_posted.end()));
+    _posted.clear();
+}
+
 void EvEventManager::wakeUp() const {
-    std::unique_lock lock(_mutex);
+    std::unique_lock lock(_lock);
     auto const handler = _wakeUpHandler;
     lock.unlock();
     if (handler) (*handler)();

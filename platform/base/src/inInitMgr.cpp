@@ -32,7 +32,7 @@ void InInitMgr::initialize(int& argc, char** argv) {
     _applicationThread = std::this_thread::get_id();
     InRegistry& registry = InRegistry::getInstance();
     InConfiguration::getInstance().read(argc, argv, registry.argumentAliases());
-    registry.initializeWaiting(Standard);
+    registry.initialize(nullptr, Standard);
     initialized = true;
 }
 
@@ -59,20 +59,18 @@ InInitScope::~InInitScope() noexcept(false) {
     }
 }
 
-InReinitGuard::InReinitGuard() = default;
-InReinitGuard::~InReinitGuard() {
-    InRegistry::getInstance().dropWaiting();
-}
-void InReinitGuard::initializePackages() {
-    InRegistry::getInstance().initializeWaiting(InInitMgr::Reinitialization);
+InOpeningGuard::InOpeningGuard() : _outer(InRegistry::enter(this)) {}
+InOpeningGuard::~InOpeningGuard() {
+    InRegistry::getInstance().drop(this);
+    InRegistry::enter(_outer);
 }
 
-InRecursiveInitGuard::InRecursiveInitGuard() = default;
-InRecursiveInitGuard::~InRecursiveInitGuard() {
-    InRegistry::getInstance().dropWaiting();
+void InReinitGuard::initializePackages() {
+    InRegistry::getInstance().initialize(this, InInitMgr::Reinitialization);
 }
+
 void InRecursiveInitGuard::initializePackages() {
-    InRegistry::getInstance().initializeWaiting(InInitMgr::Recursive);
+    InRegistry::getInstance().initialize(this, InInitMgr::Recursive);
 }
 
 } // namespace Ko

@@ -1,11 +1,13 @@
 #include "base/src/inRegistry.h"
 
 #include "base/inVariable.h"
+#include "base/src/libraryPath.h"
 #include "base/src/typeName.h"
 
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace Ko {
@@ -56,6 +58,8 @@ void initializePackage(InPackageInit& package) {
     package.setInitialized(true);
 }
 
+thread_local InOpeningGuard const* currentGuard = nullptr;
+
 void keepFirst(std::exception_ptr& first) {
     if (!first) {
         first = std::current_exception();
@@ -70,40 +74,84 @@ void keepFirst(std::exception_ptr& first) {
 
 } // namespace
 
+struct InRegistry::StartUp {
+    StartUp() : outer(std::exchange(innermost, this)) {}
+    ~StartUp() { innermost = outer; }
+    StartUp(StartUp const&) = delete;
+    StartUp& operator=(StartUp const&) = delete;
+
+    // Of those that go on in this thread.
+    static inline thread_local StartUp* innermost = nullptr;
+    StartUp* const outer;
+};
+
+struct InRegistry::Batch {
+    Batch(Packages toInitialize, InInitMgr::InitType initType)
+        : packages(std::move(toInitialize)), type(initType),
+          // A library's own static objects are constructed after those of the libraries that it needs.
+          library(packages.empty() ? nullptr : libraryOf(packages.back())) {}
+
+    bool contains(InPackageInit const* package) const {
+        return std::find(packages.begin(), packages.end(), package) != packages.end();
+    }
+    // Whether a package goes down with the one that failed. What the start-up of the process had to initialise does; of a
+    // library that was opened, all that lies in it.
+    bool isAtFault(InPackageInit const* package) const {
+        if (type == InInitMgr::Standard || package == failed) return true;
+        void const* const own = libraryOf(package);
+        return contains(package) && (own == library || (failed && own == libraryOf(failed)));
+    }
+
+    Packages packages;
+    InInitMgr::InitType type;
+    void const* library;
+    // Whose turn it is, and with it, the one that failed when something is thrown.
+    InPackageInit* failed = nullptr;
+};
+
 InRegistry& InRegistry::getInstance() {
     // Packages register before, and may leave after, every other static object.
     static auto& registry = *std::make_unique<InRegistry>().release();
     return registry;
 }
 
+InOpeningGuard const* InRegistry::enter(InOpeningGuard const* guard) noexcept {
+    return std::exchange(currentGuard, guard);
+}
+
 void InRegistry::add(InPackageInit* package) {
     std::lock_guard const guard(_mutex);
-    _waiting.push_back(package);
+    _waiting.push_back({package, currentGuard});
 }
 
 void InRegistry::remove(InPackageInit* package) {
+    auto const isOf = [package](auto const& entry) { return entry.package == package; };
     std::lock_guard const guard(_mutex);
-    std::erase(_waiting, package);
+    std::erase_if(_waiting, isOf);
     std::erase(_initialized, package);
-    std::erase(_toPostInitialize, package);
+    std::erase_if(_toPostInitialize, isOf);
 }
 
 std::vector<std::string> InRegistry::argumentAliases() {
     std::lock_guard const guard(_mutex);
     std::vector<std::string> aliases;
-    for (InPackageInit const* const package : _waiting)
-        for (InVariableBase const* const variable : package->getVariables())
+    for (Waiting const& waiting : _waiting)
+        for (InVariableBase const* const variable : waiting.package->getVariables())
             aliases.insert(aliases.end(), variable->getArgumentAliases().begin(), variable->getArgumentAliases().end());
     return aliases;
 }
 
-void InRegistry::dropWaiting() {
-    takeWaiting();
+void InRegistry::drop(InOpeningGuard const* guard) {
+    take(guard);
 }
 
-InRegistry::Packages InRegistry::takeWaiting() {
-    std::lock_guard const guard(_mutex);
-    return std::exchange(_waiting, {});
+InRegistry::Packages InRegistry::take(InOpeningGuard const* guard) {
+    std::lock_guard const lock(_mutex);
+    Packages packages;
+    for (Waiting const& waiting : _waiting)
+        if (waiting.guard == guard) packages.push_back(waiting.package);
+    std::erase_if(_waiting, [guard](Waiting const& waiting) { return waiting.guard == guard; });
+    return packages;
 }
 
 bool InRegistry::isInitialized(InPackageInit::Type type) {
@@ -111,77 +159,120 @@ bool InRegistry::isInitialized(InPackageInit::Type type) {
     return contains(_initialized, type);
 }
 
+// Also takes what the batch needs of the packages that belong to no guard.
+void InRegistry::takeDependencies(Packages& batch) {
+    std::lock_guard const guard(_mutex);
+    for (std::size_t index = 0; index < batch.size(); ++index)
+        for (InPackageInit::Type const type : std::vector(batch[index]->getDependencies())) {
+            auto const found = std::find_if(_waiting.begin(), _waiting.end(),
+                [type](Waiting const& waiting) { return !waiting.guard && waiting.package->getPackageType() == type; });
+            if (found == _waiting.end()) continue;
+            batch.push_back(found->package);
+            _waiting.erase(found);
+        }
+}
+
 // Always the first registered package whose dependencies come before it.
-InRegistry::Packages InRegistry::inOrder(Packages packages) {
-    Packages ordered;
+void InRegistry::orderPackages(Batch& batch) {
+    Packages ordered, rest = batch.packages;
     auto const isBefore = [&](InPackageInit::Type type) { return contains(ordered, type) || isInitialized(type); };
-    for (InPackageInit const* const package : packages)
-        for (InPackageInit::Type const type : package->getDependencies())
-            if (!contains(packages, type) && !isInitialized(type))
-                throw InInitEx(source, __LINE__,
-                    "Package " + quoted(*package) + " depends on " + typeNameOf(type.name()) +
-                        ", which is not registered.");
-    while (!packages.empty()) {
-        auto const next = std::find_if(packages.begin(), packages.end(), [&](InPackageInit const* package) {
+    for (InPackageInit* const package : rest)
+        for (InPackageInit::Type const type : package->getDependencies()) {
+            if (contains(rest, type) || isInitialized(type)) continue;
+            batch.failed = package;
+            throw InInitEx(source, __LINE__,
+                "Package " + quoted(*package) + " depends on " + typeNameOf(type.name()) +
+                    ", which is not registered.");
+        }
+    while (!rest.empty()) {
+        auto const next = std::find_if(rest.begin(), rest.end(), [&](InPackageInit const* package) {
             return std::all_of(package->getDependencies().begin(), package->getDependencies().end(), isBefore);
         });
-        if (next == packages.end())
-            throw InInitEx(source, __LINE__, "Packages depend on each other in a circle: " + names(packages) + ".");
+        if (next == rest.end())
+            throw InInitEx(source, __LINE__, "Packages depend on each other in a circle: " + names(rest) + ".");
         ordered.push_back(*next);
-        packages.erase(next);
+        rest.erase(next);
     }
-    return ordered;
+    batch.packages = ordered;
 }
 
-void InRegistry::initializeWaiting(InInitMgr::InitType type) {
-    Packages const batch = inOrder(takeWaiting());
-    ++_startUps;
+void InRegistry::initialize(InOpeningGuard const* guard, InInitMgr::InitType type) {
+    Batch batch(take(guard), type);
+    takeDependencies(batch.packages);
+    std::optional<StartUp> own;
+    if (type != InInitMgr::Recursive || !StartUp::innermost) own.emplace();
     try {
-        initializeBatch(batch);
-        if (type != InInitMgr::Recursive || _startUps == 1) callPostInitialize();
+        orderPackages(batch);
+        initializePackages(batch);
+        if (own) callPostInitialize(*own, batch);
     } catch (...) {
-        --_startUps;
-        rollBack(batch);
+        takeBack(batch);
+        if (own) callPostInitializeOfRest(*own);
         throw;
     }
-    --_startUps;
 }
 
-void InRegistry::initializeBatch(Packages const& batch) {
-    for (InPackageInit* const package : batch) {
+void InRegistry::initializePackages(Batch& batch) {
+    for (InPackageInit* const package : batch.packages) {
+        batch.failed = package;
         initializePackage(*package);
         std::lock_guard const guard(_mutex);
         _initialized.push_back(package);
-        _toPostInitialize.push_back(package);
+        _toPostInitialize.push_back({package, StartUp::innermost});
     }
 }
 
-void InRegistry::callPostInitialize() {
-    Packages packages;
-    {
-        std::lock_guard const guard(_mutex);
-        packages.swap(_toPostInitialize);
-    }
-    for (InPackageInit* const package : packages)
-        callHook(*package, "initialised", [](InPackageInit& initialized) { initialized.postInitialize(); });
+// Those that hooks add meanwhile are called too.
+void InRegistry::callPostInitialize(StartUp const& startUp, Batch& batch) {
+    while ((batch.failed = nextToPostInitialize(startUp)))
+        callHook(*batch.failed, "initialised", [](InPackageInit& package) { package.postInitialize(); });
 }
 
-// Those of the batch that are initialised, and whatever depends on them by now, in the order of their initialisation.
-InRegistry::Packages InRegistry::withDependents(Packages const& batch) {
+// For what stays although something else of its start-up failed, which is being told already.
+void InRegistry::callPostInitializeOfRest(StartUp const& startUp) {
+    std::exception_ptr firstError = std::current_exception();
+    while (InPackageInit* const package = nextToPostInitialize(startUp))
+        try {
+            callHook(*package, "initialised", [](InPackageInit& initialized) { initialized.postInitialize(); });
+        } catch (...) {
+            keepFirst(firstError);
+        }
+}
+
+InPackageInit* InRegistry::nextToPostInitialize(StartUp const& startUp) {
+    std::lock_guard const guard(_mutex);
+    auto const next = std::find_if(_toPostInitialize.begin(), _toPostInitialize.end(),
+        [&](ToPostInitialize const& entry) { return entry.startUp == &startUp; });
+    if (next == _toPostInitialize.end()) return nullptr;
+    InPackageInit* const package = next->package;
+    _toPostInitialize.erase(next);
+    return package;
+}
+
+// What is at fault and initialised, and whatever depends on that by now, in the order of their initialisation.
+InRegistry::Packages InRegistry::toTakeBack(Batch const& batch) {
     std::lock_guard const guard(_mutex);
     Packages doomed;
     for (InPackageInit* const package : _initialized) {
         auto const& dependencies = package->getDependencies();
         bool const depends = std::any_of(dependencies.begin(), dependencies.end(),
             [&](InPackageInit::Type dependency) { return contains(doomed, dependency); });
-        if (depends || std::find(batch.begin(), batch.end(), package) != batch.end()) doomed.push_back(package);
+        if (depends || batch.isAtFault(package)) doomed.push_back(package);
     }
     return doomed;
 }
 
-void InRegistry::rollBack(Packages const& batch) {
-    std::exception_ptr ignored = std::current_exception();
-    finalizePackages(withDependents(batch), ignored);
+// What is not at fault and had no turn waits, outside of any guard, for the next one that needs it.
+void InRegistry::takeBack(Batch const& batch) {
+    std::exception_ptr firstError = std::current_exception();
+    Packages const doomed = toTakeBack(batch);
+    finalizePackages(doomed, firstError);
+    for (InPackageInit* const package : batch.packages) {
+        if (batch.isAtFault(package) || isInitialized(package->getPackageType())) continue;
+        bool const wasTakenBack = std::find(doomed.begin(), doomed.end(), package) != doomed.end();
+        std::lock_guard const guard(_mutex);
+        if (!wasTakenBack) _waiting.push_back({package, nullptr});
+    }
 }
 
 void InRegistry::finalizeAll() {
@@ -205,7 +296,7 @@ void InRegistry::finalizePackages(Packages const& packages, std::exception_ptr& 
         {
             std::lock_guard const guard(_mutex);
             std::erase(_initialized, &package);
-            std::erase(_toPostInitialize, &package);
+            std::erase_if(_toPostInitialize, [&](ToPostInitialize const& entry) { return entry.package == &package; });
         }
         package.finalize();
     });

@@ -18,32 +18,51 @@ public:
 
     static InRegistry& getInstance();
 
+    /// Makes a guard the one to which packages belong that register on this thread.
+    /// @returns the one before; both may be null.
+    static InOpeningGuard const* enter(InOpeningGuard const* guard) noexcept;
+
     void add(InPackageInit* package);
     void remove(InPackageInit* package);
     /// Under which the command line assigns the variables of the packages that wait.
     std::vector<std::string> argumentAliases();
 
-    /// Initialises what is waiting, as one start-up or as part of the one that is going on.
-    void initializeWaiting(InInitMgr::InitType type);
-    /// Forgets what is waiting.
-    void dropWaiting();
+    /// Initialises what waits and belongs to the guard, or to none where that is null.
+    void initialize(InOpeningGuard const* guard, InInitMgr::InitType type);
+    /// Forgets what waits and belongs to the guard.
+    void drop(InOpeningGuard const* guard);
     void finalizeAll();
 
 private:
-    Packages takeWaiting();
-    Packages inOrder(Packages packages);
+    // Packages whose post-initialise hooks are called together.
+    struct StartUp;
+    // What is initialised together.
+    struct Batch;
+    struct Waiting {
+        InPackageInit* package;
+        InOpeningGuard const* guard;
+    };
+    struct ToPostInitialize {
+        InPackageInit* package;
+        StartUp const* startUp;
+    };
+
+    Packages take(InOpeningGuard const* guard);
+    void takeDependencies(Packages& batch);
     bool isInitialized(InPackageInit::Type type);
-    void initializeBatch(Packages const& batch);
-    void callPostInitialize();
-    Packages withDependents(Packages const& batch);
-    void rollBack(Packages const& batch);
+    void orderPackages(Batch& batch);
+    void initializePackages(Batch& batch);
+    void callPostInitialize(StartUp const& startUp, Batch& batch);
+    void callPostInitializeOfRest(StartUp const& startUp);
+    InPackageInit* nextToPostInitialize(StartUp const& startUp);
+    Packages toTakeBack(Batch const& batch);
+    void takeBack(Batch const& batch);
     void finalizePackages(Packages const& packages, std::exception_ptr& firstError);
 
     std::mutex _mutex;
-    Packages _waiting;
+    std::vector<Waiting> _waiting;
     Packages _initialized;
-    Packages _toPostInitialize;
-    int _startUps = 0;
+    std::vector<ToPostInitialize> _toPostInitialize;
 };
 
 } // namespace Ko

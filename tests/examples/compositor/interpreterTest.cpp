@@ -3,6 +3,7 @@
 #include "image/pngFile.h"
 #include "tests/support/temporaryFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -40,8 +41,10 @@ protected:
     TemporaryFolder folder;
     std::ostringstream output;
     std::ostringstream errors;
+    std::ostringstream told; // by jobs
     Editor editor;
-    Interpreter interpreter{editor, output, errors};
+    Jobs jobs{told, errors, Jobs::Bars::NotShown};
+    Interpreter interpreter{editor, jobs, output, errors};
 };
 
 TEST_F(InterpreterTest, UndoesAndRedoesEveryEdit) {
@@ -111,7 +114,9 @@ TEST_F(InterpreterTest, TellsBadInputInOneLineWithItsPlaceAndChangesNothing) {
              {"open " + missing, "1: " + missing + " cannot be read: No such file or directory"},
              {"open " + text, "1: " + text + " cannot be opened: it is neither a document nor a PNG picture"},
              {"render " + (folder / "no/x.png").string(),
-                 "1: " + (folder / "no/x.png").string() + " cannot be written: No such file or directory"}})
+                 "1: A background job failed: " + (folder / "no/x.png").string() +
+                     " cannot be written: No such file or directory"},
+             {"stop 99", "1: there is no job 99"}})
         expectError(script, error);
 }
 
@@ -137,6 +142,54 @@ TEST_F(InterpreterTest, RendersSavesAndOpensAgain) {
     EXPECT_TRUE(run("open " + picture + "\nopen " + picture + " named"));
     EXPECT_EQ("out", editor.document().layers()[2].name);
     EXPECT_EQ("named", editor.document().layers()[3].name);
+}
+
+TEST_F(InterpreterTest, RendersTheDocumentAsItWasWhenTheJobWasSubmitted) {
+    std::string const picture = (folder / "out.png").string();
+    EXPECT_TRUE(run("canvas 2 2\nrender " + picture + "\nremove a\nremove b\nwait\njobs\njobs")) << take(errors);
+    EXPECT_EQ((Colour{255, 0, 0, 255}), decodePng(readFile(picture)).row(0)[0]);
+    EXPECT_THAT(
+        take(told), testing::ContainsRegex("^job 1 \\(render out.png\\): busy\njob 1 \\(render out.png\\): complete\n"
+                                           "  job 1 \\(render out.png\\): complete, 100%, submitted [-0-9: ]+, "
+                                           "started [-0-9: ]+, ended [-0-9: ]+\n$"))
+        << "and what has ended is listed once";
+}
+
+TEST_F(InterpreterTest, StopsJobsAndLeavesNoHalfWrittenFile) {
+    std::string const large = "canvas 20000 10000\nrender " + (folder / "large.png").string() + "\n";
+    EXPECT_TRUE(run(large + "stop 1\nwait"));
+    EXPECT_NE(std::string::npos, take(told).find("job 1 (render large.png): stopped\n"));
+    EXPECT_EQ(0, folder.entries());
+    EXPECT_TRUE(run(large + "save " + (folder / "x.koc").string() + "\nquit\nremove a"));
+    EXPECT_EQ(2u, editor.document().layers().size()) << "quit ends the script";
+    EXPECT_NE(std::string::npos, take(told).find("job 2 (render large.png): stopped\n"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "large.png"));
+    EXPECT_TRUE(Ko::BgManager::getInstance().getJobs().empty());
+}
+
+TEST_F(InterpreterTest, EndsAScriptWhenAJobFailsAndTellsItOnce) {
+    std::string const bad = (folder / "no/x.png").string();
+    EXPECT_FALSE(run("\nrender " + bad + "\nwait\nremove a"));
+    EXPECT_EQ(
+        "test:2: A background job failed: " + bad + " cannot be written: No such file or directory\n", take(errors));
+    EXPECT_EQ(2u, editor.document().layers().size());
+    EXPECT_NE(std::string::npos, take(told).find("): failed\n"));
+    EXPECT_TRUE(run("wait")) << "told once";
+}
+
+TEST(Jobs, ShowABarForEachThatRunsWhileSomebodyWaits) {
+    std::ostringstream terminal;
+    TemporaryFolder const folder;
+    {
+        Jobs jobs(terminal, terminal, Jobs::Bars::Shown);
+        jobs.submit("here", makeRenderProtocol(Document({600, 400}), folder / "a.png"));
+        jobs.submit("here", makeRenderProtocol(Document({6, 4}), folder / "b.png"));
+        jobs.wait();
+    }
+    EXPECT_THAT(terminal.str(), testing::ContainsRegex("\\[#*-+\\] [0-9]+% job 1 \\(render a.png\\)\n"));
+    EXPECT_THAT(terminal.str(), testing::ContainsRegex("\x1b\\[[12]A\x1b\\[J"));
+    EXPECT_THAT(terminal.str(), testing::ContainsRegex("job 2 \\(render b.png\\): complete\n"));
+    EXPECT_EQ(2, folder.entries());
 }
 
 TEST_F(InterpreterTest, GoesOnAfterErrorsAtATerminal) {

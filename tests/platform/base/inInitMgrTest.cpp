@@ -165,8 +165,8 @@ TEST(InReinitGuard, IsAStartUpOfItsOwnAndForgetsWhatFailed) {
             EXPECT_EQ((Calls{"+b", "+c", "~b", "-b"}), calls);
         }
         calls.clear();
-        Package<'d'> const d(on<'a'>());
         InReinitGuard guard;
+        Package<'d'> const d(on<'a'>());
         guard.initializePackages();
         EXPECT_EQ((Calls{"+d", "*d"}), calls);
         calls.clear();
@@ -210,8 +210,67 @@ TEST(InRecursiveInitGuard, FinalisesWithAFailedPackageWhatCameToDependOnIt) {
             throw std::runtime_error("after loading others");
         };
         EXPECT_THROW(guard.initializePackages(), InInitEx);
-        EXPECT_EQ((Calls{"+p", "+o", "+q", "+r", "~q", "~p", "-q", "-p"}), calls);
+        EXPECT_EQ((Calls{"+p", "+o", "+q", "+r", "~q", "~p", "-q", "-p", "*r"}), calls);
         EXPECT_TRUE(independent->isInitialized());
+    });
+}
+
+TEST(InReinitGuard, TakesItsOwnPackagesAndWhatTheyNeedOfThoseWithoutAGuard) {
+    inChildProcess([] {
+        Package<'a'> const a;
+        InInitMgr::initialize();
+        calls.clear();
+        Package<'z'> const needed;
+        Package<'y'> const notNeeded;
+        InReinitGuard outer;
+        Package<'b'> const b;
+        {
+            InReinitGuard inner;
+            Package<'c'> const c(on<'z', 'a'>());
+            std::unique_ptr<Package<'x'>> ofAnotherThread;
+            std::thread([&] { ofAnotherThread = std::make_unique<Package<'x'>>(); }).join();
+            inner.initializePackages();
+            EXPECT_EQ((Calls{"+z", "+c", "*z", "*c"}), calls);
+        }
+        Package<'d'> const d;
+        calls.clear();
+        outer.initializePackages();
+        EXPECT_EQ((Calls{"+b", "+d", "*b", "*d"}), calls);
+    });
+}
+
+TEST(InReinitGuard, LeavesThePostInitialiseHooksOfAStartUpAroundIt) {
+    inChildProcess([] {
+        std::unique_ptr<Package<'p'>> own;
+        std::unique_ptr<Package<'q'>> joining;
+        Package<'a'> const a;
+        Package<'b'> b(on<'a'>());
+        b.onInitialize = [&] {
+            InReinitGuard guard;
+            own = std::make_unique<Package<'p'>>();
+            guard.initializePackages();
+        };
+        b.onPostInitialize = [&] {
+            InRecursiveInitGuard guard;
+            joining = std::make_unique<Package<'q'>>();
+            guard.initializePackages();
+        };
+        InInitMgr::initialize();
+        EXPECT_EQ((Calls{"+a", "+b", "+p", "*p", "*a", "*b", "+q", "*q"}), calls);
+    });
+}
+
+TEST(InRecursiveInitGuard, IsTakenBackWithTheStartUpOfTheProcess) {
+    inChildProcess([] {
+        std::unique_ptr<Package<'p'>> plugIn;
+        Package<'a'> a;
+        a.onInitialize = [&] {
+            InRecursiveInitGuard guard;
+            plugIn = std::make_unique<Package<'p'>>();
+            guard.initializePackages();
+            throw std::runtime_error("no licence");
+        };
+        expectFailedStartUp("Package \"a\" could not be initialised: no licence", {"+a", "+p", "~p", "-p"});
     });
 }
 

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <thread>
 
 namespace {
@@ -33,10 +34,6 @@ public:
             output.append(buffer, count);
         for (std::size_t waiting = 0; peekError(waiting) && waiting > 0;)
             error.append(buffer, readError(buffer, std::min(waiting, sizeof buffer)));
-    }
-    void readLine() {
-        for (; output.find('\n') == std::string::npos; nap(0.001))
-            readAll();
     }
     int readToEnd() {
         int exitCode = stillActive;
@@ -149,11 +146,13 @@ TEST(OsChildProcess, EndsByABreakUnlessItIgnoresIt) {
     EXPECT_TRUE(obedient.sendBreak());
     EXPECT_EQ(OsChildProcess::endedByBreak, obedient.readToEnd());
 
-    Child stubborn(childCommand("ignoreBreak out 'ready\n' await /dev/null pause"));
-    stubborn.readLine();
+    NamedPipe pipe;
+    Child stubborn(childCommand("ignoreBreak tell " + pipe.path() + " await " + pipe.path() + " tell " + pipe.path() +
+                                " pause"));
+    pid_t const number = pipe.hear();
     EXPECT_TRUE(stubborn.sendBreak());
-    EXPECT_TRUE(stubborn.getExitCode(exitCode));
-    EXPECT_EQ(OsChildProcess::stillActive, exitCode);
+    pipe.release();
+    EXPECT_EQ(number, pipe.hear());
     EXPECT_TRUE(stubborn.terminate(7));
     EXPECT_EQ(7, stubborn.readToEnd());
 
@@ -204,22 +203,24 @@ TEST(OsChildProcess, LeavesTheRestOfItsGroupAloneWhenItEndsByItself) {
 }
 
 TEST(OsChildProcess, StartsWithNothingOfThisProcessButItsDirectory) {
-    std::signal(SIGINT, SIG_IGN);
-    std::signal(SIGPIPE, SIG_IGN);
-    sigset_t blocked;
-    sigfillset(&blocked);
-    pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
-    int const inheritable = ::open("/dev/null", O_RDONLY);
-    EXPECT_EQ("0 1 2 \n", outputOf("descriptors"));
-    EXPECT_EQ("leads its group, priority 19, usual signals, names of output 0, mode of output 384\n",
-        outputOf("attributes"));
-    Child child(childCommand("environment"), {"B=2", "A=1=2"});
-    child.readToEnd();
-    EXPECT_EQ("B=2\nA=1=2\n", child.output);
-    sigset_t now;
-    pthread_sigmask(SIG_BLOCK, nullptr, &now);
-    EXPECT_TRUE(sigismember(&now, SIGTERM)) << "this thread's own signals are as they were";
-    ::close(inheritable);
+    inChildProcess([] {
+        std::signal(SIGINT, SIG_IGN);
+        std::signal(SIGPIPE, SIG_IGN);
+        sigset_t blocked;
+        sigfillset(&blocked);
+        pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+        int const inheritable = ::open("/dev/null", O_RDONLY);
+        EXPECT_EQ("0 1 2 \n", outputOf("descriptors"));
+        EXPECT_EQ("leads its group, priority 19, usual signals, names of output 0, mode of output 384\n",
+            outputOf("attributes"));
+        Child child(childCommand("environment"), {"B=2", "A=1=2"});
+        child.readToEnd();
+        EXPECT_EQ("B=2\nA=1=2\n", child.output);
+        sigset_t now;
+        pthread_sigmask(SIG_BLOCK, nullptr, &now);
+        EXPECT_TRUE(sigismember(&now, SIGTERM)) << "this thread's own signals are as they were";
+        ::close(inheritable);
+    });
 }
 
 TEST(OsChildProcess, StartsAlsoWhenThisProcessHasNoStandardStreams) {
@@ -346,7 +347,7 @@ TEST(OsChildProcess, LivesOnDetachedAndBecomesNoZombie) {
 
 TEST(OsChildProcess, EndsWithThisProcessUnlessItWasDetached) {
     NamedPipe attachedTells, memberTells, detachedTells, releases;
-    std::string const attached = childCommand("ignoreBreak tell " + attachedTells.path() + " fork tell " +
+    std::string const attached = childCommand("ignoreBreak tell " + attachedTells.path() + " member tell " +
                                               memberTells.path() + " pause");
     std::string const detached = childCommand("tell " + detachedTells.path() + " await " + releases.path() +
                                               " floodErr 100000 50 tell " + detachedTells.path());

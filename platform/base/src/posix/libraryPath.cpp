@@ -11,4 +11,9 @@ std::string baseLibraryPath() {
     return std::filesystem::absolute(info.dli_fname).lexically_normal().string();
 }
 
+void const* libraryOf(void const* object) noexcept {
+    Dl_info info{};
+    return dladdr(object, &info) == 0 ? nullptr : info.dli_fbase;
+}
+
 } // namespace Ko

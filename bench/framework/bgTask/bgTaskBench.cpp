@@ -1,0 +1,367 @@
+// What tasks, jobs, notifications and events cost, each beside the least that the same work could cost by hand.
+
+#include "base/evEventManager.h"
+#include "base/inInitMgr.h"
+#include "framework/bgTask/bgManager.h"
+#include "resmgt/mtGroup.h"
+
+#include <benchmark/benchmark.h>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <latch>
+#include <malloc.h>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace Ko;
+
+constexpr int workers = 6;
+constexpr std::int64_t million = 1000000;
+
+void perItem(benchmark::State& state, std::int64_t items) {
+    state.counters["perItem"] = benchmark::Counter(
+        static_cast<double>(state.iterations() * items), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+// The minimum: a mutex, a condition and a deque, and one worker woken at a time.
+class LeastPool {
+public:
+    LeastPool() {
+        for (int worker = 0; worker < workers; ++worker)
+            _threads.emplace_back([this] { work(); });
+    }
+    ~LeastPool() {
+        {
+            std::lock_guard const guard(_mutex);
+            _stopping = true;
+        }
+        _nonEmpty.notify_all();
+    }
+    void add(std::function<void()> task) {
+        bool wakes = false;
+        {
+            std::lock_guard const guard(_mutex);
+            _tasks.push_back(std::move(task));
+            wakes = needsWorker();
+        }
+        if (wakes) _nonEmpty.notify_one();
+    }
+
+private:
+    bool needsWorker() {
+        if (_sleeping == 0 || _waking) return false;
+        return _waking = true;
+    }
+    void work() {
+        for (;;) {
+            std::unique_lock lock(_mutex);
+            while (_tasks.empty() && !_stopping) {
+                ++_sleeping;
+                _nonEmpty.wait(lock);
+                --_sleeping;
+                _waking = false;
+            }
+            if (_stopping) return;
+            auto const task = std::move(_tasks.front());
+            _tasks.pop_front();
+            bool const wakes = !_tasks.empty() && needsWorker();
+            lock.unlock();
+            if (wakes) _nonEmpty.notify_one();
+            task();
+        }
+    }
+
+    std::mutex _mutex;
+    std::condition_variable _nonEmpty;
+    std::deque<std::function<void()>> _tasks;
+    int _sleeping = 0;
+    bool _waking = false;
+    bool _stopping = false;
+    std::vector<std::jthread> _threads;
+};
+
+// Counts what was executed, each worker on its own, so that the count costs nothing.
+class Countdown {
+public:
+    explicit Countdown(std::int64_t count) : _left(count) {}
+    void done() {
+        if (_left.fetch_sub(1, std::memory_order_acq_rel) == 1) _end.count_down();
+    }
+    void wait() { _end.wait(); }
+
+private:
+    std::atomic<std::int64_t> _left;
+    std::latch _end{1};
+};
+
+class CountingTask final : public MtTaskImp {
+public:
+    explicit CountingTask(Countdown& countdown) : _countdown(countdown) {}
+    void execute() override { _countdown.done(); }
+
+private:
+    Countdown& _countdown;
+};
+
+class CountingProtocol final : public BgJobProtocol {
+public:
+    explicit CountingProtocol(Countdown& countdown) : BgJobProtocol("job", "count"), _countdown(countdown) {}
+    void execute() override { _countdown.done(); }
+
+private:
+    Countdown& _countdown;
+};
+
+// `produce(items, countdown)` on so many threads.
+template <class Produce>
+void throughput(benchmark::State& state, std::int64_t items, Produce produce) {
+    std::int64_t const producers = state.range(0);
+    for (auto _ : state) {
+        Countdown countdown(items);
+        std::vector<std::jthread> threads;
+        for (std::int64_t producer = 1; producer < producers; ++producer)
+            threads.emplace_back([&] { produce(items / producers, countdown); });
+        produce(items / producers, countdown);
+        countdown.wait();
+    }
+    perItem(state, items);
+}
+
+// What is executed exists already, here as in the minimum.
+void Tasks(benchmark::State& state) {
+    MtGroup<std::queue<MtTask>> group("Bench", workers);
+    throughput(state, million, [&group](std::int64_t items, Countdown& countdown) {
+        std::vector<RCShdPtr<CountingTask>> tasks;
+        for (int task = 0; task < 1024; ++task)
+            tasks.push_back(RCShdPtr<CountingTask>::create(countdown));
+        while (items-- > 0)
+            group.add(tasks[static_cast<std::size_t>(items) % tasks.size()]);
+    });
+}
+
+void NewTasks(benchmark::State& state) {
+    MtGroup<std::queue<MtTask>> group("Bench", workers);
+    throughput(state, million, [&group](std::int64_t items, Countdown& countdown) {
+        while (items-- > 0)
+            group.add(RCShdPtr<CountingTask>::create(countdown));
+    });
+}
+
+void TasksLeast(benchmark::State& state) {
+    LeastPool pool;
+    throughput(state, million, [&pool](std::int64_t items, Countdown& countdown) {
+        while (items-- > 0)
+            pool.add([&countdown] { countdown.done(); });
+    });
+}
+
+/// A manager's observer, as a host has one.
+class ManagerObserver final : public ObObserver<BgManagerTag> {
+private:
+    void update(ObObserver const*, ObHints const& hints) override { benchmark::DoNotOptimize(hints.size()); }
+};
+
+template <class Submit>
+void jobs(benchmark::State& state, Submit submit) {
+    BgManager& manager = BgManager::getInstance();
+    ManagerObserver observer;
+    manager.attachObserver(&observer);
+    for (auto _ : state) {
+        Countdown countdown(state.range(0));
+        for (std::int64_t job = 0; job < state.range(0); ++job)
+            submit(manager, std::make_unique<CountingProtocol>(countdown));
+        countdown.wait();
+        EvEventManager::getInstance().processEvents();
+        state.PauseTiming();
+        manager.stopAllJobs();
+        EvEventManager::getInstance().processEvents();
+        state.ResumeTiming();
+    }
+    perItem(state, state.range(0));
+}
+
+void UiJobs(benchmark::State& state) {
+    jobs(state, [](BgManager& manager, OPtr<BgJobProtocol> protocol) { manager.addUiJob(std::move(protocol), 0); });
+}
+
+void Jobs(benchmark::State& state) {
+    jobs(state, [](BgManager& manager, OPtr<BgJobProtocol> protocol) { manager.addJob(std::move(protocol)); });
+}
+
+void SubmitListDelete(benchmark::State& state) {
+    BgManager& manager = BgManager::getInstance();
+    for (auto _ : state) {
+        Countdown countdown(state.range(0));
+        for (std::int64_t job = 0; job < state.range(0); ++job)
+            manager.addJob(std::make_unique<CountingProtocol>(countdown));
+        auto const listed = manager.getJobs();
+        for (auto const& job : listed)
+            manager.stopAndDeleteJob(job);
+    }
+    EvEventManager::getInstance().processEvents();
+    perItem(state, state.range(0));
+}
+
+// One task at a time, to workers that sleep and back.
+template <class Add>
+void roundTrip(benchmark::State& state, Add add) {
+    for (auto _ : state) {
+        Countdown countdown(1);
+        add(countdown);
+        countdown.wait();
+    }
+}
+
+void RoundTrip(benchmark::State& state) {
+    MtGroup<std::queue<MtTask>> group("Bench", workers);
+    roundTrip(state, [&group](Countdown& countdown) { group.add(RCShdPtr<CountingTask>::create(countdown)); });
+}
+
+void RoundTripLeast(benchmark::State& state) {
+    LeastPool pool;
+    roundTrip(state, [&pool](Countdown& countdown) { pool.add([&countdown] { countdown.done(); }); });
+}
+
+class Subject final : public ObSubject<BgJobTag> {};
+class Observer final : public ObObserver<BgJobTag> {
+public:
+    long updates = 0;
+
+private:
+    void update(ObObserver const*, ObHints const&) override { ++updates; }
+};
+
+void Notify(benchmark::State& state) {
+    Subject subject;
+    std::vector<std::unique_ptr<Observer>> observers;
+    for (std::int64_t observer = 0; observer < state.range(0); ++observer)
+        subject.attachObserver(observers.emplace_back(std::make_unique<Observer>()).get());
+    ObHints const hints(RCShdPtr<BgJobHintProgress>::create());
+    for (auto _ : state)
+        subject.notify(hints);
+    perItem(state, state.range(0));
+}
+
+// The minimum: a vector of functions behind a mutex that is held once for all.
+void NotifyLeast(benchmark::State& state) {
+    std::mutex mutex;
+    std::vector<std::function<void(ObHints const&)>> observers;
+    long updates = 0;
+    for (std::int64_t observer = 0; observer < state.range(0); ++observer)
+        observers.emplace_back([&updates](ObHints const&) { benchmark::DoNotOptimize(++updates); });
+    ObHints const hints(RCShdPtr<BgJobHintProgress>::create());
+    for (auto _ : state) {
+        std::lock_guard const guard(mutex);
+        for (auto const& observer : observers)
+            observer(hints);
+    }
+    perItem(state, state.range(0));
+}
+
+void AttachNotifyDetach(benchmark::State& state) {
+    auto const count = static_cast<std::size_t>(state.range(0));
+    std::vector<Subject> subjects(count);
+    std::vector<Observer> observers(count);
+    ObHints const hints(RCShdPtr<BgJobHintProgress>::create());
+    for (auto _ : state) {
+        for (std::size_t index = 0; index < count; ++index)
+            subjects[index].attachObserver(&observers[index]);
+        for (Subject& subject : subjects)
+            subject.notify(hints);
+        for (std::size_t index = 0; index < count; ++index)
+            subjects[index].detachObserver(&observers[index]);
+    }
+    perItem(state, state.range(0));
+}
+
+class ReportingProtocol final : public BgJobProtocol {
+public:
+    explicit ReportingProtocol(benchmark::State& state) : BgJobProtocol("job", "report"), _state(state) {}
+    void execute() override {
+        for (auto _ : _state)
+            for (int done = 1; done <= 1000; ++done)
+                reportProgress(done, static_cast<int>(million));
+    }
+
+private:
+    benchmark::State& _state;
+};
+
+void ThrottledReport(benchmark::State& state) {
+    auto const job = BgJob::create(std::make_unique<ReportingProtocol>(state));
+    Observer observer;
+    job->attachObserver(&observer);
+    job->execute();
+    perItem(state, 1000);
+}
+
+void Events(benchmark::State& state) {
+    EvEventManager& events = EvEventManager::getInstance();
+    long processed = 0;
+    for (auto _ : state) {
+        std::jthread const poster([&] {
+            for (std::int64_t event = 0; event < state.range(0); ++event)
+                events.postRequest([&processed] { ++processed; });
+        });
+        for (long const end = processed + state.range(0); processed < end;)
+            events.processEvents();
+    }
+    perItem(state, state.range(0));
+}
+
+// The minimum: a vector behind a mutex, swapped by the application thread.
+void EventsLeast(benchmark::State& state) {
+    std::mutex mutex;
+    std::vector<std::function<void()>> posted;
+    std::vector<std::function<void()>> taken;
+    long processed = 0;
+    for (auto _ : state) {
+        std::jthread const poster([&] {
+            for (std::int64_t event = 0; event < state.range(0); ++event) {
+                std::lock_guard const guard(mutex);
+                posted.emplace_back([&processed] { ++processed; });
+            }
+        });
+        for (long const end = processed + state.range(0); processed < end;) {
+            {
+                std::lock_guard const guard(mutex);
+                taken.swap(posted);
+            }
+            for (auto const& event : taken)
+                event();
+            taken.clear();
+        }
+    }
+    perItem(state, state.range(0));
+}
+
+BENCHMARK(Tasks)->Arg(1)->Arg(4)->UseRealTime();
+BENCHMARK(NewTasks)->Arg(1)->Arg(4)->UseRealTime();
+BENCHMARK(TasksLeast)->Arg(1)->Arg(4)->UseRealTime();
+BENCHMARK(UiJobs)->Arg(1000)->Arg(100000)->Arg(million)->UseRealTime();
+BENCHMARK(Jobs)->Arg(1000)->Arg(100000)->Arg(million)->UseRealTime();
+BENCHMARK(SubmitListDelete)->Arg(1000)->Arg(100000)->Arg(million)->UseRealTime();
+BENCHMARK(RoundTrip)->UseRealTime();
+BENCHMARK(RoundTripLeast)->UseRealTime();
+BENCHMARK(Notify)->Arg(1)->Arg(10)->Arg(1000);
+BENCHMARK(NotifyLeast)->Arg(1)->Arg(10)->Arg(1000);
+BENCHMARK(AttachNotifyDetach)->Arg(1000)->Arg(100000)->Arg(million);
+BENCHMARK(ThrottledReport);
+BENCHMARK(Events)->Arg(100000)->UseRealTime();
+BENCHMARK(EventsLeast)->Arg(100000)->UseRealTime();
+
+} // namespace
+
+int main(int argc, char** argv) {
+    // Memory that was used once stays with the process, as in one that has been at work for a while.
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    mallopt(M_MMAP_THRESHOLD, 1 << 30);
+    InInitScope const scope;
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}

@@ -1,0 +1,169 @@
+// What finding, choosing and loading plug-ins costs, each beside the least that the same work could cost by hand: opens
+// by the system's loader, a walk through the directory, a look at the name.
+
+#include "framework/plugInMgr/pimUtils.h"
+
+#include <benchmark/benchmark.h>
+#include <chrono>
+#include <cstdlib>
+#include <dirent.h>
+#include <dlfcn.h>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <unordered_map>
+#include <vector>
+
+namespace {
+
+using namespace Ko;
+
+constexpr int plugIns = 200;
+constexpr int files = 10000;
+constexpr int types = 100;
+constexpr auto mode = InInitMgr::Reinitialization;
+
+// A folder of this process's own, removed at its end.
+class Folder {
+public:
+    explicit Folder(std::string const& name)
+        : _path(std::filesystem::temp_directory_path() / (name + std::to_string(::getpid()))) {
+        std::filesystem::create_directories(_path);
+    }
+    ~Folder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(_path, ignored);
+    }
+    Folder(Folder const&) = delete;
+    Folder& operator=(Folder const&) = delete;
+
+    std::string file(std::string const& name) const { return (_path / name).string(); }
+    OsFilePath path() const { return _path.string(); }
+
+private:
+    std::filesystem::path _path;
+};
+
+std::vector<std::string> fillWithPlugIns(Folder const& folder) {
+    std::vector<std::string> paths;
+    for (int index = 0; index < plugIns; ++index) {
+        paths.push_back(folder.file("plugIn" + std::to_string(index) + ".op.so"));
+        std::filesystem::copy_file(KO_BENCH_PLUG_IN, paths.back());
+    }
+    return paths;
+}
+
+// Empty files, which are found but not loaded.
+void fillWithNames(Folder const& folder) {
+    for (int index = 0; index < files; ++index)
+        std::ofstream(folder.file("file" + std::to_string(index) + ".t" + std::to_string(index % types) + ".so"));
+}
+
+// A process opens a library once. So every measure is taken in a child, which sends back the seconds.
+template <class Load>
+double secondsInChild(Load load) {
+    int ends[2];
+    if (::pipe(ends) != 0) std::abort();
+    pid_t const child = ::fork();
+    if (child == 0) {
+        auto const begin = std::chrono::steady_clock::now();
+        int const loaded = load();
+        std::chrono::duration<double> const passed = std::chrono::steady_clock::now() - begin;
+        double const seconds = loaded == plugIns ? passed.count() : -1.0;
+        ::_exit(::write(ends[1], &seconds, sizeof seconds) == sizeof seconds ? 0 : 1);
+    }
+    double seconds = -1.0;
+    if (::read(ends[0], &seconds, sizeof seconds) != sizeof seconds) seconds = -1.0;
+    ::waitpid(child, nullptr, 0);
+    ::close(ends[0]);
+    ::close(ends[1]);
+    return seconds;
+}
+
+template <class Load>
+void loadInChildren(benchmark::State& state, Load load) {
+    for (auto _ : state) {
+        double const seconds = secondsInChild(load);
+        if (seconds < 0.0) return state.SkipWithError("not all plug-ins were loaded");
+        state.SetIterationTime(seconds);
+    }
+    state.counters["perPlugIn"] = benchmark::Counter(
+        static_cast<double>(state.iterations() * plugIns), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+void LoadPlugIns(benchmark::State& state, Folder const& folder) {
+    loadInChildren(state, [&] { return PimUtils::loadType(folder.path(), "op", mode, PimUtils::getNullCb()); });
+}
+
+void LoadPlugInsLeast(benchmark::State& state, std::vector<std::string> const& paths) {
+    loadInChildren(state, [&] {
+        int loaded = 0;
+        for (std::string const& path : paths)
+            if (::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) ++loaded;
+        return loaded;
+    });
+}
+
+void ScanForType(benchmark::State& state, Folder const& folder, std::string const& type) {
+    for (auto _ : state)
+        benchmark::DoNotOptimize(PimUtils::loadType(folder.path(), type, mode, PimUtils::getNullCb()));
+}
+
+void ScanForTypeLeast(benchmark::State& state, Folder const& folder) {
+    for (auto _ : state) {
+        int found = 0;
+        DIR* const stream = ::opendir(folder.path().getPath().c_str());
+        while (::readdir(stream))
+            ++found;
+        ::closedir(stream);
+        benchmark::DoNotOptimize(found);
+    }
+}
+
+// A plug-in that is filtered out costs the filter, and before it the question whether it is loaded.
+void Filter(benchmark::State& state) {
+    OsFilePath const path = "/plugIns/jpeg.io.so";
+    for (auto _ : state)
+        if (PimUtils::load(path, mode)) return state.SkipWithError("was not filtered out");
+}
+
+void FilterLeast(benchmark::State& state) {
+    std::unordered_map<std::string, std::vector<std::string>> const exclusions = {{"io", {"tiff", "jp"}}};
+    std::string const path = "/plugIns/jpeg.io.so";
+    for (auto _ : state) {
+        std::string_view const file = std::string_view(path).substr(path.rfind('/') + 1);
+        std::string_view const base = file.substr(0, file.rfind('.'));
+        auto const dot = base.rfind('.');
+        bool isFilteredOut = false;
+        if (auto const rule = exclusions.find(std::string(base.substr(dot + 1))); rule != exclusions.end())
+            for (std::string const& fragment : rule->second)
+                isFilteredOut = isFilteredOut || base.substr(0, dot).find(fragment) != std::string_view::npos;
+        benchmark::DoNotOptimize(isFilteredOut);
+    }
+}
+
+BENCHMARK(Filter);
+BENCHMARK(FilterLeast);
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::vector<char*> arguments(argv, argv + argc);
+    std::string include = "plugins_include:io=tiff,io=jpeg", exclude = "plugins_exclude:io=tiff,io=jp";
+    arguments.insert(arguments.end(), {include.data(), exclude.data(), nullptr});
+    int count = argc + 2;
+    InInitScope const scope(count, arguments.data());
+    benchmark::Initialize(&count, arguments.data());
+
+    Folder const loaded("koBenchPlugIns"), scanned("koBenchNames");
+    auto const paths = fillWithPlugIns(loaded);
+    fillWithNames(scanned);
+    benchmark::RegisterBenchmark("LoadPlugIns", LoadPlugIns, std::cref(loaded))->UseManualTime();
+    benchmark::RegisterBenchmark("LoadPlugInsLeast", LoadPlugInsLeast, std::cref(paths))->UseManualTime();
+    benchmark::RegisterBenchmark("ScanForType/none", ScanForType, std::cref(scanned), "op");
+    benchmark::RegisterBenchmark("ScanForType/one of 100", ScanForType, std::cref(scanned), "t42");
+    benchmark::RegisterBenchmark("ScanForTypeLeast", ScanForTypeLeast, std::cref(scanned));
+    benchmark::RunSpecifiedBenchmarks();
+}

@@ -1,0 +1,230 @@
+#include "host/jobs.h"
+
+#include "base/evEventManager.h"
+#include "document/documentFile.h"
+#include "framework/bgTask/bgEx.h"
+#include "resmgt/msgServer.h"
+#include "script/script.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <ostream>
+
+namespace compositor {
+
+namespace {
+
+using Ko::RCShdPtr;
+using State = Ko::BgJobHintChangeState;
+
+/// Work that writes a file.
+class FileProtocol final : public Ko::BgJobProtocol {
+public:
+    using Work = std::function<void(Progress const& progress)>;
+
+    FileProtocol(std::string const& type, std::filesystem::path const& path, Work work)
+        : BgJobProtocol(type + " " + path.filename().string(), type), _work(std::move(work)) {}
+
+    void execute() override {
+        try {
+            _work([this](int done, int total) {
+                reportProgress(done, total);
+                return continueExecution();
+            });
+        } catch (std::exception const& error) {
+            throw Ko::BgEx::ExBgTaskFailed("compositor/host/jobs.cpp", __LINE__, error.what());
+        }
+    }
+
+private:
+    Work _work;
+};
+
+std::string percent(float progress) {
+    return std::isfinite(progress) ? std::to_string(std::lround(progress * 100.0f)) + "%" : "?";
+}
+
+std::string bar(float progress) {
+    constexpr int width = 30;
+    auto const filled = static_cast<std::size_t>(std::clamp(std::lround(progress * width), 0L, long{width}));
+    std::string text(width, '-');
+    std::fill_n(text.begin(), filled, '#');
+    return "[" + text + "] " + percent(progress);
+}
+
+std::string nameOf(State::JobState_t state) {
+    switch (state) {
+    case State::Idle:
+    case State::Waiting:
+        return "waiting";
+    case State::Busy:
+        return "busy";
+    case State::Stopping:
+        return "stopping";
+    case State::Stopped:
+        return "stopped";
+    case State::Complete:
+        return "complete";
+    case State::Failed:
+        return "failed";
+    }
+    return "";
+}
+
+} // namespace
+
+Ko::OPtr<Ko::BgJobProtocol> makeRenderProtocol(Document const& document, std::filesystem::path const& path) {
+    return std::make_unique<FileProtocol>("render", path,
+        [renderer = document.renderer(), path](Progress const& progress) { renderer.renderToFile(path, progress); });
+}
+
+Ko::OPtr<Ko::BgJobProtocol> makeSaveProtocol(Document const& document, std::filesystem::path const& path) {
+    return std::make_unique<FileProtocol>(
+        "save", path, [document, path](Progress const& progress) { saveDocument(document, path, progress); });
+}
+
+Jobs::Jobs(std::ostream& output, std::ostream& errors, Bars bars) : _output(output), _errors(errors), _bars(bars) {
+    Ko::EvEventManager::getInstance().setWakeUpHandler([this] { _awake.set(); });
+    Ko::MsgProtocol::setHandler([this](Ko::Msg const& message) { showError(message.getText()); });
+}
+
+Jobs::~Jobs() {
+    stopAll();
+    disableUpdates();
+    Ko::MsgProtocol::setHandler({});
+    Ko::EvEventManager::getInstance().setWakeUpHandler({});
+}
+
+void Jobs::submit(std::string place, Ko::OPtr<Ko::BgJobProtocol> protocol) {
+    int const number = ++_lastNumber;
+    std::string title = "job " + std::to_string(number) + " (" + protocol->getJobName() + ")";
+    auto const job = Ko::BgJob::create(std::move(protocol));
+    _entries[number] = {std::move(place), job, std::move(title)};
+    // Before the manager: what this knows of a failure comes before its message.
+    job->attachObserver(this);
+    Ko::BgManager::getInstance().addJob(job);
+}
+
+void Jobs::update() {
+    Ko::EvEventManager::getInstance().processEvents();
+}
+
+void Jobs::list() {
+    update();
+    eraseBars();
+    for (auto entry = _entries.begin(); entry != _entries.end();) {
+        RCShdPtr<Ko::BgJob> const job = entry->second.job;
+        Ko::BgJobStatistics const times = job->getStatistics();
+        auto const at = [](char const* what, std::string const& time) {
+            return time.empty() ? "" : std::string(", ") + what + " " + time;
+        };
+        _output << "  " << entry->second.title << ": " << nameOf(job->getState()->getHintValue()) << ", "
+                << percent(times.progress()) << at("submitted", times.submitted()) << at("started", times.started())
+                << at("ended", times.ended()) << "\n";
+        if (entry->second.hasEnded) {
+            Ko::BgManager::getInstance().stopAndDeleteJob(job);
+            entry = _entries.erase(entry);
+        } else {
+            ++entry;
+        }
+    }
+}
+
+void Jobs::stop(int number) {
+    auto const found = _entries.find(number);
+    if (found == _entries.end()) throw ScriptError("there is no job " + std::to_string(number));
+    found->second.job->stop();
+}
+
+void Jobs::wait() {
+    for (;;) {
+        _awake.reset();
+        update();
+        drawBars();
+        if (!isAnyRunning()) break;
+        _awake.wait();
+    }
+    // A worker may still be about to post the message of a job that has failed; it has when the protocol is free.
+    for (auto const& [number, entry] : _entries)
+        entry.job->releaseProtocol();
+    update();
+    eraseBars();
+}
+
+void Jobs::stopAll() {
+    for (auto const& [number, entry] : _entries)
+        entry.job->stop();
+    wait();
+    for (auto const& [number, entry] : _entries)
+        Ko::BgManager::getInstance().stopAndDeleteJob(entry.job);
+    _entries.clear();
+    update();
+}
+
+bool Jobs::takeFailure() {
+    return std::exchange(_hasFailed, false);
+}
+
+// On the thread that changes the job.
+void Jobs::update(Ko::ObObserver<Ko::BgJobTag> const*, Ko::ObHints const& hints) {
+    Ko::EvEventManager& events = Ko::EvEventManager::getInstance();
+    if (auto const change = hints.pickHint<State>())
+        events.postRequest([this, change] { stateChanged(*change->getJob(), change->getJobState()); });
+    if (auto const step = hints.pickHint<Ko::BgJobHintProgress>())
+        events.postRequest([this, step] { progressed(*step->getJob(), step->getProgress()); });
+}
+
+Jobs::Entry* Jobs::find(Ko::BgJob const& job) {
+    auto const found =
+        std::ranges::find_if(_entries, [&](auto const& entry) { return entry.second.job.get() == &job; });
+    return found == _entries.end() ? nullptr : &found->second;
+}
+
+void Jobs::stateChanged(Ko::BgJob const& job, State::JobState_t state) {
+    Entry* const entry = find(job);
+    if (!entry) return;
+    eraseBars();
+    _output << entry->title << ": " << nameOf(state) << std::endl;
+    entry->hasEnded = state == State::Stopped || state == State::Complete || state == State::Failed;
+    if (state != State::Failed) return;
+    _hasFailed = true;
+    if (auto const error = job.cloneError()) _placesOfErrors.emplace(error->getReason(), entry->place);
+}
+
+void Jobs::progressed(Ko::BgJob const& job, float progress) {
+    if (Entry* const entry = find(job)) entry->progress = progress;
+}
+
+void Jobs::showError(std::string const& text) {
+    eraseBars();
+    auto const found = _placesOfErrors.find(text);
+    if (found == _placesOfErrors.end()) {
+        _errors << text << std::endl;
+        return;
+    }
+    _errors << found->second << ": " << text << std::endl;
+    _placesOfErrors.erase(found);
+}
+
+bool Jobs::isAnyRunning() const {
+    return std::ranges::any_of(_entries, [](auto const& entry) { return !entry.second.hasEnded; });
+}
+
+void Jobs::drawBars() {
+    if (_bars == Bars::NotShown) return;
+    eraseBars();
+    for (auto const& [number, entry] : _entries) {
+        if (entry.hasEnded) continue;
+        _output << bar(entry.progress) << " " << entry.title << "\n";
+        ++_barsDrawn;
+    }
+    _output << std::flush;
+}
+
+// Leaves the cursor where the first bar was.
+void Jobs::eraseBars() {
+    if (_barsDrawn > 0) _output << "\x1b[" << std::exchange(_barsDrawn, 0) << "A\x1b[J" << std::flush;
+}
+
+} // namespace compositor

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "base/exBase.h"
+#include "framework/frameworkApi.h"
+#include "resmgt/osFilePath.h"
+
+namespace Ko {
+
+/// What the plug-in manager raises.
+class KO_FRAMEWORK_API PimEx : public ExBase {
+public:
+    class ExLibMultipleLoad;
+
+protected:
+    PimEx(char const* file, int line);
+};
+
+/// A library of that file name was loaded before.
+class KO_FRAMEWORK_API PimEx::ExLibMultipleLoad : public PimEx {
+public:
+    ExLibMultipleLoad(char const* file, int line, OsFilePath const& path);
+    ExBase* clone() const override;
+    [[noreturn]] void raise() const override;
+};
+
+} // namespace Ko

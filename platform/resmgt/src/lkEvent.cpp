@@ -1,0 +1,56 @@
+#include "resmgt/lkEvent.h"
+
+#include <array>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+namespace Ko {
+
+namespace {
+
+/// Where threads wait. Several events share one place: an event is small, and nobody has to touch it to wake a thread.
+struct Place {
+    std::mutex mutex;
+    std::condition_variable wakeUp;
+};
+
+Place& placeOf(void const* event) noexcept {
+    using Places = std::array<Place, 64>;
+    // Never destroyed: threads may wait until the process has ended.
+    static Places& places = *std::make_unique<Places>().release();
+    return places[std::hash<std::uintptr_t>()(reinterpret_cast<std::uintptr_t>(event) >> 4) % places.size()];
+}
+
+} // namespace
+
+bool LkEvent::waitUntil(std::chrono::steady_clock::time_point deadline) const {
+    if (isSet()) return true;
+    Place& place = placeOf(this);
+    std::unique_lock lock(place.mutex);
+    for (bool inTime = true; inTime;) {
+        State unset = State::Unset;
+        _state.compare_exchange_strong(unset, State::Awaited, std::memory_order_acq_rel);
+        if (isSet()) return true;
+        if (deadline == std::chrono::steady_clock::time_point::max())
+            place.wakeUp.wait(lock);
+        else
+            inTime = place.wakeUp.wait_until(lock, deadline) == std::cv_status::no_timeout;
+    }
+    return isSet();
+}
+
+bool LkEvent::wait(double seconds) const {
+    using namespace std::chrono;
+    return waitUntil(steady_clock::now() + duration_cast<steady_clock::duration>(duration<double>(seconds)));
+}
+
+void LkEvent::wakeAll(void const* event) noexcept {
+    Place& place = placeOf(event);
+    // With the lock: a thread that has found the event not set is waiting by then.
+    std::lock_guard const guard(place.mutex);
+    place.wakeUp.notify_all();
+}
+
+} // namespace Ko

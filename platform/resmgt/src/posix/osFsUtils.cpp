@@ -1,0 +1,44 @@
+#include "resmgt/osFsUtils.h"
+
+#include "resmgt/osFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <dirent.h>
+#include <memory>
+#include <system_error>
+
+namespace Ko {
+
+namespace {
+
+struct Closer {
+    void operator()(DIR* stream) const noexcept { ::closedir(stream); }
+};
+
+[[noreturn]] void throwUnreadable(OsFilePath const& directory, int error, int line = __builtin_LINE()) {
+    throw OsFileEx::ExInvalidPath(
+        "resmgt\\src\\osFsUtils", line, "OsFsUtils::getChildren", directory, std::generic_category().message(error));
+}
+
+bool isChild(std::string_view name) {
+    return name != "." && name != "..";
+}
+
+} // namespace
+
+Vector<OsFilePath> OsFsUtils::getChildren(OsFilePath const& directory, OsWildcardFilter const& filter) {
+    std::unique_ptr<DIR, Closer> const stream(::opendir(directory.getPath().c_str()));
+    if (!stream) throwUnreadable(directory, errno);
+    Vector<OsFilePath> children;
+    errno = 0;
+    while (dirent const* const entry = ::readdir(stream.get())) {
+        if (isChild(entry->d_name) && filter.matches(entry->d_name)) children.push_back(directory + entry->d_name);
+        errno = 0;
+    }
+    if (errno != 0) throwUnreadable(directory, errno);
+    std::sort(children.begin(), children.end());
+    return children;
+}
+
+} // namespace Ko

@@ -1,0 +1,209 @@
+#include "framework/plugInMgr/pimPlugInMgr.h"
+#include "framework/command/cmEx.h"
+#include "framework/plugInMgr/pimEx.h"
+#include "resmgt/osSharedLib.h"
+#include "tests/fixtures/plugIns/plugInJournal.h"
+#include "tests/support/childProcess.h"
+#include "tests/support/logRecorder.h"
+#include "tests/support/plugInFolder.h"
+
+#include <barrier>
+#include <gtest/gtest.h>
+#include <stdexcept>
+#include <thread>
+
+namespace {
+
+using namespace Ko;
+using namespace KoTest;
+
+using Journal = std::vector<std::string>;
+
+PimPlugInMgr& manager() {
+    return PimPlugInMgr::getInstance();
+}
+
+void load(OsFilePath const& path) {
+    manager().loadPlugIn(path, InInitMgr::Reinitialization);
+}
+
+// What became of loading.
+std::string outcomeOf(OsFilePath const& path) {
+    try {
+        load(path);
+        return "loaded";
+    } catch (ExBase const& error) {
+        return error.getReason();
+    }
+}
+
+// The journal since it was last taken.
+Journal takeJournal() {
+    return std::exchange(plugInJournal(), {});
+}
+
+class PimPlugInMgrTest : public testing::Test {
+protected:
+    PimPlugInMgrTest() {
+        plugInActions().clear();
+        takeJournal();
+    }
+
+    PlugInFolder folder;
+};
+
+TEST_F(PimPlugInMgrTest, InitialisesThePackagesAndKnowsTheLibraryByItsFileName) {
+    OsFilePath const path = folder.add("a/x.io.so", "blur.op.so");
+    OsFilePath const sameName = folder.add("b/x.io.so", "grade.op.so");
+    EXPECT_FALSE(manager().isLoaded(path));
+    load(path);
+    EXPECT_EQ((Journal{"+blur", "*blur"}), takeJournal());
+    for (OsFilePath const& same : {path, sameName, OsFilePath("x.io.so")})
+        EXPECT_TRUE(manager().isLoaded(same)) << same.getPath();
+    EXPECT_FALSE(manager().isLoaded("x.io"));
+    try {
+        load(sameName);
+        ADD_FAILURE() << "loaded twice";
+    } catch (PimEx::ExLibMultipleLoad const& error) {
+        EXPECT_EQ("Library \"" + sameName.getPath() + "\" already loaded.", error.getReason());
+        EXPECT_STREQ("framework\\plugInMgr\\src\\pimPlugInMgr", error.getFile());
+        EXPECT_EQ(148, error.getLine());
+    }
+    EXPECT_EQ(Journal{}, takeJournal());
+}
+
+TEST_F(PimPlugInMgrTest, DoesNotTryAFailedLibraryAgain) {
+    EXPECT_THROW(load(folder.path("later.op.so")), OsSharedLibEx);
+    OsFilePath const path = folder.add("later.op.so", "blur.op.so");
+    EXPECT_TRUE(manager().isLoaded(path));
+    EXPECT_THROW(load(path), PimEx::ExLibMultipleLoad);
+    EXPECT_EQ(Journal{}, takeJournal());
+}
+
+TEST_F(PimPlugInMgrTest, AbortsInAnyModeButTheTwoForLoading) {
+    for (int const mode : {0, 3}) {
+        OsFilePath const path = folder.add("mode" + std::to_string(mode) + ".op.so", "blur.op.so");
+        LogRecorder const log;
+        try {
+            manager().loadPlugIn(path, static_cast<InInitMgr::InitType>(mode));
+            ADD_FAILURE() << mode;
+        } catch (ExProgramAborted const& error) {
+            EXPECT_EQ("Can't load plugins in standard initialization mode.", error.getReason());
+            EXPECT_STREQ("framework\\plugInMgr\\src\\pimPlugInMgr", error.getFile());
+            EXPECT_EQ(170, error.getLine());
+        }
+        EXPECT_EQ(1u, log.lines().size()) << "a fatal error is logged";
+    }
+    EXPECT_EQ(Journal{}, takeJournal());
+}
+
+TEST_F(PimPlugInMgrTest, LetsAPlugInLoadPlugIns) {
+    OsFilePath const outer = folder.add("outer.op.so", "blur.op.so");
+    OsFilePath const joining = folder.add("joining.op.so", "grade.op.so");
+    OsFilePath const own = folder.add("own.op.so", "invert.op.so");
+    plugInActions()["+blur"] = [&] {
+        manager().loadPlugIn(joining, InInitMgr::Recursive);
+        manager().loadPlugIn(own, InInitMgr::Reinitialization);
+    };
+    load(outer);
+    EXPECT_EQ((Journal{"+blur", "+grade", "+invert", "*invert", "*grade", "*blur"}), takeJournal());
+}
+
+TEST_F(PimPlugInMgrTest, InitialisesAPlugInOnlyWhenItHasOpenedCompletely) {
+    OsFilePath const early = folder.add("early.op.so");
+    OsFilePath const other = folder.add("loadedEarly.op.so", "noise.gen.so");
+    plugInActions()["early opens"] = [&] { load(other); };
+    load(early);
+    EXPECT_EQ((Journal{"early opens", "+noise", "*noise", "+early", "*early"}), takeJournal());
+}
+
+TEST_F(PimPlugInMgrTest, FailsAPlugInThatLoadsItself) {
+    OsFilePath const path = folder.add("itself.op.so", "blur.op.so");
+    plugInActions()["+blur"] = [&] { load(path); };
+    EXPECT_THROW(load(path), PimEx::ExLibMultipleLoad);
+    EXPECT_EQ((Journal{"+blur"}), takeJournal());
+}
+
+TEST_F(PimPlugInMgrTest, LeavesNothingOfAFailedPlugIn) {
+    inChildProcess([] {
+        PlugInFolder const plugIns;
+        EXPECT_THROW(load(plugIns.add("failing.op.so")), CmEx::ExCommandFailure);
+        EXPECT_EQ((Journal{"+good", "+bad", "-good"}), takeJournal());
+        std::string const outcome = outcomeOf(plugIns.add("needy.op.so"));
+        EXPECT_TRUE(outcome.starts_with("Package \"needy\" depends on ")) << outcome;
+        EXPECT_THROW(load(plugIns.add("unresolved.op.so")), OsSharedLibEx);
+        EXPECT_EQ("loaded", outcomeOf(plugIns.add("blur.op.so")));
+        EXPECT_EQ((Journal{"+blur", "*blur"}), takeJournal());
+        InInitMgr::finalize();
+        EXPECT_EQ((Journal{"-blur"}), takeJournal());
+    });
+}
+
+TEST_F(PimPlugInMgrTest, KeepsTheLibraryThatAFailedPlugInSharesWithAnother) {
+    struct Row {
+        char const* failingHook;
+        Journal first;
+        Journal second;
+    };
+    for (Row const& row : {Row{"+first", {"+support", "+first", "*support"}, {"+second", "*second"}},
+             Row{"*first", {"+support", "+first", "*support", "*first", "-first"}, {"+second", "*second"}},
+             Row{"+support", {"+support"}, {}}})
+        inChildProcess([&row] {
+            PlugInFolder const plugIns;
+            plugInActions()[row.failingHook] = [] { throw std::runtime_error("no"); };
+            EXPECT_NE("loaded", outcomeOf(plugIns.add("first.op.so")));
+            EXPECT_EQ(row.first, takeJournal());
+            bool const isSupported = !row.second.empty();
+            EXPECT_EQ(isSupported, outcomeOf(plugIns.add("second.op.so")) == "loaded");
+            EXPECT_EQ(row.second, takeJournal());
+            InInitMgr::finalize();
+            EXPECT_EQ(isSupported ? (Journal{"-second", "-support"}) : Journal{}, takeJournal());
+        });
+}
+
+TEST_F(PimPlugInMgrTest, FinalisesPlugInsBeforeWhatTheyDependOn) {
+    inChildProcess([] {
+        PlugInFolder const plugIns;
+        for (char const* const name : {"blur.op.so", "first.op.so", "grade.op.so"})
+            load(plugIns.add(name));
+        takeJournal();
+        InInitMgr::finalize();
+        EXPECT_EQ((Journal{"-grade", "-first", "-support", "-blur"}), takeJournal());
+    });
+}
+
+TEST_F(PimPlugInMgrTest, CastsAndThrowsAcrossTheBorder) {
+    shapes().push_back(RCShdPtr<Circle>::create());
+    plugInActions()["*shapes"] = [] { throw std::out_of_range("of the host"); };
+    EXPECT_EQ("Package \"shapes\" could not be initialised: caught", outcomeOf(folder.add("shapes.op.so")));
+    ASSERT_EQ(3u, shapes().size());
+    for (RCShdPtr<Shape> const& shape : shapes())
+        EXPECT_NE(nullptr, dynamic_cast<Circle*>(shape.get()));
+    EXPECT_NE(typeid(*shapes()[1]), typeid(*shapes()[2]));
+    EXPECT_EQ(typeid(*shapes()[0]), typeid(*shapes()[1]));
+}
+
+// Of several threads that load the same libraries, each library is loaded by exactly one.
+TEST_F(PimPlugInMgrTest, OpensEachLibraryOnceHoweverManyThreadsLoad) {
+    constexpr int libraries = 8, threads = 4;
+    Vector<OsFilePath> paths;
+    for (int index = 0; index < libraries; ++index)
+        paths.push_back(folder.add("threads" + std::to_string(index) + ".op.so", "blur.op.so"));
+    std::atomic<int> loaded{0}, refused{0};
+    std::barrier start(threads);
+    std::vector<std::jthread> pool;
+    for (int thread = 0; thread < threads; ++thread)
+        pool.emplace_back([&] {
+            start.arrive_and_wait();
+            for (OsFilePath const& path : paths) {
+                ++(outcomeOf(path) == "loaded" ? loaded : refused);
+                EXPECT_TRUE(manager().isLoaded(path));
+            }
+        });
+    pool.clear();
+    EXPECT_EQ(libraries, loaded);
+    EXPECT_EQ(libraries * (threads - 1), refused);
+    EXPECT_EQ(2u * libraries, takeJournal().size());
+}
+
+} // namespace

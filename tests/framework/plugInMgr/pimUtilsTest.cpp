@@ -1,0 +1,222 @@
+#include "framework/plugInMgr/pimUtils.h"
+#include "base/assertions.h"
+#include "framework/plugInMgr/pimPlugInMgr.h"
+#include "resmgt/osFile.h"
+#include "tests/fixtures/plugIns/plugInJournal.h"
+#include "tests/support/childProcess.h"
+#include "tests/support/logRecorder.h"
+#include "tests/support/messageRecorder.h"
+#include "tests/support/plugInFolder.h"
+
+#include <gtest/gtest.h>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace {
+
+using namespace Ko;
+using namespace KoTest;
+
+using Names = std::vector<std::string>;
+
+constexpr InInitMgr::InitType mode = InInitMgr::Reinitialization;
+
+// Records the names of the files that are about to be opened.
+class RecordingCallback : public PimUtils::Callback {
+public:
+    void notifyLoading(OsFilePath const& path) override {
+        EXPECT_FALSE(PimPlugInMgr::getInstance().isLoaded(path)) << path.getPath();
+        names.push_back(path.getDirectory().getFileName().getPath() + "/" + path.getFileName().getPath());
+    }
+    Names names;
+};
+
+class PimUtilsTest : public testing::Test {
+protected:
+    PimUtilsTest() {
+        plugInActions().clear();
+        plugInJournal().clear();
+        PimUtils::setFilePaths({});
+    }
+
+    PlugInFolder folder;
+    MessageRecorder messages;
+    LogRecorder log;
+    RecordingCallback callback;
+};
+
+TEST_F(PimUtilsTest, LoadsATypeFromAllDirectoriesInOrderAndCountsItAgain) {
+    folder.add("one/t2.typed.so", "blur.op.so");
+    folder.add("one/t1.typed.so", "grade.op.so");
+    folder.add("one/t3.other.so", "noise.gen.so");
+    folder.add("two/t4.typed.so", "noise.gen.so");
+    folder.add("two/t1.typed.so", "invert.op.so"); // of a name that is taken
+    PimUtils::addPiDirectoryPath(folder.path("one"));
+    PimUtils::addPiDirectoryPath(folder.path("two"));
+    EXPECT_EQ(4, PimUtils::loadType("typed", mode, callback));
+    EXPECT_EQ((Names{"one/t1.typed.so", "one/t2.typed.so", "two/t4.typed.so"}), callback.names);
+    EXPECT_EQ((Names{"+grade", "*grade", "+blur", "*blur", "+noise", "*noise"}), plugInJournal());
+    EXPECT_EQ(4, PimUtils::loadType("typed", mode, callback));
+    EXPECT_EQ(2, PimUtils::loadType(folder.path("two"), "typed", mode, callback));
+    EXPECT_EQ(2, PimUtils::loadWildcard("t?.other*", mode, callback) + PimUtils::loadWildcard("*3*", mode, callback));
+    EXPECT_EQ(4u, callback.names.size()) << "no more than t3 was opened";
+    EXPECT_EQ(0, PimUtils::loadType("unheard-of", mode, PimUtils::getNullCb()));
+    EXPECT_EQ(Names{}, messages.texts());
+}
+
+struct BadPlugIn {
+    char const* name;
+    // None stands for a text file.
+    char const* fixture;
+    std::uintmax_t size;
+    bool opens;
+    char const* words;
+};
+
+class PimUtilsBadPlugIns : public PimUtilsTest, public testing::WithParamInterface<BadPlugIn> {};
+
+TEST_P(PimUtilsBadPlugIns, AreReportedAndSkipped) {
+    BadPlugIn const& row = GetParam();
+    std::string const file = std::string(row.name) + ".bad.so";
+    OsFilePath const bad = row.fixture ? folder.add(file, row.fixture) : folder.write(file, "no library").string();
+    if (row.size != 0) std::filesystem::resize_file(bad.getPath(), row.size);
+    folder.add(std::string(row.name) + "Zest.bad.so", "blur.op.so");
+    for (int count : {1, 2}) {
+        EXPECT_EQ(count, PimUtils::loadType(folder.path(), "bad", mode, callback))
+            << "at first the good one, then also "
+               "the bad one, which was tried";
+        ASSERT_EQ(1u, messages.texts().size());
+        ASSERT_EQ(1u, log.lines().size());
+    }
+    EXPECT_EQ((Names{"+blur", "*blur"}), Names(plugInJournal().end() - 2, plugInJournal().end()));
+    std::string const& path = bad.getPath();
+    std::string const message =
+        "The plug-in \"" + path + "\" could not be " + (row.opens ? "initialised" : "loaded") + " and is ignored: ";
+    ASSERT_TRUE(messages.texts()[0].starts_with(message)) << messages.texts()[0];
+    std::string const reason = messages.texts()[0].substr(message.size());
+    EXPECT_NE(std::string::npos, reason.find(row.words)) << reason;
+    EXPECT_EQ("PlugInMgr:2 [PlugInMgr] Error while attempting to " + std::string(row.opens ? "init" : "load") +
+                  " plugin '" + path + "':\n" + reason + "\nPlugin ignored.",
+        log.lines()[0]);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, PimUtilsBadPlugIns,
+    testing::Values(BadPlugIn{"unresolved", "unresolved.op.so", 0, false, "undefined symbol: koNobodyHasThis"},
+        BadPlugIn{"orphan", "orphan.op.so", 0, false, "libplugInAbsent.so: cannot open"},
+        BadPlugIn{"truncated", "blur.op.so", 20000, false, "cut off"},
+        BadPlugIn{"text", nullptr, 0, false, "file too short"},
+        BadPlugIn{
+            "failing", "failing.op.so", 0, true, "Package \"bad\" could not be initialised: Command un/execution"},
+        BadPlugIn{"needy", "needy.op.so", 0, true, "which is not registered"}),
+    [](auto const& row) { return row.param.name; });
+
+TEST_F(PimUtilsTest, ReportsALibraryThatMayNotBeRead) {
+    inChildProcess([this] {
+        OsFilePath const path = folder.add("locked.op.so", "blur.op.so");
+        std::filesystem::permissions(path.getPath(), std::filesystem::perms::none);
+        constexpr uid_t nobody = 65534;
+        ASSERT_TRUE(::geteuid() != 0 || ::seteuid(nobody) == 0);
+        EXPECT_FALSE(PimUtils::load(path, mode));
+        ASSERT_EQ(0, ::seteuid(::getuid()));
+        ASSERT_EQ(1u, messages.texts().size());
+        EXPECT_NE(std::string::npos, messages.texts()[0].find("Permission denied")) << messages.texts()[0];
+    });
+}
+
+TEST_F(PimUtilsTest, SkipsWhatIsNoFileWithoutAWord) {
+    folder.write("empty.skipped.so", "");
+    folder.write("folder.skipped.so/file", "");
+    std::filesystem::create_symlink("gone", folder / "dangling.skipped.so");
+    EXPECT_EQ(0, PimUtils::loadType(folder.path(), "skipped", mode, callback));
+    EXPECT_FALSE(PimUtils::load(folder.path("gone.skipped.so"), mode));
+    EXPECT_EQ(Names{}, callback.names);
+    EXPECT_EQ(Names{}, messages.texts());
+    EXPECT_EQ(Names{}, log.lines());
+    EXPECT_FALSE(PimPlugInMgr::getInstance().isLoaded("empty.skipped.so")) << "may still be repaired";
+    LogRecorder const detailed(5);
+    EXPECT_EQ(0, PimUtils::loadType(folder.path(), "skipped", mode, callback));
+    EXPECT_EQ(
+        (Names{"PlugInMgr:5 [PlugInMgr] Plugin '" + folder.path("dangling.skipped.so").getPath() + "' does not exist.",
+            "PlugInMgr:5 [PlugInMgr] Plugin '" + folder.path("empty.skipped.so").getPath() +
+                "' is a directory or empty.",
+            "PlugInMgr:5 [PlugInMgr] Plugin '" + folder.path("folder.skipped.so").getPath() +
+                "' is a directory or empty."}),
+        detailed.lines());
+}
+
+TEST_F(PimUtilsTest, LetsPassWhatIsNoFailureOfAPlugIn) {
+    plugInActions()["+blur"] = [] { AssertionSource("source").abort("broken"); };
+    EXPECT_THROW(PimUtils::load(folder.add("broken.op.so", "blur.op.so"), mode), ExProgramAborted);
+    EXPECT_THROW(PimUtils::load(folder.add("standard.op.so", "blur.op.so"), InInitMgr::Standard), ExProgramAborted);
+    class : public PimUtils::Callback {
+        void notifyLoading(OsFilePath const&) override { throw std::runtime_error("of the host"); }
+    } throwing;
+    folder.add("throwing.pass.so", "blur.op.so");
+    EXPECT_THROW(PimUtils::loadType(folder.path(), "pass", mode, throwing), std::runtime_error);
+    EXPECT_EQ(Names{}, messages.texts());
+}
+
+TEST_F(PimUtilsTest, LoadsOneByPathOrName) {
+    folder.add("one/a.single.so", "blur.op.so");
+    folder.add("two/a.single.so", "grade.op.so");
+    folder.add("two/b.single.so", "noise.gen.so");
+    folder.add("two/c.so", "invert.op.so");
+    folder.add("elsewhere/d.single.so", "blur.op.so");
+    PimUtils::setFilePaths({folder.path("nowhere"), folder.path("one"), folder.path("two")});
+    struct Row {
+        std::string path;
+        bool isLoaded;
+        Names journal;
+    };
+    for (Row const& row : {Row{"a.single", true, {"+blur", "*blur"}}, Row{"a.single.so", true, {}},
+             Row{"b.single", true, {"+noise", "*noise"}}, Row{"c", true, {"+invert", "*invert"}},
+             Row{"d.single", false, {}}, Row{folder.path("one/d.single").getPath(), false, {}},
+             Row{"two/c.so.so", false, {}},
+             Row{folder.path("elsewhere/d.single").getPath(), true, {"+blur", "*blur"}}}) {
+        plugInJournal().clear();
+        EXPECT_EQ(row.isLoaded, PimUtils::load(row.path, mode)) << row.path;
+        EXPECT_EQ(row.journal, plugInJournal()) << row.path;
+    }
+}
+
+TEST_F(PimUtilsTest, NeverTakesAPlugInFromTheCurrentDirectoryUnasked) {
+    inChildProcess([this] {
+        folder.add("near.op.so", "blur.op.so");
+        std::filesystem::current_path(folder / "");
+        EXPECT_FALSE(PimUtils::load("near.op", mode));
+        PimUtils::addPiDirectoryPath("");
+        EXPECT_FALSE(PimUtils::load("near.op", mode));
+        EXPECT_THROW(PimUtils::loadType("op", mode, callback), OsFileEx::ExInvalidPath);
+        EXPECT_TRUE(PimUtils::load("./near.op", mode));
+    });
+}
+
+TEST_F(PimUtilsTest, StopsAtADirectoryThatDoesNotExist) {
+    folder.add("first/f.stop.so", "blur.op.so");
+    folder.add("last/l.stop.so", "grade.op.so");
+    PimUtils::setFilePaths({folder.path("first"), folder.path("missing"), folder.path("last")});
+    try {
+        PimUtils::loadType("stop", mode, callback);
+        ADD_FAILURE() << "loaded";
+    } catch (OsFileEx::ExInvalidPath const& error) {
+        EXPECT_EQ(
+            "PimUtils::loadWildcard: Invalid path \"" + folder.path("missing").getPath() + "\".", error.getReason());
+        EXPECT_STREQ("framework\\plugInMgr\\src\\pimUtils", error.getFile());
+        EXPECT_EQ(380, error.getLine());
+    }
+    EXPECT_EQ((Names{"first/f.stop.so"}), callback.names);
+}
+
+TEST_F(PimUtilsTest, KeepsTheListOfDirectoriesAsItIsGiven) {
+    Vector<OsFilePath> const directories = {"b", "a", "b"};
+    PimUtils::setFilePaths(directories);
+    PimUtils::setFilePaths(PimUtils::getFilePaths());
+    EXPECT_EQ(directories, PimUtils::getFilePaths());
+    folder.add("g.growing.so", "blur.op.so");
+    PimUtils::setFilePaths({folder.path()});
+    plugInActions()["+blur"] = [] { PimUtils::addPiDirectoryPath("added"); };
+    EXPECT_EQ(1, PimUtils::loadType("growing", mode, callback)) << "without the directory that the plug-in adds";
+    EXPECT_EQ(2u, PimUtils::getFilePaths().size());
+}
+
+} // namespace

@@ -1,0 +1,133 @@
+#include "base/evEventManager.h"
+#include "base/exBase.h"
+#include "base/inInitMgr.h"
+#include "tests/support/childProcess.h"
+
+#include <array>
+#include <gtest/gtest.h>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace Ko;
+using KoTest::inChildProcess;
+
+class EvEventManagerTest : public testing::Test {
+protected:
+    void post(char name) {
+        events.postRequest([this, name] { processed += name; });
+    }
+
+    ~EvEventManagerTest() override {
+        events.setWakeUpHandler({});
+        events.processEvents();
+    }
+
+    EvEventManager& events = EvEventManager::getInstance();
+    std::string processed;
+    int wakeUps = 0;
+};
+
+TEST_F(EvEventManagerTest, ProcessesInTheOrderOfPostingAndWakesUpOncePerBatch) {
+    events.setWakeUpHandler([this] { ++wakeUps; });
+    EXPECT_EQ(0u, events.processEvents());
+    post('a');
+    post('b');
+    EXPECT_EQ(1, wakeUps);
+    EXPECT_EQ(2u, events.processEvents());
+    post('c');
+    EXPECT_EQ(2, wakeUps);
+    EXPECT_EQ(1u, events.processEvents());
+    EXPECT_EQ("abc", processed);
+    events.setWakeUpHandler({});
+    post('d');
+    EXPECT_EQ(2, wakeUps);
+}
+
+TEST_F(EvEventManagerTest, LeavesWhatIsPostedMeanwhileForTheNextCall) {
+    events.setWakeUpHandler([this] { ++wakeUps; });
+    events.postRequest([this] { post('b'); });
+    EXPECT_EQ(1u, events.processEvents());
+    EXPECT_EQ("", processed);
+    EXPECT_EQ(2, wakeUps);
+    EXPECT_EQ(1u, events.processEvents());
+    EXPECT_EQ("b", processed);
+}
+
+TEST_F(EvEventManagerTest, GoesOnInAnInnerLoopWhereTheOuterOneIs) {
+    post('a');
+    events.postRequest([this] {
+        for (char const name : {'d', 'e', 'f', 'g'})
+            post(name);
+        processed += '(';
+        EXPECT_EQ(6u, events.processEvents());
+        processed += ')';
+    });
+    post('b');
+    post('c');
+    EXPECT_EQ(2u, events.processEvents());
+    EXPECT_EQ("a(bcdefg)", processed);
+    EXPECT_EQ(0u, events.processEvents());
+}
+
+TEST_F(EvEventManagerTest, KeepsWhatStandsBehindAnEventThatThrows) {
+    events.setWakeUpHandler([this] { ++wakeUps; });
+    events.postRequest([] { throw std::runtime_error("bad event"); });
+    post('a');
+    EXPECT_THROW(events.processEvents(), std::runtime_error);
+    EXPECT_EQ(2, wakeUps) << "there is still something to process";
+    post('b');
+    EXPECT_EQ(2u, events.processEvents());
+    EXPECT_EQ("ab", processed);
+}
+
+TEST_F(EvEventManagerTest, TakesFunctionsOfAnySizeThatCannotBeCopied) {
+    auto const token = std::make_shared<int>(5);
+    events.postRequest([this, small = std::make_unique<char>('s'), token] { processed += *small; });
+    std::array<char, 200> name{};
+    name.back() = 'l';
+    events.postRequest(
+        [this, name, large = std::make_unique<char>('L'), token] { (processed += name.back()) += *large; });
+    EXPECT_EQ(3, token.use_count());
+    events.processEvents();
+    EXPECT_EQ("slL", processed);
+    EXPECT_EQ(1, token.use_count());
+}
+
+TEST_F(EvEventManagerTest, BelongsToTheApplicationThread) {
+    std::thread([this] { EXPECT_THROW(events.processEvents(), ExAssertionFailed); }).join();
+}
+
+TEST_F(EvEventManagerTest, KeepsTheOrderOfEachOfManyPosters) {
+    constexpr int posters = 4;
+    constexpr int posts = 5000;
+    std::array<int, posters> next{};
+    int processedEvents = 0;
+    std::vector<std::jthread> threads;
+    for (std::size_t poster = 0; poster < posters; ++poster)
+        threads.emplace_back([&, poster] {
+            for (int post = 0; post < posts; ++post)
+                events.postRequest([&, poster, post] {
+                    EXPECT_EQ(post, next[poster]++);
+                    ++processedEvents;
+                });
+        });
+    while (processedEvents < posters * posts)
+        events.processEvents();
+}
+
+TEST(EvEventManagerLifetime, DestroysWhatWaitsAtTheEnd) {
+    inChildProcess([] {
+        auto const token = std::make_shared<int>(5);
+        EvEventManager::getInstance().postRequest([token] { ADD_FAILURE(); });
+        InInitMgr::finalize();
+        EXPECT_EQ(1, token.use_count());
+        EXPECT_THROW(EvEventManager::getInstance(), InSingletonEx::ExNotInitialized);
+    });
+}
+
+} // namespace

@@ -1,0 +1,220 @@
+#include "resmgt/mtGroup.h"
+#include "base/exBase.h"
+#include "resmgt/lkEvent.h"
+#include "tests/support/logRecorder.h"
+
+#include <atomic>
+#include <functional>
+#include <gtest/gtest.h>
+#include <latch>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace Ko;
+using KoTest::LogRecorder;
+using Group = MtGroup<std::queue<MtTask>>;
+
+class Task : public MtTaskImp {
+public:
+    explicit Task(std::function<void()> work) : _work(std::move(work)) {}
+    void execute() override { _work(); }
+
+private:
+    std::function<void()> _work;
+};
+
+void add(Group& group, std::function<void()> work) {
+    group.add(RCShdPtr<Task>::create(std::move(work)));
+}
+
+TEST(MtGroup, ExecutesTasksOfAllProducersOnceAndThoseOfEachInOrder) {
+    constexpr int producers = 4;
+    constexpr int tasks = 5000;
+    std::vector<std::atomic<int>> executed(producers);
+    {
+        Group group("Order", 1);
+        EXPECT_EQ("Order", group.getName());
+        std::vector<std::jthread> threads;
+        for (std::size_t producer = 0; producer < producers; ++producer)
+            threads.emplace_back([&, producer] {
+                for (int task = 0; task < tasks; ++task)
+                    add(group, [&, producer, task] { EXPECT_EQ(task, executed[producer]++); });
+            });
+        threads.clear();
+        group.waitForRequests();
+        EXPECT_EQ(0u, group.getNumRequests());
+    }
+    for (auto const& count : executed)
+        EXPECT_EQ(tasks, count);
+}
+
+TEST(MtGroup, PutsAllWorkersToWork) {
+    Group group("Six", 6);
+    for (int round = 0; round < 200; ++round) {
+        // Each task waits for the others: it takes six workers at once.
+        std::latch together(6);
+        for (int task = 0; task < 6; ++task)
+            add(group, [&] { together.arrive_and_wait(); });
+        group.waitForRequests();
+    }
+}
+
+TEST(MtGroup, MakesProducersWaitForRoom) {
+    LkEvent gate("gate", false);
+    LkEvent busy("busy", false);
+    std::atomic<int> added{0};
+    Group group("Bounded", 1, 2);
+    add(group, [&] {
+        busy.set();
+        gate.wait();
+    });
+    busy.wait();
+    std::jthread const producer([&] {
+        for (int task = 0; task < 50; ++task) {
+            add(group, [] {});
+            ++added;
+        }
+    });
+    while (added < 2)
+        std::this_thread::yield();
+    EXPECT_EQ(3u, group.getNumRequests()) << "one is executed, two wait, and there is no room for more";
+    EXPECT_EQ(2, added);
+    gate.set();
+    while (added < 50)
+        std::this_thread::yield();
+    group.waitForRequests();
+}
+
+TEST(MtGroup, DiscardsWhatWaitsAtItsEnd) {
+    auto const token = std::make_shared<int>(1);
+    LkEvent busy("busy", false);
+    LkEvent gate("gate", false);
+    {
+        Group group("Ending", 1);
+        add(group, [&] {
+            busy.set();
+            gate.wait();
+        });
+        busy.wait();
+        for (int task = 0; task < 100; ++task)
+            add(group, [token] {});
+        gate.set();
+    }
+    EXPECT_EQ(1, token.use_count()) << "nothing of a task is left";
+}
+
+TEST(MtGroup, SurvivesTasksThatThrow) {
+    LogRecorder const log;
+    Group group("Throwing", 2);
+    add(group, [] { throw std::runtime_error("spilt milk"); });
+    group.waitForRequests();
+    std::atomic<bool> executed{false};
+    add(group, [&] { executed = true; });
+    group.waitForRequests();
+    EXPECT_TRUE(executed);
+    EXPECT_EQ((std::vector<std::string>{"Errors:0 A task failed: spilt milk"}), log.lines());
+}
+
+TEST(MtGroup, TellsItsObserverOfEveryTask) {
+    class Counter : public MtContainerObserver<std::queue<MtTask>> {
+    public:
+        void taken(std::queue<MtTask> const&, MtTask const& task) override {
+            EXPECT_TRUE(task.getTag().isValid());
+            ++count;
+        }
+        std::atomic<int> count{0};
+    };
+    auto const counter = RCShdPtr<Counter>::create();
+    Group group("Observed", 3);
+    group.setContainerObserver(counter);
+    for (int task = 0; task < 100; ++task)
+        add(group, [] {});
+    group.waitForRequests();
+    group.setContainerObserver(nullptr);
+    add(group, [] {});
+    group.waitForRequests();
+    EXPECT_EQ(100, counter->count);
+}
+
+TEST(MtGroup, RefusesWhatCannotWork) {
+    EXPECT_THROW(Group("None", 0), ExAssertionFailed);
+    EXPECT_THROW(Group("Negative", 1, -1), ExAssertionFailed);
+    Group group("Null", 1);
+    EXPECT_THROW(group.add(nullptr), ExNullPtr);
+}
+
+TEST(MtGroup, StartsAndEndsAtAnyTime) {
+    for (int round = 0; round < 300; ++round) {
+        std::atomic<int> executed{0};
+        Group group("Short", 6);
+        for (int task = 0; task < round % 10; ++task)
+            add(group, [&] { ++executed; });
+        if (round % 2) continue;
+        group.waitForRequests();
+        EXPECT_EQ(round % 10, executed);
+    }
+}
+
+TEST(MtRequestMgr, CountsForEachTag) {
+    MtRequestMgr manager;
+    MtGroupTag first = manager.acquireTag();
+    MtGroupTag second = manager.acquireTag();
+    EXPECT_FALSE(MtGroupTag().isValid());
+    EXPECT_TRUE(first.isValid());
+    EXPECT_NE(first, second);
+    MtRequestMgr::increment(first);
+    MtRequestMgr::increment(first);
+    EXPECT_EQ(2u, MtRequestMgr::getCount(first));
+    MtRequestMgr::waitForZero(second);
+    std::jthread const other([&] {
+        MtRequestMgr::decrement(first);
+        MtRequestMgr::decrement(first);
+    });
+    MtRequestMgr::waitForZero(first);
+    manager.releaseTag(second);
+    EXPECT_FALSE(second.isValid());
+    manager.releaseTag(second);
+}
+
+TEST(LkEvent, StaysSetUntilReset) {
+    LkEvent event("event", true);
+    EXPECT_TRUE(event.wait(0.0));
+    event.wait();
+    EXPECT_TRUE(event.isSet());
+    event.reset();
+    event.reset();
+    EXPECT_FALSE(event.isSet());
+    EXPECT_FALSE(event.wait(0.0));
+    EXPECT_FALSE(event.wait(0.001));
+    event.set();
+    event.set();
+    EXPECT_TRUE(event.wait(0.0));
+}
+
+TEST(LkEvent, WakesAllAndMayGoAsSoonAsTheyAreAwake) {
+    for (int round = 0; round < 1000; ++round) {
+        auto event = std::make_unique<LkEvent>("event", false);
+        int value = 0;
+        std::latch awake(2);
+        std::vector<std::jthread> waiting;
+        for (int thread = 0; thread < 2; ++thread)
+            waiting.emplace_back([&] {
+                event->wait();
+                EXPECT_EQ(round, value) << "what happened before is seen";
+                awake.count_down();
+            });
+        std::jthread const setter([&] {
+            value = round;
+            event->set();
+        });
+        awake.wait();
+        event.reset();
+    }
+}
+
+} // namespace

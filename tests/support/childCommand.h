@@ -15,7 +15,7 @@ inline std::string childCommand(std::string const& steps) {
     return "'" KO_TEST_CHILD "' " + steps;
 }
 
-/// A pipe with a name, by which a test and a child wait for each other.
+/// A pipe with a name, by which a test and a child wait for each other; once in each direction, one after the other.
 class NamedPipe {
 public:
     NamedPipe() { ::mkfifo(path().c_str(), 0600); }

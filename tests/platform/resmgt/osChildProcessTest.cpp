@@ -93,8 +93,9 @@ INSTANTIATE_TEST_SUITE_P(Table, OsChildProcessLines,
     testing::Values(Line{"Blanks", " a \t b\nc ", "[a]\n[b]\n[c]\n"},
         Line{"SingleQuotes", R"('a  b' '\"$x' '')", "[a  b]\n[\\\"$x]\n[]\n"},
         Line{"DoubleQuotes", R"("a  'b'" "\"\\\$\`\n" "")", "[a  'b']\n[\"\\$`\\n]\n[]\n"},
-        Line{"Backslashes", R"(a\ b \'c\\ d\)"
-                            "\ne",
+        Line{"Backslashes",
+            R"(a\ b \'c\\ d\)"
+            "\ne",
             "[a b]\n['c\\]\n[de]\n"},
         Line{"Pieces", R"(a'b c'"d e"\ f)", "[ab cd e f]\n"},
         Line{"NothingElse", "$HOME * ~ a|b;c>d `e` #f", "[$HOME]\n[*]\n[~]\n[a|b;c>d]\n[`e`]\n[#f]\n"}),
@@ -147,8 +148,8 @@ TEST(OsChildProcess, EndsByABreakUnlessItIgnoresIt) {
     EXPECT_EQ(OsChildProcess::endedByBreak, obedient.readToEnd());
 
     NamedPipe pipe;
-    Child stubborn(childCommand("ignoreBreak tell " + pipe.path() + " await " + pipe.path() + " tell " + pipe.path() +
-                                " pause"));
+    Child stubborn(
+        childCommand("ignoreBreak tell " + pipe.path() + " await " + pipe.path() + " tell " + pipe.path() + " pause"));
     pid_t const number = pipe.hear();
     EXPECT_TRUE(stubborn.sendBreak());
     pipe.release();
@@ -239,9 +240,8 @@ TEST(OsChildProcess, IsLookedForInThePathOfItsEnvironment) {
     std::filesystem::create_symlink(KO_TEST_CHILD, folder / "played");
     folder.write("hidden/played", "not executable");
     std::filesystem::create_directories(folder / "unusable/played");
-    Child child("played out found",
-        {"X=PATH", "PATH=/nowhere:" + (folder / "hidden").string() + ":" + (folder / "unusable").string() + ":" +
-                       (folder / ".").string()});
+    Child child("played out found", {"X=PATH", "PATH=/nowhere:" + (folder / "hidden").string() + ":" +
+                                                   (folder / "unusable").string() + ":" + (folder / ".").string()});
     EXPECT_EQ(0, child.readToEnd());
     EXPECT_EQ("found", child.output);
 }
@@ -253,9 +253,10 @@ TEST(OsChildProcess, SaysWhyItCannotBeStarted) {
     struct {
         std::string commandLine;
         char const* error;
-    } const rows[] = {{"/nowhere/program", "No such file or directory"}, {"no-such-program x", "No such file or directory"},
-        {"''", "No such file or directory"}, {text, "Permission denied"}, {folder / ".", "Permission denied"},
-        {"  ", malformed}, {"'a", malformed}, {"\"a", malformed}, {"a\\", malformed}, {std::string("a\0b", 3), malformed}};
+    } const rows[] = {{"/nowhere/program", "No such file or directory"},
+        {"no-such-program x", "No such file or directory"}, {"''", "No such file or directory"},
+        {text, "Permission denied"}, {folder / ".", "Permission denied"}, {"  ", malformed}, {"'a", malformed},
+        {"\"a", malformed}, {"a\\", malformed}, {std::string("a\0b", 3), malformed}};
     auto const descriptors = count("/proc/self/fd");
     for (auto const& row : rows) {
         OsChildProcess child;
@@ -269,14 +270,13 @@ TEST(OsChildProcess, SaysWhyItCannotBeStarted) {
 
 TEST(OsChildProcess, NeedsADirectoryForItsOutput) {
     inChildProcess([] {
-        ::setenv("TMPDIR", "/nowhere", 1);
+        TemporaryFolder const folder;
         OsChildProcess child;
+        ::setenv("TMPDIR", "/nowhere", 1);
         EXPECT_EQ(Launch::Failed, child.launch(childCommand(""), {}));
         EXPECT_EQ("No such file or directory", child.getLaunchError());
-        // A file system that knows no files without a name.
-        ::setenv("TMPDIR", "/sys/fs/cgroup", 1);
+        ::setenv("TMPDIR", "/proc", 1);
         EXPECT_EQ(Launch::Failed, child.launch(childCommand(""), {}));
-        TemporaryFolder const folder;
         ::setenv("TMPDIR", (folder / ".").c_str(), 1);
         EXPECT_EQ(Launch::Started, child.launch(childCommand("pause"), {}));
         EXPECT_EQ(0, folder.entries());
@@ -284,20 +284,20 @@ TEST(OsChildProcess, NeedsADirectoryForItsOutput) {
 }
 
 TEST(OsChildProcess, EndsANapByItsEndByAnErrorAndByBeingDetached) {
-    NamedPipe pipe;
-    Child child(childCommand("await " + pipe.path() + " err x closeErr await " + pipe.path()));
+    NamedPipe writes, ends;
+    Child child(childCommand("await " + writes.path() + " err x closeErr await " + ends.path()));
     int exitCode = 0;
-    pipe.release();
+    writes.release();
     child.nap(forEver);
     child.readAll();
     EXPECT_EQ("x", child.error);
     // That it closes its standard error may end one nap, but not all that follow.
     child.nap(0.2);
-    std::thread releases([&] { pipe.release(); });
+    std::thread lets([&] { ends.release(); });
     child.nap(forEver);
     EXPECT_TRUE(child.getExitCode(exitCode));
     EXPECT_EQ(0, exitCode);
-    releases.join();
+    lets.join();
 
     Child other(childCommand("readInput"));
     std::thread detaches([&] { other.detach(); });
@@ -347,8 +347,8 @@ TEST(OsChildProcess, LivesOnDetachedAndBecomesNoZombie) {
 
 TEST(OsChildProcess, EndsWithThisProcessUnlessItWasDetached) {
     NamedPipe attachedTells, memberTells, detachedTells, releases;
-    std::string const attached = childCommand("ignoreBreak tell " + attachedTells.path() + " member tell " +
-                                              memberTells.path() + " pause");
+    std::string const attached =
+        childCommand("ignoreBreak tell " + attachedTells.path() + " member tell " + memberTells.path() + " pause");
     std::string const detached = childCommand("tell " + detachedTells.path() + " await " + releases.path() +
                                               " floodErr 100000 50 tell " + detachedTells.path());
     Child host("'" KO_TEST_CHILD_HOST "' \"" + attached + "\" \"" + detached + "\"");

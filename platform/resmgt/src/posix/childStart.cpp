@@ -12,6 +12,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+// The C library's own name for `clone`, which thread checkers do not take for a fork.
+extern "C" [[gnu::weak]] int __clone(
+    int (*)(void*), void*, int, void*, ...) noexcept; // NOLINT(bugprone-reserved-identifier)
+
 namespace Ko {
 
 namespace {
@@ -137,7 +141,8 @@ pid_t cloneInto(Preparation& preparation, int& process) {
     auto const stack = std::make_unique_for_overwrite<std::byte[]>(stackSize);
     constexpr int shared = CLONE_VM | CLONE_VFORK | CLONE_PIDFD | SIGCHLD;
     SignalsBlocked const blocked;
-    return ::clone(becomeProgram, stack.get() + stackSize, shared, &preparation, &process);
+    auto const cloneProcess = ::__clone ? ::__clone : ::clone;
+    return cloneProcess(becomeProgram, stack.get() + stackSize, shared, &preparation, &process);
 }
 
 } // namespace

@@ -182,9 +182,11 @@ TEST(OsChildProcess, ReachesNobodyAfterItsEnd) {
 // The leader ends by the break, or by the termination; the other one hears neither but belongs to the group.
 TEST(OsChildProcess, TakesItsGroupWithIt) {
     for (bool const terminates : {false, true}) {
-        NamedPipe pipe;
-        Child child("sh -c '" KO_TEST_CHILD " ignoreBreak tell " + pipe.path() + " pause & " KO_TEST_CHILD " pause'");
-        Process const other(pipe.hear());
+        NamedPipe otherTells, lastTells;
+        Child child("sh -c '" KO_TEST_CHILD " ignoreBreak tell " + otherTells.path() +
+                    " pause & " KO_TEST_CHILD " tell " + lastTells.path() + " pause'");
+        Process const other(otherTells.hear());
+        lastTells.hear();
         EXPECT_TRUE(terminates ? child.terminate(0) : child.sendBreak());
         child.readToEnd();
         EXPECT_TRUE(child.forget());

@@ -348,15 +348,16 @@ TEST(OsChildProcess, LivesOnDetachedAndBecomesNoZombie) {
 }
 
 TEST(OsChildProcess, EndsWithThisProcessUnlessItWasDetached) {
-    NamedPipe attachedTells, memberTells, detachedTells, releases;
+    NamedPipe attachedTells, memberTells, detachedTells, hostTells, releases;
     std::string const attached =
         childCommand("ignoreBreak tell " + attachedTells.path() + " member tell " + memberTells.path() + " pause");
     std::string const detached = childCommand("tell " + detachedTells.path() + " await " + releases.path() +
                                               " floodErr 100000 50 tell " + detachedTells.path());
-    Child host("'" KO_TEST_CHILD_HOST "' \"" + attached + "\" \"" + detached + "\"");
+    Child host("'" KO_TEST_CHILD_HOST "' \"" + attached + "\" \"" + detached + "\" " + hostTells.path());
     Process const leader(attachedTells.hear());
     Process const member(memberTells.hear());
     pid_t const number = detachedTells.hear();
+    hostTells.hear();
     EXPECT_TRUE(host.terminate(0));
     EXPECT_EQ(0, host.readToEnd());
     leader.awaitEnd();

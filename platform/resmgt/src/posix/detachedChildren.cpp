@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <fcntl.h>
 #include <memory>
 #include <mutex>
 #include <poll.h>
@@ -17,8 +16,6 @@
 namespace Ko {
 
 namespace {
-
-constexpr int largestPipe = 1024 * 1024;
 
 struct DetachedChild {
     Descriptor process;
@@ -119,8 +116,6 @@ std::shared_ptr<Keeper> const& keeper() {
 } // namespace
 
 void DetachedChildren::adopt(Descriptor process, Descriptor error) {
-    // For the time after the end of this process, when nobody reads any more.
-    ::fcntl(error.get(), F_SETPIPE_SZ, largestPipe);
     keeper()->adopt({std::move(process), std::move(error)});
     if (!keeper()->needsThread()) return;
     try {

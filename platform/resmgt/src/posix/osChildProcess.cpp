@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <fcntl.h>
 #include <mutex>
 #include <optional>
 #include <poll.h>
@@ -24,6 +25,7 @@ namespace {
 
 constexpr AssertionSource source{"resmgt\\src\\osChildProcess"};
 constexpr int firstSignalCode = 128;
+constexpr int largestPipe = 1024 * 1024;
 constexpr char const* malformed = "The command line names no program, or has a quotation without an end";
 
 // A call of the system that a signal of the host may interrupt.
@@ -214,6 +216,8 @@ void OsChildProcess::detach() {
     std::lock_guard const guard(_imp->_lock);
     if (!_imp->_isAttached) return;
     _imp->_isAttached = false;
+    // For the time after the end of this process, when nobody reads any more.
+    ::fcntl(_imp->_error.get(), F_SETPIPE_SZ, largestPipe);
     _imp->_lifeline.cut();
     ::eventfd_write(_imp->_wake.get(), 1);
 }

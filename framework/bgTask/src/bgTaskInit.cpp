@@ -5,6 +5,7 @@
 #include "framework/bgTask/bgEx.h"
 #include "framework/bgTask/bgJobState.h"
 #include "framework/bgTask/bgManager.h"
+#include "framework/bgTask/bgProcess.h"
 #include "framework/bgTask/src/bgLog.h"
 #include "internalAPI/internalAPIInit.h"
 #include "primitives/primitivesInit.h"
@@ -45,6 +46,7 @@ public:
         BgJobComplete::performInitialize();
         BgJobFailed::performInitialize();
         BgManager::performInitialize();
+        BgProcess::performInitialize();
     }
 
     void preFinalize() override {
@@ -52,6 +54,7 @@ public:
     }
 
     void finalize() override {
+        BgProcess::performFinalize();
         BgManager::performFinalize();
         BgJobIdle::performFinalize();
         BgJobWaiting::performFinalize();

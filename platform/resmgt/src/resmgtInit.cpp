@@ -1,6 +1,7 @@
 #include "resmgt/resmgtInit.h"
 
 #include "base/baseInit.h"
+#include "resmgt/osChildProcess.h"
 
 namespace Ko {
 
@@ -9,6 +10,8 @@ namespace {
 class ResmgtInit final : public InInit<KoInit::resmgt> {
 public:
     ResmgtInit() : InInit("resmgt", packagesOf<KoInit::base>()) {}
+
+    void finalize() override { OsChildProcess::finalize(); }
 };
 
 ResmgtInit package;

@@ -1,0 +1,163 @@
+#include "resmgt/src/posix/childStart.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <memory>
+#include <sched.h>
+#include <string_view>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// The C library's own name for `clone`, which thread checkers do not take for a fork.
+extern "C" [[gnu::weak]] int __clone(
+    int (*)(void*), void*, int, void*, ...) noexcept; // NOLINT(bugprone-reserved-identifier)
+
+namespace Ko {
+
+namespace {
+
+constexpr int lowestPriority = 19;
+constexpr std::size_t stackSize = 32 * 1024;
+// The system's own set of signals and its description of a reaction, each all zero: none blocked, the usual reaction.
+constexpr std::size_t signalSetSize = NSIG / 8;
+constexpr std::array<std::byte, 256> allZero{};
+
+Vector<char*> pointersTo(Vector<LiString> const& texts) {
+    Vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
+    for (LiString const& text : texts)
+        pointers.push_back(const_cast<char*>(text.c_str()));
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+std::string_view searchPathOf(Vector<LiString> const& environment) {
+    constexpr std::string_view variable = "PATH=";
+    for (std::string_view const entry : environment)
+        if (entry.starts_with(variable)) return entry.substr(variable.size());
+    return "/usr/local/bin:/usr/bin:/bin";
+}
+
+// Where a program may be found; an empty folder stands for the current one.
+Vector<LiString> findPlaces(LiString const& program, std::string_view searchPath) {
+    if (program.empty() || program.find('/') != LiString::npos) return {program};
+    Vector<LiString> places;
+    for (bool isLast = false; !isLast;) {
+        auto const length = std::min(searchPath.find(':'), searchPath.size());
+        std::string_view const folder = searchPath.substr(0, length);
+        places.push_back((folder.empty() ? "." : LiString(folder)) + "/" + program);
+        isLast = length == searchPath.size();
+        searchPath.remove_prefix(isLast ? length : length + 1);
+    }
+    return places;
+}
+
+// Everything is made ready here, because the child must not allocate.
+struct Preparation {
+    explicit Preparation(ChildStart const& childStart)
+        : start(childStart), places(findPlaces(start.words.front(), searchPathOf(start.environment))),
+          paths(pointersTo(places)), arguments(pointersTo(start.words)), environment(pointersTo(start.environment)),
+          mostDescriptors(::sysconf(_SC_OPEN_MAX)) {}
+
+    ChildStart const& start;
+    Vector<LiString> const places;
+    Vector<char*> const paths;
+    Vector<char*> const arguments;
+    Vector<char*> const environment;
+    long const mostDescriptors;
+    int error = 0;
+};
+
+// The functions below run in the child, which shares this process's memory and has a stack of its own, while the thread
+// that launches it stands still until the program has taken over. They call the system only, and by number where the
+// functions of libraries and checkers keep books that are the parent's.
+
+[[gnu::no_sanitize_address, gnu::no_sanitize_thread]] void setStandardStreams(ChildStart const& start) {
+    syscall(SYS_dup3, start.input.get(), STDIN_FILENO, 0);
+    syscall(SYS_dup3, start.output.get(), STDOUT_FILENO, 0);
+    syscall(SYS_dup3, start.error.get(), STDERR_FILENO, 0);
+}
+
+[[gnu::no_sanitize_address, gnu::no_sanitize_thread]] void closeOtherDescriptors(long mostDescriptors) {
+    constexpr unsigned first = STDERR_FILENO + 1;
+    if (syscall(SYS_close_range, first, ~0U, 0) == 0) return;
+    for (long number = first; number < mostDescriptors; ++number)
+        syscall(SYS_close, number);
+}
+
+// A host may ignore signals that end programs, or block them on this thread; handlers of the host must not run here.
+[[gnu::no_sanitize_address, gnu::no_sanitize_thread]] void resetSignals() {
+    for (int signal = 1; signal < NSIG; ++signal)
+        syscall(SYS_rt_sigaction, signal, allZero.data(), nullptr, signalSetSize);
+    syscall(SYS_rt_sigprocmask, SIG_SETMASK, allZero.data(), nullptr, signalSetSize);
+}
+
+// As a shell looks for a program: what cannot be executed does not hide what comes later.
+[[gnu::no_sanitize_address, gnu::no_sanitize_thread]] int executeFirst(Preparation const& preparation) {
+    int error = ENOENT;
+    for (char* const path : preparation.paths) {
+        if (!path) break;
+        ::execve(path, preparation.arguments.data(), preparation.environment.data());
+        if (errno != ENOENT && errno != ENOTDIR) error = errno;
+        if (errno != ENOENT && errno != ENOTDIR && errno != EACCES) break;
+    }
+    return error;
+}
+
+[[gnu::no_sanitize_address, gnu::no_sanitize_thread]] int becomeProgram(void* argument) {
+    auto& preparation = *static_cast<Preparation*>(argument);
+    ::setpgid(0, 0);
+    preparation.start.lifeline.tieTo(::getpid());
+    ::setpriority(PRIO_PROCESS, 0, lowestPriority);
+    setStandardStreams(preparation.start);
+    closeOtherDescriptors(preparation.mostDescriptors);
+    resetSignals();
+    preparation.error = executeFirst(preparation);
+    ::_exit(1);
+}
+
+// Keeps handlers of the host from running in the child.
+class SignalsBlocked {
+public:
+    SignalsBlocked() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &_before);
+    }
+    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &_before, nullptr); }
+    SignalsBlocked(SignalsBlocked const&) = delete;
+    SignalsBlocked& operator=(SignalsBlocked const&) = delete;
+
+private:
+    sigset_t _before;
+};
+
+// Nothing of this process is copied but its table of descriptors, so that the price does not grow with its memory.
+pid_t cloneInto(Preparation& preparation, int& process) {
+    auto const stack = std::make_unique_for_overwrite<std::byte[]>(stackSize);
+    constexpr int shared = CLONE_VM | CLONE_VFORK | CLONE_PIDFD | SIGCHLD;
+    SignalsBlocked const blocked;
+    auto const cloneProcess = ::__clone ? ::__clone : ::clone;
+    return cloneProcess(becomeProgram, stack.get() + stackSize, shared, &preparation, &process);
+}
+
+} // namespace
+
+int startChild(ChildStart const& start, StartedChild& child) {
+    Preparation preparation(start);
+    int process = -1;
+    pid_t const number = cloneInto(preparation, process);
+    if (number < 0) return errno;
+    child = {number, Descriptor(process)};
+    if (preparation.error == 0) return 0;
+    siginfo_t ignored;
+    ::waitid(P_PIDFD, static_cast<id_t>(process), &ignored, WEXITED);
+    child = {};
+    return preparation.error;
+}
+
+} // namespace Ko

@@ -1,0 +1,93 @@
+#include "resmgt/src/posix/commandLine.h"
+
+#include <string_view>
+
+namespace Ko {
+
+namespace {
+
+constexpr std::string_view blanks = " \t\n\r\f\v";
+
+// Reads one command line from its begin to its end.
+class Splitter {
+public:
+    explicit Splitter(std::string_view text) : _rest(text) {}
+
+    bool splitInto(Vector<LiString>& words) {
+        while (skipBlanks())
+            if (!readWord(words.emplace_back())) return false;
+        return true;
+    }
+
+private:
+    bool skipBlanks() {
+        _rest.remove_prefix(std::min(_rest.find_first_not_of(blanks), _rest.size()));
+        return !_rest.empty();
+    }
+
+    bool readWord(LiString& word) {
+        while (!_rest.empty() && blanks.find(_rest.front()) == std::string_view::npos)
+            if (!readPiece(word)) return false;
+        return true;
+    }
+
+    bool readPiece(LiString& word) {
+        switch (char const first = take()) {
+        case '\'':
+            return readSingleQuoted(word);
+        case '"':
+            return readDoubleQuoted(word);
+        case '\\':
+            return readEscaped(word);
+        default:
+            word += first;
+            return true;
+        }
+    }
+
+    bool readSingleQuoted(LiString& word) {
+        auto const end = _rest.find('\'');
+        if (end == std::string_view::npos) return false;
+        word += _rest.substr(0, end);
+        _rest.remove_prefix(end + 1);
+        return true;
+    }
+
+    // In double quotes a backslash stays unless it stands before a character that it takes the meaning from.
+    bool readDoubleQuoted(LiString& word) {
+        while (!_rest.empty()) {
+            char const next = take();
+            if (next == '"') return true;
+            bool const escapes = next == '\\' && !_rest.empty() &&
+                                 std::string_view("$`\"\\\n").find(_rest.front()) != std::string_view::npos;
+            if (!escapes)
+                word += next;
+            else
+                readEscaped(word);
+        }
+        return false;
+    }
+
+    // A line that ends with a backslash goes on in the next one.
+    bool readEscaped(LiString& word) {
+        if (_rest.empty()) return false;
+        if (char const next = take(); next != '\n') word += next;
+        return true;
+    }
+
+    char take() {
+        char const first = _rest.front();
+        _rest.remove_prefix(1);
+        return first;
+    }
+
+    std::string_view _rest;
+};
+
+} // namespace
+
+bool splitCommandLine(LiString const& commandLine, Vector<LiString>& words) {
+    return commandLine.find('\0') == LiString::npos && Splitter(commandLine).splitInto(words);
+}
+
+} // namespace Ko

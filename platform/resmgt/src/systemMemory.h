@@ -1,0 +1,10 @@
+#pragma once
+
+#include "resmgt/osMemoryArch.h"
+
+namespace Ko {
+
+/// The system's own figures.
+OsMemoryArch::Memory readSystemMemory();
+
+} // namespace Ko

@@ -1,0 +1,432 @@
+#include "framework/bgTask/bgProcess.h"
+
+#include "framework/bgTask/bgEx.h"
+#include "resmgt/osEnv.h"
+#include "resmgt/osMemoryArch.h"
+#include "tests/support/childCommand.h"
+#include "tests/support/childProcess.h"
+#include "tests/support/functionProtocol.h"
+#include "tests/support/logRecorder.h"
+
+#include <condition_variable>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace {
+
+using namespace Ko;
+using namespace KoTest;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr int oneAfterTheOther = 3600;
+
+void setLaunchThrottle(int seconds) {
+    OsEnv::putVariable("KO_BGEXEC_WAIT_TIME=" + std::to_string(seconds));
+}
+
+/// Records what a program writes and how it ends, and does what a test asks with each record.
+class Program : public BgProcess {
+public:
+    using Hook = std::function<void(Program&, std::string const&)>;
+
+    explicit Program(std::string const& steps, Hook hook = {})
+        : BgProcess(childCommand(steps), "test"), _hook(std::move(hook)) {}
+
+    std::vector<std::string> records;
+
+protected:
+    void processOutputString(std::string const& line) override { record("out:" + line); }
+    void processErrorString(std::string const& line) override { record("err:" + line); }
+    void handleExit(int exitCode) override {
+        record("exit:" + std::to_string(exitCode));
+        BgProcess::handleExit(exitCode);
+    }
+
+private:
+    void record(std::string const& text) {
+        records.push_back(text);
+        if (_hook) _hook(*this, text);
+    }
+
+    Hook _hook;
+};
+
+/// Runs a program as a job, on a thread of its own.
+class ProgramRun {
+public:
+    explicit ProgramRun(std::string const& steps, Program::Hook hook = {}) {
+        auto owned = std::make_unique<Program>(steps, std::move(hook));
+        program = owned.get();
+        job = BgJob::create(std::move(owned));
+        _thread = std::thread([this] { job->execute(); });
+    }
+    ~ProgramRun() {
+        if (_thread.joinable()) await();
+    }
+
+    std::string await() {
+        _thread.join();
+        auto const error = job->cloneError();
+        return job->getState()->state() + (error ? ": " + error->getReason() : "");
+    }
+
+    Program* program;
+    RCShdPtr<BgJob> job;
+
+private:
+    std::thread _thread;
+};
+
+/// Knows of as much memory as a test says, and lets it wait until somebody has asked.
+class Memory : public OsMemoryArch {
+public:
+    explicit Memory(OsMemoryArch::Memory memory) : _memory(memory) { setInstance(this); }
+    ~Memory() override { setInstance(nullptr); }
+
+    OsMemoryArch::Memory getMemory() const override {
+        std::lock_guard const guard(_mutex);
+        ++_asked;
+        _condition.notify_all();
+        return _memory;
+    }
+    void set(OsMemoryArch::Memory memory) {
+        std::lock_guard const guard(_mutex);
+        _memory = memory;
+    }
+    int asked() const {
+        std::lock_guard const guard(_mutex);
+        return _asked;
+    }
+    void awaitAsked(int times) const {
+        std::unique_lock lock(_mutex);
+        _condition.wait(lock, [&] { return _asked >= times; });
+    }
+
+private:
+    mutable std::mutex _mutex;
+    mutable std::condition_variable _condition;
+    mutable int _asked = 0;
+    OsMemoryArch::Memory _memory;
+};
+
+constexpr std::uint64_t megabyte = 1 << 20;
+constexpr OsMemoryArch::Memory noMemory{0, 1000 * megabyte, 0};
+
+class BgProcessTest : public testing::Test {
+protected:
+    BgProcessTest() { setLaunchThrottle(0); }
+};
+
+struct Ending {
+    char const* name;
+    char const* steps;
+    std::vector<std::string> records;
+    char const* end;
+};
+class BgProcessEndings : public BgProcessTest, public testing::WithParamInterface<Ending> {};
+
+TEST_P(BgProcessEndings, AreToldInLines) {
+    ProgramRun run(GetParam().steps);
+    EXPECT_EQ(GetParam().end, run.await());
+    EXPECT_EQ(GetParam().records, run.program->records);
+    EXPECT_EQ(std::string(GetParam().end) == "Complete", run.program->progress() == 1.0f);
+}
+
+#define FAILED_WITH "Failed: A background job failed: External process terminated with return value "
+
+INSTANTIATE_TEST_SUITE_P(Table, BgProcessEndings,
+    testing::Values(Ending{"Silence", "", {"exit:0"}, "Complete"},
+        Ending{"UnfinishedOutput", R"(out 'a\r\nb')", {"out:a", "out:b", "exit:0"}, "Complete"},
+        Ending{"UnfinishedError", R"(err 'x\ny')", {"err:x", "out:y", "exit:0"}, "Complete"},
+        Ending{"UnfinishedBoth", R"(err y out 'b\r')", {"out:b\r", "out:y", "exit:0"}, "Complete"},
+        Ending{"EmptyLines", R"(out '\n\r\n\r\r\na\rb\n\n')", {"out:", "out:", "out:\r", "out:a\rb", "out:", "exit:0"},
+            "Complete"},
+        Ending{"ZeroBytes", R"(out 'a\0b\n\0')", {std::string("out:a\0b", 7), std::string("out:\0", 5), "exit:0"},
+            "Complete"},
+        Ending{"BeforeAnError", R"(out 'a\n' err 'x\n' exit 3)", {"out:a", "err:x", "exit:3"}, FAILED_WITH "3"},
+        Ending{"Crash", "signal 11", {"exit:139"}, FAILED_WITH "139"},
+        Ending{"Break", "signal 2", {"exit:-1073741510"}, "Complete"},
+        Ending{"EarlyCloser", R"(closeErr out 'a\n')", {"out:a", "exit:0"}, "Complete"}),
+    [](auto const& row) { return row.param.name; });
+
+TEST_F(BgProcessTest, HasNamesAndACommandLine) {
+    BgProcess const unnamed("program x", "render");
+    EXPECT_EQ("unnamed process", unnamed.getJobName());
+    EXPECT_EQ("render", unnamed.getJobType());
+    BgProcess named("Sky", "", "render");
+    EXPECT_EQ("Sky", named.getJobName());
+    EXPECT_EQ("", named.getExecutionStr());
+    named.start();
+    EXPECT_EQ(0.0f, named.progress()) << "nothing is run";
+    EXPECT_EQ("program x", unnamed.getExecutionStr());
+}
+
+TEST_F(BgProcessTest, SaysWhereAndWhyItFailed) {
+    LogRecorder const log(6);
+    struct {
+        std::string commandLine;
+        char const* reason;
+        int line;
+    } const rows[] = {{"/nowhere/program", "A background job failed: External process could not be launched", 323},
+        {"'", "A background job failed: External process could not be launched", 323},
+        {childCommand("exit 7"), "A background job failed: External process terminated with return value 7", 706}};
+    for (auto const& row : rows) {
+        try {
+            BgProcess(row.commandLine, "test").start();
+            ADD_FAILURE() << row.commandLine;
+        } catch (BgEx::ExBgTaskFailed const& error) {
+            EXPECT_EQ(row.reason, error.getReason());
+            EXPECT_STREQ("framework\\bgTask\\src\\bgProcessWindows", error.getFile());
+            EXPECT_EQ(row.line, error.getLine());
+        }
+    }
+    EXPECT_THAT(log.lines(), Contains("BgTask:6 Launching process \"/nowhere/program\""));
+    EXPECT_THAT(log.lines(), Contains("BgTask:3 Process \"/nowhere/program\": No such file or directory."));
+    EXPECT_EQ("Complete", ProgramRun("").await()) << "no lock is held any more";
+}
+
+TEST_F(BgProcessTest, GivesTheEnvironmentOfItsConstructionAndMore) {
+    OsEnv::putVariable("KO_TEST_A=1=2");
+    OsEnv::putVariable("KO_TEST_B=before");
+    Program program("environment");
+    OsEnv::putVariable("KO_TEST_A=later");
+    program.addEnvironmentVariable("KO_TEST_B", "own");
+    program.addEnvironmentVariable("KO_TEST_C", "");
+    program.start();
+    for (char const* const line : {"out:KO_TEST_A=1=2", "out:KO_TEST_B=own", "out:KO_TEST_C="})
+        EXPECT_THAT(program.records, Contains(line));
+    EXPECT_TRUE(std::is_sorted(program.records.begin(), program.records.end() - 1,
+        [](auto const& left, auto const& right) {
+            return left.substr(0, left.find('=')) < right.substr(0, right.find('='));
+        }))
+        << "in the order of the names";
+}
+
+TEST_F(BgProcessTest, LosesNothingAndMixesNothingUp) {
+    class Counting : public BgProcess {
+    public:
+        using BgProcess::BgProcess;
+        std::ptrdiff_t lines = 0, plainBytes = 0, errorBytes = 0;
+        std::string otherBytes;
+
+    protected:
+        void processOutputString(std::string const& line) override {
+            ++lines;
+            plainBytes += std::count(line.begin(), line.end(), 'x');
+            std::copy_if(
+                line.begin(), line.end(), std::back_inserter(otherBytes), [](char byte) { return byte != 'x'; });
+        }
+        void processErrorString(std::string const& line) override { errorBytes += std::ssize(line) + 1; }
+    } program(
+        childCommand("flood 4000001 2 out '\n' floodErr 1000000 50 flood 9000000 5000000 floodErr 700 300 out last"),
+        "test");
+    program.start();
+    // 2,000,000 of two bytes, one more "x", a long one, the rest of a long one with "last", and the rest of the errors.
+    EXPECT_EQ(2000000 + 1 + 1 + 1 + 1, program.lines);
+    EXPECT_EQ(2000001 + 4999999 + 4000000 + 100, program.plainBytes);
+    EXPECT_EQ("last", program.otherBytes);
+    EXPECT_EQ(1000600, program.errorBytes);
+}
+
+TEST_F(BgProcessTest, LeavesNothingBehind) {
+    auto const count = [](char const* folder) {
+        return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+    };
+    Program("").start();
+    auto const descriptors = count("/proc/self/fd");
+    auto const threads = count("/proc/self/task");
+    for (int times = 0; times < 100; ++times)
+        Program(times % 2 == 0 ? "out x" : "err y").start();
+    EXPECT_THROW(Program("exit 1").start(), BgEx::ExBgTaskFailed);
+    EXPECT_THROW(BgProcess("/nowhere/program", "test").start(), BgEx::ExBgTaskFailed);
+    EXPECT_EQ(descriptors, count("/proc/self/fd"));
+    EXPECT_EQ(threads, count("/proc/self/task"));
+}
+
+TEST_F(BgProcessTest, EndsAlthoughAnotherOneHoldsItsPipe) {
+    NamedPipe ends;
+    ProgramRun run("err 'x\n' orphan leaveGroup await " + ends.path());
+    EXPECT_EQ("Complete", run.await());
+    EXPECT_THAT(run.program->records, ElementsAre("err:x", "exit:0"));
+    ends.release();
+}
+
+TEST_F(BgProcessTest, EndsWhenItIsStopped) {
+    NamedPipe tells;
+    ProgramRun run("tell " + tells.path() + " pause");
+    tells.hear();
+    run.job->stop();
+    EXPECT_EQ("Stopped", run.await());
+    EXPECT_THAT(run.program->records, ElementsAre("exit:-1073741510"));
+    EXPECT_EQ(1.0f, run.program->progress());
+}
+
+TEST_F(BgProcessTest, EndsAllThatIgnoreTheBreakAfterAWhile) {
+    NamedPipe leaderTells, memberTells;
+    ProgramRun run("ignoreBreak tell " + leaderTells.path() + " member tell " + memberTells.path() + " pause");
+    leaderTells.hear();
+    pid_t const member = memberTells.hear();
+    run.job->stop();
+    EXPECT_EQ("Stopped", run.await());
+    EXPECT_THAT(run.program->records, ElementsAre("exit:0"));
+    while (::kill(member, 0) == 0)
+        std::this_thread::yield();
+}
+
+TEST_F(BgProcessTest, CanBeStoppedByItsOwnHooks) {
+    ProgramRun run("out 'a\n' readInput", [](Program& program, std::string const& record) {
+        if (record == "out:a") program.stop();
+    });
+    EXPECT_EQ("Complete", run.await());
+    EXPECT_THAT(run.program->records, ElementsAre("out:a", "exit:-1073741510"));
+
+    // One that has ended already.
+    ProgramRun late("out 'a\n'", [](Program& program, std::string const& record) {
+        if (record == "exit:0") program.stop();
+    });
+    EXPECT_EQ("Complete", late.await());
+}
+
+TEST_F(BgProcessTest, FailsByAHookThatThrowsAndEndsTheProgram) {
+    for (char const* const steps : {"out 'a\n' pause", "err 'a\n' pause", "exit 0"}) {
+        pid_t number = 0;
+        NamedPipe tells;
+        ProgramRun run("tell " + tells.path() + " " + steps,
+            [](Program&, std::string const&) { throw BgEx::ExBgTaskFailed("here", 1, "not this"); });
+        number = tells.hear();
+        EXPECT_EQ("Failed: A background job failed: not this", run.await());
+        EXPECT_EQ(1u, run.program->records.size());
+        EXPECT_EQ(-1, ::kill(number, 0));
+    }
+    Memory const memory(noMemory);
+    EXPECT_EQ("Complete", ProgramRun("").await()) << "nobody counts as running, and no lock is held";
+    EXPECT_EQ(0, memory.asked());
+}
+
+TEST_F(BgProcessTest, CompletesWhenItsProgramIsDetached) {
+    NamedPipe tells, releases;
+    ProgramRun run("out a tell " + tells.path() + " await " + releases.path() + " tell " + tells.path());
+    pid_t const number = tells.hear();
+    run.program->detach();
+    EXPECT_EQ("Complete", run.await());
+    EXPECT_THAT(run.program->records, ElementsAre("out:a"));
+    EXPECT_EQ(1.0f, run.program->progress());
+    run.program->detach();
+    EXPECT_TRUE(run.job->releaseProtocol());
+    releases.release();
+    EXPECT_EQ(number, tells.hear()) << "it lives on";
+}
+
+/// A program that runs while the scope lasts.
+class Running {
+public:
+    Running() : _run("tell " + _tells.path() + " await " + _ends.path()) { _tells.hear(); }
+    ~Running() { end(); }
+
+    void end() {
+        if (std::exchange(_hasEnded, true)) return;
+        _ends.release();
+        EXPECT_EQ("Complete", _run.await());
+    }
+
+private:
+    bool _hasEnded = false;
+    NamedPipe _tells, _ends;
+    ProgramRun _run;
+};
+
+struct Figures {
+    char const* name;
+    OsMemoryArch::Memory memory;
+    bool isEnough;
+    bool isWarning;
+};
+class BgProcessMemory : public BgProcessTest, public testing::WithParamInterface<Figures> {};
+
+TEST_P(BgProcessMemory, DecidesWhetherAnotherOneMayStart) {
+    Memory memory(GetParam().memory);
+    LogRecorder const log;
+    {
+        Running const first;
+        EXPECT_EQ(0, memory.asked()) << "the first one never waits";
+        ProgramRun second("");
+        if (GetParam().isEnough) {
+            EXPECT_EQ("Complete", second.await());
+            EXPECT_EQ(1, memory.asked());
+        } else {
+            memory.awaitAsked(3);
+            EXPECT_TRUE(second.program->records.empty());
+            memory.set({900 * megabyte, 1000 * megabyte, 9000 * megabyte});
+            EXPECT_EQ("Complete", second.await());
+        }
+    }
+    std::string const warning = "BgTask:3 The available pagefile memory is smaller than the free physical memory; the "
+                                "process could fail.";
+    EXPECT_EQ(GetParam().isWarning, std::find(log.lines().begin(), log.lines().end(), warning) != log.lines().end());
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, BgProcessMemory,
+    testing::Values(Figures{"Enough", {513 * megabyte, 1000 * megabyte, 1026 * megabyte}, true, false},
+        Figures{"TooLittle", {512 * megabyte, 1000 * megabyte, 2000 * megabyte}, false, false},
+        Figures{"LargeEnoughShare", {1050 * megabyte, 5000 * megabyte, 3000 * megabyte}, true, false},
+        Figures{"TooSmallAShare", {1049 * megabyte, 5000 * megabyte, 3000 * megabyte}, false, false},
+        Figures{"TooSmallAPageFile", {600 * megabyte, 1000 * megabyte, 1112 * megabyte}, false, false},
+        Figures{"PageFileSmallerThanMemory", {600 * megabyte, 1000 * megabyte, 599 * megabyte}, true, true},
+        Figures{"NoFigures", {0, 0, 0}, false, false}),
+    [](auto const& row) { return row.param.name; });
+
+TEST_F(BgProcessTest, ToldByTheSystemItRunsSeveralAlsoWithoutAPageFile) {
+    auto const memory = OsMemoryArch::getInstance().getMemory();
+    if (memory.freePhysical <= 512 * megabyte || memory.freePhysical * 100 / memory.totalPhysical <= 20)
+        GTEST_SKIP() << "this machine has too little memory now";
+    Running const first;
+    EXPECT_EQ("Complete", ProgramRun("").await());
+}
+
+TEST_F(BgProcessTest, WaitsForItsTurnUntilTheOneBeforeHasEndedOrItIsStopped) {
+    inChildProcess([] {
+        setLaunchThrottle(oneAfterTheOther);
+        Memory const memory(noMemory);
+        Running first;
+        auto const awaitStart = [](ProgramRun const& run) {
+            while (run.job->getState()->state() == "Waiting")
+                std::this_thread::yield();
+        };
+        {
+            ProgramRun second("");
+            awaitStart(second);
+            second.job->stop();
+            EXPECT_EQ("Stopped", second.await());
+        }
+        std::atomic<bool> firstMayEnd = false;
+        ProgramRun third("", [&](Program&, std::string const&) { EXPECT_TRUE(firstMayEnd); });
+        awaitStart(third);
+        firstMayEnd = true;
+        first.end();
+        EXPECT_EQ("Complete", third.await());
+        EXPECT_EQ(0, memory.asked());
+    });
+}
+
+TEST_F(BgProcessTest, WaitsForMemoryUntilItIsAloneOrStopped) {
+    inChildProcess([] {
+        setLaunchThrottle(1);
+        Memory const memory(noMemory);
+        Running first;
+        ProgramRun second("");
+        memory.awaitAsked(1);
+        second.job->stop();
+        EXPECT_EQ("Stopped", second.await());
+        EXPECT_TRUE(second.program->records.empty());
+        ProgramRun third("");
+        memory.awaitAsked(2);
+        first.end();
+        EXPECT_EQ("Complete", third.await());
+    });
+}
+
+} // namespace

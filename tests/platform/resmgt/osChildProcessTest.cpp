@@ -1,0 +1,369 @@
+#include "resmgt/osChildProcess.h"
+
+#include "base/exBase.h"
+#include "resmgt/osEnv.h"
+#include "tests/support/childCommand.h"
+#include "tests/support/childProcess.h"
+
+#include <algorithm>
+#include <csignal>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <thread>
+
+namespace {
+
+using namespace Ko;
+using namespace KoTest;
+using Launch = OsChildProcess::Launch;
+
+constexpr double forEver = 1e6;
+
+/// A child that was launched, and what was read of it.
+class Child : public OsChildProcess {
+public:
+    Child(std::string const& commandLine, Vector<LiString> const& environment = OsEnv::getEntries()) {
+        EXPECT_EQ(Launch::Started, launch(commandLine, environment)) << getLaunchError();
+    }
+
+    void readAll() {
+        char buffer[1000];
+        while (std::size_t const count = readOutput(buffer, sizeof buffer))
+            output.append(buffer, count);
+        for (std::size_t waiting = 0; peekError(waiting) && waiting > 0;)
+            error.append(buffer, readError(buffer, std::min(waiting, sizeof buffer)));
+    }
+    int readToEnd() {
+        int exitCode = stillActive;
+        for (; exitCode == stillActive; nap(forEver)) {
+            readAll();
+            EXPECT_TRUE(getExitCode(exitCode));
+        }
+        readAll();
+        return exitCode;
+    }
+
+    std::string output;
+    std::string error;
+};
+
+std::string outputOf(std::string const& steps) {
+    Child child(childCommand(steps));
+    EXPECT_EQ(0, child.readToEnd());
+    EXPECT_TRUE(child.forget());
+    return child.output;
+}
+
+/// Stands for another process, whoever gets its number later.
+class Process {
+public:
+    explicit Process(pid_t number) : _descriptor(static_cast<int>(syscall(SYS_pidfd_open, number, 0))) {}
+    ~Process() { ::close(_descriptor); }
+    Process(Process const&) = delete;
+    Process& operator=(Process const&) = delete;
+
+    bool exists() const { return syscall(SYS_pidfd_send_signal, _descriptor, 0, nullptr, 0) == 0; }
+    void awaitEnd() const {
+        pollfd process{_descriptor, POLLIN, 0};
+        EXPECT_EQ(1, ::poll(&process, 1, -1));
+    }
+
+private:
+    int _descriptor;
+};
+
+std::ptrdiff_t count(char const* folder) {
+    return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+}
+
+struct Line {
+    char const* name;
+    std::string line;
+    std::string words;
+};
+class OsChildProcessLines : public testing::TestWithParam<Line> {};
+
+TEST_P(OsChildProcessLines, AreCutIntoWordsAsByAShell) {
+    EXPECT_EQ(GetParam().words, outputOf("arguments " + GetParam().line));
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, OsChildProcessLines,
+    testing::Values(Line{"Blanks", " a \t b\nc ", "[a]\n[b]\n[c]\n"},
+        Line{"SingleQuotes", R"('a  b' '\"$x' '')", "[a  b]\n[\\\"$x]\n[]\n"},
+        Line{"DoubleQuotes", R"("a  'b'" "\"\\\$\`\n" "")", "[a  'b']\n[\"\\$`\\n]\n[]\n"},
+        Line{"Backslashes",
+            R"(a\ b \'c\\ d\)"
+            "\ne",
+            "[a b]\n['c\\]\n[de]\n"},
+        Line{"Pieces", R"(a'b c'"d e"\ f)", "[ab cd e f]\n"},
+        Line{"NothingElse", "$HOME * ~ a|b;c>d `e` #f", "[$HOME]\n[*]\n[~]\n[a|b;c>d]\n[`e`]\n[#f]\n"}),
+    [](auto const& row) { return row.param.name; });
+
+TEST(OsChildProcess, HasEveryByteThatTheChildWrote) {
+    Child child(childCommand(R"(flood 3000000 50 floodErr 300000 2 out 'a\0b\r\nlast' err 'x\0' exit 3)"));
+    EXPECT_EQ(3, child.readToEnd());
+    EXPECT_EQ(3000000u + 9, child.output.size());
+    EXPECT_EQ(std::string("a\0b\r\nlast", 9), child.output.substr(3000000));
+    EXPECT_EQ(60000, std::count(child.output.begin(), child.output.begin() + 3000000, '\n'));
+    EXPECT_EQ(300000u + 2, child.error.size());
+    EXPECT_EQ(std::string("x\0", 2), child.error.substr(300000));
+    EXPECT_EQ(0u, child.countUnreadOutput());
+}
+
+TEST(OsChildProcess, CountsWhatWasNotReadYet) {
+    Child child(childCommand("out 12345 err 678"));
+    for (int exitCode = OsChildProcess::stillActive; exitCode == OsChildProcess::stillActive; child.nap(forEver))
+        ASSERT_TRUE(child.getExitCode(exitCode));
+    char buffer[4];
+    EXPECT_EQ(4u, child.readOutput(buffer, 4));
+    EXPECT_EQ(1u, child.countUnreadOutput());
+    std::size_t waiting = 0;
+    EXPECT_TRUE(child.peekError(waiting));
+    EXPECT_EQ(3u, waiting);
+}
+
+TEST(OsChildProcess, TellsHowTheChildEnded) {
+    struct {
+        char const* steps;
+        int exitCode;
+    } const rows[] = {{"", 0}, {"exit 1", 1}, {"exit 255", 255}, {"signal 15", 143}, {"signal 9", 137},
+        {"signal 11", 139}, {"signal 2", static_cast<int>(0xC000013A)}};
+    for (auto const& row : rows) {
+        Child child(childCommand(row.steps));
+        EXPECT_EQ(row.exitCode, child.readToEnd()) << row.steps;
+        EXPECT_TRUE(child.isAttached());
+        EXPECT_TRUE(child.forget());
+        EXPECT_FALSE(child.isAttached());
+    }
+}
+
+TEST(OsChildProcess, EndsByABreakUnlessItIgnoresIt) {
+    Child obedient(childCommand("pause"));
+    int exitCode = 0;
+    EXPECT_TRUE(obedient.getExitCode(exitCode));
+    EXPECT_EQ(OsChildProcess::stillActive, exitCode);
+    EXPECT_TRUE(obedient.sendBreak());
+    EXPECT_EQ(OsChildProcess::endedByBreak, obedient.readToEnd());
+
+    NamedPipe pipe;
+    Child stubborn(
+        childCommand("ignoreBreak tell " + pipe.path() + " await " + pipe.path() + " tell " + pipe.path() + " pause"));
+    pid_t const number = pipe.hear();
+    EXPECT_TRUE(stubborn.sendBreak());
+    pipe.release();
+    EXPECT_EQ(number, pipe.hear());
+    EXPECT_TRUE(stubborn.terminate(7));
+    EXPECT_EQ(7, stubborn.readToEnd());
+
+    Child halted(childCommand("signal 19"));
+    EXPECT_TRUE(halted.sendBreak());
+    EXPECT_EQ(OsChildProcess::endedByBreak, halted.readToEnd());
+}
+
+TEST(OsChildProcess, ReachesNobodyAfterItsEnd) {
+    Child child(childCommand("exit 4"));
+    EXPECT_EQ(4, child.readToEnd());
+    EXPECT_TRUE(child.terminate(9));
+    int exitCode = 0;
+    EXPECT_TRUE(child.getExitCode(exitCode));
+    EXPECT_EQ(4, exitCode) << "it ended before";
+    EXPECT_TRUE(child.forget());
+    EXPECT_FALSE(child.sendBreak());
+    EXPECT_FALSE(child.terminate(9));
+    EXPECT_TRUE(child.forget());
+    child.detach();
+    EXPECT_EQ(Launch::Started, child.launch(childCommand("exit 5"), {}));
+    EXPECT_THROW(child.launch(childCommand("exit 6"), {}), ExAssertionFailed);
+    EXPECT_EQ(5, child.readToEnd()) << "what was asked of the one before is forgotten";
+}
+
+// The leader ends by the break, or by the termination; the other one hears neither but belongs to the group.
+TEST(OsChildProcess, TakesItsGroupWithIt) {
+    for (bool const terminates : {false, true}) {
+        NamedPipe otherTells, lastTells;
+        Child child("sh -c '" KO_TEST_CHILD " ignoreBreak tell " + otherTells.path() +
+                    " pause & " KO_TEST_CHILD " tell " + lastTells.path() + " pause'");
+        Process const other(otherTells.hear());
+        lastTells.hear();
+        EXPECT_TRUE(terminates ? child.terminate(0) : child.sendBreak());
+        child.readToEnd();
+        EXPECT_TRUE(child.forget());
+        other.awaitEnd();
+    }
+}
+
+TEST(OsChildProcess, LeavesTheRestOfItsGroupAloneWhenItEndsByItself) {
+    NamedPipe hears, releases;
+    {
+        Child child(childCommand("orphan await " + releases.path() + " tell " + hears.path()));
+        EXPECT_EQ(0, child.readToEnd());
+        EXPECT_TRUE(child.forget());
+    }
+    releases.release();
+    EXPECT_NE(0, hears.hear());
+}
+
+TEST(OsChildProcess, StartsWithNothingOfThisProcessButItsDirectory) {
+    inChildProcess([] {
+        std::signal(SIGINT, SIG_IGN);
+        std::signal(SIGPIPE, SIG_IGN);
+        sigset_t blocked;
+        sigfillset(&blocked);
+        pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+        int const inheritable = ::open("/dev/null", O_RDONLY);
+        EXPECT_EQ("0 1 2 \n", outputOf("descriptors"));
+        EXPECT_EQ("leads its group, priority 19, usual signals, names of output 0, mode of output 384\n",
+            outputOf("attributes"));
+        Child child(childCommand("environment"), {"B=2", "A=1=2"});
+        child.readToEnd();
+        EXPECT_EQ("B=2\nA=1=2\n", child.output);
+        sigset_t now;
+        pthread_sigmask(SIG_BLOCK, nullptr, &now);
+        EXPECT_TRUE(sigismember(&now, SIGTERM)) << "this thread's own signals are as they were";
+        ::close(inheritable);
+    });
+}
+
+TEST(OsChildProcess, StartsAlsoWhenThisProcessHasNoStandardStreams) {
+    inChildProcess([] {
+        for (int const stream : {0, 1})
+            ::close(stream);
+        Child child(childCommand("descriptors err x"));
+        EXPECT_EQ(0, child.readToEnd());
+        EXPECT_EQ("0 1 2 \n", child.output);
+        EXPECT_EQ("x", child.error);
+    });
+}
+
+TEST(OsChildProcess, IsLookedForInThePathOfItsEnvironment) {
+    TemporaryFolder const folder;
+    std::filesystem::create_symlink(KO_TEST_CHILD, folder / "played");
+    folder.write("hidden/played", "not executable");
+    std::filesystem::create_directories(folder / "unusable/played");
+    Child child("played out found", {"X=PATH", "PATH=/nowhere:" + (folder / "hidden").string() + ":" +
+                                                   (folder / "unusable").string() + ":" + (folder / ".").string()});
+    EXPECT_EQ(0, child.readToEnd());
+    EXPECT_EQ("found", child.output);
+}
+
+TEST(OsChildProcess, SaysWhyItCannotBeStarted) {
+    TemporaryFolder const folder;
+    std::string const text = folder.write("text", "no program").string();
+    constexpr char const* malformed = "The command line names no program, or has a quotation without an end";
+    struct {
+        std::string commandLine;
+        char const* error;
+    } const rows[] = {{"/nowhere/program", "No such file or directory"},
+        {"no-such-program x", "No such file or directory"}, {"''", "No such file or directory"},
+        {text, "Permission denied"}, {folder / ".", "Permission denied"}, {"  ", malformed}, {"'a", malformed},
+        {"\"a", malformed}, {"a\\", malformed}, {std::string("a\0b", 3), malformed}};
+    auto const descriptors = count("/proc/self/fd");
+    for (auto const& row : rows) {
+        OsChildProcess child;
+        EXPECT_EQ(Launch::Failed, child.launch(row.commandLine, {})) << row.commandLine;
+        EXPECT_EQ(row.error, child.getLaunchError()) << row.commandLine;
+        EXPECT_FALSE(child.isAttached());
+        EXPECT_EQ(Launch::Started, child.launch(childCommand(""), {})) << "another one can be";
+    }
+    EXPECT_EQ(descriptors, count("/proc/self/fd"));
+}
+
+TEST(OsChildProcess, NeedsADirectoryForItsOutput) {
+    inChildProcess([] {
+        TemporaryFolder const folder;
+        OsChildProcess child;
+        ::setenv("TMPDIR", "/nowhere", 1);
+        EXPECT_EQ(Launch::Failed, child.launch(childCommand(""), {}));
+        EXPECT_EQ("No such file or directory", child.getLaunchError());
+        ::setenv("TMPDIR", "/proc", 1);
+        EXPECT_EQ(Launch::Failed, child.launch(childCommand(""), {}));
+        ::setenv("TMPDIR", (folder / ".").c_str(), 1);
+        EXPECT_EQ(Launch::Started, child.launch(childCommand("pause"), {}));
+        EXPECT_EQ(0, folder.entries());
+    });
+}
+
+TEST(OsChildProcess, EndsANapByItsEndByAnErrorAndByBeingDetached) {
+    NamedPipe writes, ends;
+    Child child(childCommand("await " + writes.path() + " err x closeErr await " + ends.path()));
+    int exitCode = 0;
+    writes.release();
+    child.nap(forEver);
+    child.readAll();
+    EXPECT_EQ("x", child.error);
+    // That it closes its standard error may end one nap, but not all that follow.
+    child.nap(0.2);
+    std::thread lets([&] { ends.release(); });
+    child.nap(forEver);
+    EXPECT_TRUE(child.getExitCode(exitCode));
+    EXPECT_EQ(0, exitCode);
+    lets.join();
+
+    Child other(childCommand("readInput"));
+    std::thread detaches([&] { other.detach(); });
+    while (other.isAttached())
+        other.nap(forEver);
+    detaches.join();
+}
+
+TEST(OsChildProcess, LeavesNothingBehind) {
+    outputOf("");
+    auto const descriptors = count("/proc/self/fd");
+    auto const threads = count("/proc/self/task");
+    for (int times = 0; times < 100; ++times)
+        outputOf("out x err y");
+    { Child const forgotten(childCommand("pause")); }
+    EXPECT_EQ(descriptors, count("/proc/self/fd"));
+    EXPECT_EQ(threads, count("/proc/self/task"));
+    EXPECT_EQ(-1, ::waitpid(-1, nullptr, WNOHANG)) << "there are no children any more";
+}
+
+TEST(OsChildProcess, LivesOnDetachedAndBecomesNoZombie) {
+    NamedPipe hears, releases;
+    {
+        Child child(childCommand("tell " + hears.path() + " await " + releases.path() + " floodErr 300000 50 tell " +
+                                 hears.path() + " await " + releases.path()));
+        pid_t const number = hears.hear();
+        child.detach();
+        EXPECT_FALSE(child.isAttached());
+        EXPECT_FALSE(child.sendBreak());
+        EXPECT_FALSE(child.terminate(0));
+        EXPECT_TRUE(child.forget());
+        Process const process(number);
+        releases.release();
+        EXPECT_EQ(number, hears.hear());
+        releases.release();
+        while (process.exists())
+            std::this_thread::yield();
+    }
+    // Those of a process that has no more time for them.
+    Child other(childCommand("await " + releases.path()));
+    other.detach();
+    EXPECT_TRUE(other.forget());
+    OsChildProcess::finalize();
+    releases.release();
+    EXPECT_EQ(1, ::waitpid(-1, nullptr, 0) > 0);
+}
+
+TEST(OsChildProcess, EndsWithThisProcessUnlessItWasDetached) {
+    NamedPipe attachedTells, memberTells, detachedTells, hostTells, releases;
+    std::string const attached =
+        childCommand("ignoreBreak tell " + attachedTells.path() + " member tell " + memberTells.path() + " pause");
+    std::string const detached = childCommand("tell " + detachedTells.path() + " await " + releases.path() +
+                                              " floodErr 100000 50 tell " + detachedTells.path());
+    Child host("'" KO_TEST_CHILD_HOST "' \"" + attached + "\" \"" + detached + "\" " + hostTells.path());
+    Process const leader(attachedTells.hear());
+    Process const member(memberTells.hear());
+    pid_t const number = detachedTells.hear();
+    hostTells.hear();
+    EXPECT_TRUE(host.terminate(0));
+    EXPECT_EQ(0, host.readToEnd());
+    leader.awaitEnd();
+    member.awaitEnd();
+    releases.release();
+    EXPECT_EQ(number, detachedTells.hear());
+}
+
+} // namespace

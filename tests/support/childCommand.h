@@ -1,0 +1,38 @@
+#pragma once
+
+#include "tests/support/temporaryFolder.h"
+
+#include <fcntl.h>
+#include <fstream>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace KoTest {
+
+/// The command line for the program that plays children. @param steps see tests/fixtures/child/child.cpp.
+inline std::string childCommand(std::string const& steps) {
+    return "'" KO_TEST_CHILD "' " + steps;
+}
+
+/// A pipe with a name, by which a test and a child wait for each other; once in each direction, one after the other.
+class NamedPipe {
+public:
+    NamedPipe() { ::mkfifo(path().c_str(), 0600); }
+
+    std::string path() const { return _folder / "pipe"; }
+    /// Waits for a child that tells its process number.
+    pid_t hear() const {
+        std::ifstream pipe(path());
+        pid_t number = 0;
+        pipe >> number;
+        return number;
+    }
+    /// Waits for a child that awaits the pipe, and lets it go on.
+    void release() const { ::close(::open(path().c_str(), O_WRONLY)); }
+
+private:
+    TemporaryFolder _folder;
+};
+
+} // namespace KoTest

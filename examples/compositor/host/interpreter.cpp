@@ -183,6 +183,9 @@ std::vector<Interpreter::Word> const& Interpreter::words() {
         {"dump", "dump (the history as XML)", 0, 0, true, &I::dump},
         {"render", "render FILE.png (a job)", 1, 1, true, &I::render},
         {"save", "save FILE.koc (a job)", 1, 1, true, &I::save},
+        {"run", "run \"COMMAND LINE\" [NAME=VALUE ...] (a job; its lines are shown)", 1, any, true, &I::runProgram},
+        {"export", "export FILE \"COMMAND with %f\" (a job; %f is a rendered picture, %o the file)", 2, 2, true,
+            &I::exportPicture},
         {"jobs", "jobs (those that have ended are listed once)", 0, 0, true, &I::jobs},
         {"stop", "stop JOB", 1, 1, true, &I::stop},
         {"wait", "wait (until all jobs have ended)", 0, 0, true, &I::wait},
@@ -365,6 +368,16 @@ void Interpreter::render(Statement const& statement) {
 
 void Interpreter::save(Statement const& statement) {
     submit(statement, makeSaveProtocol(_editor.document(), statement.words[1]));
+}
+
+void Interpreter::runProgram(Statement const& statement) {
+    auto const& words = statement.words;
+    submit(statement, makeRunProtocol(words[1], {words.begin() + 2, words.end()}, _jobs.nextJobsLines()));
+}
+
+void Interpreter::exportPicture(Statement const& statement) {
+    auto const& words = statement.words;
+    submit(statement, makeExportProtocol(_editor.document(), words[1], words[2], _jobs.nextJobsLines()));
 }
 
 void Interpreter::jobs(Statement const&) {

@@ -81,6 +81,8 @@ private:
     void dump(Statement const& statement);
     void render(Statement const& statement);
     void save(Statement const& statement);
+    void runProgram(Statement const& statement);
+    void exportPicture(Statement const& statement);
     void jobs(Statement const& statement);
     void stop(Statement const& statement);
     void wait(Statement const& statement);

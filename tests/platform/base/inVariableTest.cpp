@@ -3,16 +3,17 @@
 #include "base/inInitMgr.h"
 #include "base/inPaths.h"
 #include "tests/support/childProcess.h"
+#include "tests/support/temporaryFolder.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace Ko;
 using KoTest::inChildProcess;
+using KoTest::TemporaryFolder;
 
 struct Settings {};
 
@@ -27,12 +28,9 @@ public:
 
 // Starts with the given sources and tells what the variable became; "-" where it is not valid.
 std::string valueFor(std::vector<std::string> arguments, char const* environment, char const* file) {
-    std::string const path = testing::TempDir() + "koVariables" + std::to_string(std::rand()) + ".conf";
+    TemporaryFolder const folder;
     if (environment) ::setenv("KO_TEST_DIR", environment, 1);
-    if (file) {
-        std::ofstream(path) << file;
-        ::setenv("KO_CONFIG_FILE", path.c_str(), 1);
-    }
+    if (file) ::setenv("KO_CONFIG_FILE", folder.write("settings.conf", file).c_str(), 1);
     arguments.insert(arguments.begin(), "program");
     std::vector<char*> argv;
     for (std::string& argument : arguments)
@@ -41,7 +39,6 @@ std::string valueFor(std::vector<std::string> arguments, char const* environment
     int argc = static_cast<int>(arguments.size());
     SettingsInit const package;
     InInitMgr::initialize(argc, argv.data());
-    std::filesystem::remove(path);
     std::string result = package.directory.isValid() ? package.directory.get() : "-";
     for (int index = 1; index < argc; ++index)
         result += std::string(" ") + argv[static_cast<std::size_t>(index)];

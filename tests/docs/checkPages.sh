@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
-# Holds the pages of the house against the house:  checkPages.sh ROOT README_PROGRAM PLUG_IN_HOST PLUG_INS
+# Holds the pages of the house against the house:  checkPages.sh ROOT README_PROGRAM PLUG_IN_HOST PLUG_INS ACTIONS_PROGRAM
 # - every relative link leads to a file, and every page below docs/ can be reached from docs/README.md;
 # - a code block after the line <!-- from FILE --> is, line by line, a part of that file;
-# - what the README and the guide to plug-ins say that their programs print, they print.
+# - what the README and the guides say that their programs print, they print.
 set -euo pipefail
 
 cd "$1"
 readme_program=$2
 plug_in_host=("$3" "plugins:$4")
+actions_program=$5
 faults=0
 
 refuse() {
@@ -76,5 +77,6 @@ check_reached
     refuse "README.md: shows another program than docs/examples/readme.cpp"
 check_prints README.md "$readme_program"
 check_prints docs/guides/writing-plug-ins.md "${plug_in_host[@]}"
+check_prints docs/guides/writing-actions.md "$actions_program"
 
 exit "$((faults > 0))"

@@ -2,13 +2,13 @@
 // actions, and a sort over descriptions that were fetched once.
 
 #include "base/inInitMgr.h"
+#include "bench/framework/actions/leastQueries.h"
+#include "bench/framework/actions/manyActions.h"
 #include "framework/actions/actRegistry.h"
 #include "internalAPI/snItemBasic.h"
 
-#include <algorithm>
 #include <benchmark/benchmark.h>
-#include <iterator>
-#include <memory>
+#include <malloc.h>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,43 +16,9 @@
 namespace {
 
 using namespace Ko;
+using namespace KoBench;
 
-using Item = RCShdPtr<SnItem const>;
-using Targets = List<Item>;
-
-constexpr int actionCount = 10000;
-
-// One of three is valid for nothing, one of ten is in a sub-menu. They are of several classes, as in any application, so
-// that no loop is compiled for one of them.
-template <int kind>
-class Action final : public ActAction {
-public:
-    explicit Action(int number) : _number(number) {}
-
-    bool inputValid(Item const& target, Item const& input) const override {
-        return kind != 0 && target.get() && input.get();
-    }
-    void performAction(Item const&, Item const&, RCShdPtr<SnSelection> const&) const override {}
-    LiString getDescription() const override {
-        return "Rename Layer " + std::to_string((_number * 7919L) % actionCount);
-    }
-    std::string getCompositeName() const override { return _number % 10 == 9 ? "Tools" : ""; }
-
-private:
-    int _number;
-};
-
-OPtr<ActAction> makeAction(int number) {
-    switch (number % 3) {
-    case 0:
-        return std::make_unique<Action<0>>(number);
-    case 1:
-        return std::make_unique<Action<1>>(number);
-    default:
-        return std::make_unique<Action<2>>(number);
-    }
-}
-
+// Where the minimum has the same actions.
 std::vector<ActAction const*> actions;
 
 void fillRegistry() {
@@ -74,74 +40,17 @@ Targets targets(std::int64_t count) {
     return result;
 }
 
-// The minimum.
-namespace Least {
-
-struct Entry {
-    ActAction const* action;
-    Item target;
-    Item input;
-};
-
-// Calls `found` with every entry; goes on to the next action when it answers false.
-template <class Found>
-void query(Targets const& targets, Item const& input, std::string const& compositeName, Found found) {
-    for (ActAction const* const action : actions) {
-        if (action->getCompositeName() != compositeName) continue;
-        for (Item const& target : targets)
-            if (action->inputValid(target, input) && !found(Entry{action, target, input})) break;
-    }
-}
-
-std::vector<Entry> unsorted(Targets const& targets, Item const& input) {
-    std::vector<Entry> result;
-    query(targets, input, "", [&](Entry entry) { return result.push_back(std::move(entry)), false; });
-    return result;
-}
-
-// For one target: descriptions and entries are sorted together.
-std::vector<std::pair<LiString, Entry>> sorted(Targets const& targets, Item const& input) {
-    std::vector<std::pair<LiString, Entry>> result;
-    query(targets, input, "", [&](Entry entry) {
-        LiString description = entry.action->getDescription();
-        return result.emplace_back(std::move(description), std::move(entry)), false;
-    });
-    std::sort(result.begin(), result.end(), [](auto const& a, auto const& b) { return a.first < b.first; });
-    return result;
-}
-
-// For many targets: the entries of one action are kept together, and moved in order at the end.
-std::vector<Entry> sortedByAction(Targets const& targets, Item const& input) {
-    std::vector<std::pair<LiString, std::vector<Entry>>> byAction;
-    ActAction const* last = nullptr;
-    std::size_t count = 0;
-    query(targets, input, "", [&](Entry entry) {
-        if (std::exchange(last, entry.action) != entry.action)
-            byAction.emplace_back(entry.action->getDescription(), std::vector<Entry>()).second.reserve(targets.size());
-        return byAction.back().second.push_back(std::move(entry)), ++count, true;
-    });
-    std::sort(byAction.begin(), byAction.end(), [](auto const& a, auto const& b) { return a.first < b.first; });
-    std::vector<Entry> result;
-    result.reserve(count);
-    for (auto& [description, entries] : byAction)
-        result.insert(result.end(), std::move_iterator(entries.begin()), std::move_iterator(entries.end()));
-    return result;
-}
-
-ActAction const* find(LiString const& description, std::string const& compositeName) {
-    for (ActAction const* const action : actions)
-        if (action->getCompositeName() == compositeName && action->getDescription() == description) return action;
-    return nullptr;
-}
-
-} // namespace Least
-
 template <class Query>
 void measure(benchmark::State& state, Query query) {
     Targets const many = targets(state.range(0));
     Item const input = item("input");
     for (auto _ : state)
         benchmark::DoNotOptimize(query(many, input));
+}
+
+template <class Query>
+void measureLeast(benchmark::State& state, Query query) {
+    measure(state, [&](Targets const& many, Item const& input) { return query(actions, many, input); });
 }
 
 // With one target it is the form for one target that is asked.
@@ -159,16 +68,16 @@ void Unsorted(benchmark::State& state) {
     query(state, ActRegistry::FirstOnly);
 }
 void UnsortedLeast(benchmark::State& state) {
-    measure(state, &Least::unsorted);
+    measureLeast(state, &Least::unsorted);
 }
 void Sorted(benchmark::State& state) {
     query(state, ActRegistry::AllSorted);
 }
 void SortedLeast(benchmark::State& state) {
     if (state.range(0) == 1)
-        measure(state, &Least::sorted);
+        measureLeast(state, &Least::sorted);
     else
-        measure(state, &Least::sortedByAction);
+        measureLeast(state, &Least::sortedByAction);
 }
 
 // The last one of all.
@@ -180,7 +89,7 @@ void Lookup(benchmark::State& state) {
 void LookupLeast(benchmark::State& state) {
     LiString const description = actions.back()->getDescription();
     for (auto _ : state)
-        benchmark::DoNotOptimize(Least::find(description, ""));
+        benchmark::DoNotOptimize(Least::find(actions, description, ""));
 }
 
 BENCHMARK(Unsorted)->Arg(1)->Arg(100)->Unit(benchmark::kMicrosecond);
@@ -193,6 +102,9 @@ BENCHMARK(LookupLeast)->Unit(benchmark::kMicrosecond);
 } // namespace
 
 int main(int argc, char** argv) {
+    // Memory stays with the process, as in one that runs for long: else most of the time goes into page faults.
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    mallopt(M_MMAP_THRESHOLD, 1 << 30);
     InInitScope const scope;
     fillRegistry();
     benchmark::Initialize(&argc, argv);

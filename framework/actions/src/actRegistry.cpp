@@ -75,6 +75,14 @@ Vector<ActAction const*> sortedByDescription(Vector<ActAction const*> const& act
     return result;
 }
 
+template <class Targets>
+RCShdPtr<SnItem const> const* firstValid(
+    ActAction const& action, Targets const& targets, RCShdPtr<SnItem const> const& input) {
+    for (RCShdPtr<SnItem const> const& target : targets)
+        if (action.inputValid(target, input)) return &target;
+    return nullptr;
+}
+
 using OneTarget = std::array<RCShdPtr<SnItem const>, 1>;
 
 } // namespace
@@ -175,11 +183,8 @@ Vector<ActRegistry::Entry> ActRegistry::queryFirst(Targets const& targets, RCShd
     Set<std::string> const& groups, std::string const& compositeName) const {
     Vector<Entry> entries;
     forEachListed(groups, compositeName, [&](ActAction const& action) {
-        for (RCShdPtr<SnItem const> const& target : targets) {
-            if (!action.inputValid(target, input)) continue;
-            entries.emplace_back(&action, target, input);
-            break;
-        }
+        if (RCShdPtr<SnItem const> const* const target = firstValid(action, targets, input))
+            entries.emplace_back(&action, *target, input);
     });
     return entries;
 }

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string>
+#include <string_view>
 
 namespace Ko {
 
@@ -10,7 +11,9 @@ class BgLines {
 public:
     /// Hands each line that ends in the piece to `handleLine`, without "\n" or "\r\n"; keeps what follows.
     template <class HandleLine>
-    void add(char const* begin, char const* end, HandleLine handleLine) {
+    void add(std::string_view piece, HandleLine handleLine) {
+        char const* begin = piece.data();
+        char const* const end = begin + piece.size();
         while (char const* const lineEnd = find(begin, end)) {
             handleLine(take(begin, lineEnd));
             begin = lineEnd + 1;

@@ -109,6 +109,23 @@ void ReadLeast(benchmark::State& state) {
     check(state, bytes);
 }
 
+// The same by a file without a name, as jobs do it: the loop waits only for the end.
+void ReadFileLeast(benchmark::State& state) {
+    std::size_t bytes = 0;
+    std::vector<char> buffer(64 * 1024);
+    for (auto _ : state) {
+        bytes = 0;
+        int const file = ::open("/tmp", O_TMPFILE | O_RDWR | O_APPEND | O_CLOEXEC, 0600);
+        pid_t const child =
+            spawn({KO_BENCH_CHILD, "flood", std::to_string(floodSize), std::to_string(state.range(0))}, file);
+        ::waitpid(child, nullptr, 0);
+        for (ssize_t count = 0; (count = ::pread(file, buffer.data(), buffer.size(), static_cast<off_t>(bytes))) > 0;)
+            bytes += static_cast<std::size_t>(count);
+        ::close(file);
+    }
+    check(state, bytes);
+}
+
 // Takes the times that a child writes.
 class Listener : public BgProcess {
 public:
@@ -162,6 +179,7 @@ BENCHMARK(Launch)->Apply(hosts);
 BENCHMARK(LaunchLeast)->Apply(hosts);
 BENCHMARK(Read)->Apply(lines);
 BENCHMARK(ReadLeast)->Apply(lines);
+BENCHMARK(ReadFileLeast)->Apply(lines);
 BENCHMARK(ExitToComplete)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(ErrorToHook)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 

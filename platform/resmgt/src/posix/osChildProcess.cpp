@@ -78,7 +78,7 @@ public:
     // Where the next bytes of the output are, behind those that are ready in the buffer.
     std::int64_t _position = 0;
     std::string_view _ready;
-    std::unique_ptr<char[]> const _buffer = std::make_unique_for_overwrite<char[]>(bufferSize);
+    std::unique_ptr<char[]> _buffer;
     std::array<char, 1024> _errorBuffer;
     LiString _launchError;
 };
@@ -102,8 +102,8 @@ OsChildProcess::Launch OsChildProcess::Imp::launch(LiString const& commandLine, 
     _input = std::move(input.writeEnd);
     _error = std::move(error.readEnd);
     _errorIsOpen = true;
+    _buffer = std::make_unique_for_overwrite<char[]>(bufferSize);
     _position = 0;
-    _ready = {};
     _isAttached = true;
     return Launch::Started;
 }
@@ -141,6 +141,8 @@ void OsChildProcess::Imp::release() {
     _terminationCode.reset();
     _lifeline.cut();
     _child = {};
+    _ready = {};
+    _buffer.reset();
     for (Descriptor* const descriptor : {&_input, &_output, &_error, &_wake})
         descriptor->reset();
 }

@@ -1,5 +1,6 @@
 #include "base/inInitMgr.h"
 #include "framework/command/cmCommandStackGuard.h"
+#include "host/actions.h"
 #include "host/interpreter.h"
 
 #include <cerrno>
@@ -16,6 +17,7 @@ int run(int argc, char** argv) {
         std::cerr << "usage: compositor [SCRIPT]" << std::endl;
         return 2;
     }
+    compositor::EditActions const actions;
     compositor::Editor editor;
     Ko::CmCommandStackGuard const active(editor.history());
     auto const bars = isatty(STDOUT_FILENO) ? compositor::Jobs::Bars::Shown : compositor::Jobs::Bars::NotShown;

@@ -5,6 +5,8 @@
 #include "host/commands.h"
 #include "image/pngFile.h"
 
+#include <algorithm>
+
 namespace compositor {
 
 void Editor::open(std::filesystem::path const& path, std::string const& name) {
@@ -16,6 +18,7 @@ void Editor::open(std::filesystem::path const& path, std::string const& name) {
         throw DocumentError(path.string() + " cannot be opened: " + error.what());
     }
     _history->clear();
+    _selection->clear();
 }
 
 void Editor::setCanvas(Size canvas) {
@@ -28,6 +31,17 @@ void Editor::addLayer(std::string const& name, Picture picture) {
     layer.placed.picture = std::make_shared<Picture const>(std::move(picture));
     Document(_document).insert(0, layer);
     execute(makeAddLayer(_document, std::move(layer)));
+}
+
+Layer Editor::addCopy(Layer const& layer) {
+    auto const isTaken = [this](std::string const& name) {
+        return std::ranges::any_of(_document.layers(), [&](Layer const& other) { return other.name == name; });
+    };
+    Layer copy{_document.newId(), layer.name, layer.placed};
+    for (int number = 1; isTaken(copy.name); ++number)
+        copy.name = layer.name + " copy" + (number > 1 ? " " + std::to_string(number) : "");
+    execute(makeAddLayer(_document, copy));
+    return copy;
 }
 
 void Editor::removeLayer(std::string const& name) {
@@ -63,20 +77,6 @@ void Editor::setBlend(std::string const& name, BlendMode blend) {
     Layer changed = _document.layer(name);
     changed.placed.blend = blend;
     change(std::move(changed), "Blend " + name);
-}
-
-void Editor::dragLayer(std::string const& name, std::vector<Point> const& path) {
-    using Ko::PiExecParam;
-    bool const grouped = Ko::CmUndoGuard::isGuardActive();
-    auto const guarded = [&](PiExecParam::Transition transition, auto const& work) {
-        Ko::CmUndoGuard const guard(_history, "Drag " + name, grouped ? PiExecParam::NOT_TRANSITION : transition);
-        work();
-    };
-    static_cast<void>(_document.layer(name));
-    guarded(PiExecParam::BEGIN_TRANSITION, [] {});
-    for (Point const point : path)
-        guarded(PiExecParam::TRANSITION, [&] { moveLayer(name, point.x, point.y); });
-    guarded(PiExecParam::END_TRANSITION, [] {});
 }
 
 void Editor::execute(Ko::RCShdPtr<Ko::CmCommand> const& command) {

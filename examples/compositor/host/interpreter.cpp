@@ -2,10 +2,9 @@
 
 #include "framework/command/cmUndoGuard.h"
 #include "framework/command/cmUndoGuardNoLog.h"
-#include "image/generators.h"
+#include "host/actions.h"
 
 #include <algorithm>
-#include <charconv>
 #include <istream>
 #include <limits>
 #include <ostream>
@@ -16,23 +15,6 @@ namespace {
 
 constexpr std::size_t any = std::numeric_limits<std::size_t>::max();
 constexpr int largest = std::numeric_limits<int>::max();
-
-// "rrggbb" or "rrggbbaa".
-Colour colourOf(std::string const& text) {
-    std::uint32_t value = 0;
-    char const* const end = text.data() + text.size();
-    bool const isHexadecimal =
-        (text.size() == 6 || text.size() == 8) && std::from_chars(text.data(), end, value, 16).ptr == end;
-    if (!isHexadecimal) throw ScriptError("\"" + text + "\" is not a colour; write rrggbb or rrggbbaa");
-    if (text.size() == 6) value = value << 8 | 0xFF;
-    auto const byte = [value](int shift) { return static_cast<std::uint8_t>(value >> shift & 0xFF); };
-    return {byte(24), byte(16), byte(8), byte(0)};
-}
-
-Size sizeOf(Statement const& statement, std::size_t index) {
-    int const width = statement.integer(index, 1, 65535);
-    return {width, statement.integer(index + 1, 1, 65535)};
-}
 
 int stepsOf(Statement const& statement) {
     return statement.arguments() == 1 ? statement.integer(1, 1, largest) : 1;
@@ -180,7 +162,16 @@ std::vector<Interpreter::Word> const& Interpreter::words() {
         {"rename", "rename NAME NEW", 2, 2, true, &I::rename},
         {"remove", "remove NAME", 1, 1, true, &I::remove},
         {"reorder", "reorder NAME POSITION (0 is the bottom)", 2, 2, true, &I::reorder},
-        {"drag", "drag NAME X Y [X Y ...]", 3, any, true, &I::drag},
+        {"drag", "drag NAME X Y [X Y ...] (along a path) or drag NAME [NAME ...] to NAME (a drop)", 3, any, true,
+            &I::drag},
+        {"select", "select [NAME ...] (none clears the selection)", 0, any, true, &I::select},
+        {"menu", "menu (what can be done with the selected layers)", 0, 0, true, &I::menu},
+        {"do", "do ACTION [ARGUMENT ...] (with the selected layers; \"Blend > screen\" is one of a sub-menu)", 1, any,
+            true, &I::perform},
+        {"options", "options ACTION", 1, 1, true, &I::options},
+        {"copy", "copy", 0, 0, true, &I::copy},
+        {"cut", "cut", 0, 0, true, &I::cut},
+        {"paste", "paste", 0, 0, true, &I::paste},
         {"group", "group NAME ... end (one undo step)", 1, 1, true, &I::group},
         {"quietly", "quietly ... end (not in the history)", 0, 0, true, &I::quietly},
         {"undo", "undo [STEPS]", 0, 1, false, &I::undo},
@@ -192,6 +183,9 @@ std::vector<Interpreter::Word> const& Interpreter::words() {
         {"dump", "dump (the history as XML)", 0, 0, true, &I::dump},
         {"render", "render FILE.png (a job)", 1, 1, true, &I::render},
         {"save", "save FILE.koc (a job)", 1, 1, true, &I::save},
+        {"run", "run \"COMMAND LINE\" [NAME=VALUE ...] (a job; its lines are shown)", 1, any, true, &I::runProgram},
+        {"export", "export FILE \"COMMAND with %f\" (a job; %f is a rendered picture, %o the file)", 2, 2, true,
+            &I::exportPicture},
         {"jobs", "jobs (those that have ended are listed once)", 0, 0, true, &I::jobs},
         {"stop", "stop JOB", 1, 1, true, &I::stop},
         {"wait", "wait (until all jobs have ended)", 0, 0, true, &I::wait},
@@ -216,8 +210,14 @@ void Interpreter::runGroup(Statement const& statement) {
     if (!runBlock(true)) throw ScriptError("the input ends inside this " + statement.word());
 }
 
+// The words of old are short names of actions: on a layer, whose name comes first, or on the document.
+void Interpreter::edit(Statement const& statement, char const* action) {
+    EditActions::perform(_editor, action, {_editor.document().layer(statement.words[1])},
+        {statement.words.begin() + 2, statement.words.end()});
+}
+
 void Interpreter::canvas(Statement const& statement) {
-    _editor.setCanvas(sizeOf(statement, 1));
+    EditActions::perform(_editor, "Set Canvas", {statement.words.begin() + 1, statement.words.end()});
 }
 
 void Interpreter::open(Statement const& statement) {
@@ -226,53 +226,81 @@ void Interpreter::open(Statement const& statement) {
 }
 
 void Interpreter::checker(Statement const& statement) {
-    auto const& words = statement.words;
-    _editor.addLayer(words[1],
-        makeChecker(sizeOf(statement, 2), statement.integer(4, 1, 65535), colourOf(words[5]), colourOf(words[6])));
+    EditActions::perform(_editor, "Add Checker", {statement.words.begin() + 1, statement.words.end()});
 }
 
 void Interpreter::gradient(Statement const& statement) {
-    auto const& words = statement.words;
-    bool const isVertical = statement.arguments() == 6 && words[6] == "vertical";
-    if (statement.arguments() == 6 && !isVertical && words[6] != "horizontal")
-        throw ScriptError(quoted(words[6]) + " is not a direction; write horizontal or vertical");
-    _editor.addLayer(words[1], makeGradient(sizeOf(statement, 2), colourOf(words[4]), colourOf(words[5]),
-                                   isVertical ? Direction::Vertical : Direction::Horizontal));
+    EditActions::perform(_editor, "Add Gradient", {statement.words.begin() + 1, statement.words.end()});
 }
 
 void Interpreter::move(Statement const& statement) {
-    int const x = statement.integer(2, -largest, largest);
-    _editor.moveLayer(statement.words[1], x, statement.integer(3, -largest, largest));
+    edit(statement, "Move");
 }
 
 void Interpreter::opacity(Statement const& statement) {
-    _editor.setOpacity(statement.words[1], statement.number(2, 0.0f, 1.0f));
+    edit(statement, "Opacity");
 }
 
 void Interpreter::blend(Statement const& statement) {
-    _editor.setBlend(statement.words[1], blendModeOf(statement.words[2]));
+    std::string const mode = toString(blendModeOf(statement.words[2]));
+    EditActions::perform(_editor, "Blend > " + mode, {_editor.document().layer(statement.words[1])}, {});
 }
 
 void Interpreter::rename(Statement const& statement) {
-    _editor.renameLayer(statement.words[1], statement.words[2]);
+    edit(statement, "Rename");
 }
 
 void Interpreter::remove(Statement const& statement) {
-    _editor.removeLayer(statement.words[1]);
+    edit(statement, "Remove");
 }
 
 void Interpreter::reorder(Statement const& statement) {
-    _editor.reorderLayer(statement.words[1], static_cast<std::size_t>(statement.integer(2, 0, largest)));
+    edit(statement, "Reorder");
 }
 
 void Interpreter::drag(Statement const& statement) {
+    auto const& words = statement.words;
+    if (words[words.size() - 2] == "to") return _gestures.drag({words.begin() + 1, words.end() - 2}, words.back());
     if (statement.arguments() % 2 == 0) throw ScriptError("a path is made of pairs of X and Y");
-    std::vector<Editor::Point> path;
-    for (std::size_t index = 2; index < statement.words.size(); index += 2) {
+    std::vector<Gestures::Point> path;
+    for (std::size_t index = 2; index < words.size(); index += 2) {
         int const x = statement.integer(index, -largest, largest);
         path.push_back({x, statement.integer(index + 1, -largest, largest)});
     }
-    _editor.dragLayer(statement.words[1], path);
+    _gestures.dragAlong(words[1], path);
+}
+
+void Interpreter::select(Statement const& statement) {
+    _gestures.select({statement.words.begin() + 1, statement.words.end()});
+}
+
+void Interpreter::menu(Statement const&) {
+    _gestures.showMenu(_output);
+}
+
+void Interpreter::perform(Statement const& statement) {
+    std::vector<Layer> const layers = _gestures.selected();
+    if (layers.empty()) throw ScriptError("no layer is selected");
+    EditActions::perform(_editor, statement.words[1], layers, {statement.words.begin() + 2, statement.words.end()});
+}
+
+void Interpreter::options(Statement const& statement) {
+    std::vector<Layer> const layers = _gestures.selected();
+    if (layers.empty()) throw ScriptError("no layer is selected");
+    for (std::string const& option : EditActions::options(_editor, statement.words[1], layers.front()))
+        _output << "  " << option << "\n";
+}
+
+void Interpreter::copy(Statement const&) {
+    _gestures.copy();
+}
+
+void Interpreter::cut(Statement const&) {
+    _gestures.cut();
+}
+
+void Interpreter::paste(Statement const&) {
+    _gestures.paste();
 }
 
 void Interpreter::layers(Statement const&) {
@@ -340,6 +368,16 @@ void Interpreter::render(Statement const& statement) {
 
 void Interpreter::save(Statement const& statement) {
     submit(statement, makeSaveProtocol(_editor.document(), statement.words[1]));
+}
+
+void Interpreter::runProgram(Statement const& statement) {
+    auto const& words = statement.words;
+    submit(statement, makeRunProtocol(words[1], {words.begin() + 2, words.end()}, _jobs.nextJobsLines()));
+}
+
+void Interpreter::exportPicture(Statement const& statement) {
+    auto const& words = statement.words;
+    submit(statement, makeExportProtocol(_editor.document(), words[1], words[2], _jobs.nextJobsLines()));
 }
 
 void Interpreter::jobs(Statement const&) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/editor.h"
+#include "host/gestures.h"
 #include "host/jobs.h"
 #include "script/script.h"
 
@@ -16,7 +17,7 @@ namespace compositor {
 class Interpreter {
 public:
     Interpreter(Editor& editor, Jobs& jobs, std::ostream& output, std::ostream& errors)
-        : _editor(editor), _jobs(jobs), _output(output), _errors(errors) {}
+        : _editor(editor), _gestures(editor), _jobs(jobs), _output(output), _errors(errors) {}
 
     /// Runs a whole script, and waits for the jobs that it has started. It is read to its end first: one with a group that
     /// does not end changes nothing.
@@ -47,6 +48,7 @@ private:
     void runStatement(Statement const& statement);
     void runGroup(Statement const& statement);
     void updateJobs();
+    void edit(Statement const& statement, char const* action);
     void submit(Statement const& statement, Ko::OPtr<Ko::BgJobProtocol> protocol);
     void report(int line, std::string const& message);
 
@@ -63,6 +65,13 @@ private:
     void remove(Statement const& statement);
     void reorder(Statement const& statement);
     void drag(Statement const& statement);
+    void select(Statement const& statement);
+    void menu(Statement const& statement);
+    void perform(Statement const& statement);
+    void options(Statement const& statement);
+    void copy(Statement const& statement);
+    void cut(Statement const& statement);
+    void paste(Statement const& statement);
     void layers(Statement const& statement);
     void undo(Statement const& statement);
     void redo(Statement const& statement);
@@ -72,6 +81,8 @@ private:
     void dump(Statement const& statement);
     void render(Statement const& statement);
     void save(Statement const& statement);
+    void runProgram(Statement const& statement);
+    void exportPicture(Statement const& statement);
     void jobs(Statement const& statement);
     void stop(Statement const& statement);
     void wait(Statement const& statement);
@@ -80,6 +91,7 @@ private:
     void quit(Statement const& statement);
 
     Editor& _editor;
+    Gestures _gestures;
     Jobs& _jobs;
     std::ostream& _output;
     std::ostream& _errors;

@@ -3,6 +3,7 @@
 #include "base/evEventManager.h"
 #include "document/documentFile.h"
 #include "framework/bgTask/bgEx.h"
+#include "framework/bgTask/bgProcess.h"
 #include "resmgt/msgServer.h"
 #include "script/script.h"
 
@@ -40,6 +41,76 @@ public:
 private:
     Work _work;
 };
+
+/// An external program, with something to be done before and after it.
+class ProgramProtocol : public Ko::BgProcess {
+public:
+    ProgramProtocol(std::string const& type, std::string const& name, std::string const& commandLine,
+        std::vector<std::string> const& environment, LineSink sink)
+        : BgProcess(type + " " + name, commandLine, type), _sink(std::move(sink)) {
+        for (std::string const& entry : environment) {
+            std::size_t const separator = entry.find('=');
+            if (separator == std::string::npos || separator == 0)
+                throw ScriptError("\"" + entry + "\" does not define a variable; write NAME=VALUE");
+            addEnvironmentVariable(entry.substr(0, separator), entry.substr(separator + 1));
+        }
+    }
+
+protected:
+    void processOutputString(std::string const& line) override { _sink(line); }
+    void processErrorString(std::string const& line) override { _sink(line); }
+
+private:
+    LineSink _sink;
+};
+
+class ExportProtocol final : public ProgramProtocol {
+public:
+    ExportProtocol(Renderer renderer, std::filesystem::path const& path, std::filesystem::path picture,
+        std::string const& commandLine, LineSink sink)
+        : ProgramProtocol("export", path.filename().string(), commandLine, {}, std::move(sink)),
+          _renderer(std::move(renderer)), _picture(std::move(picture)) {}
+
+    void execute() override {
+        struct Removal {
+            std::filesystem::path const& path;
+            ~Removal() {
+                std::error_code ignored;
+                std::filesystem::remove(path, ignored);
+            }
+        } const removal{_picture};
+        if (render()) ProgramProtocol::execute();
+    }
+
+private:
+    // Half of the work, as far as anybody can tell.
+    bool render() try {
+        return _renderer.renderToFile(_picture, [this](int done, int total) {
+            reportProgress(done, 2 * total);
+            return continueExecution();
+        });
+    } catch (std::exception const& error) {
+        throw Ko::BgEx::ExBgTaskFailed("compositor/host/jobs.cpp", __LINE__, error.what());
+    }
+
+    Renderer _renderer;
+    std::filesystem::path _picture;
+};
+
+// As one word for the command line.
+std::string quoted(std::filesystem::path const& path) {
+    std::string text = "'";
+    for (char const character : path.string())
+        text += character == '\'' ? std::string("'\\''") : std::string(1, character);
+    return text + "'";
+}
+
+std::string replaced(std::string text, std::string const& placeholder, std::string const& value) {
+    for (std::size_t at = text.find(placeholder); at != std::string::npos;
+         at = text.find(placeholder, at + value.size()))
+        text.replace(at, placeholder.size(), value);
+    return text;
+}
 
 std::string percent(float progress) {
     return std::isfinite(progress) ? std::to_string(std::lround(progress * 100.0f)) + "%" : "?";
@@ -84,6 +155,21 @@ Ko::OPtr<Ko::BgJobProtocol> makeSaveProtocol(Document const& document, std::file
         "save", path, [document, path](Progress const& progress) { saveDocument(document, path, progress); });
 }
 
+Ko::OPtr<Ko::BgJobProtocol> makeRunProtocol(
+    std::string const& commandLine, std::vector<std::string> const& environment, LineSink sink) {
+    return std::make_unique<ProgramProtocol>(
+        "run", commandLine.substr(0, commandLine.find(' ')), commandLine, environment, std::move(sink));
+}
+
+Ko::OPtr<Ko::BgJobProtocol> makeExportProtocol(
+    Document const& document, std::filesystem::path const& path, std::string const& commandLine, LineSink sink) {
+    static int exports = 0;
+    std::filesystem::path picture = path;
+    picture += ".export" + std::to_string(++exports) + ".png";
+    std::string const command = replaced(replaced(commandLine, "%o", quoted(path)), "%f", quoted(picture));
+    return std::make_unique<ExportProtocol>(document.renderer(), path, picture, command, std::move(sink));
+}
+
 Jobs::Jobs(std::ostream& output, std::ostream& errors, Bars bars) : _output(output), _errors(errors), _bars(bars) {
     Ko::EvEventManager::getInstance().setWakeUpHandler([this] { _awake.set(); });
     Ko::MsgProtocol::setHandler([this](Ko::Msg const& message) { showError(message.getText()); });
@@ -104,6 +190,12 @@ void Jobs::submit(std::string place, Ko::OPtr<Ko::BgJobProtocol> protocol) {
     // Before the manager: what this knows of a failure comes before its message.
     job->attachObserver(this);
     Ko::BgManager::getInstance().addJob(job);
+}
+
+LineSink Jobs::nextJobsLines() {
+    return [this, number = _lastNumber + 1](std::string const& line) {
+        Ko::EvEventManager::getInstance().postRequest([this, number, line] { showLine(number, line); });
+    };
 }
 
 void Jobs::update() {
@@ -194,6 +286,11 @@ void Jobs::stateChanged(Ko::BgJob const& job, State::JobState_t state) {
 
 void Jobs::progressed(Ko::BgJob const& job, float progress) {
     if (Entry* const entry = find(job)) entry->progress = progress;
+}
+
+void Jobs::showLine(int number, std::string const& line) {
+    eraseBars();
+    _output << "  [" << number << "] " << line << std::endl;
 }
 
 void Jobs::showError(std::string const& text) {

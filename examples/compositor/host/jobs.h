@@ -4,9 +4,11 @@
 #include "framework/bgTask/bgManager.h"
 
 #include <filesystem>
+#include <functional>
 #include <iosfwd>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace compositor {
 
@@ -14,6 +16,17 @@ namespace compositor {
 Ko::OPtr<Ko::BgJobProtocol> makeRenderProtocol(Document const& document, std::filesystem::path const& path);
 /// Saves the document as it is now.
 Ko::OPtr<Ko::BgJobProtocol> makeSaveProtocol(Document const& document, std::filesystem::path const& path);
+
+/// A line that a program has written; called on the thread of its job.
+using LineSink = std::function<void(std::string const& line)>;
+/// Runs an external program.
+/// @param environment "NAME=value", in place of or besides what this process has.
+Ko::OPtr<Ko::BgJobProtocol> makeRunProtocol(
+    std::string const& commandLine, std::vector<std::string> const& environment, LineSink sink);
+/// Renders the document as it is now into a temporary picture beside `path`, and hands it to an external program.
+/// @param commandLine in it, "%f" stands for the temporary picture and "%o" for the path.
+Ko::OPtr<Ko::BgJobProtocol> makeExportProtocol(
+    Document const& document, std::filesystem::path const& path, std::string const& commandLine, LineSink sink);
 
 /// The background jobs that the user has started, by number, and what is told of them.
 ///
@@ -30,6 +43,8 @@ public:
 
     /// @param place stands before an error message of the job, as "script:12".
     void submit(std::string place, Ko::OPtr<Ko::BgJobProtocol> protocol);
+    /// For the lines of the job that is submitted next: shows them after the job's number.
+    LineSink nextJobsLines();
     /// Tells what has happened since.
     void update();
     /// Lists all jobs with their states, progress and times; those that have ended are forgotten then.
@@ -55,6 +70,7 @@ private:
     Entry* find(Ko::BgJob const& job);
     void stateChanged(Ko::BgJob const& job, Ko::BgJobHintChangeState::JobState_t state);
     void progressed(Ko::BgJob const& job, float progress);
+    void showLine(int number, std::string const& line);
     void showError(std::string const& text);
     bool isAnyRunning() const;
     void drawBars();

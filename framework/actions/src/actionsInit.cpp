@@ -1,6 +1,9 @@
 #include "framework/actions/actionsInit.h"
 
 #include "base/baseInit.h"
+#include "framework/actions/actBasicParam.h"
+#include "framework/actions/actRegistry.h"
+#include "framework/actions/src/actNoItems.h"
 #include "framework/command/commandInit.h"
 #include "framework/dragAndDrop/dragAndDropInit.h"
 #include "internalAPI/internalAPIInit.h"
@@ -17,6 +20,20 @@ public:
     ActionsInit()
         : InInit("actions", packagesOf<KoInit::command, KoInit::dragAndDrop, KoInit::scriptingAPI, KoInit::internalAPI,
                                 KoInit::resmgt, KoInit::pluginAPI, KoInit::base>()) {}
+
+    void initialize() override {
+        ActRegistry::initialize();
+        ActBasicParam::initialize();
+        ActNoItems::initialize();
+        SnItemConvert<LiString>::initialize();
+    }
+
+    void finalize() override {
+        SnItemConvert<LiString>::finalize();
+        ActBasicParam::finalize();
+        ActNoItems::finalize();
+        ActRegistry::finalize();
+    }
 };
 
 ActionsInit package;

@@ -1,6 +1,7 @@
 #include "framework/dragAndDrop/dragAndDropInit.h"
 
 #include "base/baseInit.h"
+#include "framework/dragAndDrop/drCarrier.h"
 #include "internalAPI/internalAPIInit.h"
 #include "pluginAPI/pluginAPIInit.h"
 #include "primitives/primitivesInit.h"
@@ -15,6 +16,9 @@ public:
     DragAndDropInit()
         : InInit("dragAndDrop",
               packagesOf<KoInit::internalAPI, KoInit::primitives, KoInit::pluginAPI, KoInit::resmgt, KoInit::base>()) {}
+
+    void initialize() override { SnItemConvert<RCShdPtr<DrCarrier>>::initialize(); }
+    void finalize() override { SnItemConvert<RCShdPtr<DrCarrier>>::finalize(); }
 };
 
 DragAndDropInit package;

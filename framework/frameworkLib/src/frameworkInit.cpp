@@ -4,6 +4,7 @@
 #include "framework/actions/actionsInit.h"
 #include "framework/bgTask/bgTaskInit.h"
 #include "framework/command/commandInit.h"
+#include "framework/dragAndDrop/drClipboard.h"
 #include "framework/dragAndDrop/dragAndDropInit.h"
 #include "framework/frameworkLib/src/frameworkBuildInfo.h"
 #include "framework/plugInMgr/plugInMgrInit.h"
@@ -26,6 +27,11 @@ public:
                                   KoInit::actions, KoInit::plugInMgr, KoInit::dragAndDrop>()) {}
 
     void initialize() override { InBuildInfoUtil::registerInfo(std::make_unique<FrameworkBuildInfo>()); }
+
+    // So that no item outlives the packages that it comes from.
+    void preFinalize() override {
+        if (DrClipboard::isInitialized()) DrClipboard::getInstance().clear();
+    }
 };
 
 FrameworkInit package;

@@ -1,6 +1,6 @@
 #include "base/exBase.h"
 
-#include "base/src/typeName.h"
+#include "base/typeName.h"
 
 #include <typeinfo>
 

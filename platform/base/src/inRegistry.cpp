@@ -2,7 +2,7 @@
 
 #include "base/inVariable.h"
 #include "base/src/libraryPath.h"
-#include "base/src/typeName.h"
+#include "base/typeName.h"
 
 #include <algorithm>
 #include <iostream>
@@ -277,7 +277,12 @@ void InRegistry::takeBack(Batch const& batch) {
 
 void InRegistry::finalizeAll() {
     std::exception_ptr firstError;
-    finalizePackages(Packages(_initialized), firstError);
+    Packages packages;
+    {
+        std::lock_guard const guard(_mutex);
+        packages = _initialized;
+    }
+    finalizePackages(packages, firstError);
     if (firstError) std::rethrow_exception(firstError);
 }
 

@@ -1,6 +1,6 @@
 #include "base/inSingleton.h"
 
-#include "base/src/typeName.h"
+#include "base/typeName.h"
 
 namespace Ko {
 

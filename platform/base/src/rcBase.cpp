@@ -2,7 +2,7 @@
 
 #include "base/exBase.h"
 #include "base/rcWeakPtr.h"
-#include "base/src/typeName.h"
+#include "base/typeName.h"
 
 #include <array>
 #include <typeinfo>

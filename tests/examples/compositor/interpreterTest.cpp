@@ -1,5 +1,6 @@
 #include "host/interpreter.h"
 #include "framework/command/cmUndoGuard.h"
+#include "host/actions.h"
 #include "image/pngFile.h"
 #include "tests/support/temporaryFolder.h"
 
@@ -42,6 +43,7 @@ protected:
     std::ostringstream output;
     std::ostringstream errors;
     std::ostringstream told; // by jobs
+    EditActions const actions;
     Editor editor;
     Jobs jobs{told, errors, Jobs::Bars::NotShown};
     Interpreter interpreter{editor, jobs, output, errors};
@@ -175,6 +177,29 @@ TEST_F(InterpreterTest, EndsAScriptWhenAJobFailsAndTellsItOnce) {
     EXPECT_EQ(2u, editor.document().layers().size());
     EXPECT_NE(std::string::npos, take(told).find("): failed\n"));
     EXPECT_TRUE(run("wait")) << "told once";
+}
+
+TEST_F(InterpreterTest, RunsExternalProgramsAndShowsTheirLines) {
+    EXPECT_TRUE(run("run \"sh -c 'echo $WHO; echo oops >&2'\" \"WHO=the world\"\nwait")) << take(errors);
+    std::string const lines = take(told);
+    EXPECT_NE(std::string::npos, lines.find("  [1] the world\n")) << lines;
+    EXPECT_NE(std::string::npos, lines.find("  [1] oops\n"));
+    EXPECT_NE(std::string::npos, lines.find("job 1 (run sh): complete\n"));
+    EXPECT_TRUE(run("run \"sleep 1000\"\nstop 2\nwait"));
+    EXPECT_NE(std::string::npos, take(told).find("job 2 (run sleep): stopped\n"));
+    expectError(
+        "run \"sh -c 'exit 3'\"", "1: A background job failed: External process terminated with return value 3");
+    expectError("run /no/such/program", "1: A background job failed: External process could not be launched");
+    expectError("run true =x", "1: \"=x\" does not define a variable; write NAME=VALUE");
+}
+
+TEST_F(InterpreterTest, HandsATemporaryPictureToAProgram) {
+    std::string const copy = (folder / "a 'copy'.png").string();
+    EXPECT_TRUE(run("canvas 2 2\nexport \"" + copy + "\" \"cp %f %o\"")) << take(errors);
+    EXPECT_EQ((Size{2, 2}), decodePng(readFile(copy)).size());
+    EXPECT_EQ(1, folder.entries()) << "the temporary picture is gone";
+    EXPECT_FALSE(run("export " + (folder / "x").string() + " false"));
+    EXPECT_EQ(1, folder.entries());
 }
 
 TEST(Jobs, ShowABarForEachThatRunsWhileSomebodyWaits) {

@@ -1,3 +1,4 @@
+#include "base/evEventManager.h"
 #include "framework/bgTask/bgManager.h"
 #include "tests/support/functionProtocol.h"
 
@@ -13,7 +14,7 @@ using namespace KoTest;
 using States = std::vector<int>;
 using State = BgJobHintChangeState;
 
-constexpr int rounds = 3000;
+constexpr int rounds = 2000;
 
 /// Two threads that do a round's work at the same time.
 template <class First, class Second, class Check>
@@ -34,8 +35,10 @@ void race(First first, Second second, Check check) {
         job = FunctionProtocol::createJob([&](FunctionProtocol& protocol) {
             ++executions;
             // Half of the jobs end by themselves, the others only when they are stopped.
-            while (round % 2 == 0 && protocol.continueExecution())
+            while (round % 2 == 0 && protocol.continueExecution()) {
                 protocol.reportProgress(1, 2);
+                std::this_thread::yield();
+            }
         });
         JobRecorder recorder;
         job->attachObserver(&recorder);
@@ -122,6 +125,29 @@ TEST(BgJobRace, AJobThatIsSubmittedTwiceRunsOnce) {
     }
     EXPECT_EQ(rounds, executions);
     EXPECT_TRUE(BgManager::getInstance().getJobs().empty());
+}
+
+TEST(BgJobRace, AShutdownEndsJobsThatWereJustSubmitted) {
+    BgManager& manager = BgManager::getInstance();
+    std::vector<RCShdPtr<BgJob>> jobs;
+    for (int round = 0; round < rounds; ++round) {
+        jobs.clear();
+        for (int job = 0; job < 8; ++job) {
+            auto protocol = FunctionProtocol::create([](FunctionProtocol& self) {
+                while (self.continueExecution()) {
+                    self.reportProgress(1, 2);
+                    std::this_thread::yield();
+                }
+            });
+            jobs.push_back(job % 2 ? manager.addUiJob(std::move(protocol), 1) : manager.addJob(std::move(protocol)));
+        }
+        manager.stopAllJobs();
+        for (auto const& job : jobs) {
+            EXPECT_FALSE(job->isRunning());
+            EXPECT_TRUE(job->isReleased());
+        }
+    }
+    EvEventManager::getInstance().processEvents();
 }
 
 } // namespace

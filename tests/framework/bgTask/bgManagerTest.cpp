@@ -168,6 +168,7 @@ TEST_F(BgManagerTest, HasSixGeneralWorkersAndTwoForEachPriority) {
     EXPECT_EQ("Waiting", other->getState()->state()) << "any other priority is a low one";
     gate.open();
     waitFor(other);
+    manager.stopAllJobs(); // before what they use goes
     EXPECT_EQ(11, busy);
 }
 
@@ -190,6 +191,7 @@ TEST_F(BgManagerTest, DeletesAWaitingJobAtOnce) {
     EXPECT_EQ(3u, manager.getJobs().size());
     gate.open();
     waitFor(behind);
+    manager.stopAllJobs(); // before what they use goes
 }
 
 TEST_F(BgManagerTest, KeepsAJobThatDoesNotEnd) {

@@ -141,17 +141,20 @@ TEST_F(PimPlugInMgrTest, LeavesNothingOfAFailedPlugIn) {
 
 TEST_F(PimPlugInMgrTest, KeepsTheLibraryThatAFailedPlugInSharesWithAnother) {
     struct Row {
+        char const* failing;
         char const* failingHook;
         Journal first;
         Journal second;
     };
-    for (Row const& row : {Row{"+first", {"+support", "+first", "*support"}, {"+second", "*second"}},
-             Row{"*first", {"+support", "+first", "*support", "*first", "-first"}, {"+second", "*second"}},
-             Row{"+support", {"+support"}, {}}})
+    for (Row const& row : {Row{"first.op.so", "+first", {"+support", "+first", "*support"}, {"+second", "*second"}},
+             Row{"first.op.so", "*first", {"+support", "+first", "*support", "*first", "-first"},
+                 {"+second", "*second"}},
+             Row{"first.op.so", "+support", {"+support"}, {}},
+             Row{"needy.op.so", "", {}, {"+support", "+second", "*support", "*second"}}})
         inChildProcess([&row] {
             PlugInFolder const plugIns;
             plugInActions()[row.failingHook] = [] { throw std::runtime_error("no"); };
-            EXPECT_NE("loaded", outcomeOf(plugIns.add("first.op.so")));
+            EXPECT_NE("loaded", outcomeOf(plugIns.add(row.failing)));
             EXPECT_EQ(row.first, takeJournal());
             bool const isSupported = !row.second.empty();
             EXPECT_EQ(isSupported, outcomeOf(plugIns.add("second.op.so")) == "loaded");

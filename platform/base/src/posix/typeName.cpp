@@ -1,4 +1,4 @@
-#include "base/src/typeName.h"
+#include "base/typeName.h"
 
 #include <cstdlib>
 #include <cxxabi.h>

@@ -1,0 +1,178 @@
+#include "host/gestures.h"
+
+#include "framework/actions/actDndUtils.h"
+#include "framework/actions/actMenuBase.h"
+#include "framework/command/cmSelectionChangeCmd.h"
+#include "framework/command/cmUndoGuard.h"
+#include "framework/dragAndDrop/drClipboard.h"
+#include "framework/dragAndDrop/drSrcSink.h"
+#include "host/actions.h"
+#include "host/layerItem.h"
+
+#include <algorithm>
+#include <map>
+#include <ostream>
+
+namespace compositor {
+
+namespace {
+
+using namespace Ko;
+using Selection = RCShdPtr<SnSelection>;
+using Items = List<RCShdPtr<SnItem const>>;
+
+Selection makeSelection(Editor& editor, std::vector<Layer> const& layers) {
+    Selection selection = SnSelection::create();
+    for (Layer const& layer : layers)
+        selection->add(LayerItem::create({&editor, layer}));
+    return selection;
+}
+
+std::vector<Layer> layersNamed(Editor const& editor, std::vector<std::string> const& names) {
+    std::vector<Layer> layers;
+    std::ranges::transform(
+        names, std::back_inserter(layers), [&](std::string const& name) { return editor.document().layer(name); });
+    return layers;
+}
+
+std::string nameOf(ActRegistry::Entry const& entry) {
+    return SnItemConvert<LayerRef>::test(entry.getTarget())
+               ? " (" + SnItemConvert<LayerRef>::get(entry.getTarget()).layer.name + ")"
+               : "";
+}
+
+/// A context menu as text.
+class TextMenu final : public ActMenuBase {
+public:
+    explicit TextMenu(std::ostream& output) : _output(output) {}
+
+protected:
+    bool showMenu(Entries entries, GePoint2<int> const&, Selection const&) override {
+        std::map<std::string, std::string> groups;
+        for (; !entries.atEnd(); ++entries)
+            groups[entries->getGroup()] += lines(*entries, "  ");
+        for (auto const& [group, text] : groups)
+            _output << group << "\n" << text;
+        return !groups.empty();
+    }
+
+private:
+    static std::string lines(ActRegistry::Entry const& entry, std::string const& indent) {
+        std::string text = indent + entry.getDescription() + nameOf(entry) + "\n";
+        for (Entries member = getMembers(entry); !member.atEnd(); ++member)
+            text += lines(*member, indent + "  ");
+        return text;
+    }
+
+    std::ostream& _output;
+};
+
+/// The list of layers as a user sees it: what he drags comes from there, and is dropped there.
+class LayerList final : public DrSrcSink {
+public:
+    LayerList(Editor& editor, std::vector<Layer> grabbed, Layer const& under)
+        : _grabbed(makeSelection(editor, grabbed)), _under(makeSelection(editor, {under})) {}
+
+    bool willPopulateSelection() override { return !_grabbed->isEmpty(); }
+    void populateSelection(RCShdPtr<DrCarrier> const& carrier) override { carrier->getSelection()->add(*_grabbed); }
+    bool willConsumeSelection(RCShdPtr<DrCarrier> const& carrier) override { return drop(carrier, false); }
+    void consumeSelection(RCShdPtr<DrCarrier> const& carrier) override { drop(carrier, true); }
+
+private:
+    bool drop(RCShdPtr<DrCarrier> const& carrier, bool perform) {
+        return ActDndUtils::performCarrierActions(
+            RCShdPtr<SnSelection const>(_under), carrier, SnSelection::create(), perform);
+    }
+
+    Selection _grabbed;
+    Selection _under;
+};
+
+} // namespace
+
+void Gestures::select(std::vector<std::string> const& names) {
+    Selection const selected = makeSelection(_editor, layersNamed(_editor, names));
+    if (selected->isEmpty())
+        _editor.execute(CmSelectionClearCmd::create(_editor.selection()));
+    else
+        _editor.execute(CmSelectionReplaceAllItemsCmd::create(_editor.selection(), selected));
+}
+
+std::vector<Layer> Gestures::selected() const {
+    std::vector<Layer> layers;
+    for (auto const& item : _editor.selection()->getItems()) {
+        std::uint64_t const id = SnItemConvert<LayerRef>::get(item).layer.id;
+        auto const& all = _editor.document().layers();
+        auto const found = std::ranges::find(all, id, &Layer::id);
+        if (found != all.end()) layers.push_back(*found);
+    }
+    return layers;
+}
+
+void Gestures::showMenu(std::ostream& output) const {
+    Items items;
+    for (auto const& item : makeSelection(_editor, selected())->getItems())
+        items.push_back(item);
+    RCShdPtr<TextMenu>::create(output)->setActionsForSelection(items, {0, 0}, SnSelection::create());
+}
+
+void Gestures::carrySelection(int action) {
+    std::vector<Layer> const layers = selected();
+    if (layers.empty()) throw ScriptError("no layer is selected");
+    DrClipboard::getInstance().setContent(
+        DrCarrier::create(makeSelection(_editor, layers)), static_cast<DrClipboard::SrcAction>(action));
+}
+
+void Gestures::copy() {
+    carrySelection(DrClipboard::Copy);
+}
+
+void Gestures::cut() {
+    carrySelection(DrClipboard::Cut);
+    CmUndoGuard const guard(_editor.history(), "Cut", {});
+    EditActions::perform(_editor, "Remove", selected(), {});
+}
+
+void Gestures::paste() {
+    auto const carried = DrCarrierItem::create(DrClipboard::getInstance().getContent());
+    auto const entries = ActRegistry::getInstance().getActions(
+        SnItemBasic<Editor*>::create(&_editor), carried, "", ActRegistry::FirstOnly);
+    if (entries.atEnd()) throw ScriptError("nothing was copied or cut");
+    CmUndoGuard const guard(_editor.history(), "Paste", {});
+    Selection const pasted = SnSelection::create();
+    entries->performAction(pasted);
+    _editor.execute(CmSelectionReplaceAllItemsCmd::create(_editor.selection(), pasted));
+}
+
+void Gestures::dragAlong(std::string const& name, std::vector<Point> const& path) {
+    bool const grouped = CmUndoGuard::isGuardActive();
+    auto const guarded = [&](PiExecParam::Transition transition, auto const& work) {
+        CmUndoGuard const guard(_editor.history(), "Drag " + name, grouped ? PiExecParam::NOT_TRANSITION : transition);
+        work();
+    };
+    std::vector<Layer> const dragged{_editor.document().layer(name)};
+    guarded(PiExecParam::BEGIN_TRANSITION, [] {});
+    for (Point const point : path)
+        guarded(PiExecParam::TRANSITION, [&] {
+            EditActions::perform(_editor, "Move", dragged, {std::to_string(point.x), std::to_string(point.y)});
+        });
+    guarded(PiExecParam::END_TRANSITION, [] {});
+}
+
+void Gestures::drag(std::vector<std::string> const& names, std::string const& target) {
+    auto const list =
+        RCShdPtr<LayerList>::create(_editor, layersNamed(_editor, names), _editor.document().layer(target));
+    auto const carrier = DrCarrier::create(SnSelection::create());
+    list->populateSelection(carrier);
+    if (!list->willConsumeSelection(carrier)) {
+        list->operationCancelled(carrier);
+        throw ScriptError("these layers cannot be dropped on \"" + target + "\"");
+    }
+    {
+        CmUndoGuard const guard(_editor.history(), "Drop on " + target, {});
+        list->consumeSelection(carrier);
+    }
+    list->dropCompleted(carrier);
+}
+
+} // namespace compositor

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "document/document.h"
+#include "internalAPI/snItemBasic.h"
+#include "internalAPI/snItemConvert.h"
+
+#include <cstdint>
+#include <functional>
+#include <ostream>
+
+namespace compositor {
+
+class Editor;
+
+/// A layer of an editor's document, as it was when the item was made: what is selected, dragged and copied. Two are the same
+/// layer by editor and id, whatever has changed since.
+struct LayerRef {
+    Editor* editor;
+    Layer layer;
+
+    bool operator==(LayerRef const& other) const { return editor == other.editor && layer.id == other.layer.id; }
+};
+
+using LayerItem = Ko::SnItemBasic<LayerRef>;
+
+inline std::ostream& operator<<(std::ostream& stream, LayerRef const& ref) {
+    return stream << ref.layer.name;
+}
+
+} // namespace compositor
+
+template <>
+struct std::hash<compositor::LayerRef> {
+    std::size_t operator()(compositor::LayerRef const& ref) const noexcept {
+        return std::hash<std::uint64_t>()(ref.layer.id);
+    }
+};
+
+extern template class Ko::SnItemBasic<compositor::LayerRef>;
+extern template class Ko::SnItemBasic<compositor::Editor*>;
+extern template class Ko::SnIsItem<compositor::Editor*>;
+extern template class Ko::SnItemConvert<compositor::Editor*>;
+extern template class Ko::SnIsItem<compositor::LayerRef>;
+extern template class Ko::SnItemConvert<compositor::LayerRef>;

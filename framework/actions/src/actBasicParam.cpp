@@ -1,0 +1,26 @@
+#include "framework/actions/actBasicParam.h"
+
+#include "internalAPI/snItemBasic.imp.h"
+#include "internalAPI/snItemConvert.imp.h"
+
+namespace Ko {
+
+template class SnItemBasic<ActBasicParam>;
+template class SnIsItem<ActBasicParam>;
+template class SnItemConvert<ActBasicParam>;
+
+ActBasicParam::ActBasicParam() = default;
+ActBasicParam::ActBasicParam(LiString const& value) : _value(value) {}
+
+void ActBasicParam::dump(std::ostream& stream) const {
+    stream << _value;
+}
+
+void ActBasicParam::initialize() {
+    SnItemConvert<ActBasicParam>::initialize();
+}
+void ActBasicParam::finalize() {
+    SnItemConvert<ActBasicParam>::finalize();
+}
+
+} // namespace Ko

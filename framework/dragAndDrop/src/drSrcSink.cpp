@@ -1,0 +1,19 @@
+#include "framework/dragAndDrop/drSrcSink.h"
+
+namespace Ko {
+
+DrSrcSink::DrSrcSink() = default;
+DrSrcSink::~DrSrcSink() = default;
+
+bool DrSrcSink::willPopulateSelection() {
+    return false;
+}
+void DrSrcSink::populateSelection(RCShdPtr<DrCarrier> const&) {}
+bool DrSrcSink::willConsumeSelection(RCShdPtr<DrCarrier> const&) {
+    return false;
+}
+void DrSrcSink::consumeSelection(RCShdPtr<DrCarrier> const&) {}
+void DrSrcSink::dropCompleted(RCShdPtr<DrCarrier> const&) {}
+void DrSrcSink::operationCancelled(RCShdPtr<DrCarrier> const&) {}
+
+} // namespace Ko

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "internalAPI/snItem.h"
+
+#include <functional>
+#include <ostream>
+
+namespace Ko {
+
+/// How an item compares, hashes and shows its value. For a type without `==`, `std::hash` and `<<`, specialise it.
+template <class T>
+class SnItemValue {
+public:
+    static bool isEqual(T const& a, T const& b) { return a == b; }
+    static std::size_t getHash(T const& value) { return std::hash<T>()(value); }
+    static void dump(std::ostream& stream, T const& value) { stream << value; }
+};
+
+/// Shared objects are compared by identity.
+template <class T>
+class SnItemValue<RCShdPtr<T>> {
+public:
+    static bool isEqual(RCShdPtr<T> const& a, RCShdPtr<T> const& b) noexcept { return a == b; }
+    static std::size_t getHash(RCShdPtr<T> const& value) noexcept { return std::hash<RCShdPtr<T>>()(value); }
+    static void dump(std::ostream& stream, RCShdPtr<T> const& value) { value.dump(stream); }
+};
+
+/// An item that carries a value. Items of one `T` that carry equal values are equal.
+///
+/// Whoever has a type of his own that items carry declares the instantiation beside the type, and makes it in one source
+/// that includes `snItemBasic.imp.h`:
+///
+///     extern template class Ko::SnItemBasic<Frame>; // header; with an export mark where plug-ins use it
+///     template class Ko::SnItemBasic<Frame>;        // source
+template <class T>
+class SnItemBasic : public SnItem {
+public:
+    static RCShdPtr<SnItemBasic> create(T const& value);
+    static RCShdPtr<SnItemBasic> create(T const& value, RCShdPtr<SnParts> const& parts);
+
+    SnItemBasic(T const& value, RCShdPtr<SnParts> const& parts);
+    SnItemBasic(SnItemBasic const& other);
+    SnItemBasic& operator=(SnItemBasic const&) = delete;
+    ~SnItemBasic() override;
+
+    SnItem* clone() const override;
+    bool isEqualIgnoreParts(SnItem const& other) const override;
+    void dump(std::ostream& stream) const override;
+    std::size_t getHashIgnoreParts() const override;
+
+    T const& get() const noexcept { return _value; }
+
+private:
+    T _value;
+};
+
+extern template class KO_INTERNALAPI_API SnItemBasic<LiString>;
+
+} // namespace Ko

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "base/oPtr.h"
+#include "internalAPI/prdPredicate.h"
+#include "internalAPI/snItemBasic.h"
+
+namespace Ko {
+
+/// Holds for an item that carries a `T`.
+template <class T>
+class SnIsItem : public PrdPredicateImp<RCShdPtr<SnItem const>> {
+public:
+    SnIsItem();
+    ~SnIsItem() override;
+    bool test(RCShdPtr<SnItem const> const& item) const override;
+};
+
+/// Converts items to the values that they carry: for a `T` that is carried by an `SnItemBasic<T>`. Items of another class
+/// are made convertible by a specialisation with `test`, `get` and `getPredicate`.
+///
+/// The package that brings the type calls `initialize` and `finalize` from its hooks; several packages may do so. Besides,
+/// any thread. Instantiated like `SnItemBasic`, in a source that includes `snItemConvert.imp.h`.
+template <class T>
+class SnItemConvert {
+public:
+    static void initialize();
+    static void finalize();
+
+    /// Holds for the items that can be converted.
+    /// @throws ExAssertionFailed unless initialised.
+    static PrdPredicate<RCShdPtr<SnItem const>> const& getPredicate();
+    /// Whether the item can be converted; a null pointer cannot.
+    /// @throws ExAssertionFailed unless initialised.
+    static bool test(RCShdPtr<SnItem const> const& item);
+    /// @param item can be converted.
+    /// @throws ExNullPtr for a null pointer.
+    static T get(RCShdPtr<SnItem const> const& item);
+
+private:
+    static OPtr<PrdPredicate<RCShdPtr<SnItem const>>> _pred;
+    static int _users;
+};
+
+extern template class KO_INTERNALAPI_API SnIsItem<LiString>;
+extern template class KO_INTERNALAPI_API SnItemConvert<LiString>;
+
+} // namespace Ko

@@ -1,0 +1,10 @@
+#include "internalAPI/snItemConvert.h"
+
+#include "internalAPI/snItemConvert.imp.h"
+
+namespace Ko {
+
+template class SnIsItem<LiString>;
+template class SnItemConvert<LiString>;
+
+} // namespace Ko

@@ -1,0 +1,179 @@
+#include "base/exBase.h"
+#include "base/inInitMgr.h"
+#include "framework/actions/actBasicParam.h"
+#include "framework/actions/actTypedAction.h"
+#include "tests/fixtures/typedAction/typedAction.h"
+#include "tests/support/childProcess.h"
+#include "tests/support/recordingAction.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace {
+
+using namespace Ko;
+using namespace KoTest;
+
+using Param = SnItemBasic<ActBasicParam>;
+
+TEST(ActAction, BeginsWithoutTextsAndOptions) {
+    std::vector<std::string> journal;
+    RecordingAction action({"a", "", "", {}}, journal);
+    Vector<LiString> options{"kept"};
+    EXPECT_EQ("", action.getDisplayString());
+    EXPECT_EQ("", action.ActAction::getGroup());
+    EXPECT_EQ("", action.ActAction::getCompositeName());
+    EXPECT_EQ(0, action.enumOptions(nullptr, nullptr, options));
+    EXPECT_EQ(Vector<LiString>{"kept"}, options);
+    action.setDisplayString("A...");
+    EXPECT_EQ("A...", action.getDisplayString());
+    EXPECT_EQ("ToggleOn ", ActAction::toggleOnString());
+    EXPECT_EQ("ToggleOff ", ActAction::toggleOffString());
+}
+
+/// Looks at what an action is handed that needs neither target nor input.
+class Inspecting : public ActAction {
+public:
+    using ActAction::inputValid;
+    using ActAction::performAction;
+
+    bool inputValid(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input) const override {
+        return isNone(target) && isNone(input) && !(target == input);
+    }
+    void performAction(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input,
+        RCShdPtr<SnSelection> const& selection) const override {
+        performed = inputValid(target, input) && selection->isEmpty();
+    }
+    LiString getDescription() const override { return "Inspect"; }
+
+    mutable bool performed = false;
+
+private:
+    static bool isNone(RCShdPtr<SnItem const> const& item) { return item->isEqual(*Param::create(ActBasicParam())); }
+};
+
+TEST(ActAction, IsPerformedWithTwoEmptyItemsWhereItNeedsNone) {
+    Inspecting const action{};
+    EXPECT_TRUE(action.inputValid());
+    action.performAction();
+    EXPECT_TRUE(action.performed);
+}
+
+TEST(ActBasicParam, ComparesItsTextByteForByte) {
+    ActBasicParam param;
+    EXPECT_EQ("", param.getValue());
+    param.setValue("a");
+    EXPECT_TRUE(param.isEqual(ActBasicParam("a")));
+    EXPECT_FALSE(param.isEqual(ActBasicParam("A")));
+}
+
+TEST(ActBasicParam, IsCarriedByAnItem) {
+    auto const item = Param::create(ActBasicParam("a"));
+    auto const part = Param::create(ActBasicParam("a"), SnParts::create({"part"}));
+    EXPECT_TRUE(item->isEqualIgnoreParts(*part));
+    EXPECT_FALSE(item->isEqualIgnoreParts(*Param::create(ActBasicParam("b"))));
+    EXPECT_FALSE(item->isEqualIgnoreParts(*text("a")));
+    EXPECT_TRUE(RCShdPtr<SnItem>(part->clone())->isEqual(*part));
+    EXPECT_EQ(item->getHashIgnoreParts(), part->getHashIgnoreParts());
+    std::ostringstream stream;
+    part.dump(stream);
+    EXPECT_EQ("Type:      Ko::SnItemBasic<Ko::ActBasicParam>\nParts:     part\nData:      a\n", stream.str());
+
+    using Convert = SnItemConvert<ActBasicParam>;
+    EXPECT_TRUE(Convert::getPredicate().test(item));
+    EXPECT_FALSE(Convert::getPredicate().test(text("a")));
+    EXPECT_EQ("a", Convert::get(item).getValue());
+    EXPECT_THROW(Convert::get(nullptr), ExNullPtr);
+}
+
+/// Joins two texts; valid for different ones.
+class Join : public ActTypedAction<LiString, LiString> {
+public:
+    using ActTypedAction::enumOptions;
+    using ActTypedAction::inputValid;
+    using ActTypedAction::performAction;
+
+    LiString getDescription() const override { return "Join"; }
+    bool inputValid(LiString const& target, LiString const& input) const override { return target != input; }
+    void performAction(
+        LiString const& target, LiString const& input, RCShdPtr<SnSelection> const& selection) const override {
+        selection->add(text((target + input).c_str()));
+    }
+    int enumOptions(LiString const& target, LiString const& input, Vector<LiString>& options) const override {
+        options.insert(options.end(), {target, input});
+        return 2;
+    }
+};
+
+class ActTypedActionTest : public testing::Test {
+protected:
+    std::string failureOf(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input) const {
+        try {
+            join.performAction(target, input, selection);
+        } catch (ExAssertionFailed const& error) {
+            return error.getReason() + " " + error.getFile() + " " + std::to_string(error.getLine());
+        }
+        return "";
+    }
+
+    Join const join{};
+    RCShdPtr<SnSelection> const selection = SnSelection::create();
+    RCShdPtr<SnItem const> const other = Param::create(ActBasicParam("a"));
+};
+
+TEST_F(ActTypedActionTest, WorksOnTheValuesOfItems) {
+    EXPECT_TRUE(join.inputValid(text("a"), text("b")));
+    EXPECT_FALSE(join.inputValid(text("a"), text("a")));
+    EXPECT_EQ("", failureOf(text("a"), text("b")));
+    EXPECT_EQ("ab", content(*selection));
+    Vector<LiString> options;
+    EXPECT_EQ(2, join.enumOptions(text("a"), text("b"), options));
+    EXPECT_EQ((Vector<LiString>{"a", "b"}), options);
+}
+
+TEST_F(ActTypedActionTest, IsNotValidForOtherItemsAndRefusesToBePerformedOnThem) {
+    Vector<LiString> options;
+    std::pair<RCShdPtr<SnItem const>, RCShdPtr<SnItem const>> const unsuitable[] = {
+        {other, text("b")}, {text("a"), other}, {nullptr, text("b")}, {text("a"), nullptr}, {other, other}};
+    for (auto const& [target, input] : unsuitable) {
+        EXPECT_FALSE(join.inputValid(target, input));
+        EXPECT_EQ(0, join.enumOptions(target, input, options));
+    }
+    EXPECT_TRUE(options.empty());
+    std::string const targetFails =
+        "SnItemConvert< TargetType >::test( target ) framework/actions/src/actTypedAction.imp 83";
+    EXPECT_EQ(targetFails, failureOf(other, text("b")));
+    EXPECT_EQ(targetFails, failureOf(other, other)) << "the target is looked at first";
+    EXPECT_EQ("SnItemConvert< InputType >::test( input ) framework/actions/src/actTypedAction.imp 84",
+        failureOf(text("a"), other));
+    EXPECT_TRUE(selection->isEmpty());
+}
+
+TEST_F(ActTypedActionTest, IsInstantiatedByOtherLibrariesForTheirTypes) {
+    auto const action = makeRenumber();
+    auto const frame = SnItemBasic<Frame>::create(Frame{7});
+    auto const drop = DrCarrierItem::create(DrCarrier::create(selectionOf({"a", "b"})));
+    EXPECT_TRUE(action->inputValid(frame, drop));
+    EXPECT_FALSE(action->inputValid(frame, text("a")));
+    EXPECT_FALSE(action->inputValid(drop, drop));
+    action->performAction(frame, drop, selection);
+    EXPECT_EQ("7a 7b", content(*selection));
+    EXPECT_THROW(action->performAction(frame, frame, selection), ExAssertionFailed);
+    EXPECT_NE(nullptr, (dynamic_cast<ActTypedAction<Frame, RCShdPtr<DrCarrier>>*>(action.get())));
+}
+
+TEST_F(ActTypedActionTest, AssertsWhereTheConversionsAreGone) {
+    inChildProcess([&] {
+        InInitMgr::finalize();
+        try {
+            join.inputValid(text("a"), text("b"));
+            ADD_FAILURE();
+        } catch (ExAssertionFailed const& error) {
+            EXPECT_STREQ("_pred != 0", error.what());
+        }
+        EXPECT_THROW(SnItemConvert<ActBasicParam>::getPredicate(), ExAssertionFailed);
+        EXPECT_THROW(ActRegistry::getInstance(), InSingletonEx::ExNotInitialized);
+    });
+}
+
+} // namespace

@@ -1,0 +1,98 @@
+#include "framework/dragAndDrop/drCarrier.h"
+#include "base/exBase.h"
+#include "framework/dragAndDrop/drSrcSink.h"
+#include "tests/support/childProcess.h"
+#include "tests/support/items.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <thread>
+
+namespace {
+
+using namespace Ko;
+using namespace KoTest;
+using Point = GePoint2<float>;
+
+TEST(DrCarrier, BeginsWhereItIsPutAndMayBeLaunchedElsewhere) {
+    auto const carrier = DrCarrier::create(SnSelection::create());
+    EXPECT_EQ(Point(), carrier->getLocation());
+    EXPECT_EQ(Point(), carrier->getLaunchLocation());
+    carrier->setLocation(Point(1.0f, 2.0f));
+    EXPECT_EQ(Point(1.0f, 2.0f), carrier->getLocation());
+    EXPECT_EQ(Point(1.0f, 2.0f), carrier->getLaunchLocation());
+    carrier->setLaunchLocation(Point(5.0f, 6.0f));
+    EXPECT_EQ(Point(1.0f, 2.0f), carrier->getLocation());
+    EXPECT_EQ(Point(5.0f, 6.0f), carrier->getLaunchLocation());
+}
+
+TEST(DrCarrier, SharesItsSelection) {
+    auto const selection = selectionOf({"a"});
+    auto const first = DrCarrier::create(selection), second = DrCarrier::create(selection);
+    first->getSelection()->add(text("b"));
+    EXPECT_EQ("a b", content(*second->getSelection()));
+    EXPECT_TRUE(DrCarrier::create(nullptr)->getSelection().isNull());
+}
+
+TEST(DrCarrier, IsAnItemToo) {
+    using Convert = SnItemConvert<RCShdPtr<DrCarrier>>;
+    auto const carrier = DrCarrier::create(selectionOf({"a"}));
+    RCShdPtr<SnItem const> const item = DrCarrierItem::create(carrier);
+    EXPECT_TRUE(Convert::test(item));
+    EXPECT_FALSE(Convert::test(text("a")));
+    EXPECT_EQ(carrier, Convert::get(item));
+    EXPECT_TRUE(item->isEqual(*DrCarrierItem::create(carrier)));
+    EXPECT_FALSE(item->isEqual(*DrCarrierItem::create(DrCarrier::create(carrier->getSelection()))));
+    std::ostringstream stream;
+    item.dump(stream);
+    EXPECT_NE(std::string::npos, stream.str().find("launched at (0, 0)")) << stream.str();
+    EXPECT_NE(std::string::npos, stream.str().find("Data:      a\n")) << stream.str();
+}
+
+TEST(DrCarrier, AssertsTheApplicationThread) {
+    auto const carrier = DrCarrier::create(SnSelection::create());
+    std::function<void()> const operations[] = {
+        [] { DrCarrier::create(nullptr); },
+        [&] { carrier->getSelection(); },
+        [&] { carrier->getLocation(); },
+        [&] { carrier->getLaunchLocation(); },
+        [&] { carrier->setLocation({}); },
+        [&] { carrier->setLaunchLocation({}); },
+    };
+    std::jthread([&] {
+        for (auto const& operation : operations)
+            try {
+                operation();
+                ADD_FAILURE();
+            } catch (ExAssertionFailed const& error) {
+                EXPECT_STREQ("PiAppThread::isCurrent()", error.what());
+                EXPECT_STREQ("framework\\dragAndDrop\\src\\drCarrier", error.getFile());
+            }
+        RCShdPtr<DrCarrier> const shared = carrier; // may be counted anywhere
+    }).join();
+}
+
+TEST(DrCarrier, EndsTheProcessWhenDestroyedOnAnotherThread) {
+    EXPECT_DEATH(
+        {
+            auto carrier = DrCarrier::create(SnSelection::create());
+            std::jthread([&] { carrier.reset(); }).join();
+        },
+        "PiAppThread::isCurrent\\(\\)");
+}
+
+TEST(DrSrcSink, TakesPartInNothingByDefault) {
+    class View : public DrSrcSink {};
+    auto const view = RCShdPtr<View>::create();
+    auto const carrier = DrCarrier::create(selectionOf({"a"}));
+    EXPECT_FALSE(view->willPopulateSelection());
+    EXPECT_FALSE(view->willConsumeSelection(carrier));
+    view->populateSelection(carrier);
+    view->consumeSelection(carrier);
+    view->dropCompleted(carrier);
+    view->operationCancelled(carrier);
+    EXPECT_EQ("a", content(*carrier->getSelection()));
+}
+
+} // namespace

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "framework/actions/actRegistry.h"
+#include "tests/support/items.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace KoTest {
+
+/// What a test's action is. It is valid where `isValid` says so, everywhere by default, and records what it performs as
+/// "description(target,input)".
+struct ActionTraits {
+    std::string description;
+    std::string compositeName;
+    std::string group;
+    std::function<bool(std::string const& target, std::string const& input)> isValid;
+};
+
+class RecordingAction : public Ko::ActAction {
+public:
+    using ActAction::inputValid;
+    using ActAction::performAction;
+
+    RecordingAction(ActionTraits traits, std::vector<std::string>& journal)
+        : _traits(std::move(traits)), _journal(journal) {}
+    ~RecordingAction() override {
+        if (onDestroy) onDestroy();
+        _journal.push_back("~" + _traits.description);
+    }
+
+    bool inputValid(
+        Ko::RCShdPtr<Ko::SnItem const> const& target, Ko::RCShdPtr<Ko::SnItem const> const& input) const override {
+        return !_traits.isValid || _traits.isValid(valueOf(target), valueOf(input));
+    }
+    void performAction(Ko::RCShdPtr<Ko::SnItem const> const& target, Ko::RCShdPtr<Ko::SnItem const> const& input,
+        Ko::RCShdPtr<Ko::SnSelection> const& selection) const override {
+        if (onPerform) onPerform();
+        if (selection && target) selection->add(target);
+        _journal.push_back(_traits.description + "(" + valueOf(target) + "," + valueOf(input) + ")");
+    }
+    Ko::LiString getDescription() const override {
+        ++descriptionsRead;
+        return _traits.description;
+    }
+    std::string getGroup() const override { return _traits.group; }
+    std::string getCompositeName() const override { return _traits.compositeName; }
+
+    std::function<void()> onPerform;
+    std::function<void()> onDestroy;
+    mutable int descriptionsRead = 0;
+
+private:
+    ActionTraits _traits;
+    std::vector<std::string>& _journal;
+};
+
+/// The descriptions of a query's result, with ":" and the target's text where it has one, and blanks between them.
+inline std::string listed(Ko::ConstIterator<Ko::ActRegistry::Entry> entries) {
+    std::string result;
+    for (; !entries.atEnd(); ++entries)
+        result += (result.empty() ? "" : " ") + entries->getDescription() +
+                  (valueOf(entries->getTarget()) == "?" ? "" : ":" + valueOf(entries->getTarget()));
+    return result;
+}
+
+/// Fills the registry with recording actions, and empties it.
+class WithActions {
+public:
+    WithActions() = default;
+    WithActions(WithActions const&) = delete;
+    WithActions& operator=(WithActions const&) = delete;
+    virtual ~WithActions() {
+        for (auto const* const action : _added)
+            registry.unregisterAction(action);
+    }
+
+    RecordingAction* add(ActionTraits traits, Ko::ActRegistry::DynamicState state = Ko::ActRegistry::Static) {
+        auto action = std::make_unique<RecordingAction>(std::move(traits), journal);
+        _added.push_back(action.get());
+        auto* const result = action.get();
+        registry.registerAction(std::move(action), state);
+        return result;
+    }
+    std::vector<std::string> takeJournal() { return std::exchange(journal, {}); }
+
+    Ko::ActRegistry& registry = Ko::ActRegistry::getInstance();
+    std::vector<std::string> journal;
+    static constexpr auto first = Ko::ActRegistry::FirstOnly;
+    static constexpr auto sorted = Ko::ActRegistry::AllSorted;
+
+private:
+    std::vector<Ko::ActAction const*> _added;
+};
+
+} // namespace KoTest

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string_view>
 
 namespace Ko {
 
@@ -42,16 +43,17 @@ public:
     Launch launch(LiString const& commandLine, Vector<LiString> const& environment);
     LiString const& getLaunchError() const noexcept;
 
-    /// Reads the next bytes of the child's standard output. Does not wait.
-    /// @returns how many; 0 when there are no more now.
-    std::size_t readOutput(char* buffer, std::size_t size);
+    /// Reads the next bytes of the child's standard output, at most so many. Does not wait.
+    /// @returns them, to be used before the next call; none when there are no more now.
+    std::string_view readOutput(std::size_t size);
     /// How many bytes of the child's standard output were not read yet.
     std::uint64_t countUnreadOutput() const;
     /// Asks how many bytes wait in the pipe of the child's standard error.
     /// @returns false when the system does not tell.
     bool peekError(std::size_t& waiting) const;
-    /// Reads bytes that wait there.
-    std::size_t readError(char* buffer, std::size_t size);
+    /// Reads bytes that wait there, at most so many, and waits when there are none.
+    /// @returns them, to be used before the next call.
+    std::string_view readError(std::size_t size);
 
     /// Gives the exit code of the child, or `stillActive`: what the program returned, `endedByBreak`, the code given to
     /// `terminate`, or 128 plus the number of another signal that ended it.

@@ -14,7 +14,6 @@
 #include "resmgt/timer.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <iostream>
 #include <mutex>
@@ -34,7 +33,7 @@ constexpr int exitWithError = 706;
 
 constexpr std::size_t pieceSize = 1024;
 // Before the other stream and the end of the program are looked after.
-constexpr int piecesAtOnce = 64;
+constexpr std::size_t piecesAtOnce = 64;
 constexpr double shortestNap = 0.004;
 constexpr double longestNap = 0.5;
 constexpr double shortestWaitForMemory = 0.1;
@@ -135,9 +134,10 @@ private:
     void endWhenOverdue();
 
     bool readPieces();
-    bool readOutput(std::size_t size);
-    bool readErrors(std::size_t size);
+    std::size_t readOutput(std::size_t size);
+    std::size_t readErrors(std::size_t size);
     std::size_t countErrors(int line) const;
+    void readAll(std::uint64_t bytes, std::size_t (Imp::*read)(std::size_t));
     void readRest();
     int getExitCode() const;
     void forget();
@@ -150,7 +150,6 @@ private:
     std::atomic<std::thread::id> _watcher;
 
     // The watching thread's alone.
-    std::array<char, pieceSize> _piece;
     BgLines _output;
     BgLines _errors;
     Timer<HwIntervalTimer> _timer{"BgProcessWindows"};
@@ -258,29 +257,34 @@ void BgProcess::Imp::endWhenOverdue() {
 
 // Whether there was anything.
 bool BgProcess::Imp::readPieces() {
-    bool hasRead = false;
-    for (int count = 0; count < piecesAtOnce && readOutput(pieceSize); ++count)
-        hasRead = true;
-    for (int count = 0; count < piecesAtOnce; ++count) {
-        std::size_t const waiting = countErrors(readingErrorsFailed);
-        if (waiting == 0 || !readErrors(std::min(waiting, pieceSize))) break;
-        hasRead = true;
+    std::size_t pieces = 0;
+    while (pieces < piecesAtOnce && readOutput(pieceSize) > 0)
+        ++pieces;
+    bool const hasOutput = pieces > 0;
+    auto const errors = std::min(countErrors(readingErrorsFailed), piecesAtOnce * pieceSize);
+    bool const hasErrors = errors > 0;
+    readAll(errors, &Imp::readErrors);
+    return hasOutput || hasErrors;
+}
+
+void BgProcess::Imp::readAll(std::uint64_t bytes, std::size_t (Imp::*read)(std::size_t)) {
+    while (bytes > 0) {
+        std::size_t const count = (this->*read)(static_cast<std::size_t>(std::min<std::uint64_t>(bytes, pieceSize)));
+        if (count == 0) return;
+        bytes -= count;
     }
-    return hasRead;
 }
 
-bool BgProcess::Imp::readOutput(std::size_t size) {
-    std::size_t const count = _child.readOutput(_piece.data(), size);
-    _output.add(
-        _piece.data(), _piece.data() + count, [this](std::string const& line) { _process.processOutputString(line); });
-    return count > 0;
+std::size_t BgProcess::Imp::readOutput(std::size_t size) {
+    std::string_view const piece = _child.readOutput(std::min(size, pieceSize));
+    _output.add(piece, [this](std::string const& line) { _process.processOutputString(line); });
+    return piece.size();
 }
 
-bool BgProcess::Imp::readErrors(std::size_t size) {
-    std::size_t const count = _child.readError(_piece.data(), size);
-    _errors.add(
-        _piece.data(), _piece.data() + count, [this](std::string const& line) { _process.processErrorString(line); });
-    return count > 0;
+std::size_t BgProcess::Imp::readErrors(std::size_t size) {
+    std::string_view const piece = _child.readError(std::min(size, pieceSize));
+    _errors.add(piece, [this](std::string const& line) { _process.processErrorString(line); });
+    return piece.size();
 }
 
 std::size_t BgProcess::Imp::countErrors(int line) const {
@@ -291,12 +295,10 @@ std::size_t BgProcess::Imp::countErrors(int line) const {
 
 // What was there at the child's end, and no more: its own children may go on writing.
 void BgProcess::Imp::readRest() {
-    auto output = _child.countUnreadOutput();
-    auto errors = countErrors(readingErrorsFailed);
-    for (; output > 0; output -= std::min<std::uint64_t>(output, pieceSize))
-        if (!readOutput(static_cast<std::size_t>(std::min<std::uint64_t>(output, pieceSize)))) break;
-    for (; errors > 0; errors -= std::min(errors, pieceSize))
-        if (!readErrors(std::min(errors, pieceSize))) break;
+    auto const output = _child.countUnreadOutput();
+    auto const errors = countErrors(readingErrorsFailed);
+    readAll(output, &Imp::readOutput);
+    readAll(errors, &Imp::readErrors);
     for (BgLines const* const lines : {&_output, &_errors})
         if (!lines->getUnfinished().empty()) _process.processOutputString(lines->getUnfinished());
 }

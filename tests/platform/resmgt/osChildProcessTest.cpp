@@ -29,11 +29,10 @@ public:
     }
 
     void readAll() {
-        char buffer[1000];
-        while (std::size_t const count = readOutput(buffer, sizeof buffer))
-            output.append(buffer, count);
+        for (auto piece = readOutput(1000); !piece.empty(); piece = readOutput(1000))
+            output += piece;
         for (std::size_t waiting = 0; peekError(waiting) && waiting > 0;)
-            error.append(buffer, readError(buffer, std::min(waiting, sizeof buffer)));
+            error += readError(waiting);
     }
     int readToEnd() {
         int exitCode = stillActive;
@@ -116,8 +115,8 @@ TEST(OsChildProcess, CountsWhatWasNotReadYet) {
     Child child(childCommand("out 12345 err 678"));
     for (int exitCode = OsChildProcess::stillActive; exitCode == OsChildProcess::stillActive; child.nap(forEver))
         ASSERT_TRUE(child.getExitCode(exitCode));
-    char buffer[4];
-    EXPECT_EQ(4u, child.readOutput(buffer, 4));
+    EXPECT_EQ(5u, child.countUnreadOutput());
+    EXPECT_EQ("1234", child.readOutput(4));
     EXPECT_EQ(1u, child.countUnreadOutput());
     std::size_t waiting = 0;
     EXPECT_TRUE(child.peekError(waiting));

@@ -6,6 +6,8 @@
 #include "resmgt/src/posix/commandLine.h"
 #include "resmgt/src/posix/detachedChildren.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -25,6 +27,7 @@ namespace {
 
 constexpr AssertionSource source{"resmgt\\src\\osChildProcess"};
 constexpr int firstSignalCode = 128;
+constexpr std::size_t bufferSize = 64 * 1024;
 constexpr int largestPipe = 1024 * 1024;
 constexpr char const* malformed = "The command line names no program, or has a quotation without an end";
 
@@ -54,6 +57,7 @@ public:
     Launch fail(Launch step, char const* reason);
     int getExitCodeOf(siginfo_t const& end) const;
     bool signalGroup(int signal) const { return _isAttached && ::kill(-_child.number, signal) == 0; }
+    void readAhead();
     bool reap() const;
     void release();
 
@@ -71,7 +75,11 @@ public:
     Descriptor _error;
     Descriptor _wake;
     bool _errorIsOpen = false;
+    // Where the next bytes of the output are, behind those that are ready in the buffer.
     std::int64_t _position = 0;
+    std::string_view _ready;
+    std::unique_ptr<char[]> _buffer;
+    std::array<char, 1024> _errorBuffer;
     LiString _launchError;
 };
 
@@ -94,6 +102,7 @@ OsChildProcess::Launch OsChildProcess::Imp::launch(LiString const& commandLine, 
     _input = std::move(input.writeEnd);
     _error = std::move(error.readEnd);
     _errorIsOpen = true;
+    _buffer = std::make_unique_for_overwrite<char[]>(bufferSize);
     _position = 0;
     _isAttached = true;
     return Launch::Started;
@@ -112,6 +121,14 @@ int OsChildProcess::Imp::getExitCodeOf(siginfo_t const& end) const {
     return firstSignalCode + end.si_status;
 }
 
+// At a place of its own: the child and this process share one open file, whose own place is where the child writes.
+void OsChildProcess::Imp::readAhead() {
+    std::size_t const count =
+        countOf(untilDone([&] { return ::pread(_output.get(), _buffer.get(), bufferSize, _position); }));
+    _position += static_cast<std::int64_t>(count);
+    _ready = {_buffer.get(), count};
+}
+
 bool OsChildProcess::Imp::reap() const {
     auto const process = static_cast<id_t>(_child.process.get());
     siginfo_t ignored;
@@ -124,6 +141,8 @@ void OsChildProcess::Imp::release() {
     _terminationCode.reset();
     _lifeline.cut();
     _child = {};
+    _ready = {};
+    _buffer.reset();
     for (Descriptor* const descriptor : {&_input, &_output, &_error, &_wake})
         descriptor->reset();
 }
@@ -145,18 +164,17 @@ LiString const& OsChildProcess::getLaunchError() const noexcept {
     return _imp->_launchError;
 }
 
-// At a place of its own: the child and this process share one open file, whose own place is where the child writes.
-std::size_t OsChildProcess::readOutput(char* buffer, std::size_t size) {
-    std::size_t const count =
-        countOf(untilDone([&] { return ::pread(_imp->_output.get(), buffer, size, _imp->_position); }));
-    _imp->_position += static_cast<std::int64_t>(count);
-    return count;
+std::string_view OsChildProcess::readOutput(std::size_t size) {
+    if (_imp->_ready.empty()) _imp->readAhead();
+    std::string_view const result = _imp->_ready.substr(0, size);
+    _imp->_ready.remove_prefix(result.size());
+    return result;
 }
 
 std::uint64_t OsChildProcess::countUnreadOutput() const {
     struct stat status {};
-    if (::fstat(_imp->_output.get(), &status) != 0 || status.st_size < _imp->_position) return 0;
-    return static_cast<std::uint64_t>(status.st_size - _imp->_position);
+    bool const hasMore = ::fstat(_imp->_output.get(), &status) == 0 && status.st_size > _imp->_position;
+    return _imp->_ready.size() + (hasMore ? static_cast<std::uint64_t>(status.st_size - _imp->_position) : 0);
 }
 
 bool OsChildProcess::peekError(std::size_t& waiting) const {
@@ -166,8 +184,10 @@ bool OsChildProcess::peekError(std::size_t& waiting) const {
     return true;
 }
 
-std::size_t OsChildProcess::readError(char* buffer, std::size_t size) {
-    return countOf(untilDone([&] { return ::read(_imp->_error.get(), buffer, size); }));
+std::string_view OsChildProcess::readError(std::size_t size) {
+    auto& buffer = _imp->_errorBuffer;
+    size = std::min(size, buffer.size());
+    return {buffer.data(), countOf(untilDone([&] { return ::read(_imp->_error.get(), buffer.data(), size); }))};
 }
 
 bool OsChildProcess::getExitCode(int& exitCode) const {

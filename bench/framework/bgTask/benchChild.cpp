@@ -1,0 +1,46 @@
+// The children of the bench:
+//
+//   flood BYTES LENGTH   writes lines of LENGTH bytes, their ends included, in large pieces
+//   end                  waits a while, writes the time, and ends
+//   error                waits a while, and writes the time to standard error
+
+#include <chrono>
+#include <string>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+void write(int stream, std::string const& text) {
+    for (std::size_t done = 0; done < text.size();) {
+        ssize_t const count = ::write(stream, text.data() + done, text.size() - done);
+        if (count < 0) ::_exit(1);
+        done += static_cast<std::size_t>(count);
+    }
+}
+
+void flood(std::size_t bytes, std::size_t length) {
+    std::string line(length, 'x');
+    line.back() = '\n';
+    std::string piece;
+    while (piece.size() < 64 * 1024)
+        piece += line;
+    for (; bytes > piece.size(); bytes -= piece.size())
+        write(STDOUT_FILENO, piece);
+    write(STDOUT_FILENO, piece.substr(0, bytes));
+}
+
+void writeTime(int stream) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1200));
+    write(stream, std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()) + "\n");
+}
+
+} // namespace
+
+int main(int, char** arguments) {
+    std::string const mode = arguments[1];
+    if (mode == "flood") flood(std::stoul(arguments[2]), std::stoul(arguments[3]));
+    if (mode == "end") writeTime(STDOUT_FILENO);
+    if (mode == "error") writeTime(STDERR_FILENO);
+    ::_exit(0);
+}

@@ -93,6 +93,7 @@ OsChildProcess::Launch OsChildProcess::Imp::launch(LiString const& commandLine, 
     _wake = Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!_wake.isOpen() || !_lifeline.open()) return fail(Launch::Failed, std::strerror(errno));
 
+    _buffer = std::make_unique_for_overwrite<char[]>(bufferSize);
     Vector<LiString> words;
     if (!splitCommandLine(commandLine, words) || words.empty()) return fail(Launch::Failed, malformed);
     Descriptor const childError = openSafeWriteEnd(error);
@@ -102,7 +103,6 @@ OsChildProcess::Launch OsChildProcess::Imp::launch(LiString const& commandLine, 
     _input = std::move(input.writeEnd);
     _error = std::move(error.readEnd);
     _errorIsOpen = true;
-    _buffer = std::make_unique_for_overwrite<char[]>(bufferSize);
     _position = 0;
     _isAttached = true;
     return Launch::Started;

@@ -45,7 +45,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
   target_compile_options(koOwnOptions INTERFACE -Wno-restrict -Wno-stringop-overflow)
 endif()
 if(KO_DEVELOPER)
-  target_compile_options(koOwnOptions INTERFACE -Werror)
+  set(CMAKE_COMPILE_WARNING_AS_ERROR ON)
 endif()
 if(KO_SANITIZE)
   add_compile_options(-fsanitize=${KO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

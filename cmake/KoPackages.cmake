@@ -6,6 +6,7 @@ set(CPACK_PACKAGE_NAME libkoframework)
 set(CPACK_PACKAGE_VENDOR "libKOframework developers")
 set(CPACK_PACKAGE_CONTACT "libKOframework developers <developers@koframework.invalid>")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_OUTPUT_FILE_PREFIX packages)
 set(CPACK_STRIP_FILES ON)
@@ -20,6 +21,30 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Where dpkg-shlibdeps finds the libraries of the first package when it looks at the programs of the third.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
+# Versions with the same first number are compatible: a program asks for the one that it was built with, or a later one.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+
+# ko_debian_documents(<component> <package> [FILES ...] [DIRECTORIES ...]): what a reader finds in the package's own folder.
+function(ko_debian_documents component package)
+  cmake_parse_arguments(DOCUMENT "" "" "FILES;DIRECTORIES" ${ARGN})
+  set(folder ${CMAKE_INSTALL_DATADIR}/doc/${package})
+  install(FILES ${DOCUMENT_FILES} ${PROJECT_BINARY_DIR}/changelog.gz DESTINATION ${folder} COMPONENT ${component})
+  install(DIRECTORY ${DOCUMENT_DIRECTORIES} DESTINATION ${folder} COMPONENT ${component})
+endfunction()
+
+if(KO_SYSTEM_WIDE)
+  execute_process(COMMAND gzip -9 --no-name --stdout CHANGELOG.md WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
+    OUTPUT_FILE ${PROJECT_BINARY_DIR}/changelog.gz COMMAND_ERROR_IS_FATAL ANY)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
+  ko_debian_documents(runtime libkoframework${PROJECT_VERSION_MAJOR})
+  ko_debian_documents(development libkoframework-dev
+    FILES README.md ARCHITECTURE.md CONTRIBUTING.md CHANGELOG.md
+    DIRECTORIES docs)
+  ko_debian_documents(examples libkoframework-examples
+    DIRECTORIES examples/compositor/scripts examples/plugin-template)
+endif()
+
 # ko_debian_package(<component> NAME ... SECTION ... SUMMARY ... TEXT ... [DEPENDS ...] [SUGGESTS ...])
 macro(ko_debian_package component)
   cmake_parse_arguments(PACKAGE "" "NAME;SECTION;SUMMARY;TEXT;DEPENDS;SUGGESTS" "" ${ARGN})
@@ -33,9 +58,6 @@ endmacro()
 
 set(same_libraries "libkoframework${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
 
-# Versions with the same first number are compatible: a program asks for the one that it was built with, or a later one.
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 ko_debian_package(runtime
   NAME libkoframework${PROJECT_VERSION_MAJOR}
   SECTION libs

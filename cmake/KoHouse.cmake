@@ -6,7 +6,7 @@
 # library reads while it runs then has a folder of its own beside them, for the one above belongs to everybody.
 # KO_HOME is the way from the libraries to the folder of messages and plug-ins: the installation directory.
 if(KO_SYSTEM_WIDE)
-  set(KO_HOME koframework)
+  set(KO_HOME koframework${PROJECT_VERSION_MAJOR})
 else()
   set(KO_HOME ..)
   set(CMAKE_INSTALL_LIBDIR lib CACHE STRING "Where libraries are installed, below the prefix")

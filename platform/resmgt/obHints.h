@@ -30,6 +30,7 @@ public:
 
     /// @throws ExNullPtr for a null pointer.
     void add(RCShdPtr<ObHint> hint);
+    /// The hints in their order; an index is less than their number:
     std::size_t size() const noexcept { return _size; }
     RCShdPtr<ObHint> const& operator[](std::size_t index) const noexcept {
         return index < _first.size() ? _first[index] : _others[index - _first.size()];

@@ -19,20 +19,23 @@ function takes_own(line, name, mark) {
     return name == "operator=" ? index(line, mark) > 0 : index(line, name "(" name mark) > 0
 }
 
-function words(line, name) {
+# What the language says of a function.
+function known(line, name) {
     if (line ~ /= delete;$/) return "Deleted."
     if (starts_with(name, "~")) return "Ends the object's life."
     if (takes_own(line, name, " const&")) return "Copies."
     if (takes_own(line, name, "&&")) return "Moves."
-    if (index(line, "(char const* file, int line")) return "`file` and `line` are the place that raises it, as for `ExBase`."
-    if (shared != "") return shared
-    return name != "" && name == previous_name ? "@overload" : ""
+    return ""
 }
 
-function explain(line, name,   text) {
-    text = words(line, name)
-    return text == "" ? "" : "/** " text " */ "
+# What its neighbours say of a member; the place of an exception is explained by `ExBase`.
+function told(line, name) {
+    if (index(line, "(char const* file, int line")) return "`file` and `line` are the place that raises it, as for `ExBase`."
+    if (shared != "") return shared
+    return name != "" && name == explained ? "@overload" : ""
 }
+
+function comment_on(text) { return text == "" ? "" : "/** " text " */ " }
 
 BEGIN { anywhere = 1000; deepest = anywhere }
 
@@ -64,10 +67,13 @@ line ~ /^template <[^;]*>$/ { template = template $0 " "; blank = blank "\n"; do
 
 {
     name = declared(line)
+    language = known(line, name)
+    words = language == "" ? told(line, name) : language
+    if (comment != "" || documented) words = language = ""
     # Packages name themselves all in the same way, which `InInit` tells.
     named = starts_with(template, "template <>") && name == "getType"
-    print blank (comment != "" || documented ? "" : explain(line, name)) (named ? "" : template $0)
-    if (name != "") previous_name = name
+    print blank comment_on(words) (named ? "" : template $0)
+    if (name != "" && language == "") explained = words != "" || comment != "" || documented ? name : ""
     deepest = name == "" || line ~ /^(class|struct) / ? anywhere : indent
     template = blank = comment = lines = documented = ""
 }

@@ -74,6 +74,7 @@ private:
 template <>
 struct std::default_delete<Ko::ActAction> {
     constexpr default_delete() noexcept = default;
+    /// From that of a class of actions.
     template <std::derived_from<Ko::ActAction> Action>
     default_delete(std::default_delete<Action> const&) noexcept {}
 

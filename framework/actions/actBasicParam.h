@@ -8,6 +8,7 @@ namespace Ko {
 /// A text that an action takes as its target or input; an empty one stands for "none".
 class KO_FRAMEWORK_API ActBasicParam {
 public:
+    /// Without a text it stands for "none".
     ActBasicParam();
     explicit ActBasicParam(LiString const& value);
 

@@ -27,6 +27,7 @@ public:
     enum JobState_t { Idle = 0, Waiting = 1, Busy = 2, Stopping = 5, Stopped = 6, Complete = 7, Failed = 8 };
 
     BgJobHintChangeState();
+    /// @param state the one that the job has got.
     BgJobHintChangeState(RCShdPtr<BgJob> job, JobState_t state);
     ~BgJobHintChangeState() override;
 

@@ -62,8 +62,10 @@ public:
         return RCShdPtr(new T(std::forward<Args>(args)...));
     }
 
+    /// A null pointer.
     RCShdPtr() noexcept : RCBasePtr<T>(nullptr) {}
     RCShdPtr(std::nullptr_t) noexcept : RCShdPtr() {}
+    /// Becomes an owner of the object, which is on the heap.
     explicit RCShdPtr(T* object) noexcept : RCBasePtr<T>(object) { retain(); }
     RCShdPtr(RCShdPtr const& other) noexcept : RCShdPtr(other.get()) {}
     RCShdPtr(RCShdPtr&& other) noexcept : RCBasePtr<T>(other.detach()) {}

@@ -54,6 +54,7 @@ public:
 
 protected:
     SnSelection();
+    /// Shares the content.
     explicit SnSelection(RCShdPtr<SnItemSet> const& items);
     ~SnSelection() override;
 

@@ -75,6 +75,7 @@ private:
 class MtTask {
 public:
     MtTask() = default;
+    /// @param tag that of the group that the task belongs to.
     MtTask(RCShdPtr<MtTaskImp> imp, MtGroupTag tag) noexcept : _imp(std::move(imp)), _tag(tag) {}
 
     /// Throws what the task does. @throws ExNullPtr for a null task.

@@ -24,6 +24,7 @@ protected:
 class KO_RESMGT_API ObHints {
 public:
     ObHints() = default;
+    /// Begins with a hint. @throws ExNullPtr for a null pointer.
     explicit ObHints(RCShdPtr<ObHint> hint) { add(std::move(hint)); }
     ObHints(ObHints const&) = delete;
     ObHints& operator=(ObHints const&) = delete;

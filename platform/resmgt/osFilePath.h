@@ -14,6 +14,7 @@ namespace Ko {
 class KO_RESMGT_API OsFilePath {
 public:
     OsFilePath() = default;
+    /// @param path in UTF-8.
     OsFilePath(LiString path);
     OsFilePath(char const* path) : OsFilePath(LiString(path)) {}
 

@@ -25,6 +25,7 @@ extern template class KO_BASE_API InSingleton<EvEventManager>;
 /// It exists while the package "base" is initialised. Events that are still waiting then are destroyed, not processed.
 class KO_BASE_API EvEventManager : public InSingleton<EvEventManager> {
 public:
+    /// Tells the host's loop that there are events to process.
     using WakeUpHandler = std::function<void()>;
 
     EvEventManager(EvEventManager const&) = delete;

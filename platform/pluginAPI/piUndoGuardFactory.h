@@ -9,6 +9,7 @@ namespace Ko {
 class KO_PLUGINAPI_API PiUndoGuardFactory {
 public:
     virtual ~PiUndoGuardFactory();
+    /// Build the guard of a facade in the room that it has, with what the facade's constructor was given:
     virtual void createUndoGuard(PiUndoGuardStorage& storage, RCShdPtr<PiCommandStack> const& stack,
         LiString const& description, PiExecParam const& param) const = 0;
     virtual void createUndoGuardWithCb(PiUndoGuardStorage& storage, RCShdPtr<PiCommandStack> const& stack,

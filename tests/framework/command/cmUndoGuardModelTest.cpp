@@ -42,6 +42,16 @@ public:
         }
     }
 
+    // Where the model was not followed to the end, the next sequence finds no guard open all the same.
+    ~UndoSystem() {
+        static_cast<Circumstances&>(*this) = {};
+        FirstError ignored;
+        while (!guards.empty())
+            ignored.capture([this] { leave(); });
+        for (int tries = 0; tries < 10 && CmUndoGuard::isLongTransition(); ++tries)
+            ignored.capture([] { CmUndoGuard(nullptr, "", PiExecParam::END_TRANSITION); });
+    }
+
     RCShdPtr<CmCommandStack> at(int stack) const {
         return stack == UndoModel::none ? nullptr : stacks[static_cast<std::size_t>(stack)];
     }
@@ -62,6 +72,7 @@ public:
         guards.push_back(guard.release());
     }
     void leave() {
+        if (guards.empty()) return; // which the model's differ from
         PiUndoGuardProtocol* const guard = guards.back();
         guards.pop_back();
         delete guard;
@@ -101,11 +112,6 @@ class UndoMachine {
 public:
     static constexpr std::array operations{"Perform", "AddPerformed", "ExecuteOnly", "EndCallback", "ExecuteAndLog",
         "Log", "Undo", "Redo", "MoveTo", "Limit", "RemoveLast", "Clear", "Open", "Transition", "Close", "Abort"};
-
-    ~UndoMachine() {
-        calm();
-        finishGuards();
-    }
 
     std::string perform(std::size_t operation, unsigned number) {
         Choices choices(number);

@@ -21,8 +21,8 @@ public:
     bool isEmpty() const noexcept;
     void clear() noexcept;
 
-    /// Makes the next `add` unable to fail.
-    void makeRoom();
+    /// Makes the next so many calls of `add` unable to fail.
+    void makeRoom(std::size_t count = 1);
 
     void setDescription(LiString const& text);
     /// The text that was set; empty if none was.

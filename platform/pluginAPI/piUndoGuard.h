@@ -105,7 +105,7 @@ public:
     PiUndoScope& operator=(PiUndoScope const&) = delete;
 
 private:
-    RCShdPtr<PiUndoScopeTarget> _target;
+    RCShdPtr<RCBase> _endMark;
     int _exceptionsAtEntry;
 };
 

@@ -40,7 +40,7 @@ public:
     void toggle(RCShdPtr<SnItem const> const& item);
     void clear();
 
-    /// These do the same with each item of another selection, in its order.
+    /// These do the same with each item of another selection, in its order; where memory runs out, with none of them.
     void add(SnSelection const& items);
     void remove(SnSelection const& items);
     void toggle(SnSelection const& items);

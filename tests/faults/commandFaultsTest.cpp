@@ -2,8 +2,7 @@
 #include "framework/command/cmUndoGuard.h"
 #include "framework/command/cmUndoGuardNoLog.h"
 #include "framework/command/cmUndoGuardNoRedo.h"
-#include "resmgt/lgGroups.h"
-#include "tests/support/allocationFaults.h"
+#include "tests/faults/faultsTest.h"
 #include "tests/support/recordingCommand.h"
 
 #include <functional>
@@ -13,8 +12,6 @@ namespace {
 
 using namespace Ko;
 using namespace KoTest;
-
-using Outcome = FaultyAttempt::Outcome;
 
 char const* const longText = "a description that is too long to be kept inside of the string itself";
 
@@ -83,13 +80,7 @@ public:
     RCShdPtr<CmCommandStack> const stack = RCShdPtr<CmCommandStack>::create();
 };
 
-class CommandFaults : public testing::Test {
-protected:
-    ~CommandFaults() override { LgSinks::replace(_sinks); }
-
-private:
-    LgSinks::Sinks const _sinks = LgSinks::replace({}); // what is told of faults is written nowhere
-};
+class CommandFaults : public FaultsTest {};
 
 // As many steps as make the queue allocate, and one fewer.
 TEST_F(CommandFaults, AStepIsLoggedOrTheHistoryIsGivenUp) {

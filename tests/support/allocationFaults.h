@@ -97,7 +97,8 @@ void tryAllFaults(std::string const& name, Attempt attempt, bool everyThread = f
         attempt(faulty);
         return faulty.hadFault;
     };
-    run(Kind::None, 0); // makes all that is made once in a process
+    for (int round = 0; round < 2; ++round)
+        run(Kind::None, 0); // makes all that is made once in a process
     long faults = 0;
     for (Kind const kind : {Kind::Single, Kind::Lasting})
         for (long number = 1;; ++number, ++faults) {

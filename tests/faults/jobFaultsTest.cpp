@@ -125,7 +125,7 @@ TEST_F(JobFaults, AJobIsDeletedOrKept) {
             bool const isDone = attempt([&] { manager.stopAndDeleteJob(one.job); }) == Outcome::Done;
             EXPECT_EQ(isDone, !isListed(one.job));
             EXPECT_EQ(isDone ? 1 : 0, told.deleted);
-            if (isDone) EXPECT_TRUE(one.job->isReleased());
+            EXPECT_EQ(isDone, one.job->isReleased());
             for (auto* const job : {&blocking, &other, &one})
                 job->gate.open();
             for (auto const* const job : {&one, &blocking, &other})

@@ -8,6 +8,9 @@ write_basic_package_version_file(KOframeworkConfigVersion.cmake COMPATIBILITY Sa
 install(FILES ${PROJECT_BINARY_DIR}/KOframeworkConfig.cmake ${PROJECT_BINARY_DIR}/KOframeworkConfigVersion.cmake
   DESTINATION ${package_dir} COMPONENT development)
 install(EXPORT KOframeworkTargets NAMESPACE KO:: DESTINATION ${package_dir} COMPONENT development)
+if(KO_DEVELOPER)
+  install(EXPORT KOcompositorTargets NAMESPACE KO:: DESTINATION ${package_dir} COMPONENT examples)
+endif()
 
 # The .pc file finds its prefix from where it lies itself, however deep that is.
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig

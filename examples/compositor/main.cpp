@@ -2,6 +2,7 @@
 #include "framework/command/cmCommandStackGuard.h"
 #include "host/actions.h"
 #include "host/interpreter.h"
+#include "host/plugIns.h"
 
 #include <cerrno>
 #include <fstream>
@@ -18,11 +19,12 @@ int run(int argc, char** argv) {
         return 2;
     }
     compositor::EditActions const actions;
+    compositor::PlugIns const plugIns(std::cerr);
     compositor::Editor editor;
     Ko::CmCommandStackGuard const active(editor.history());
     auto const bars = isatty(STDOUT_FILENO) ? compositor::Jobs::Bars::Shown : compositor::Jobs::Bars::NotShown;
     compositor::Jobs jobs(std::cout, std::cerr, bars);
-    compositor::Interpreter interpreter(editor, jobs, std::cout, std::cerr);
+    compositor::Interpreter interpreter(editor, jobs, plugIns, std::cout, std::cerr);
     if (argc == 1) {
         interpreter.runTerminal(std::cin);
         return 0;

@@ -73,6 +73,12 @@ void Editor::setOpacity(std::string const& name, float opacity) {
     change(std::move(changed), "Opacity of " + name);
 }
 
+void Editor::setPicture(std::string const& name, Picture picture, std::string const& description) {
+    Layer changed = _document.layer(name);
+    changed.placed.picture = std::make_shared<Picture const>(std::move(picture));
+    change(std::move(changed), description);
+}
+
 void Editor::setBlend(std::string const& name, BlendMode blend) {
     Layer changed = _document.layer(name);
     changed.placed.blend = blend;

@@ -39,6 +39,8 @@ public:
     void renameLayer(std::string const& name, std::string const& newName);
     void moveLayer(std::string const& name, int x, int y);
     void setOpacity(std::string const& name, float opacity);
+    /// @param description names the step.
+    void setPicture(std::string const& name, Picture picture, std::string const& description);
     void setBlend(std::string const& name, BlendMode blend);
 
 private:

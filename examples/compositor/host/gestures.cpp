@@ -111,6 +111,7 @@ std::vector<Layer> Gestures::selected() const {
 
 void Gestures::showMenu(std::ostream& output) const {
     Items items;
+    if (selected().empty()) items.push_back(SnItemBasic<Editor*>::create(&_editor));
     for (auto const& item : makeSelection(_editor, selected())->getItems())
         items.push_back(item);
     RCShdPtr<TextMenu>::create(output)->setActionsForSelection(items, {0, 0}, SnSelection::create());

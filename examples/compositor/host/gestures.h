@@ -17,7 +17,8 @@ public:
     void select(std::vector<std::string> const& names);
     /// The selected layers that the document still has, as they are now.
     std::vector<Layer> selected() const;
-    /// Shows the actions that are valid for the selected layers, by group, composites with their members below them.
+    /// Shows the actions that are valid for the selected layers, or for the document when there are none; by group,
+    /// composites with their members below them.
     void showMenu(std::ostream& output) const;
 
     /// @throws ScriptError when nothing is selected.

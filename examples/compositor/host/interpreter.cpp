@@ -165,13 +165,16 @@ std::vector<Interpreter::Word> const& Interpreter::words() {
         {"drag", "drag NAME X Y [X Y ...] (along a path) or drag NAME [NAME ...] to NAME (a drop)", 3, any, true,
             &I::drag},
         {"select", "select [NAME ...] (none clears the selection)", 0, any, true, &I::select},
-        {"menu", "menu (what can be done with the selected layers)", 0, 0, true, &I::menu},
-        {"do", "do ACTION [ARGUMENT ...] (with the selected layers; \"Blend > screen\" is one of a sub-menu)", 1, any,
-            true, &I::perform},
+        {"menu", "menu (what can be done with the selected layers, or the document)", 0, 0, true, &I::menu},
+        {"do",
+            "do ACTION [ARGUMENT ...] (with the selected layers, or the document; \"Blend > screen\" is one of a "
+            "sub-menu)",
+            1, any, true, &I::perform},
         {"options", "options ACTION", 1, 1, true, &I::options},
         {"copy", "copy", 0, 0, true, &I::copy},
         {"cut", "cut", 0, 0, true, &I::cut},
         {"paste", "paste", 0, 0, true, &I::paste},
+        {"plugins", "plugins (where they were looked for, and what became of them)", 0, 0, true, &I::plugIns},
         {"group", "group NAME ... end (one undo step)", 1, 1, true, &I::group},
         {"quietly", "quietly ... end (not in the history)", 0, 0, true, &I::quietly},
         {"undo", "undo [STEPS]", 0, 1, false, &I::undo},
@@ -280,8 +283,11 @@ void Interpreter::menu(Statement const&) {
 
 void Interpreter::perform(Statement const& statement) {
     std::vector<Layer> const layers = _gestures.selected();
-    if (layers.empty()) throw ScriptError("no layer is selected");
-    EditActions::perform(_editor, statement.words[1], layers, {statement.words.begin() + 2, statement.words.end()});
+    std::vector<std::string> const arguments(statement.words.begin() + 2, statement.words.end());
+    if (layers.empty())
+        EditActions::perform(_editor, statement.words[1], arguments);
+    else
+        EditActions::perform(_editor, statement.words[1], layers, arguments);
 }
 
 void Interpreter::options(Statement const& statement) {
@@ -301,6 +307,10 @@ void Interpreter::cut(Statement const&) {
 
 void Interpreter::paste(Statement const&) {
     _gestures.paste();
+}
+
+void Interpreter::plugIns(Statement const&) {
+    _plugIns.list(_output);
 }
 
 void Interpreter::layers(Statement const&) {

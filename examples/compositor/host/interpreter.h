@@ -3,6 +3,7 @@
 #include "host/editor.h"
 #include "host/gestures.h"
 #include "host/jobs.h"
+#include "host/plugIns.h"
 #include "script/script.h"
 
 #include <functional>
@@ -16,8 +17,8 @@ namespace compositor {
 /// becomes a job, and the script goes on meanwhile.
 class Interpreter {
 public:
-    Interpreter(Editor& editor, Jobs& jobs, std::ostream& output, std::ostream& errors)
-        : _editor(editor), _gestures(editor), _jobs(jobs), _output(output), _errors(errors) {}
+    Interpreter(Editor& editor, Jobs& jobs, PlugIns const& plugIns, std::ostream& output, std::ostream& errors)
+        : _editor(editor), _gestures(editor), _jobs(jobs), _plugIns(plugIns), _output(output), _errors(errors) {}
 
     /// Runs a whole script, and waits for the jobs that it has started. It is read to its end first: one with a group that
     /// does not end changes nothing.
@@ -72,6 +73,7 @@ private:
     void copy(Statement const& statement);
     void cut(Statement const& statement);
     void paste(Statement const& statement);
+    void plugIns(Statement const& statement);
     void layers(Statement const& statement);
     void undo(Statement const& statement);
     void redo(Statement const& statement);
@@ -93,6 +95,7 @@ private:
     Editor& _editor;
     Gestures _gestures;
     Jobs& _jobs;
+    PlugIns const& _plugIns;
     std::ostream& _output;
     std::ostream& _errors;
     std::string _name;

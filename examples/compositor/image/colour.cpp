@@ -1,6 +1,7 @@
 #include "image/colour.h"
 
 #include <array>
+#include <charconv>
 #include <cmath>
 
 namespace compositor {
@@ -49,6 +50,17 @@ std::uint8_t encodeSrgb(float light) {
     while (light >= tables.above[value])
         ++value;
     return value;
+}
+
+Colour colourOf(std::string const& text) {
+    std::uint32_t value = 0;
+    char const* const end = text.data() + text.size();
+    bool const isHexadecimal =
+        (text.size() == 6 || text.size() == 8) && std::from_chars(text.data(), end, value, 16).ptr == end;
+    if (!isHexadecimal) throw ImageError("\"" + text + "\" is not a colour; write rrggbb or rrggbbaa");
+    if (text.size() == 6) value = value << 8 | 0xFF;
+    auto const byte = [value](int shift) { return static_cast<std::uint8_t>(value >> shift & 0xFF); };
+    return {byte(24), byte(16), byte(8), byte(0)};
 }
 
 } // namespace compositor

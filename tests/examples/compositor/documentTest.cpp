@@ -1,6 +1,6 @@
 #include "document/documentFile.h"
-#include "image/generators.h"
 #include "image/pngFile.h"
+#include "tests/examples/compositor/paint.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <cmath>
@@ -12,7 +12,9 @@ using namespace compositor;
 using KoTest::TemporaryFolder;
 
 SharedPicture smallPicture() {
-    return std::make_shared<Picture const>(makeChecker({4, 3}, 1, {10, 20, 30, 40}, {200, 100, 50, 255}));
+    return std::make_shared<Picture const>(KoTest::paint({4, 3}, [](int x, int y) {
+        return (x + y) % 2 == 0 ? Colour{10, 20, 30, 40} : Colour{200, 100, 50, 255};
+    }));
 }
 
 Layer makeLayer(std::uint64_t id, std::string name, SharedPicture picture = smallPicture()) {

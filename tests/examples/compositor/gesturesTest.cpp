@@ -2,7 +2,6 @@
 #include "framework/command/cmUndoGuard.h"
 #include "framework/dragAndDrop/drClipboard.h"
 #include "host/actions.h"
-#include "image/generators.h"
 
 #include <gtest/gtest.h>
 #include <sstream>
@@ -16,7 +15,7 @@ class GesturesTest : public testing::Test {
 protected:
     GesturesTest() {
         for (char const* const name : {"a", "b", "c"})
-            editor.addLayer(name, makeChecker({2, 2}, 1, {}, {}));
+            editor.addLayer(name, Picture(Size{2, 2}));
     }
     ~GesturesTest() override { Ko::DrClipboard::getInstance().clear(); }
 
@@ -67,7 +66,7 @@ TEST_F(GesturesTest, SelectionsAreStepsOfTheHistory) {
 }
 
 TEST_F(GesturesTest, MenusChangeWithTheSelection) {
-    EXPECT_EQ("", menu());
+    EXPECT_EQ("Compositor\n  Set Canvas\n", menu()) << "of the document";
     gestures.select({"c"});
     EXPECT_EQ("Compositor\n  Blend (c)\n    add (c)\n    multiply (c)\n    over (c)\n    screen (c)\n  Lower (c)\n  "
               "Move (c)\n"
@@ -78,7 +77,7 @@ TEST_F(GesturesTest, MenusChangeWithTheSelection) {
     EXPECT_NE(std::string::npos, menu().find("Raise (a)"));
     EXPECT_EQ(std::string::npos, menu().find("Lower"));
     editor.removeLayer("a");
-    EXPECT_EQ("", menu()) << "what is gone offers nothing";
+    EXPECT_EQ("Compositor\n  Set Canvas\n", menu()) << "what is gone offers nothing";
 }
 
 TEST_F(GesturesTest, ActionsWorkOnAllSelectedLayersInOneStep) {

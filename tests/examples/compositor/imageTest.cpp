@@ -1,8 +1,8 @@
 #include "image/atomicFile.h"
 #include "image/colour.h"
-#include "image/generators.h"
 #include "image/pngFile.h"
 #include "image/render.h"
+#include "tests/examples/compositor/paint.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <cmath>
@@ -12,6 +12,7 @@
 namespace {
 
 using namespace compositor;
+using KoTest::paint;
 using KoTest::TemporaryFolder;
 
 template <class Call>
@@ -43,19 +44,7 @@ TEST(Colour, EncodesToTheNearestValueAndBack) {
     EXPECT_EQ(255, encodeSrgb(7.0f));
 }
 
-TEST(Generators, MakeCheckersAndGradientsAndRefuseImpossibleSizes) {
-    Colour const black{0, 0, 0, 255};
-    Colour const white{255, 255, 255, 0};
-    Picture const checker = makeChecker({5, 4}, 2, black, white);
-    EXPECT_EQ(black, checker.row(0)[1]);
-    EXPECT_EQ(white, checker.row(1)[2]);
-    EXPECT_EQ(black, checker.row(3)[3]);
-    Picture const gradient = makeGradient({1, 3}, black, white, Direction::Vertical);
-    EXPECT_EQ(black, gradient.row(0)[0]);
-    EXPECT_EQ((Colour{128, 128, 128, 128}), gradient.row(1)[0]);
-    EXPECT_EQ(white, gradient.row(2)[0]);
-    EXPECT_NO_THROW(makeGradient({1, 1}, black, white, Direction::Horizontal));
-    EXPECT_THROW(makeChecker({4, 4}, 0, black, white), ImageError);
+TEST(Picture, RefusesImpossibleSizes) {
     for (Size const size : {Size{0, 1}, Size{1, -1}, Size{65536, 1}, Size{65535, 65535}})
         EXPECT_THROW(Picture{size}, ImageError);
 }
@@ -93,7 +82,7 @@ TEST(Renderer, BlendsAsTheFormulasSay) {
             Colour const above{byte(), byte(), byte(), byte()};
             float const opacity = static_cast<float>(random() % 5) / 4;
             auto const picture = [](Colour colour) {
-                return std::make_shared<Picture const>(makeChecker({1, 1}, 1, colour, colour));
+                return std::make_shared<Picture const>(paint({1, 1}, [&](int, int) { return colour; }));
             };
             Renderer const renderer(
                 {1, 1}, {{picture(below), 0, 0, 1.0f, BlendMode::Over}, {picture(above), 0, 0, opacity, mode}});
@@ -108,7 +97,7 @@ TEST(Renderer, BlendsAsTheFormulasSay) {
 
 TEST(Renderer, ClipsLayersThatLieAnywhere) {
     Colour const red{255, 0, 0, 255};
-    auto const picture = std::make_shared<Picture const>(makeChecker({3, 3}, 9, red, red));
+    auto const picture = std::make_shared<Picture const>(paint({3, 3}, [&](int, int) { return red; }));
     constexpr int far = 2147483647;
     struct Row {
         int x;
@@ -131,7 +120,10 @@ TEST(Renderer, ClipsLayersThatLieAnywhere) {
 }
 
 TEST(PngFile, KeepsEveryPixelAndReportsDamageOfAnyKind) {
-    Picture const picture = makeGradient({33, 17}, {1, 2, 3, 255}, {250, 100, 0, 10}, Direction::Horizontal);
+    Picture const picture = paint({33, 17}, [](int x, int y) {
+        return Colour{static_cast<std::uint8_t>(7 * x), static_cast<std::uint8_t>(13 * y), 100,
+            static_cast<std::uint8_t>(255 - x)};
+    });
     std::vector<std::byte> const bytes = encodePng(picture);
     EXPECT_EQ(picture, decodePng(bytes));
     for (std::size_t place = 0; place < bytes.size(); ++place) {

@@ -44,9 +44,10 @@ protected:
     std::ostringstream errors;
     std::ostringstream told; // by jobs
     EditActions const actions;
+    PlugIns const plugIns{errors};
     Editor editor;
     Jobs jobs{told, errors, Jobs::Bars::NotShown};
-    Interpreter interpreter{editor, jobs, output, errors};
+    Interpreter interpreter{editor, jobs, plugIns, output, errors};
 };
 
 TEST_F(InterpreterTest, UndoesAndRedoesEveryEdit) {

@@ -308,16 +308,17 @@ TEST(OsChildProcess, EndsANapByItsEndByAnErrorAndByBeingDetached) {
 }
 
 TEST(OsChildProcess, LeavesNothingBehind) {
-    OsChildProcess::finalize(); // The thread that keeps other tests' detached children.
-    outputOf("");
-    auto const descriptors = count("/proc/self/fd");
-    auto const threads = count("/proc/self/task");
-    for (int times = 0; times < 100; ++times)
-        outputOf("out x err y");
-    { Child const forgotten(childCommand("pause")); }
-    EXPECT_EQ(descriptors, count("/proc/self/fd"));
-    EXPECT_EQ(threads, count("/proc/self/task"));
-    EXPECT_EQ(-1, ::waitpid(-1, nullptr, WNOHANG)) << "there are no children any more";
+    inChildProcess([] {
+        outputOf("");
+        auto const descriptors = count("/proc/self/fd");
+        auto const threads = count("/proc/self/task");
+        for (int times = 0; times < 100; ++times)
+            outputOf("out x err y");
+        { Child const forgotten(childCommand("pause")); }
+        EXPECT_EQ(descriptors, count("/proc/self/fd"));
+        EXPECT_EQ(threads, count("/proc/self/task"));
+        EXPECT_EQ(-1, ::waitpid(-1, nullptr, WNOHANG)) << "there are no children any more";
+    });
 }
 
 TEST(OsChildProcess, LivesOnDetachedAndBecomesNoZombie) {

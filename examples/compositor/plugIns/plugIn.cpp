@@ -1,0 +1,39 @@
+#include "plugIns/plugIn.h"
+
+#include "host/edit.h"
+#include "host/editor.h"
+
+namespace compositor {
+
+namespace {
+
+constexpr int largestSide = 65535;
+
+// The statement without the name and the size that come first.
+Statement ownArguments(Statement input) {
+    input.words.erase(input.words.begin() + 1, input.words.begin() + 4);
+    return input;
+}
+
+} // namespace
+
+Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Operator apply) {
+    auto const run = [apply](LayerRef const& ref, Statement const& input) {
+        Layer const& layer = ref.editor->document().layer(ref.layer.id);
+        ref.editor->setPicture(layer.name, apply(*layer.placed.picture, input), input.word() + " " + layer.name);
+    };
+    return std::make_unique<Edit<LayerRef>>(Edit<LayerRef>::Place{"Operators"}, verb, exists, run);
+}
+
+Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Generator make) {
+    auto const run = [make](Editor* const& editor, Statement const& input) {
+        Size const size{input.integer(2, 1, largestSide), input.integer(3, 1, largestSide)};
+        editor->addLayer(input.words[1], make(size, ownArguments(input)));
+    };
+    Verb const whole{verb.description, "a name, a width, a height" + (verb.most > 0 ? ", " + verb.arguments : ""),
+        verb.fewest + 3, verb.most + 3};
+    return std::make_unique<Edit<Editor*>>(
+        Edit<Editor*>::Place{"Generators"}, whole, [](Editor* const&) { return true; }, run);
+}
+
+} // namespace compositor

@@ -1,0 +1,185 @@
+#include "host/actions.h"
+#include "host/interpreter.h"
+#include "image/pngFile.h"
+#include "tests/examples/compositor/paint.h"
+#include "tests/support/childProcess.h"
+#include "tests/support/temporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace {
+
+using namespace compositor;
+using KoTest::inChildProcess;
+using KoTest::paint;
+using KoTest::TemporaryFolder;
+using testing::HasSubstr;
+
+class PlugInsTest : public testing::Test {
+protected:
+    bool run(std::string const& script) {
+        std::istringstream stream(script);
+        return interpreter.runScript(stream, "test");
+    }
+    std::string list() const {
+        std::ostringstream text;
+        plugIns.list(text);
+        return text.str();
+    }
+    void add(Picture picture, std::string const& name = "a") { editor.addLayer(name, std::move(picture)); }
+    // Of a picture one pixel high.
+    std::vector<Colour> pixels(std::string const& name = "a") const {
+        auto const row = editor.document().layer(name).placed.picture->row(0);
+        return {row.begin(), row.end()};
+    }
+
+    std::ostringstream output;
+    std::ostringstream errors;
+    EditActions const actions;
+    PlugIns const plugIns{errors};
+    Editor editor;
+    Jobs jobs{output, errors, Jobs::Bars::NotShown};
+    Interpreter interpreter{editor, jobs, plugIns, output, errors};
+};
+
+constexpr Colour black{0, 0, 0, 255};
+constexpr Colour white{255, 255, 255, 255};
+
+TEST_F(PlugInsTest, GeneratorsMakeLayers) {
+    EXPECT_TRUE(run("checker c 5 1 2 000000 ffffff\ngradient g 3 1 000000ff ffffff00\n"
+                    "gradient v 1 3 000000 ffffff vertical\ngradient p 1 1 102030 000000\n"
+                    "do \"Add Noise\" n 9 1 7\ndo \"Add Noise\" m 9 1 7\ndo \"Add Noise\" o 9 1 8"))
+        << errors.str();
+    EXPECT_EQ((std::vector<Colour>{black, black, white, white, black}), pixels("c"));
+    EXPECT_EQ((std::vector<Colour>{black, {128, 128, 128, 128}, {255, 255, 255, 0}}), pixels("g"));
+    EXPECT_EQ((std::vector<Colour>{black}), pixels("v"));
+    EXPECT_EQ((std::vector<Colour>{{0x10, 0x20, 0x30, 255}}), pixels("p"));
+    EXPECT_EQ(pixels("n"), pixels("m"));
+    EXPECT_NE(pixels("n"), pixels("o"));
+}
+
+TEST_F(PlugInsTest, OperatorsMakeOtherPicturesInOneStepThatCanBeUndone) {
+    std::vector<Colour> const before{{10, 20, 30, 40}, {200, 100, 50, 255}, {0, 0, 0, 0}};
+    struct {
+        char const* action;
+        std::vector<Colour> expected;
+    } const rows[] = {{"Invert", {{245, 235, 225, 40}, {55, 155, 205, 255}, {255, 255, 255, 0}}}, {"Grade 1 1", before},
+        {"Grade 0 1", {{0, 0, 0, 40}, black, {0, 0, 0, 0}}},
+        {"Grade 1 1 0", {{19, 19, 19, 40}, {128, 128, 128, 255}, {0, 0, 0, 0}}},
+        {"Transform mirror", {before[2], before[1], before[0]}}, {"Transform flip", before},
+        {"Transform turn", {before[2], before[1], before[0]}}, {"Transform left", {before[2]}},
+        {"Transform right", {before[0]}}, {"Transform scale 0.333", {before[1]}},
+        {"Transform scale 2", {before[0], before[0], before[1], before[1], before[2], before[2]}},
+        {"Blur 0", {before[0], before[1], {0, 0, 0, 0}}}};
+    add(paint({3, 1}, [&](int x, int) { return before[static_cast<std::size_t>(x)]; }));
+    run("select a");
+    for (auto const& row : rows) {
+        EXPECT_TRUE(run(std::string("do ") + row.action)) << errors.str();
+        EXPECT_EQ(row.expected, pixels()) << row.action;
+        run("undo");
+        EXPECT_EQ(before, pixels()) << row.action;
+    }
+}
+
+TEST_F(PlugInsTest, ABlurSpreadsLightAndKeepsPlainColours) {
+    add(paint({41, 1}, [](int x, int) { return x == 20 ? white : black; }));
+    run("select a\ndo Blur 3");
+    auto const blurred = pixels();
+    EXPECT_EQ(black, blurred[10]);
+    EXPECT_EQ(black, blurred[30]);
+    EXPECT_TRUE(std::is_sorted(
+        blurred.begin(), blurred.begin() + 21, [](Colour left, Colour right) { return left.green < right.green; }));
+    for (int x = 0; x <= 20; ++x)
+        EXPECT_NEAR(blurred[static_cast<std::size_t>(x)].green, blurred[static_cast<std::size_t>(40 - x)].green, 1);
+    std::vector<Colour> const plain(5, Colour{250, 7, 0, 90});
+    add(paint({5, 4}, [&](int, int) { return plain[0]; }), "b");
+    run("select b\ndo Blur 2");
+    EXPECT_EQ(plain, pixels("b"));
+}
+
+TEST_F(PlugInsTest, RefuseWhatIsImpossibleAndLeaveTheLayer) {
+    add(paint({3, 1}, [](int, int) { return white; }));
+    struct {
+        char const* script;
+        char const* error;
+    } const rows[] = {{"do Blur", "\"Blur\" takes a radius in pixels"},
+        {"do Blur -1", "\"-1\" is not a whole number from 0 to 1000"}, {"do Transform scale 1000", ""},
+        {"do Transform scale", "write mirror, flip"}, {"do Transform sideways", "not \"sideways\""},
+        {"do Grade 1 0", "\"0\" is not a number from 0.01 to 100"},
+        {"do Grade 1", "\"Grade\" takes a gain, a gamma and perhaps a saturation"},
+        {"select\ndo \"Add Noise\" n 1", "\"Add Noise\" takes a name, a width, a height, a seed"},
+        {"checker c 1 1 1 black ffffff", "\"black\" is not a colour"},
+        {"gradient c 1 1 000000 ffffff up", "\"up\" is not a direction"}};
+    for (auto const& row : rows) {
+        errors.str("");
+        EXPECT_EQ(*row.error == '\0', run("select a\n" + std::string(row.script))) << row.script;
+        EXPECT_THAT(errors.str(), HasSubstr(row.error)) << row.script;
+        EXPECT_EQ(1u, editor.document().layers().size());
+    }
+}
+
+TEST_F(PlugInsTest, ShowInTheMenus) {
+    add(Picture({1, 1}));
+    run("select a\nmenu");
+    EXPECT_THAT(output.str(), HasSubstr("Operators\n  Blur (a)\n  Grade (a)\n  Invert (a)\n  Transform (a)\n"));
+    output.str("");
+    run("select\nmenu");
+    EXPECT_THAT(output.str(), HasSubstr("Generators\n  Add Checker\n  Add Gradient\n  Add Noise\n"));
+    EXPECT_THAT(list(), HasSubstr("plugins\n  blur.op.so: loaded\n  grade.op.so: loaded\n"));
+    EXPECT_EQ("", errors.str());
+}
+
+// What `compositor` says with these arguments to a script that lists its plug-ins.
+class PlugInsOfAHost : public testing::Test {
+protected:
+    PlugInsOfAHost() { folder.write("script.kos", "plugins\ndo \"Add Noise\" n 1 1 1\n"); }
+
+    std::string run(std::string const& arguments, std::string const& environment = {}) const {
+        std::string const output = folder / "output";
+        std::string const command = environment + " '" + program + "' " + arguments + " '" +
+                                    (folder / "script.kos").string() + "' >'" + output + "' 2>&1";
+        exitCode = std::system(command.c_str());
+        return folder.read("output");
+    }
+
+    std::string const program = KO_COMPOSITOR;
+    std::filesystem::path const plugIns = std::filesystem::path(program).parent_path().parent_path() / "plugins";
+    TemporaryFolder folder;
+    mutable int exitCode = 0;
+};
+
+TEST_F(PlugInsOfAHost, AreToldToHaveFailedAndSkipped) {
+    std::string const content = "not a library";
+    std::string const bad = folder.write("more/bad.op.so", content).string();
+    folder.write("more/empty.gen.so", "");
+    std::filesystem::copy_file(plugIns / "invert.op.so", folder / "more/invert.op.so");
+    std::string const said = run("'plugins:" + plugIns.string() + ":" + (folder / "more").string() + "'");
+    EXPECT_EQ(0, exitCode);
+    std::string const failure = "The plug-in \"" + bad + "\" could not be loaded and is ignored: ";
+    EXPECT_EQ(0u, said.find(failure)) << said;
+    EXPECT_THAT(said, HasSubstr("\n  bad.op.so: failed: " + failure));
+    EXPECT_THAT(said, HasSubstr("\n  invert.op.so: not loaded: one of that name was before\n"));
+    EXPECT_THAT(said, HasSubstr("\n  empty.gen.so: not a library\n"));
+    EXPECT_THAT(said, HasSubstr("\n  noise.gen.so: loaded\n"));
+}
+
+TEST_F(PlugInsOfAHost, AreChosenByArgumentsEnvironmentAndConfigurationFile) {
+    std::string const file = folder.write("compositor.conf", "marlo::plugins::exclude = op=all,gen=noise\n").string();
+    struct {
+        std::string arguments;
+        std::string environment;
+    } const rows[] = {{"plugins_include:op=none,gen=check", ""}, {"plugins_exclude:op=all,gen=noise", ""},
+        {"", "KO_PLUGINS_EXCLUDE=op=all,gen=noise"}, {"", "KO_CONFIG_FILE='" + file + "'"}};
+    for (auto const& row : rows) {
+        std::string const said = run(row.arguments, row.environment);
+        EXPECT_NE(0, exitCode) << "the generator is missing";
+        EXPECT_THAT(said, HasSubstr("\n  blur.op.so: filtered out\n")) << row.arguments << row.environment;
+        EXPECT_THAT(said, HasSubstr("\n  checker.gen.so: loaded\n"));
+        EXPECT_THAT(said, HasSubstr("\n  noise.gen.so: filtered out\n"));
+        EXPECT_THAT(said, HasSubstr("script.kos:2: \"Add Noise\" is not possible here; \"menu\" lists what is\n"));
+    }
+}
+
+} // namespace

@@ -6,9 +6,11 @@
 #include "framework/command/cmUndoGuard.h"
 #include "host/actions.h"
 #include "host/interpreter.h"
+#include "host/plugIns.h"
 #include "tests/fuzz/fuzzing.h"
 
 #include <algorithm>
+#include <iostream>
 #include <sstream>
 
 namespace {
@@ -19,9 +21,9 @@ using namespace KoFuzz;
 constexpr std::size_t mostStatements = 60;
 constexpr std::string_view harmless[] = {"canvas", "checker", "gradient", "move", "opacity", "blend", "rename",
     "remove", "reorder", "drag", "select", "menu", "do", "options", "copy", "cut", "paste", "group", "quietly", "end",
-    "undo", "redo", "history", "goto", "limit", "layers", "dump", "jobs", "stop", "wait", "echo", "help", "quit",
-    "fly"};
-constexpr std::string_view withSizes[] = {"canvas", "checker", "gradient"};
+    "undo", "redo", "history", "goto", "limit", "layers", "dump", "plugins", "jobs", "stop", "wait", "echo", "help",
+    "quit", "fly"};
+constexpr std::string_view withSizes[] = {"canvas", "checker", "gradient", "do"};
 constexpr std::string_view withFiles[] = {"render", "save", "open"};
 
 bool isOneOf(std::string const& word, auto const& words) {
@@ -56,11 +58,21 @@ private:
         } else if (!isOneOf(words[0], harmless)) {
             return {};
         } else if (isOneOf(words[0], withSizes)) {
-            // Numbers of two digits: what is large only takes long.
-            for (std::size_t index = 1; index < std::min<std::size_t>(words.size(), 4); ++index)
-                words[index].resize(std::min<std::size_t>(words[index].size(), 2));
+            keepSmall(words);
         }
         return quoted(words);
+    }
+
+    // What is large only takes long: lengths have two digits, and pictures never grow.
+    static void keepSmall(std::vector<std::string>& words) {
+        bool isScaled = false;
+        for (std::string& word : words) {
+            bool const isLength = word.find_first_not_of("0123456789") == std::string::npos &&
+                                  std::strtoull(word.c_str(), nullptr, 10) < 65536;
+            if (isLength && word != "000000") word.erase(0, std::max<std::size_t>(word.size(), 2) - 2);
+            if (isScaled) word = "0.5";
+            isScaled = isScaled || word == "scale";
+        }
     }
 
     static std::string quoted(std::vector<std::string> const& words) {
@@ -101,12 +113,12 @@ void checkHistory(Editor& editor) {
     expect(isAlike(document, editor.document()), "the same document after undoing and redoing everything");
 }
 
-void run(std::string const& script, bool isTyped) {
+void run(std::string const& script, PlugIns const& plugIns, bool isTyped) {
     std::ostringstream output, errors;
     Editor editor;
     Ko::CmCommandStackGuard const active(editor.history());
     Jobs jobs(output, errors, Jobs::Bars::NotShown);
-    Interpreter interpreter(editor, jobs, output, errors);
+    Interpreter interpreter(editor, jobs, plugIns, output, errors);
     std::istringstream stream(script);
     if (isTyped)
         interpreter.runTerminal(stream);
@@ -122,12 +134,13 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     static Folder const folder;
     static bool const isPrepared = (Ko::InInitMgr::initialize(), Ko::InInitMgr::isInitialized());
     expect(isPrepared, "the framework starts");
-    EditActions const actions;
+    static EditActions const actions;
+    static PlugIns const plugIns(std::cerr);
     std::string const script = Tamer(folder).tamed(std::string(textOf(data, size)));
     for (bool const isTyped : {false, true}) {
         for (char const* const name : {"x.png", "x.koc"})
             std::filesystem::remove(folder / name);
-        run(script, isTyped);
+        run(script, plugIns, isTyped);
     }
     return 0;
 }

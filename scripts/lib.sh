@@ -30,9 +30,12 @@ present() {
     g++) has_program "$(compiler)" ;;
     cmake) has_cmake ;;
     ninja-build) has_program ninja ;;
+    dpkg-dev) has_program dpkg-shlibdeps ;;
     libgtest-dev) has_header gtest/gtest.h ;;
     libgmock-dev) has_header gmock/gmock.h ;;
     libpng-dev) has_header png.h ;;
+    clang-14) has_program clang++-14 ;;
+    libclang-rt-14-dev) [[ -e $(clang++-14 -print-file-name="libclang_rt.fuzzer-$(uname -m).a") ]] ;;
     libbenchmark-dev) has_header benchmark/benchmark.h ;;
     *) has_program "$1" ;;
     esac

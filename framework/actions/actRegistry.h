@@ -100,6 +100,7 @@ private:
     struct Record {
         ActAction* action;
         DynamicState state;
+        std::uint32_t place; // at the end of the registry
     };
 
     template <class Targets>
@@ -114,7 +115,8 @@ private:
     template <class Visit>
     void forEachListed(Set<std::string> const& groups, std::string const& compositeName, Visit visit) const;
     bool isRegistered(ActAction const* action) const noexcept;
-    void destroyAll();
+    void destroyAll() noexcept;
+    static void keepFirstRegistrations(Vector<Record>& records) noexcept;
 
     Vector<Record> _records;
 };

@@ -34,7 +34,8 @@ public:
 
     /// Executes and logs in one step, outside any guard. What the command throws passes on; nothing is logged then.
     void executeAndLog(RCShdPtr<CmCommand> const& cmd);
-    /// Logs a command that was executed already. What could be redone is dropped.
+    /// Logs a command that was executed already. What could be redone is dropped. Where memory runs out, so that it cannot be
+    /// logged, the whole history is: without that command it would lead to states that never were.
     void log(RCShdPtr<CmCommand> const& cmd);
 
     void undo() override;
@@ -91,6 +92,7 @@ private:
     // Whether a command that was run at this position left the history as it was.
     bool isUntouched(ConstIterator position) const noexcept { return getCurrent() == position && _dropped.empty(); }
     void makeRoomForDropped();
+    void giveUpHistory() noexcept;
     void drop(Commands::iterator first, Commands::iterator end) noexcept;
     void dropOldest() noexcept;
     void notifyProcessed();

@@ -24,8 +24,8 @@ public:
     bool isEmpty() const noexcept;
     void clear() noexcept;
 
-    /// Makes the next `add` unable to fail.
-    void makeRoom();
+    /// Makes the next so many calls of `add` unable to fail.
+    void makeRoom(std::size_t count = 1);
 
     /// What the user reads after "Undo" instead of the list of commands.
     void setDescription(LiString const& text);

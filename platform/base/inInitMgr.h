@@ -79,7 +79,8 @@ public:
 
 protected:
     InOpeningGuard();
-    /// Forgets the packages that registered within the scope and were not initialised.
+    /// Forgets the packages that registered within the scope and were not initialised; those of further libraries that the
+    /// opened one needed wait for the next one that needs them.
     ~InOpeningGuard();
 
 private:

@@ -42,7 +42,7 @@ public:
     /// Removes all items.
     void clear();
 
-    /// These do the same with each item of another selection, in its order:
+    /// These do the same with each item of another selection, in its order, or where memory runs out with none of them:
     void add(SnSelection const& items);
     void remove(SnSelection const& items);
     void toggle(SnSelection const& items);

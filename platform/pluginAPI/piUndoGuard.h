@@ -106,7 +106,7 @@ public:
     PiUndoScope& operator=(PiUndoScope const&) = delete;
 
 private:
-    RCShdPtr<PiUndoScopeTarget> _target;
+    RCShdPtr<RCBase> _endMark;
     int _exceptionsAtEntry;
 };
 

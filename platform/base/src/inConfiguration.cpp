@@ -21,6 +21,10 @@ std::string trimmed(std::string const& text) {
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
+std::optional<std::string> nextOf(int argc, char** argv, int index) {
+    return index + 1 < argc ? std::optional<std::string>(argv[index + 1]) : std::nullopt;
+}
+
 } // namespace
 
 InConfiguration& InConfiguration::getInstance() {
@@ -51,26 +55,26 @@ void InConfiguration::readFile() {
 
 void InConfiguration::readArguments(int& argc, char** argv, std::vector<std::string> const& aliases) {
     if (argc < 1) return;
-    _arguments.assign(argv + 1, argv + argc);
+    _arguments.clear();
     int kept = 1;
     for (int index = 1; index < argc; ++index) {
-        std::string const argument = argv[index];
+        Argument const& argument = _arguments.emplace_back(Argument{argv[index], nextOf(argc, argv, index)});
         auto const alias = std::find_if(aliases.begin(), aliases.end(),
-            [&](std::string const& candidate) { return argument.compare(0, candidate.size(), candidate) == 0; });
+            [&](std::string const& candidate) { return argument.text.starts_with(candidate); });
         if (alias == aliases.end())
             argv[kept++] = argv[index];
-        else if (argument.size() == alias->size() && ++index == argc)
-            throw InInitEx(source, __LINE__, "The argument \"" + argument + "\" needs a value after it.");
+        else if (argument.text.size() == alias->size() && ++index == argc)
+            throw InInitEx(source, __LINE__, "The argument \"" + argument.text + "\" needs a value after it.");
     }
     argc = kept;
     argv[argc] = nullptr;
 }
 
 std::optional<std::string> InConfiguration::findArgument(std::string const& alias) const {
-    for (auto argument = _arguments.begin(); argument != _arguments.end(); ++argument) {
-        if (argument->compare(0, alias.size(), alias) != 0) continue;
-        if (argument->size() > alias.size()) return argument->substr(alias.size());
-        if (std::next(argument) != _arguments.end()) return *std::next(argument);
+    for (Argument const& argument : _arguments) {
+        if (!argument.text.starts_with(alias)) continue;
+        if (argument.text.size() > alias.size()) return argument.text.substr(alias.size());
+        if (argument.next) return argument.next;
     }
     return std::nullopt;
 }

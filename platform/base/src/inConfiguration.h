@@ -20,10 +20,16 @@ public:
     std::optional<std::string> findKey(std::string const& key) const;
 
 private:
+    struct Argument {
+        std::string text;
+        std::optional<std::string> next;
+    };
+
     void readFile();
     void readArguments(int& argc, char** argv, std::vector<std::string> const& aliases);
 
-    std::vector<std::string> _arguments;
+    // Without those that are the value of the one before.
+    std::vector<Argument> _arguments;
     std::map<std::string, std::string> _keys;
 };
 

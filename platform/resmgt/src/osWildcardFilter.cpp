@@ -17,6 +17,12 @@ std::size_t lengthAfter(unsigned lead) noexcept {
     return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
 }
 
+// Neither a character that needs fewer bytes, nor half of a surrogate pair, nor one above all characters.
+bool isCharacter(char32_t code, std::size_t length) noexcept {
+    constexpr char32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000};
+    return code >= smallest[length] && code < strayBytes && (code < 0xD800 || code > 0xDFFF);
+}
+
 // Takes the first character off a text that is not empty.
 char32_t next(std::string_view& text) noexcept {
     unsigned const lead = byteAt(text, 0);
@@ -27,6 +33,7 @@ char32_t next(std::string_view& text) noexcept {
         isWhole = (byteAt(text, index) & 0xC0) == 0x80;
         code = code << 6 | (byteAt(text, index) & 0x3F);
     }
+    isWhole = isWhole && isCharacter(code, length);
     text.remove_prefix(isWhole ? length : 1);
     return isWhole ? code : strayBytes + lead;
 }

@@ -24,6 +24,8 @@ public:
     InVariable<char const*> directory{*this, "marlo::test::directory", "A directory."};
     InContextAlias<InInitArg, 1> argument{directory, "dir:"};
     InContextAlias<InInitEnv, 0> environment{directory, "KO_TEST_DIR"};
+    InVariable<char const*> other{*this, "marlo::test::other", "Another one."};
+    InContextAlias<InInitArg, 1> otherArgument{other, "other:"};
 };
 
 // Starts with the given sources and tells what the variable became; "-" where it is not valid.
@@ -68,7 +70,8 @@ INSTANTIATE_TEST_SUITE_P(Table, InVariableSources,
     testing::Values(Source{"unset", {}, nullptr, nullptr, "-"}, Source{"file", {}, nullptr, file, "/file"},
         Source{"environment", {}, "/env", file, "/env"}, Source{"emptyEnvironment", {}, "", file, ""},
         Source{"argument", {"a", "dir:/arg", "b"}, "/env", file, "/arg a b"},
-        Source{"argumentAndValue", {"a", "dir:", "/arg", "b"}, nullptr, nullptr, "/arg a b"}),
+        Source{"argumentAndValue", {"a", "dir:", "/arg", "b"}, nullptr, nullptr, "/arg a b"},
+        Source{"valueLikeAnAlias", {"other:", "dir:x"}, "/env", nullptr, "/env"}),
     [](auto const& row) { return row.param.name; });
 
 TEST(InVariable, ReportsBadSourcesByNameAndPlace) {

@@ -96,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(Table, OsChildProcessLines,
             R"(a\ b \'c\\ d\)"
             "\ne",
             "[a b]\n['c\\]\n[de]\n"},
-        Line{"Pieces", R"(a'b c'"d e"\ f)", "[ab cd e f]\n"},
+        Line{"Continued", "a \\\n b\\\n \\\n", "[a]\n[b]\n"}, Line{"Pieces", R"(a'b c'"d e"\ f)", "[ab cd e f]\n"},
         Line{"NothingElse", "$HOME * ~ a|b;c>d `e` #f", "[$HOME]\n[*]\n[~]\n[a|b;c>d]\n[`e`]\n[#f]\n"}),
     [](auto const& row) { return row.param.name; });
 

@@ -24,7 +24,8 @@ TEST(OsWildcardFilter, MatchesWholeNames) {
              Row{"gr?n", "gr\xC3\xBCn", true}, Row{"gr\xC3\xBC*", "gr\xC3\xBCn", true},
              Row{"\xC3\xBC", "\xC3\xB6", false}, Row{"?", "\xF0\x9F\x8E\xA8", true}, Row{"?", "\xE2\x82\xAC", true},
              Row{"??", "\xE2\x82", true}, Row{"?", "\xFF", true}, Row{"\xFF", "\xFE", false},
-             Row{"a\xC3?", "a\xC3z", true}}) {
+             Row{"a\xC3?", "a\xC3z", true}, Row{"?", "\xE0\x80\xAF", false}, Row{"???", "\xED\xA0\x80", true},
+             Row{"\x80", "\xF4\x90\x82\x80", false}}) {
         EXPECT_EQ(row.expected, OsWildcardFilter(LiString(row.pattern)).matches(row.name))
             << row.pattern << " and " << row.name;
     }

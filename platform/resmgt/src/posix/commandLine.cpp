@@ -20,9 +20,13 @@ public:
     }
 
 private:
+    // A line that goes on in the next one begins no word by that.
     bool skipBlanks() {
-        _rest.remove_prefix(std::min(_rest.find_first_not_of(blanks), _rest.size()));
-        return !_rest.empty();
+        for (;;) {
+            _rest.remove_prefix(std::min(_rest.find_first_not_of(blanks), _rest.size()));
+            if (!_rest.starts_with("\\\n")) return !_rest.empty();
+            _rest.remove_prefix(2);
+        }
     }
 
     bool readWord(LiString& word) {

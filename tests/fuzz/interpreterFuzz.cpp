@@ -1,0 +1,146 @@
+// Input: a script of the compositor, which is run. It cannot touch the system: words that are not known to be harmless are
+// left out, and files have names of the target's own, in a folder of its own.
+#include "base/inInitMgr.h"
+#include "document/documentFile.h"
+#include "framework/command/cmCommandStackGuard.h"
+#include "framework/command/cmUndoGuard.h"
+#include "host/actions.h"
+#include "host/interpreter.h"
+#include "host/plugIns.h"
+#include "tests/fuzz/fuzzing.h"
+
+#include <algorithm>
+#include <iostream>
+#include <sstream>
+
+namespace {
+
+using namespace compositor;
+using namespace KoFuzz;
+
+constexpr std::size_t mostStatements = 60;
+constexpr std::string_view harmless[] = {"canvas", "checker", "gradient", "move", "opacity", "blend", "rename",
+    "remove", "reorder", "drag", "select", "menu", "do", "options", "copy", "cut", "paste", "group", "quietly", "end",
+    "undo", "redo", "history", "goto", "limit", "layers", "dump", "plugins", "jobs", "stop", "wait", "echo", "help",
+    "quit", "fly"};
+constexpr std::string_view withSizes[] = {"canvas", "checker", "gradient", "do"};
+constexpr std::string_view withFiles[] = {"render", "save", "open"};
+
+bool isOneOf(std::string const& word, auto const& words) {
+    return std::ranges::find(words, word) != std::end(words);
+}
+
+/// Makes of a script what may be run.
+class Tamer {
+public:
+    explicit Tamer(Folder const& folder) : _folder(folder) {}
+
+    std::string tamed(std::string const& script) const {
+        std::istringstream stream(script);
+        ScriptReader reader(stream);
+        std::string result = "canvas 32 32\n";
+        for (std::size_t count = 0; count < mostStatements; ++count)
+            try {
+                std::optional<Statement> const statement = reader.next();
+                if (!statement) break;
+                result += tamed(*statement);
+            } catch (ScriptError const&) {
+            }
+        return result;
+    }
+
+private:
+    std::string tamed(Statement statement) const {
+        auto& words = statement.words;
+        if (isOneOf(words[0], withFiles)) {
+            if (words.size() < 2) return {};
+            words[1] = (_folder / (words[0] == "render" || words[1].ends_with(".png") ? "x.png" : "x.koc")).string();
+        } else if (!isOneOf(words[0], harmless)) {
+            return {};
+        } else if (isOneOf(words[0], withSizes)) {
+            keepSmall(words);
+        }
+        return quoted(words);
+    }
+
+    // What is large only takes long: lengths have two digits, and pictures never grow.
+    static void keepSmall(std::vector<std::string>& words) {
+        bool isScaled = false;
+        for (std::string& word : words) {
+            bool const isLength = word.find_first_not_of("0123456789") == std::string::npos &&
+                                  std::strtoull(word.c_str(), nullptr, 10) < 65536;
+            if (isLength && word != "000000") word.erase(0, std::max<std::size_t>(word.size(), 2) - 2);
+            if (isScaled) word = "0.5";
+            isScaled = isScaled || word == "scale";
+        }
+    }
+
+    static std::string quoted(std::vector<std::string> const& words) {
+        std::string text;
+        for (std::string const& word : words) {
+            text += '"';
+            for (char const character : word)
+                text += (character == '"' || character == '\\' ? "\\" : "") + std::string(1, character);
+            text += "\" ";
+        }
+        return text + '\n';
+    }
+
+    Folder const& _folder;
+};
+
+bool isAlike(Layer const& left, Layer const& right) {
+    PlacedPicture const &one = left.placed, &other = right.placed;
+    return left.id == right.id && left.name == right.name && one.picture == other.picture && one.x == other.x &&
+           one.y == other.y && one.opacity == other.opacity && one.blend == other.blend;
+}
+
+bool isAlike(Document const& left, Document const& right) {
+    return left.canvas() == right.canvas() &&
+           std::ranges::equal(
+               left.layers(), right.layers(), [](Layer const& one, Layer const& other) { return isAlike(one, other); });
+}
+
+// Back to the begin of the history and forth again. What was edited quietly may stand in the way.
+void checkHistory(Editor& editor) {
+    Ko::CmCommandStack& history = *editor.history();
+    Document const document = editor.document();
+    int steps = 0;
+    for (; history.canUndo(); ++steps)
+        history.undo();
+    for (; steps > 0; --steps)
+        history.redo();
+    expect(isAlike(document, editor.document()), "the same document after undoing and redoing everything");
+}
+
+void run(std::string const& script, PlugIns const& plugIns, bool isTyped) {
+    std::ostringstream output, errors;
+    Editor editor;
+    Ko::CmCommandStackGuard const active(editor.history());
+    Jobs jobs(output, errors, Jobs::Bars::NotShown);
+    Interpreter interpreter(editor, jobs, plugIns, output, errors);
+    std::istringstream stream(script);
+    if (isTyped)
+        interpreter.runTerminal(stream);
+    else
+        expect(interpreter.runScript(stream, "fuzz") == errors.str().empty(), "a script that fails says why");
+    expect(!Ko::CmUndoGuard::isGuardActive(), "no group stays open");
+    if (script.find("\"quietly\"") == std::string::npos) checkHistory(editor);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+    static Folder const folder;
+    static bool const isPrepared = (Ko::InInitMgr::initialize(), Ko::InInitMgr::isInitialized());
+    expect(isPrepared, "the framework starts");
+    static EditActions const actions;
+    static PlugIns const plugIns(std::cerr);
+    std::string const script = Tamer(folder).tamed(std::string(textOf(data, size)));
+    for (bool const isTyped : {false, true}) {
+        for (char const* const name : {"x.png", "x.koc"})
+            std::filesystem::remove(folder / name);
+        run(script, plugIns, isTyped);
+    }
+    return 0;
+}

@@ -1,9 +1,20 @@
 # How the rooms of the house are built: one function for a sibling library, one for a module of the framework, one for a
 # test program and one for a bench. Each CMakeLists.txt then only lists what belongs to it, by role.
 
-# "lib" unless somebody asks for another folder, so that the installed tree has one shape on every distribution.
-set(CMAKE_INSTALL_LIBDIR lib CACHE STRING "Where libraries are installed, below the prefix")
+# An installed tree is one that can be moved: it has one shape on every distribution, and its libraries find one another
+# by where they lie. System-wide, libraries lie in the system's folder for them, where its loader looks anyway; what the
+# library reads while it runs then has a folder of its own beside them, for the one above belongs to everybody.
+# KO_HOME is the way from the libraries to the folder of messages and plug-ins: the installation directory.
+if(KO_SYSTEM_WIDE)
+  set(KO_HOME koframework${PROJECT_VERSION_MAJOR})
+else()
+  set(KO_HOME ..)
+  set(CMAKE_INSTALL_LIBDIR lib CACHE STRING "Where libraries are installed, below the prefix")
+  set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+endif()
 include(GNUInstallDirs)
+cmake_path(SET KO_INSTALL_HOME NORMALIZE ${CMAKE_INSTALL_LIBDIR}/${KO_HOME})
+cmake_path(SET KO_BUILD_HOME NORMALIZE ${PROJECT_BINARY_DIR}/lib/${KO_HOME})
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -17,7 +28,6 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
-set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 
 if(WIN32)
   set(KO_SYSTEM windows)
@@ -35,7 +45,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
   target_compile_options(koOwnOptions INTERFACE -Wno-restrict -Wno-stringop-overflow)
 endif()
 if(KO_DEVELOPER)
-  target_compile_options(koOwnOptions INTERFACE -Werror)
+  set(CMAKE_COMPILE_WARNING_AS_ERROR ON)
 endif()
 if(KO_SANITIZE)
   add_compile_options(-fsanitize=${KO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
@@ -69,14 +79,13 @@ function(ko_install_headers folder)
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ko/${folder} COMPONENT development)
 endfunction()
 
-# ko_catalogues(...): message catalogues of a room go where the library looks for them, in the build tree and installed:
-# into messages/ beside the folder of the libraries.
+# ko_catalogues(...): message catalogues of a room go where the library looks for them, in the build tree and installed.
 function(ko_catalogues)
   cmake_parse_arguments(ROOM "" "" "${KO_ROLES}" ${ARGN})
   foreach(catalogue IN LISTS ROOM_CATALOGUES)
     cmake_path(GET catalogue FILENAME name)
-    configure_file(${catalogue} ${PROJECT_BINARY_DIR}/messages/${name} COPYONLY)
-    install(FILES ${catalogue} DESTINATION ${CMAKE_INSTALL_LIBDIR}/../messages COMPONENT runtime)
+    configure_file(${catalogue} ${KO_BUILD_HOME}/messages/${name} COPYONLY)
+    install(FILES ${catalogue} DESTINATION ${KO_INSTALL_HOME}/messages COMPONENT runtime)
   endforeach()
 endfunction()
 

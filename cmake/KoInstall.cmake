@@ -7,8 +7,10 @@ configure_package_config_file(cmake/KOframeworkConfig.cmake.in KOframeworkConfig
 write_basic_package_version_file(KOframeworkConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/KOframeworkConfig.cmake ${PROJECT_BINARY_DIR}/KOframeworkConfigVersion.cmake
   DESTINATION ${package_dir} COMPONENT development)
+# Plug-ins have a place also where nobody has put one.
+install(DIRECTORY DESTINATION ${KO_INSTALL_HOME}/plugins COMPONENT runtime)
 install(EXPORT KOframeworkTargets NAMESPACE KO:: DESTINATION ${package_dir} COMPONENT development)
-if(KO_DEVELOPER)
+if(KO_EXAMPLES)
   install(EXPORT KOcompositorTargets NAMESPACE KO:: DESTINATION ${package_dir} COMPONENT examples)
 endif()
 

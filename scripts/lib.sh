@@ -30,6 +30,7 @@ present() {
     g++) has_program "$(compiler)" ;;
     cmake) has_cmake ;;
     ninja-build) has_program ninja ;;
+    dpkg-dev) has_program dpkg-shlibdeps ;;
     libgtest-dev) has_header gtest/gtest.h ;;
     libgmock-dev) has_header gmock/gmock.h ;;
     libpng-dev) has_header png.h ;;

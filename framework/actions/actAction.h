@@ -47,14 +47,15 @@ public:
     /// The description of the composite action under which this one is listed; empty for one on the top level.
     virtual std::string getCompositeName() const;
 
+    /// What `getDisplayString` answers where it is not overridden.
     void setDisplayString(std::string const& text);
 
     /// For actions that need neither target nor input: perform it and ask whether it is valid with two empty
-    /// `ActBasicParam` items.
+    /// `ActBasicParam` items:
     void performAction() const;
     bool inputValid() const;
 
-    /// What the descriptions of actions that switch something on or off begin with, blank included.
+    /// What the descriptions of actions that switch something on or off begin with, blank included:
     static LiString toggleOnString();
     static LiString toggleOffString();
 
@@ -73,8 +74,10 @@ private:
 template <>
 struct std::default_delete<Ko::ActAction> {
     constexpr default_delete() noexcept = default;
+    /// From that of a class of actions.
     template <std::derived_from<Ko::ActAction> Action>
     default_delete(std::default_delete<Action> const&) noexcept {}
 
+    /// Destroys the action, now or when it has returned.
     void operator()(Ko::ActAction* action) const noexcept { Ko::ActAction::destroy(action); }
 };

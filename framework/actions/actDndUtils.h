@@ -7,6 +7,7 @@ namespace Ko {
 /// What handles a drop with the actions that are registered. Application thread only.
 class KO_FRAMEWORK_API ActDndUtils {
 public:
+    /// Items in the order in which they are carried, or asked for.
     using Items = List<RCShdPtr<SnItem const>>;
 
     /// Appends the items that are carried, in their order.

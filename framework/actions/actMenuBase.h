@@ -9,6 +9,7 @@ namespace Ko {
 /// interface derives from it. Application thread only.
 class KO_FRAMEWORK_API ActMenuBase : public RCBase {
 public:
+    /// The items that are selected, and what a menu shows for them:
     using Items = List<RCShdPtr<SnItem const>>;
     using Entries = ConstIterator<ActRegistry::Entry>;
 

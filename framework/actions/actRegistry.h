@@ -37,7 +37,7 @@ public:
         /// Sorted by description, byte by byte; of several targets, each action with every one that it is valid for.
         AllSorted = 1
     };
-    /// Any other value is like `Static`.
+    /// Whether `deleteAllDynamicActions` takes the action out. Any other value is like `Static`.
     enum DynamicState : std::int32_t { Static = 0, Dynamic = 1 };
 
     ActRegistry(ActRegistry const&) = delete;
@@ -63,9 +63,8 @@ public:
     /// The first action that has this description and composite name; null if there is none, or no description is given.
     ActAction* getAction(LiString const& description, std::string const& compositeName) const;
 
-    // The queries take the actions listed under a composite name: the empty one for the top level. Where groups are given,
-    // only actions of these; no groups at all are any group.
-
+    /// The actions that are valid for the target and the input, of those that are listed under a composite name: the empty
+    /// one for the top level. Where groups are given, only actions of these; no groups at all are any group. So in all queries.
     ConstIterator<Entry> getActions(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input,
         std::string const& compositeName, Numerator order) const;
     ConstIterator<Entry> getActions(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input,
@@ -81,8 +80,7 @@ public:
     ConstIterator<ActAction const*> getActionsInGroup(std::string const& group, Numerator order) const;
     ConstIterator<ActAction const*> getActionsInGroup(Set<std::string> const& groups, Numerator order) const;
 
-    // For several targets. The scripting interpreter is kept from ending meanwhile.
-
+    /// The same for several targets. The scripting interpreter is kept from ending meanwhile.
     ConstIterator<Entry> getActions(RCShdPtr<SnSelection const> const& selection, RCShdPtr<SnItem const> const& input,
         std::string const& compositeName, Numerator order) const;
     ConstIterator<Entry> getActions(List<RCShdPtr<SnItem const>> const& targets, RCShdPtr<SnItem const> const& input,
@@ -102,6 +100,7 @@ private:
     struct Record {
         ActAction* action;
         DynamicState state;
+        std::uint32_t place; // at the end of the registry
     };
 
     template <class Targets>
@@ -116,7 +115,8 @@ private:
     template <class Visit>
     void forEachListed(Set<std::string> const& groups, std::string const& compositeName, Visit visit) const;
     bool isRegistered(ActAction const* action) const noexcept;
-    void destroyAll();
+    void destroyAll() noexcept;
+    static void keepFirstRegistrations(Vector<Record>& records) noexcept;
 
     Vector<Record> _records;
 };
@@ -124,19 +124,23 @@ private:
 /// An action with the target and input for which it was found valid. It does not own the action.
 class KO_FRAMEWORK_API ActRegistry::Entry {
 public:
+    /// @param action is not owned, and valid for the two.
     Entry(ActAction const* action, RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input)
         : _action(action), _target(target), _input(input) {}
 
+    /// What the entry was made of:
     ActAction const* getAction() const noexcept { return _action; }
     RCShdPtr<SnItem const> const& getTarget() const noexcept { return _target; }
     RCShdPtr<SnItem const> const& getInput() const noexcept { return _input; }
 
+    /// What the action answers now; the options are those for the target and the input:
     LiString getDescription() const;
     std::string getDisplayString() const;
     std::string getGroup() const;
     std::string getCompositeName() const;
     int enumOptions(Vector<LiString>& options) const;
 
+    /// Performs the action on the target with the input, and keeps it alive meanwhile.
     void performAction(RCShdPtr<SnSelection> const& selection) const;
     /// Performs it with another input, which the action must take.
     void performAction(RCShdPtr<SnItem const> const& input, RCShdPtr<SnSelection> const& selection) const;

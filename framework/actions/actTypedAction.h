@@ -30,6 +30,7 @@ public:
     int enumOptions(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input,
         Vector<LiString>& options) const override;
 
+    /// The same in terms of values; the items were converted before:
     virtual bool inputValid(TargetType const& target, InputType const& input) const = 0;
     virtual void performAction(
         TargetType const& target, InputType const& input, RCShdPtr<SnSelection> const& selection) const = 0;

@@ -11,9 +11,10 @@ namespace Ko {
 /// predicate raises `ExNullPtr` as soon as it is applied. Application thread only.
 class KO_FRAMEWORK_API ActUtils {
 public:
+    /// The targets, in the order in which they are asked.
     using Items = List<RCShdPtr<SnItem const>>;
 
-    /// Whether the description is this text, or contains it, byte by byte.
+    /// Whether the description is this text, or contains it, byte by byte:
     static PrdPredicate<ActAction> descMatches(LiString const& text);
     static PrdPredicate<ActAction> descHas(LiString const& text);
 

@@ -12,7 +12,7 @@ public:
     class ExBgManager;
     class ExBgTaskFailed;
 
-    /// Takes the texts from the catalogue that is open now. For the package's hooks.
+    /// For the package's hooks; the first takes the texts from the catalogue that is open:
     static void initialize();
     static void finalize();
 

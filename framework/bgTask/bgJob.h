@@ -38,6 +38,7 @@ public:
     virtual void stop();
     /// How far the job is now. Once the protocol was released, the progress is what observers were told last.
     virtual BgJobStatistics getStatistics();
+    /// Whether the protocol was deleted.
     virtual bool isReleased() const;
     /// Stops the job, waits for its end, at most 5 seconds, and deletes the protocol. Not from an observer of the job.
     /// @returns false when the job did not end; it still has its protocol then.

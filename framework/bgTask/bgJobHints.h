@@ -23,13 +23,15 @@ extern template class KO_FRAMEWORK_API ObObserver<BgJobTag>;
 /// another one is still being told, the thread that tells goes on with it.
 class KO_FRAMEWORK_API BgJobHintChangeState : public ObHint {
 public:
-    /// 3 and 4 stay unassigned.
+    /// The states, named as their classes: `BgJobIdle` and so on. 3 and 4 stay unassigned.
     enum JobState_t { Idle = 0, Waiting = 1, Busy = 2, Stopping = 5, Stopped = 6, Complete = 7, Failed = 8 };
 
     BgJobHintChangeState();
+    /// @param state the one that the job has got.
     BgJobHintChangeState(RCShdPtr<BgJob> job, JobState_t state);
     ~BgJobHintChangeState() override;
 
+    /// What has happened, and to which job; null in a hint that was made without one:
     RCShdPtr<BgJob> const& getJob() const noexcept { return _job; }
     JobState_t getJobState() const noexcept { return _state; }
     bool isJobComplete() const noexcept { return _state == Complete; }
@@ -48,6 +50,7 @@ public:
     BgJobHintProgress(RCShdPtr<BgJob> job, float progress);
     ~BgJobHintProgress() override;
 
+    /// How far the job is, from 0 to 1; the job is null in a hint that was made without one:
     RCShdPtr<BgJob> const& getJob() const noexcept { return _job; }
     float getProgress() const noexcept { return _progress; }
 

@@ -40,6 +40,7 @@ public:
     /// What was reported last: done / total, not limited to [0, 1]; 0 before that. Any thread.
     virtual float progress() const;
 
+    /// For display; they stay the same, and may be asked for by any thread:
     LiString getJobName() const { return _name; }
     LiString getJobType() const { return _type; }
 

@@ -12,6 +12,7 @@ class BgJobState;
 /// What a state does to a job.
 class KO_FRAMEWORK_API BgJobBase {
 public:
+    /// Never null. Any thread.
     virtual BgJobState const* getState() const noexcept = 0;
     /// Changes the state and tells the observers, unless the job is in that state already.
     virtual void setState(BgJobState const* state) = 0;
@@ -35,7 +36,9 @@ public:
     virtual void start(BgJobBase* job) const;
     /// Asks the job to end.
     virtual void stop(BgJobBase* job) const;
+    /// The state's name, for logs: "Waiting".
     virtual LiString state() const;
+    /// The state as observers are told of it.
     virtual BgJobHintChangeState::JobState_t getHintValue() const noexcept = 0;
 
 protected:

@@ -8,6 +8,7 @@ namespace Ko {
 /// A job's times and progress at one moment, for display.
 class KO_FRAMEWORK_API BgJobStatistics {
 public:
+    /// Takes the texts as they are to be shown.
     BgJobStatistics(LiString submitted, LiString started, LiString ended, float progress);
     BgJobStatistics(BgJobStatistics const&);
     BgJobStatistics& operator=(BgJobStatistics const&);

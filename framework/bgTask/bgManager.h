@@ -34,8 +34,9 @@ public:
 
     /// @throws InSingletonEx::ExNotInitialized outside the manager's lifetime.
     static BgManager& getInstance();
+    /// Whether there is a manager now.
     static bool isInitialized() noexcept;
-    /// For the package's hooks. @throws as `InSingleton` does. The finalising one does nothing unless there is a manager.
+    /// For the package's hooks; they throw as those of `InSingleton`, but that to finalise without a manager does nothing:
     static void performInitialize();
     static void performFinalize();
 

@@ -14,6 +14,7 @@ extern template class KO_FRAMEWORK_API ObObserver<BgManagerTag>;
 /// A job was added by `addJob`.
 class KO_FRAMEWORK_API BgManagerHintNew : public ObHint {
 public:
+    /// The job that was added:
     explicit BgManagerHintNew(RCShdPtr<BgJob> job);
     ~BgManagerHintNew() override;
     RCShdPtr<BgJob> getJob() const noexcept { return _job; }
@@ -25,6 +26,7 @@ private:
 /// A job was taken off the list by `stopAndDeleteJob`.
 class KO_FRAMEWORK_API BgManagerHintDelete : public ObHint {
 public:
+    /// The job that was taken off:
     explicit BgManagerHintDelete(RCShdPtr<BgJob> job);
     ~BgManagerHintDelete() override;
     RCShdPtr<BgJob> const& getJob() const noexcept { return _job; }
@@ -36,6 +38,7 @@ private:
 /// A job failed because the server has no space left; the user could be offered to make some.
 class KO_FRAMEWORK_API BgManagerNotEnoughSpaceHint : public ObHint {
 public:
+    /// The job that has failed:
     explicit BgManagerNotEnoughSpaceHint(RCShdPtr<BgJob> job);
     ~BgManagerNotEnoughSpaceHint() override;
     RCShdPtr<BgJob> const& getJob() const noexcept { return _job; }

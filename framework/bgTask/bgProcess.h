@@ -46,9 +46,10 @@ public:
 
     /// Sets or replaces a variable of the program's environment. Not while the job executes.
     void addEnvironmentVariable(std::string const& name, std::string const& value);
+    /// The command line as it was given.
     std::string const& getExecutionStr() const noexcept { return _execStr; }
 
-    /// For the package's hooks.
+    /// For the package's hooks:
     static void performInitialize();
     static void performFinalize();
 

@@ -30,13 +30,14 @@ public:
 
     /// One line for menus and logs, in the user's words: "Rename Layer".
     virtual LiString getDescription() const = 0;
-    /// How long the last execution took, in seconds; 0.0 where nothing measures it.
+    /// How long the last execution, or unexecution, took, in seconds; 0.0 where nothing measures it:
     virtual double getExecutionTime() const;
     virtual double getUnexecutionTime() const;
+    /// Writes the command as an element of its own, for diagnosis.
     virtual void dump(XmlWriter& writer) const;
 
     /// When true, execution does nothing: whoever logged the command had produced its effect, and a redo produces it by
-    /// other means. Unexecution still takes the change back.
+    /// other means. Unexecution still takes the change back:
     bool getDisableExecutionOnRedo() const noexcept { return _disableExecutionOnRedo; }
     void setDisableExecutionOnRedo(bool disable) noexcept { _disableExecutionOnRedo = disable; }
 

@@ -21,7 +21,7 @@ public:
     /// Calls the handlers if the active stack changes. What a handler throws passes on, with the stack set.
     void set(RCShdPtr<CmCommandStack> const& stack);
 
-    /// Called after the active stack has changed. Handlers are not owned.
+    /// Called after the active stack has changed. Handlers are not owned:
     void addCallback(CbHandler<CbEmptyType>* handler) { _changeCallbacks.add(handler); }
     void removeCallback(CbHandler<CbEmptyType>* handler) { _changeCallbacks.remove(handler); }
 

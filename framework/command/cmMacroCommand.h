@@ -12,18 +12,22 @@ class CmMacroCommandImp;
 /// When one of them throws, the loop stops there and the exception passes on; what ran before is not taken back.
 class KO_FRAMEWORK_API CmMacroCommand : public CmTimedCommand {
 public:
+    /// Begins without commands and without a description.
     static RCShdPtr<CmMacroCommand> create();
     ~CmMacroCommand() override;
 
+    /// Appends a command, and does not execute it.
     void add(RCShdPtr<CmCommand> cmd);
     /// The macro must not be empty.
     RCShdPtr<CmCommand> removeLast();
+    /// Of the commands alone; a description that was set stays:
     bool isEmpty() const noexcept;
     void clear() noexcept;
 
-    /// Makes the next `add` unable to fail.
-    void makeRoom();
+    /// Makes the next so many calls of `add` unable to fail.
+    void makeRoom(std::size_t count = 1);
 
+    /// What the user reads after "Undo" instead of the list of commands.
     void setDescription(LiString const& text);
     /// The text that was set; empty if none was.
     LiString const& getOwnDescription() const noexcept;

@@ -14,17 +14,20 @@ namespace Ko {
 /// when the command was made.
 class KO_FRAMEWORK_API CmSelectionChangeWithItemsCmd : public CmCommand {
 public:
+    /// What is done with the items that are given.
     enum Type : std::int32_t { Add = 0, Remove = 1, Toggle = 2 };
 
     /// Any other type raises `ExProgramAborted` when the command is described or executed.
     static RCShdPtr<CmSelectionChangeWithItemsCmd> create(
         RCShdPtr<SnSelection> const& selection, RCShdPtr<SnSelection const> const& items, Type type);
 
+    /// As `create`.
     CmSelectionChangeWithItemsCmd(
         RCShdPtr<SnSelection> const& selection, RCShdPtr<SnSelection const> const& items, Type type);
     ~CmSelectionChangeWithItemsCmd() override;
 
     LiString getDescription() const override;
+    /// Whether it was executed at least once.
     bool isExecuted() const noexcept { return _executed; }
 
 protected:
@@ -43,13 +46,16 @@ private:
 /// command was made.
 class KO_FRAMEWORK_API CmSelectionReplaceAllItemsCmd : public CmCommand {
 public:
+    /// @param items what is selected afterwards.
     static RCShdPtr<CmSelectionReplaceAllItemsCmd> create(
         RCShdPtr<SnSelection> const& selection, RCShdPtr<SnSelection const> const& items);
 
+    /// As `create`.
     CmSelectionReplaceAllItemsCmd(RCShdPtr<SnSelection> const& selection, RCShdPtr<SnSelection const> const& items);
     ~CmSelectionReplaceAllItemsCmd() override;
 
     LiString getDescription() const override;
+    /// Whether it was executed at least once.
     bool isExecuted() const noexcept { return _executed; }
 
 protected:
@@ -69,13 +75,16 @@ public:
     /// Every value other than `Add` removes.
     enum Type : std::int32_t { Add = 0, Remove = 1 };
 
+    /// @param selection is changed, and shared with the caller.
     static RCShdPtr<CmSelectionChangeCmd> create(
         RCShdPtr<SnSelection> const& selection, RCShdPtr<SnItem const> const& item, Type type);
 
+    /// As `create`.
     CmSelectionChangeCmd(RCShdPtr<SnSelection> const& selection, RCShdPtr<SnItem const> const& item, Type type);
     ~CmSelectionChangeCmd() override;
 
     LiString getDescription() const override;
+    /// Whether it was executed at least once.
     bool isExecuted() const noexcept { return _executed; }
 
 protected:
@@ -94,12 +103,15 @@ private:
 /// Empties a selection. Unexecution gives the selection the content that it had when the command was made.
 class KO_FRAMEWORK_API CmSelectionClearCmd : public CmCommand {
 public:
+    /// @param selection is changed, and shared with the caller.
     static RCShdPtr<CmSelectionClearCmd> create(RCShdPtr<SnSelection> const& selection);
 
+    /// As `create`.
     explicit CmSelectionClearCmd(RCShdPtr<SnSelection> const& selection);
     ~CmSelectionClearCmd() override;
 
     LiString getDescription() const override;
+    /// Whether it was executed at least once.
     bool isExecuted() const noexcept { return _executed; }
 
 protected:

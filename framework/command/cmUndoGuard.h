@@ -42,6 +42,7 @@ public:
     static bool isLogging();
     /// Whether a guard is open or a long transaction goes on.
     static bool isGuardActive();
+    /// Whether a long transaction goes on, and whether the guard that is open ends it:
     static bool isLongTransition();
     static bool isLongTransitionEnding();
 

@@ -13,6 +13,7 @@ public:
     explicit CmUndoGuardNoLog(bool quiet);
     ~CmUndoGuardNoLog() noexcept(false) override;
 
+    /// As those of `CmUndoGuard`; nothing is collected:
     virtual void execAndAddUndoCommand(RCShdPtr<CmCommand> const& cmd);
     virtual void addUndoCommand(RCShdPtr<CmCommand> const& cmd);
     virtual void execUndoCommand(RCShdPtr<CmCommand> const& cmd);

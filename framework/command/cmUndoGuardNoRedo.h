@@ -12,6 +12,7 @@ public:
     CmUndoGuardNoRedo();
     ~CmUndoGuardNoRedo() noexcept(false) override;
 
+    /// As those of `CmUndoGuard`:
     virtual void execAndAddUndoCommand(RCShdPtr<CmCommand> const& cmd);
     virtual void addUndoCommand(RCShdPtr<CmCommand> const& cmd);
     virtual void execUndoCommand(RCShdPtr<CmCommand> const& cmd);

@@ -16,16 +16,19 @@ public:
     /// The carrier shares the selection with the caller. Both points are the origin.
     static RCShdPtr<DrCarrier> create(RCShdPtr<SnSelection> const& selection);
 
+    /// What is carried, shared; null if the carrier was made without.
     RCShdPtr<SnSelection> getSelection() const;
 
-    /// In the coordinates of the view that the gesture goes on in.
+    /// In the coordinates of the view that the gesture goes on in:
     GePoint2<float> const& getLocation() const;
     GePoint2<float> const& getLaunchLocation() const;
     /// Begins the gesture at a point: sets the launch location too.
     void setLocation(GePoint2<float> const& point);
+    /// Leaves the location where it is.
     void setLaunchLocation(GePoint2<float> const& point);
 
 protected:
+    /// As `create`.
     explicit DrCarrier(RCShdPtr<SnSelection> const& selection);
     ~DrCarrier() override;
 

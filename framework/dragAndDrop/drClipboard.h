@@ -22,6 +22,7 @@ public:
     DrClipboard(DrClipboard const&) = delete;
     DrClipboard& operator=(DrClipboard const&) = delete;
 
+    /// Creates the clipboard on first use.
     static DrClipboard& getInstance();
     /// Whether it exists; does not create it.
     static bool isInitialized() noexcept;
@@ -31,7 +32,9 @@ public:
     void setContent(RCShdPtr<DrCarrier> const& carrier, SrcAction action);
     /// Never null: an empty clipboard is a carrier with an empty selection.
     RCShdPtr<DrCarrier> getContent() const;
+    /// `None` while nothing was set, or since it was cleared.
     SrcAction getSrcAction() const noexcept { return _srcAction; }
+    /// Puts an empty carrier in place of the content.
     void clear();
 
 protected:

@@ -18,6 +18,7 @@ public:
     PimPlugInMgr(PimPlugInMgr const&);
     PimPlugInMgr& operator=(PimPlugInMgr const&);
 
+    /// The one of the process, made on first use.
     static PimPlugInMgr& getInstance();
 
     /// Opens a library and initialises its packages. When that fails, those that were initialised are finalised again, and

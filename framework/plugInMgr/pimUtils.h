@@ -39,6 +39,7 @@ public:
     /// Takes over the messages and settings; called once, by the package.
     static void initialize();
 
+    /// Puts a directory behind the plug-in directories, or others in place of all:
     static void addPiDirectoryPath(OsFilePath const& directory);
     static void setFilePaths(Vector<OsFilePath> const& directories);
     /// The plug-in directories.

@@ -15,7 +15,7 @@ public:
     /// @throws ExProgramAborted
     [[noreturn]] static void throwProgramAborted(char const* file, int line, std::string const& reason);
 
-    /// Called with the line of text of every fatal error before it is raised; replaces the one set before.
+    /// Called with the line of text of every fatal error before it is raised; the one that is set replaces the one before:
     using FatalErrorHandler = void (*)(std::string const& text) noexcept;
     static void setFatalErrorHandler(FatalErrorHandler handler) noexcept;
 };
@@ -26,17 +26,22 @@ public:
 ///     source.require(height >= 2, "height >= 2");
 class AssertionSource {
 public:
+    /// @param file is not copied and must live as long as the program.
     constexpr explicit AssertionSource(char const* file) : _file(file) {}
 
+    /// As it was given.
     constexpr char const* file() const noexcept { return _file; }
 
+    /// @throws ExAssertionFailed unless the condition holds.
     void require(bool condition, char const* expression, int line = __builtin_LINE()) const {
         if (!condition) [[unlikely]]
             Assertions::throwAssertionFailed(_file, line, expression);
     }
+    /// @throws ExAssertionFailed always.
     [[noreturn]] void fail(char const* expression, int line = __builtin_LINE()) const {
         Assertions::throwAssertionFailed(_file, line, expression);
     }
+    /// As `Assertions::throwProgramAborted`.
     [[noreturn]] void abort(std::string const& reason, int line = __builtin_LINE()) const {
         Assertions::throwProgramAborted(_file, line, reason);
     }

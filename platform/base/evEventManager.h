@@ -25,6 +25,7 @@ extern template class KO_BASE_API InSingleton<EvEventManager>;
 /// It exists while the package "base" is initialised. Events that are still waiting then are destroyed, not processed.
 class KO_BASE_API EvEventManager : public InSingleton<EvEventManager> {
 public:
+    /// Tells the host's loop that there are events to process.
     using WakeUpHandler = std::function<void()>;
 
     EvEventManager(EvEventManager const&) = delete;
@@ -41,7 +42,8 @@ public:
     /// Processes the events that wait now; those that are posted meanwhile wait for the next call. May be called again by
     /// an event: the inner call goes on where the outer one is. Application thread only.
     /// @returns how many it processed.
-    /// @throws what an event throws. That event is done; the wake-up handler is called for those behind it.
+    /// @throws what an event throws. That event is done; the wake-up handler is called for those behind it. Also where memory
+    ///   runs out, all events that are not done wait for the next call.
     std::size_t processEvents();
 
     /// The handler is called whenever there is something to process where there was nothing before: without a lock, on the
@@ -56,6 +58,7 @@ private:
     ~EvEventManager() = default;
 
     void takePosted();
+    bool hasEvents() const;
     void wakeUp() const;
 
     mutable LkLock _lock{"EvEventManager"};

@@ -12,6 +12,7 @@ namespace Ko {
 /// small one takes no memory of its own.
 class EvRequestEvent {
 public:
+    /// @param request is called without arguments.
     template <class Request>
     requires(!std::is_same_v<std::remove_cvref_t<Request>, EvRequestEvent>) explicit EvRequestEvent(Request&& request) {
         using Stored = std::decay_t<Request>;
@@ -32,6 +33,7 @@ public:
     }
     ~EvRequestEvent() { _operations->destroy(&_storage); }
 
+    /// Calls the function object; what that throws passes on.
     void operator()() { _operations->call(&_storage); }
 
 private:

@@ -19,10 +19,12 @@ class KO_BASE_API ExBase : public std::exception {
 public:
     ~ExBase() override;
 
+    /// What went wrong, in words:
     char const* what() const noexcept override;
     std::string const& getReason() const noexcept { return _reason; }
     /// The class's full name, as written in source: "Ko::ExAssertionFailed".
     std::string getTypeName() const;
+    /// The place that raised it:
     char const* getFile() const noexcept { return _file; }
     int getLine() const noexcept { return _line; }
 
@@ -40,8 +42,10 @@ protected:
     ExBase(ExBase const&);
     ExBase& operator=(ExBase const&);
 
+    /// For constructors that put the reason together.
     void setReason(std::string reason) { _reason = std::move(reason); }
 
+    /// For `clone()`.
     template <class Exception>
     static ExBase* copyOf(Exception const& exception) {
         return std::make_unique<Exception>(exception).release();

@@ -4,6 +4,10 @@
 
 #include <vector>
 
+/// Tags that stand for packages, one for each library and module. Those of plug-ins and hosts may lie elsewhere.
+namespace KoInit {}
+
+/// All of the framework.
 namespace Ko {
 
 /// Base of the package that `Tag` stands for. `Tag` is an empty type in the namespace `KoInit`, named like the package:
@@ -25,9 +29,11 @@ public:
     static Type getType() { return typeid(Tag); }
 
     void setInitialized(bool initialized) override { _initialized = initialized; }
+    /// From the return of the initialise hook to the call of the finalise hook.
     bool isInitialized() const noexcept { return _initialized; }
 
 protected:
+    /// Registers the package.
     InInit(std::string name, std::vector<Type> const& dependencies) : InPackageInit(std::move(name), getType()) {
         registerPackage();
         for (Type const package : dependencies)

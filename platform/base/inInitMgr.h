@@ -45,6 +45,7 @@ public:
     /// Does nothing if the process is not initialised.
     static void finalize();
 
+    /// From the return of `initialize` to the call of `finalize`. Any thread.
     static bool isInitialized() noexcept;
     /// Whether the calling thread is the one that initialised; also true after it has finalised. Any thread.
     static bool isApplicationThread() noexcept {
@@ -59,6 +60,7 @@ private:
 /// Initialises at its begin and finalises at its end.
 class KO_BASE_API InInitScope {
 public:
+    /// As `InInitMgr::initialize`:
     InInitScope(int& argc, char** argv) { InInitMgr::initialize(argc, argv); }
     InInitScope() { InInitMgr::initialize(); }
     /// @throws what `InInitMgr::finalize()` throws; while another exception is passing, that is written to standard
@@ -77,7 +79,8 @@ public:
 
 protected:
     InOpeningGuard();
-    /// Forgets the packages that registered within the scope and were not initialised.
+    /// Forgets the packages that registered within the scope and were not initialised; those of further libraries that the
+    /// opened one needed wait for the next one that needs them.
     ~InOpeningGuard();
 
 private:

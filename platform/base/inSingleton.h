@@ -16,6 +16,7 @@ protected:
     InSingletonEx(char const* file, int line, char const* type, char const* problem);
 };
 
+/// The object was to be created, and exists.
 class KO_BASE_API InSingletonEx::ExAlreadyInitialized : public InSingletonEx {
 public:
     ExAlreadyInitialized(char const* file, int line, char const* type);
@@ -23,6 +24,7 @@ public:
     [[noreturn]] void raise() const override;
 };
 
+/// The object was to be used or destroyed, and does not exist.
 class KO_BASE_API InSingletonEx::ExNotInitialized : public InSingletonEx {
 public:
     ExNotInitialized(char const* file, int line, char const* type);
@@ -30,6 +32,7 @@ public:
     [[noreturn]] void raise() const override;
 };
 
+/// The object was to be created or destroyed after its end.
 class KO_BASE_API InSingletonEx::ExAlreadyDestroyed : public InSingletonEx {
 public:
     ExAlreadyDestroyed(char const* file, int line, char const* type);
@@ -50,6 +53,7 @@ public:
 template <class T>
 class InSingleton {
 public:
+    /// The stages of the object's life, in their order.
     enum State { UNINITIALIZED = 0, INITIALIZED = 1, DESTROYED = 2 };
 
     /// @throws InSingletonEx::ExAlreadyInitialized, InSingletonEx::ExAlreadyDestroyed, and what the constructor throws.
@@ -58,6 +62,7 @@ public:
     static T& getInstance();
     /// @throws InSingletonEx::ExNotInitialized, InSingletonEx::ExAlreadyDestroyed
     static void performFinalize();
+    /// Whether the object exists now.
     static bool isInitialized() noexcept;
 
 protected:

@@ -20,6 +20,7 @@ public:
     InVariableBase(InVariableBase const&) = delete;
     InVariableBase& operator=(InVariableBase const&) = delete;
 
+    /// As they were given; the key is that of the configuration file:
     std::string const& getKey() const noexcept { return _key; }
     std::string const& getDescription() const noexcept { return _description; }
     /// Whether any source assigned a value.
@@ -28,9 +29,11 @@ public:
     /// Takes the value from the command line, else the environment, else the configuration file.
     void resolve();
 
+    /// The names that the command line knows the variable by.
     std::vector<std::string> const& getArgumentAliases() const noexcept { return _argumentAliases; }
 
 protected:
+    /// @param owner has the variable resolved right before its initialise hook.
     InVariableBase(InPackageInit& owner, std::string key, std::string description);
     ~InVariableBase() = default;
 
@@ -56,6 +59,7 @@ private:
 template <class T>
 class InVariable;
 
+/// A setting that is a text.
 template <>
 class KO_BASE_API InVariable<char const*> : public InVariableBase {
 public:
@@ -73,17 +77,21 @@ public:
 template <class Context, int Values>
 class InContextAlias;
 
+/// The command line, where a value follows.
 template <>
 class KO_BASE_API InContextAlias<InInitArg, 1> {
 public:
+    /// Before the variable is resolved: a member beside it.
     InContextAlias(InVariableBase& variable, std::string alias) {
         variable._argumentAliases.push_back(std::move(alias));
     }
 };
 
+/// The environment, which assigns a variable of that name.
 template <>
 class KO_BASE_API InContextAlias<InInitEnv, 0> {
 public:
+    /// Before the variable is resolved: a member beside it.
     InContextAlias(InVariableBase& variable, std::string alias) {
         variable._environmentAliases.push_back(std::move(alias));
     }

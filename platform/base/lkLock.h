@@ -12,11 +12,13 @@ public:
     /// @param name is not copied and must live as long as the lock.
     explicit LkLock(char const* name) noexcept : _name(name) {}
 
+    /// What the standard guards call:
     void lock() {
         if (!_mutex.try_lock()) lockPatiently();
     }
     bool try_lock() { return _mutex.try_lock(); }
     void unlock() { _mutex.unlock(); }
+    /// As it was given.
     char const* getName() const noexcept { return _name; }
 
 private:

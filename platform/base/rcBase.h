@@ -16,12 +16,14 @@ class RCWeakState;
 /// last one deletes it. Objects are made with `RCShdPtr<T>::create(...)`. Copying an object does not copy its owners.
 class KO_BASE_API RCBase {
 public:
+    /// For pointers: there is one owner more, or one less, and the last one deletes the object:
     void addReference() const noexcept { _references.fetch_add(1, std::memory_order_relaxed); }
     void removeReference() const noexcept {
         // Release: what this owner wrote is seen by the one that deletes; acquire: by this one if it is the last.
         std::uint32_t const before = _references.fetch_sub(1, std::memory_order_acq_rel);
         if ((before & countMask) == 1) destroy(before);
     }
+    /// The number of owners; for diagnosis, where other threads have some.
     std::uint32_t getReferenceCount() const noexcept { return _references.load(std::memory_order_relaxed) & countMask; }
 
 protected:

@@ -16,6 +16,7 @@ namespace Ko {
 template <class T>
 class RCBasePtr {
 public:
+    /// The object, which may be null:
     T* get() const noexcept { return _object; }
     bool isNull() const noexcept { return _object == nullptr; }
     explicit operator bool() const noexcept { return _object != nullptr; }
@@ -40,9 +41,11 @@ public:
     }
 
 protected:
+    /// The derived class counts.
     explicit RCBasePtr(T* object) noexcept : _object(object) {}
     ~RCBasePtr() = default;
 
+    /// Null for a null pointer.
     T* _object;
 };
 
@@ -59,8 +62,10 @@ public:
         return RCShdPtr(new T(std::forward<Args>(args)...));
     }
 
+    /// A null pointer.
     RCShdPtr() noexcept : RCBasePtr<T>(nullptr) {}
     RCShdPtr(std::nullptr_t) noexcept : RCShdPtr() {}
+    /// Becomes an owner of the object, which is on the heap.
     explicit RCShdPtr(T* object) noexcept : RCBasePtr<T>(object) { retain(); }
     RCShdPtr(RCShdPtr const& other) noexcept : RCShdPtr(other.get()) {}
     RCShdPtr(RCShdPtr&& other) noexcept : RCBasePtr<T>(other.detach()) {}
@@ -83,7 +88,9 @@ public:
         return *this;
     }
 
+    /// Gives up the object.
     void reset() noexcept { RCShdPtr().swap(*this); }
+    /// Without counting.
     void swap(RCShdPtr& other) noexcept { std::swap(this->_object, other._object); }
 
     /// A pointer to the same object if it is a `U`, a null pointer otherwise.
@@ -108,6 +115,7 @@ private:
     T* detach() noexcept { return std::exchange(this->_object, nullptr); }
 };
 
+/// Whether both point to the same object, or to none.
 template <class T, class U>
 bool operator==(RCShdPtr<T> const& a, RCShdPtr<U> const& b) noexcept {
     return a.get() == b.get();
@@ -119,7 +127,9 @@ bool operator==(RCShdPtr<T> const& a, std::nullptr_t) noexcept {
 
 } // namespace Ko
 
+/// By the object's identity, as `==` compares.
 template <class T>
 struct std::hash<Ko::RCShdPtr<T>> {
+    /// The same for pointers to one object.
     std::size_t operator()(Ko::RCShdPtr<T> const& pointer) const noexcept { return std::hash<T*>()(pointer.get()); }
 };

@@ -32,6 +32,7 @@ template <class T>
 class RCWeakPtr {
 public:
     RCWeakPtr() noexcept = default;
+    /// Refers to the object that the pointer owns, if any.
     RCWeakPtr(RCShdPtr<T> const& object) : _state(RCWeakState::of(object.get())), _object(object.get()) {}
     template <class U>
     requires std::convertible_to<U*, T*> RCWeakPtr(RCShdPtr<U> const& object) : RCWeakPtr(RCShdPtr<T>(object)) {}

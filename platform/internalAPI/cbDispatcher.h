@@ -14,6 +14,7 @@ struct CbEmptyType {};
 template <class Argument>
 class CbHandler : public RCBase {
 public:
+    /// What it throws reaches who calls the dispatcher, after the other handlers were called.
     virtual void call(Argument const& argument) = 0;
 
 protected:
@@ -38,6 +39,7 @@ public:
     void add(CbHandler<Argument>* handler);
     /// Removes one registration of the handler; an unknown handler is ignored.
     void remove(CbHandler<Argument>* handler) noexcept;
+    /// Whether no handler is registered.
     bool isEmpty() const noexcept { return _handlers.empty(); }
 
     /// Every handler is called, whatever another one throws.

@@ -47,31 +47,35 @@ public:
     ConstIterator& operator=(ConstIterator const&) noexcept;
     virtual ~ConstIterator();
 
-    /// @throws IteratorEx::ExOutOfRange at the end, as `item` and `operator*` do.
+    /// The element at the position. @throws IteratorEx::ExOutOfRange at the end:
     virtual T const* operator->() const;
     virtual T const& item() const;
     virtual T const& operator*() const;
 
+    /// Moves to the first element; to the end if there is none.
     virtual void first();
     /// Moves to the last element; to the end if there is none.
     virtual void last();
     /// Moves behind the last element.
     virtual void end();
+    /// Whether this is behind the last element.
     virtual bool atEnd() const noexcept;
     /// Whether this is the first element, or the end where there is none.
     virtual bool atBegin() const noexcept;
-    /// @throws IteratorEx::ExOutOfRange at the end, as `operator++` does.
+    /// @throws IteratorEx::ExOutOfRange at the end, as `operator++` does; nothing has moved then.
     virtual void next();
     /// @throws IteratorEx::ExOutOfRange at the first element, as `operator--` does.
     virtual void previous();
     /// The number of elements, wherever the iterator is.
     virtual std::size_t getCardinality() const noexcept;
 
+    /// As `next()` and `previous()`:
     virtual ConstIterator operator++(int);
     virtual ConstIterator& operator++();
     virtual ConstIterator operator--(int);
     virtual ConstIterator& operator--();
 
+    /// Whether it was made without a sequence, even an empty one.
     bool isNull() const noexcept { return !_elements; }
 
 private:

@@ -11,6 +11,7 @@ namespace Ko {
 template <class Argument, class Result>
 class UnaryFunctor {
 public:
+    /// As function adaptors ask for them:
     using argument_type = Argument;
     using result_type = Result;
 
@@ -27,6 +28,7 @@ class PrdPredicateImp : public RCBase, public UnaryFunctor<T, bool> {
 public:
     PrdPredicateImp();
     ~PrdPredicateImp() override;
+    /// The answer. May throw.
     virtual bool test(T const& object) const;
 };
 
@@ -44,13 +46,16 @@ public:
 template <class T>
 class PrdCompositePredicateImp : public PrdPredicateImp<T> {
 public:
+    /// In the order in which they are asked.
     using Children = List<RCShdPtr<PrdPredicateImp<T>>>;
 
     ~PrdCompositePredicateImp() override;
     bool test(T const& object) const override = 0;
+    /// As they were given.
     Children const& getChildren() const noexcept { return _children; }
 
 protected:
+    /// @param children in the order in which to ask them; so in derived classes.
     explicit PrdCompositePredicateImp(Children children);
 
 private:
@@ -63,6 +68,7 @@ class PrdOrPredicateImp : public PrdCompositePredicateImp<T> {
 public:
     using typename PrdCompositePredicateImp<T>::Children;
 
+    /// @param children in the order in which to ask them.
     explicit PrdOrPredicateImp(Children children);
     ~PrdOrPredicateImp() override;
     bool test(T const& object) const override;
@@ -74,6 +80,7 @@ class PrdAndPredicateImp : public PrdCompositePredicateImp<T> {
 public:
     using typename PrdCompositePredicateImp<T>::Children;
 
+    /// @param children in the order in which to ask them.
     explicit PrdAndPredicateImp(Children children);
     ~PrdAndPredicateImp() override;
     bool test(T const& object) const override;
@@ -83,6 +90,7 @@ public:
 template <class T>
 class PrdNotPredicateImp : public PrdPredicateImp<T> {
 public:
+    /// @param child is asked for the opposite.
     explicit PrdNotPredicateImp(RCShdPtr<PrdPredicateImp<T>> const& child);
     ~PrdNotPredicateImp() override;
     bool test(T const& object) const override;
@@ -104,17 +112,20 @@ public:
     PrdPredicate& operator=(PrdPredicate const&);
     virtual ~PrdPredicate();
 
+    /// Whether there is no predicate to apply.
     bool isNull() const noexcept { return _implementation.isNull(); }
 
-    /// @throws ExNullPtr when this or a part of it is null, and what the predicate throws.
+    /// @throws ExNullPtr when this or a part of it is null, and what the predicate throws:
     bool test(T const& object) const { return _implementation->test(object); }
     bool operator()(T const& object) const { return test(object); }
 
+    /// Yes to everything.
     static PrdPredicate all();
     /// Asks this one first.
     PrdPredicate operator||(PrdPredicate const& other) const;
     /// Whether both say yes; asks this one first.
     PrdPredicate operator&(PrdPredicate const& other) const;
+    /// Whether this one says no.
     PrdPredicate operator!() const;
 
 private:

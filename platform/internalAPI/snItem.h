@@ -14,6 +14,7 @@ public:
 
     /// @returns an item with the same value and parts that has no owner yet; the caller becomes it.
     virtual SnItem* clone() const = 0;
+    /// Whether the other one is of the same kind and has an equal value.
     virtual bool isEqualIgnoreParts(SnItem const& other) const = 0;
     /// Writes the type and the parts, a line each; a derived class adds its value.
     virtual void dump(std::ostream& stream) const;
@@ -28,6 +29,7 @@ public:
     RCShdPtr<SnParts> const& getParts() const noexcept { return _parts; }
 
 protected:
+    /// @param parts null for the whole item.
     explicit SnItem(RCShdPtr<SnParts> const& parts = nullptr) noexcept : _parts(parts) {}
     SnItem(SnItem const&) = default;
     SnItem& operator=(SnItem const&) = default;

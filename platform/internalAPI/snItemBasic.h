@@ -11,6 +11,7 @@ namespace Ko {
 template <class T>
 class SnItemValue {
 public:
+    /// Equal values have the same hash; what is dumped is for diagnosis:
     static bool isEqual(T const& a, T const& b) { return a == b; }
     static std::size_t getHash(T const& value) { return std::hash<T>()(value); }
     static void dump(std::ostream& stream, T const& value) { stream << value; }
@@ -20,6 +21,7 @@ public:
 template <class T>
 class SnItemValue<RCShdPtr<T>> {
 public:
+    /// As for every type of value:
     static bool isEqual(RCShdPtr<T> const& a, RCShdPtr<T> const& b) noexcept { return a == b; }
     static std::size_t getHash(RCShdPtr<T> const& value) noexcept { return std::hash<RCShdPtr<T>>()(value); }
     static void dump(std::ostream& stream, RCShdPtr<T> const& value) { value.dump(stream); }
@@ -35,9 +37,11 @@ public:
 template <class T>
 class SnItemBasic : public SnItem {
 public:
+    /// Without parts it is the whole item.
     static RCShdPtr<SnItemBasic> create(T const& value);
     static RCShdPtr<SnItemBasic> create(T const& value, RCShdPtr<SnParts> const& parts);
 
+    /// As `create`.
     SnItemBasic(T const& value, RCShdPtr<SnParts> const& parts);
     SnItemBasic(SnItemBasic const& other);
     SnItemBasic& operator=(SnItemBasic const&) = delete;
@@ -48,6 +52,7 @@ public:
     void dump(std::ostream& stream) const override;
     std::size_t getHashIgnoreParts() const override;
 
+    /// The value, which never changes.
     T const& get() const noexcept { return _value; }
 
 private:

@@ -23,6 +23,7 @@ public:
 template <class T>
 class SnItemConvert {
 public:
+    /// For the hooks of packages; the last one that finalises ends the conversion:
     static void initialize();
     static void finalize();
 

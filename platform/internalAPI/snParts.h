@@ -13,8 +13,10 @@ namespace Ko {
 /// Never changes.
 class KO_INTERNALAPI_API SnParts : public RCBase {
 public:
+    /// @param names none for the whole item.
     static RCShdPtr<SnParts> create(Set<LiString> names);
 
+    /// Parts are equal when their names are:
     Set<LiString> const& getNames() const noexcept { return _names; }
     bool isEqual(SnParts const& other) const { return _names == other._names; }
     std::size_t getHash() const noexcept { return _hash; }
@@ -22,6 +24,7 @@ public:
     void dump(std::ostream& stream) const;
 
 protected:
+    /// As `create`.
     explicit SnParts(Set<LiString> names);
     ~SnParts() override;
 

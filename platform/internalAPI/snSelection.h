@@ -23,6 +23,7 @@ public:
     /// A selection with the same content, which changes on its own from then on.
     RCShdPtr<SnSelection> copy() const;
 
+    /// About the items as they are now:
     bool isEmpty() const noexcept { return getCount() == 0; }
     std::size_t getCount() const noexcept;
     bool contains(SnItem const& item) const;
@@ -38,9 +39,10 @@ public:
     bool remove(RCShdPtr<SnItem const> const& item);
     /// Removes the item if it is selected, adds it otherwise.
     void toggle(RCShdPtr<SnItem const> const& item);
+    /// Removes all items.
     void clear();
 
-    /// These do the same with each item of another selection, in its order.
+    /// These do the same with each item of another selection, in its order, or where memory runs out with none of them:
     void add(SnSelection const& items);
     void remove(SnSelection const& items);
     void toggle(SnSelection const& items);
@@ -52,6 +54,7 @@ public:
 
 protected:
     SnSelection();
+    /// Shares the content.
     explicit SnSelection(RCShdPtr<SnItemSet> const& items);
     ~SnSelection() override;
 
@@ -72,6 +75,7 @@ class KO_INTERNALAPI_API SnSelection::Items {
 public:
     class Iterator;
 
+    /// The items, first added first:
     Iterator begin() const noexcept;
     Iterator end() const noexcept;
 
@@ -88,14 +92,17 @@ private:
 /// Valid as long as the `Items` that it comes from.
 class SnSelection::Items::Iterator {
 public:
+    /// What a standard forward iterator has:
     using iterator_category = std::forward_iterator_tag;
     using value_type = RCShdPtr<SnItem const>;
     using difference_type = std::ptrdiff_t;
     using pointer = value_type const*;
     using reference = value_type const&;
 
+    /// Equal to no item's position.
     Iterator() noexcept = default;
 
+    /// What a standard forward iterator does:
     reference operator*() const noexcept { return *_item; }
     pointer operator->() const noexcept { return _item; }
     Iterator& operator++() noexcept {

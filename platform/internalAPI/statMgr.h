@@ -15,11 +15,14 @@ namespace Ko {
 /// Lives as long as the process: a static object, or one that is never destroyed. Any thread.
 class KO_INTERNALAPI_API StatCounter {
 public:
+    /// @param name under which its total is found; several counters may share one.
     explicit StatCounter(LiString name);
     StatCounter(StatCounter const&) = delete;
     StatCounter& operator=(StatCounter const&) = delete;
 
+    /// Takes no lock; the total knows of it when this thread flushes.
     void add(std::uint64_t count) const;
+    /// As it was given.
     LiString const& getName() const noexcept { return _name; }
     /// What was flushed.
     std::uint64_t getTotal() const noexcept { return _total.load(std::memory_order_relaxed); }

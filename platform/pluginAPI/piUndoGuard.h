@@ -99,13 +99,14 @@ protected:
 /// destructor may throw what the target throws, but not while another exception is passing.
 class KO_PLUGINAPI_API PiUndoScope {
 public:
+    /// Puts the mark where the scope begins, which tells the target. @throws what the target throws.
     explicit PiUndoScope(RCShdPtr<PiUndoScopeTarget> const& target);
     ~PiUndoScope() noexcept(false);
     PiUndoScope(PiUndoScope const&) = delete;
     PiUndoScope& operator=(PiUndoScope const&) = delete;
 
 private:
-    RCShdPtr<PiUndoScopeTarget> _target;
+    RCShdPtr<RCBase> _endMark;
     int _exceptionsAtEntry;
 };
 

@@ -12,9 +12,11 @@ public:
     constexpr GePoint2() noexcept = default;
     constexpr GePoint2(T x, T y) noexcept : _x(x), _y(y) {}
 
+    /// In the unit of the one who made the point:
     constexpr T getX() const noexcept { return _x; }
     constexpr T getY() const noexcept { return _y; }
 
+    /// Coordinate by coordinate:
     constexpr GePoint2& operator+=(GePoint2 const& other) noexcept {
         _x += other._x;
         _y += other._y;
@@ -26,6 +28,7 @@ public:
         return *this;
     }
 
+    /// Coordinate by coordinate; shown as "(x, y)":
     friend constexpr GePoint2 operator+(GePoint2 a, GePoint2 const& b) noexcept { return a += b; }
     friend constexpr GePoint2 operator-(GePoint2 a, GePoint2 const& b) noexcept { return a -= b; }
     friend constexpr bool operator==(GePoint2 const&, GePoint2 const&) noexcept = default;

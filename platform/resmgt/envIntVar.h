@@ -15,6 +15,7 @@ public:
     constexpr EnvIntVar(char const* name, int defaultValue, char const* source) noexcept
         : _name(name), _value(defaultValue), _source(source) {}
 
+    /// In the environment.
     char const* getName() const noexcept { return _name; }
     /// The value of the environment; the default where it has none. A value that is not a whole number in the range of
     /// int is reported in the log, and the default is used.

@@ -21,6 +21,7 @@ public:
     LgFirstError(LgFirstError const&) = delete;
     LgFirstError& operator=(LgFirstError const&) = delete;
 
+    /// Runs a step, and keeps or logs what it throws.
     template <class Step>
     void capture(Step step) noexcept {
         try {

@@ -22,6 +22,7 @@ public:
 
 /// One line for the log.
 struct LgRecord {
+    /// The names of the groups, the level, and the text without any of them:
     LiString const& major;
     LiString const& minor;
     int level;
@@ -33,14 +34,17 @@ struct LgRecord {
 class KO_RESMGT_API LgSink {
 public:
     virtual ~LgSink();
+    /// The record is valid during the call.
     virtual void write(LgRecord const& record) = 0;
 };
 
 /// Where the log goes: at first to one sink that writes "[Major.Minor:level] text" to standard error. Any thread.
 class KO_RESMGT_API LgSinks {
 public:
+    /// In the order in which they are called.
     using Sinks = Vector<std::shared_ptr<LgSink>>;
 
+    /// Puts a sink behind the others.
     static void add(std::shared_ptr<LgSink> sink);
     /// On return, no call to the sink is running, unless the caller is inside it, and none will come.
     static void remove(std::shared_ptr<LgSink> const& sink);
@@ -52,10 +56,12 @@ public:
 /// A family of groups, such as all of one library. There is one for a name; it lives until the process ends.
 class KO_RESMGT_API LgMajorGroup {
 public:
+    /// For `getInstanceForName`.
     explicit LgMajorGroup(LiString name) : _name(std::move(name)) {}
 
     /// Any thread.
     static LgMajorGroup& getInstanceForName(LiString const& name);
+    /// The first part of a group's name: "Framework".
     LiString const& getName() const noexcept { return _name; }
 
 private:
@@ -65,11 +71,13 @@ private:
 /// What one module logs. Any thread may write while the group exists.
 class KO_RESMGT_API LgMinorGroup {
 public:
+    /// @param major has to live as long as the group. @param name the second part of the group's name: "Commands".
     LgMinorGroup(LgMajorGroup& major, LiString name);
     ~LgMinorGroup();
     LgMinorGroup(LgMinorGroup const&) = delete;
     LgMinorGroup& operator=(LgMinorGroup const&) = delete;
 
+    /// The two parts of the group's name:
     LiString const& getName() const noexcept { return _name; }
     LgMajorGroup const& getMajor() const noexcept { return _major; }
 

@@ -10,12 +10,14 @@ namespace Ko {
 /// A point in time.
 class LiDate {
 public:
+    /// The clock that the dates are read from.
     using Clock = std::chrono::system_clock;
 
     /// Now.
     LiDate() noexcept : LiDate(Clock::now()) {}
     explicit LiDate(Clock::time_point time) noexcept : _time(time) {}
 
+    /// Dates compare as their times:
     Clock::time_point getTime() const noexcept { return _time; }
     auto operator<=>(LiDate const&) const noexcept = default;
 

@@ -40,6 +40,7 @@ public:
     /// Wakes all of them.
     void broadcast() noexcept { _condition.notify_all(); }
 
+    /// As it was given.
     char const* getName() const noexcept { return _name; }
 
 private:

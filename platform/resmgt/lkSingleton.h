@@ -18,10 +18,12 @@ namespace Ko {
 template <class T>
 class LkSingleton {
 public:
+    /// The stages of the object's life, in their order.
     enum State { UNINITIALIZED = 0, INITIALIZED = 1, DESTROYED = 2 };
 
     /// @throws ExAssertionFailed after the object was destroyed, and what the constructor throws.
     static T& getInstance();
+    /// Does not create the object; the name is for diagnosis:
     static State getState() noexcept;
     static char const* getStateName();
     /// @throws ExAssertionFailed when state and object disagree.

@@ -20,6 +20,7 @@ namespace Ko {
 /// substituted, and `%%` for a percent sign.
 class KO_RESMGT_API MsgServer {
 public:
+    /// The one of the process.
     static MsgServer& getInstance();
 
     /// Takes the message's text from the catalogues that are open now; from the one opened last if several have it.
@@ -60,9 +61,12 @@ private:
 /// One message, subscribed when this is built, while its catalogue is open.
 class KO_RESMGT_API MsgSubscription {
 public:
+    /// As `MsgServer::subscribe`.
     explicit MsgSubscription(LiString id);
 
+    /// The message's identifier.
     LiString const& getId() const noexcept { return _id; }
+    /// As `MsgServer::format`.
     LiString format(Vector<LiString> const& substitutions = {}) const;
 
 private:
@@ -72,12 +76,15 @@ private:
 /// Something that the user is told.
 class KO_RESMGT_API Msg {
 public:
+    /// A warning is about something that the program goes on without.
     enum class Severity { Warning, Error };
 
+    /// As they were given:
     Severity getSeverity() const noexcept { return _severity; }
     LiString const& getText() const noexcept { return _text; }
 
 protected:
+    /// @param text as the user reads it.
     Msg(Severity severity, LiString text) : _severity(severity), _text(std::move(text)) {}
 
 private:
@@ -85,13 +92,17 @@ private:
     LiString _text;
 };
 
+/// Something did not go as it should, and the program goes on without.
 class KO_RESMGT_API MsgWarning : public Msg {
 public:
+    /// @param text as the user reads it.
     explicit MsgWarning(LiString text) : Msg(Severity::Warning, std::move(text)) {}
 };
 
+/// What the user wanted was not done.
 class KO_RESMGT_API MsgError : public Msg {
 public:
+    /// @param text as the user reads it.
     explicit MsgError(LiString text) : Msg(Severity::Error, std::move(text)) {}
 };
 
@@ -99,6 +110,7 @@ public:
 /// that shows a dialog, say. Any thread.
 class KO_RESMGT_API MsgProtocol {
 public:
+    /// Shows a message to the user.
     using Handler = std::function<void(Msg const&)>;
 
     /// Hands the message to the handler, in this thread and without a lock, so that a handler may display further

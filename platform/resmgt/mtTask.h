@@ -25,7 +25,9 @@ protected:
 class MtGroupTag {
 public:
     MtGroupTag() = default;
+    /// Whether it is a group's.
     bool isValid() const noexcept { return _requests != nullptr; }
+    /// Whether both are the same group's.
     bool operator==(MtGroupTag const&) const noexcept = default;
 
 private:
@@ -44,10 +46,12 @@ public:
     MtRequestMgr(MtRequestMgr const&) = delete;
     MtRequestMgr& operator=(MtRequestMgr const&) = delete;
 
+    /// A tag under which no request is counted yet.
     MtGroupTag acquireTag();
     /// The tag must not be used any more, and becomes invalid. An invalid tag is ignored.
     void releaseTag(MtGroupTag& tag);
 
+    /// For valid tags: one request more, one less, how many there are, and the wait until there are none:
     static void increment(MtGroupTag tag) noexcept {
         // Whoever hands the request on orders it before its end.
         tag._requests->fetch_add(1, std::memory_order_relaxed);
@@ -71,9 +75,12 @@ private:
 class MtTask {
 public:
     MtTask() = default;
+    /// @param tag that of the group that the task belongs to.
     MtTask(RCShdPtr<MtTaskImp> imp, MtGroupTag tag) noexcept : _imp(std::move(imp)), _tag(tag) {}
 
+    /// Throws what the task does. @throws ExNullPtr for a null task.
     void execute() const { _imp->execute(); }
+    /// What the task was made of:
     MtGroupTag getTag() const noexcept { return _tag; }
     bool isNull() const noexcept { return _imp.isNull(); }
 

@@ -18,6 +18,7 @@ public:
     MtThreadPool(MtThreadPool const&) = delete;
     MtThreadPool& operator=(MtThreadPool const&) = delete;
 
+    /// As they were given:
     LiString const& getName() const noexcept { return _name; }
     int getNumThreads() const noexcept { return _numThreads; }
 

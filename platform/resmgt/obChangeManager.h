@@ -72,11 +72,13 @@ private:
 class KO_RESMGT_API ObNotifierBase {
 public:
     virtual ~ObNotifierBase();
+    /// Call the functions of `ObObserver` that have these names:
     virtual void attachedTo(ObObserverLinks& observer, ObSubjectLinks& subject) = 0;
     virtual void detachedFrom(ObObserverLinks& observer, ObSubjectLinks& subject) = 0;
     virtual void update(ObObserverLinks& observer, ObHints const& hints) = 0;
 };
 
+/// The one for the observers of `Tag`.
 template <class Tag>
 class ObNotifier final : public ObNotifierBase {
 public:
@@ -96,6 +98,7 @@ public:
     ObChangeManagerImp(ObChangeManagerImp const&) = delete;
     ObChangeManagerImp& operator=(ObChangeManagerImp const&) = delete;
 
+    /// What the functions of subjects and observers do, which say what to expect of them:
     bool attach(ObSubjectLinks& subject, ObObserverLinks& observer);
     bool detach(ObSubjectLinks& subject, ObObserverLinks& observer);
     void notify(ObSubjectLinks& subject, ObHints const& hints);
@@ -137,11 +140,12 @@ private:
 template <class Tag>
 class ObChangeManager : public LkSingleton<ObChangeManager<Tag>> {
 public:
+    /// What the functions of subjects and observers do, which say what to expect of them:
     bool attachObserver(ObSubject<Tag>& subject, ObObserver<Tag>* observer);
     bool detachObserver(ObSubject<Tag>& subject, ObObserver<Tag>* observer);
     void notify(ObSubject<Tag>& subject, ObHints const& hints);
     void disableUpdates(ObObserver<Tag>& observer);
-    /// For their destructors.
+    /// For their destructors:
     static void forget(ObSubject<Tag>& subject) noexcept;
     static void forget(ObObserver<Tag>& observer) noexcept;
 

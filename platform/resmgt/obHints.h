@@ -24,12 +24,14 @@ protected:
 class KO_RESMGT_API ObHints {
 public:
     ObHints() = default;
+    /// Begins with a hint. @throws ExNullPtr for a null pointer.
     explicit ObHints(RCShdPtr<ObHint> hint) { add(std::move(hint)); }
     ObHints(ObHints const&) = delete;
     ObHints& operator=(ObHints const&) = delete;
 
     /// @throws ExNullPtr for a null pointer.
     void add(RCShdPtr<ObHint> hint);
+    /// The hints in their order; an index is less than their number:
     std::size_t size() const noexcept { return _size; }
     RCShdPtr<ObHint> const& operator[](std::size_t index) const noexcept {
         return index < _first.size() ? _first[index] : _others[index - _first.size()];

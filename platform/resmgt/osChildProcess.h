@@ -21,6 +21,7 @@ namespace Ko {
 /// must neither ignore the system's signal of a child's end nor wait for children that it did not start.
 class KO_RESMGT_API OsChildProcess {
 public:
+    /// How a launch ended: there is a child, or a pipe for it could not be made, or the program could not be started.
     enum class Launch { Started, NoInputPipe, NoErrorPipe, Failed };
 
     /// What `getExitCode` gives for a child that runs.
@@ -41,6 +42,7 @@ public:
     /// @returns something else than `Started` when there is no child; `getLaunchError()` then says why.
     /// @throws ExAssertionFailed while a child is attached or not yet forgotten.
     Launch launch(LiString const& commandLine, Vector<LiString> const& environment);
+    /// Why the last launch failed, in the system's words.
     LiString const& getLaunchError() const noexcept;
 
     /// Reads the next bytes of the child's standard output, at most so many. Does not wait.

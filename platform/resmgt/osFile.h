@@ -33,9 +33,11 @@ class KO_RESMGT_API OsFile {
 public:
     /// What the system tells of a file; of the file that it leads to, where it is a link.
     struct Info {
+        /// False for everything else that a path can name.
         bool isDirectory;
         /// In bytes.
         std::uint64_t size;
+        /// When its content was last written.
         std::chrono::system_clock::time_point modified;
     };
 

@@ -14,6 +14,7 @@ namespace Ko {
 class KO_RESMGT_API OsFilePath {
 public:
     OsFilePath() = default;
+    /// @param path in UTF-8.
     OsFilePath(LiString path);
     OsFilePath(char const* path) : OsFilePath(LiString(path)) {}
 
@@ -22,6 +23,7 @@ public:
     /// Between the paths of a list: ':', or ';' on Windows.
     static char getMultiPathSeparator() noexcept;
 
+    /// The text, without separators at its end; an absolute path does not depend on the current directory:
     LiString const& getPath() const noexcept { return _path; }
     bool isEmpty() const noexcept { return _path.empty(); }
     bool isAbsolute() const noexcept;
@@ -34,6 +36,7 @@ public:
     LiString getBaseName() const;
     /// What stands behind the last dot of the file name.
     LiString getExtension() const;
+    /// The path with an extension behind it, also behind one that it has.
     OsFilePath withExtension(LiString const& extension) const;
 
     /// `path` within `directory`; `path` itself where that is absolute or the directory is empty.
@@ -42,6 +45,7 @@ public:
     /// Less than, equal to or greater than 0, as this path comes before, is or comes after the other one by the rules of
     /// the system's file names: without regard to case on Windows.
     int compare(OsFilePath const& other) const noexcept;
+    /// As `compare`:
     bool operator==(OsFilePath const& other) const noexcept { return compare(other) == 0; }
     bool operator<(OsFilePath const& other) const noexcept { return compare(other) < 0; }
 

@@ -16,6 +16,7 @@ public:
     struct Memory {
         /// What new work can have without other memory being moved to the page file.
         std::uint64_t freePhysical = 0;
+        /// What the machine has.
         std::uint64_t totalPhysical = 0;
         /// What may still be promised to processes, the free physical memory included.
         std::uint64_t freePageFile = 0;
@@ -26,6 +27,7 @@ public:
     OsMemoryArch(OsMemoryArch const&) = delete;
     OsMemoryArch& operator=(OsMemoryArch const&) = delete;
 
+    /// The figures of this moment.
     virtual Memory getMemory() const = 0;
 
     /// The system's own figures unless others were set.

@@ -29,6 +29,7 @@ public:
     /// @throws OsSharedLibEx when it cannot be opened; then nothing of it was run.
     static OsSharedLib open(OsFilePath const& path);
 
+    /// As it was opened.
     OsFilePath const& getPath() const noexcept { return _path; }
     /// The address of an exported function or object; cast it to what it is.
     /// @throws OsSharedLibEx when the library exports no such name.

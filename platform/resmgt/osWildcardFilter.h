@@ -11,8 +11,8 @@ namespace Ko {
 /// A pattern for whole file names: `*` stands for any characters, also none, `?` for any one; everything else for itself.
 class KO_RESMGT_API OsWildcardFilter {
 public:
+    /// @param pattern in UTF-8, if it is not wide.
     explicit OsWildcardFilter(std::wstring const& pattern);
-    /// @param pattern in UTF-8.
     explicit OsWildcardFilter(LiString const& pattern);
 
     /// @param name in UTF-8; a byte that is none counts as a character of its own.

@@ -7,6 +7,7 @@ namespace Ko {
 /// Measures intervals on the system's steady clock.
 class HwIntervalTimer {
 public:
+    /// Begins an interval.
     void start() noexcept { _begin = Clock::now(); }
     /// Ends the interval.
     /// @returns its length in seconds.
@@ -26,6 +27,7 @@ public:
     /// @param name is not copied.
     explicit Timer(char const* name) noexcept : _name(name) {}
 
+    /// As it was given.
     char const* getName() const noexcept { return _name; }
     /// Forgets the intervals that have ended.
     void reset() noexcept { _accumulatedSeconds = 0.0; }

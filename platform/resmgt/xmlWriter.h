@@ -17,6 +17,7 @@ public:
     /// @param indentation blanks for each level.
     XmlWriter(std::ostream& stream, int indentation) : _stream(stream), _indentation(indentation) {}
 
+    /// Begins an element that others go into.
     void openTag(LiString const& name);
     /// An element with nothing but text in it.
     void writeTag(LiString const& name, LiString const& text);

@@ -2,14 +2,14 @@
 
 #include "base/evEventManager.h"
 #include "base/inInitMgr.h"
+#include "bench/support/countdown.h"
+#include "bench/support/leastPool.h"
+#include "bench/support/perItem.h"
 #include "framework/bgTask/bgManager.h"
 #include "resmgt/mtGroup.h"
 
 #include <benchmark/benchmark.h>
-#include <condition_variable>
-#include <deque>
 #include <functional>
-#include <latch>
 #include <malloc.h>
 #include <memory>
 #include <mutex>
@@ -19,85 +19,10 @@
 namespace {
 
 using namespace Ko;
+using namespace KoBench;
 
 constexpr int workers = 6;
 constexpr std::int64_t million = 1000000;
-
-void perItem(benchmark::State& state, std::int64_t items) {
-    state.counters["perItem"] = benchmark::Counter(
-        static_cast<double>(state.iterations() * items), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
-}
-
-// The minimum: a mutex, a condition and a deque, and one worker woken at a time.
-class LeastPool {
-public:
-    LeastPool() {
-        for (int worker = 0; worker < workers; ++worker)
-            _threads.emplace_back([this] { work(); });
-    }
-    ~LeastPool() {
-        {
-            std::lock_guard const guard(_mutex);
-            _stopping = true;
-        }
-        _nonEmpty.notify_all();
-    }
-    void add(std::function<void()> task) {
-        bool wakes = false;
-        {
-            std::lock_guard const guard(_mutex);
-            _tasks.push_back(std::move(task));
-            wakes = needsWorker();
-        }
-        if (wakes) _nonEmpty.notify_one();
-    }
-
-private:
-    bool needsWorker() {
-        if (_sleeping == 0 || _waking) return false;
-        return _waking = true;
-    }
-    void work() {
-        for (;;) {
-            std::unique_lock lock(_mutex);
-            while (_tasks.empty() && !_stopping) {
-                ++_sleeping;
-                _nonEmpty.wait(lock);
-                --_sleeping;
-                _waking = false;
-            }
-            if (_stopping) return;
-            auto const task = std::move(_tasks.front());
-            _tasks.pop_front();
-            bool const wakes = !_tasks.empty() && needsWorker();
-            lock.unlock();
-            if (wakes) _nonEmpty.notify_one();
-            task();
-        }
-    }
-
-    std::mutex _mutex;
-    std::condition_variable _nonEmpty;
-    std::deque<std::function<void()>> _tasks;
-    int _sleeping = 0;
-    bool _waking = false;
-    bool _stopping = false;
-    std::vector<std::jthread> _threads;
-};
-
-// Counts what was executed, each worker on its own, so that the count costs nothing.
-class Countdown {
-public:
-    explicit Countdown(std::int64_t count) : _left(count) {}
-    void done() {
-        if (_left.fetch_sub(1, std::memory_order_acq_rel) == 1) _end.count_down();
-    }
-    void wait() { _end.wait(); }
-
-private:
-    std::atomic<std::int64_t> _left;
-    std::latch _end{1};
-};
 
 class CountingTask final : public MtTaskImp {
 public:
@@ -153,7 +78,7 @@ void NewTasks(benchmark::State& state) {
 }
 
 void TasksLeast(benchmark::State& state) {
-    LeastPool pool;
+    LeastPool pool(workers);
     throughput(state, million, [&pool](std::int64_t items, Countdown& countdown) {
         while (items-- > 0)
             pool.add([&countdown] { countdown.done(); });
@@ -223,7 +148,7 @@ void RoundTrip(benchmark::State& state) {
 }
 
 void RoundTripLeast(benchmark::State& state) {
-    LeastPool pool;
+    LeastPool pool(workers);
     roundTrip(state, [&pool](Countdown& countdown) { pool.add([&countdown] { countdown.done(); }); });
 }
 

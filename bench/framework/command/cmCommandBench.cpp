@@ -2,6 +2,7 @@
 // counted commands in a deque, a virtual call, one callback.
 
 #include "base/inInitMgr.h"
+#include "bench/support/leastStack.h"
 #include "framework/command/cmCommandStack.h"
 #include "framework/command/cmMacroCommand.h"
 #include "framework/command/cmUndoGuard.h"
@@ -9,8 +10,6 @@
 #include "resmgt/lgGroups.h"
 
 #include <benchmark/benchmark.h>
-#include <deque>
-#include <functional>
 #include <malloc.h>
 #include <memory>
 #include <vector>
@@ -18,6 +17,7 @@
 namespace {
 
 using namespace Ko;
+using namespace KoBench;
 
 // What both kinds of command do.
 long document = 0;
@@ -32,61 +32,18 @@ protected:
     void unexecuteInternal() override { --document; }
 };
 
+class LeastAddCommand final : public Least::Command {
+public:
+    static RCShdPtr<Least::Command> create() { return RCShdPtr<LeastAddCommand>::create(); }
+    void execute() override { ++document; }
+    void unexecute() override { --document; }
+};
+
 class Counter final : public CbHandler<CbEmptyType> {
 public:
     void call(CbEmptyType const&) override { ++calls; }
     long calls = 0;
 };
-
-// The minimum.
-namespace Least {
-
-class Command : public RCBase {
-public:
-    virtual void execute() = 0;
-    virtual void unexecute() = 0;
-};
-
-class AddCommand final : public Command {
-public:
-    void execute() override { ++document; }
-    void unexecute() override { --document; }
-};
-
-RCShdPtr<Command> create() {
-    return RCShdPtr<AddCommand>::create();
-}
-
-class Stack {
-public:
-    void executeAndLog(RCShdPtr<Command> const& command) {
-        command->execute();
-        commands.push_back(command);
-        ++current;
-        changed();
-    }
-    void undo() {
-        commands[--current]->unexecute();
-        changed();
-    }
-    void redo() {
-        commands[current++]->execute();
-        changed();
-    }
-
-    std::deque<RCShdPtr<Command>> commands;
-    std::size_t current = 0;
-    std::vector<std::function<void()>> listeners{[this] { ++calls; }};
-    long calls = 0;
-
-private:
-    void changed() {
-        for (auto const& listener : listeners)
-            listener();
-    }
-};
-
-} // namespace Least
 
 constexpr int unbounded = 1 << 30;
 
@@ -119,7 +76,7 @@ public:
 
     void add(std::int64_t commands) {
         while (commands-- > 0)
-            stack.executeAndLog(Least::create());
+            stack.executeAndLog(LeastAddCommand::create());
     }
 
     Least::Stack stack;
@@ -218,7 +175,7 @@ void RecordThroughGuardLeast(benchmark::State& state) {
     for (auto _ : state) {
         std::vector<RCShdPtr<Least::Command>> macro;
         for (std::int64_t index = 0; index < state.range(0); ++index) {
-            RCShdPtr<Least::Command> const command = Least::create();
+            RCShdPtr<Least::Command> const command = LeastAddCommand::create();
             command->execute();
             macro.push_back(command);
         }
@@ -246,7 +203,7 @@ void UndoRedoMacro(benchmark::State& state) {
 void UndoRedoMacroLeast(benchmark::State& state) {
     std::vector<RCShdPtr<Least::Command>> macro;
     for (std::int64_t index = 0; index < state.range(0); ++index)
-        macro.push_back(Least::create());
+        macro.push_back(LeastAddCommand::create());
     for (auto _ : state) {
         for (auto command = macro.rbegin(); command != macro.rend(); ++command)
             (*command)->unexecute();

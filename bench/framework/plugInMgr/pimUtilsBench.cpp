@@ -1,59 +1,26 @@
 // What finding, choosing and loading plug-ins costs, each beside the least that the same work could cost by hand: opens
 // by the system's loader, a walk through the directory, a look at the name.
 
+#include "bench/support/plugInCopies.h"
 #include "framework/plugInMgr/pimUtils.h"
 
 #include <benchmark/benchmark.h>
-#include <chrono>
-#include <cstdlib>
 #include <dirent.h>
 #include <dlfcn.h>
-#include <filesystem>
 #include <fstream>
 #include <string_view>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <unordered_map>
 #include <vector>
 
 namespace {
 
 using namespace Ko;
+using namespace KoBench;
 
 constexpr int plugIns = 200;
 constexpr int files = 10000;
 constexpr int types = 100;
 constexpr auto mode = InInitMgr::Reinitialization;
-
-// A folder of this process's own, removed at its end.
-class Folder {
-public:
-    explicit Folder(std::string const& name)
-        : _path(std::filesystem::temp_directory_path() / (name + std::to_string(::getpid()))) {
-        std::filesystem::create_directories(_path);
-    }
-    ~Folder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(_path, ignored);
-    }
-    Folder(Folder const&) = delete;
-    Folder& operator=(Folder const&) = delete;
-
-    std::string file(std::string const& name) const { return (_path / name).string(); }
-    OsFilePath path() const { return _path.string(); }
-
-private:
-    std::filesystem::path _path;
-};
-
-std::vector<std::string> fillWithPlugIns(Folder const& folder) {
-    std::vector<std::string> paths;
-    for (int index = 0; index < plugIns; ++index) {
-        paths.push_back(folder.file("plugIn" + std::to_string(index) + ".op.so"));
-        std::filesystem::copy_file(KO_BENCH_PLUG_IN, paths.back());
-    }
-    return paths;
-}
 
 // Empty files, which are found but not loaded.
 void fillWithNames(Folder const& folder) {
@@ -61,31 +28,10 @@ void fillWithNames(Folder const& folder) {
         std::ofstream(folder.file("file" + std::to_string(index) + ".t" + std::to_string(index % types) + ".so"));
 }
 
-// A process opens a library once. So every measure is taken in a child, which sends back the seconds.
-template <class Load>
-double secondsInChild(Load load) {
-    int ends[2];
-    if (::pipe(ends) != 0) std::abort();
-    pid_t const child = ::fork();
-    if (child == 0) {
-        auto const begin = std::chrono::steady_clock::now();
-        int const loaded = load();
-        std::chrono::duration<double> const passed = std::chrono::steady_clock::now() - begin;
-        double const seconds = loaded == plugIns ? passed.count() : -1.0;
-        ::_exit(::write(ends[1], &seconds, sizeof seconds) == sizeof seconds ? 0 : 1);
-    }
-    double seconds = -1.0;
-    if (::read(ends[0], &seconds, sizeof seconds) != sizeof seconds) seconds = -1.0;
-    ::waitpid(child, nullptr, 0);
-    ::close(ends[0]);
-    ::close(ends[1]);
-    return seconds;
-}
-
 template <class Load>
 void loadInChildren(benchmark::State& state, Load load) {
     for (auto _ : state) {
-        double const seconds = secondsInChild(load);
+        double const seconds = secondsInChild(plugIns, load);
         if (seconds < 0.0) return state.SkipWithError("not all plug-ins were loaded");
         state.SetIterationTime(seconds);
     }
@@ -114,7 +60,7 @@ void ScanForType(benchmark::State& state, Folder const& folder, std::string cons
 void ScanForTypeLeast(benchmark::State& state, Folder const& folder) {
     for (auto _ : state) {
         int found = 0;
-        DIR* const stream = ::opendir(folder.path().getPath().c_str());
+        DIR* const stream = ::opendir(folder.path().c_str());
         while (::readdir(stream))
             ++found;
         ::closedir(stream);
@@ -158,7 +104,7 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&count, arguments.data());
 
     Folder const loaded("koBenchPlugIns"), scanned("koBenchNames");
-    auto const paths = fillWithPlugIns(loaded);
+    auto const paths = copyPlugIn(loaded, KO_BENCH_PLUG_IN, plugIns);
     fillWithNames(scanned);
     benchmark::RegisterBenchmark("LoadPlugIns", LoadPlugIns, std::cref(loaded))->UseManualTime();
     benchmark::RegisterBenchmark("LoadPlugInsLeast", LoadPlugInsLeast, std::cref(paths))->UseManualTime();

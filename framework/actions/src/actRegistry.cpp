@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <array>
-#include <unordered_set>
+#include <functional>
 #include <utility>
 
 namespace Ko {
@@ -102,19 +102,33 @@ void ActRegistry::finalize() {
 }
 
 // The destructor of an action may still use the registry.
-void ActRegistry::destroyAll() {
+void ActRegistry::destroyAll() noexcept {
     while (!_records.empty()) {
-        std::unordered_set<ActAction const*> destroyed;
-        for (Record const& record : std::exchange(_records, {}))
-            if (destroyed.insert(record.action).second) OPtr<ActAction>(record.action).reset();
+        Vector<Record> records = std::exchange(_records, {});
+        keepFirstRegistrations(records);
+        for (Record const& record : records)
+            OPtr<ActAction>(record.action).reset();
     }
+}
+
+// Takes no memory, for there may be none at the end.
+void ActRegistry::keepFirstRegistrations(Vector<Record>& records) noexcept {
+    std::uint32_t place = 0;
+    for (Record& record : records)
+        record.place = place++;
+    std::sort(records.begin(), records.end(), [](Record const& a, Record const& b) {
+        return std::less<>()(a.action, b.action) || (a.action == b.action && a.place < b.place);
+    });
+    auto const isSame = [](Record const& a, Record const& b) { return a.action == b.action; };
+    records.erase(std::unique(records.begin(), records.end(), isSame), records.end());
+    std::sort(records.begin(), records.end(), [](Record const& a, Record const& b) { return a.place < b.place; });
 }
 
 // ---- registration
 
 void ActRegistry::registerAction(OPtr<ActAction> action, DynamicState state) {
     if (!action) return;
-    _records.push_back({action.get(), state});
+    _records.push_back({action.get(), state, 0});
     static_cast<void>(action.release());
 }
 

@@ -143,8 +143,13 @@ void BgJob::reportProgress(int done, int total) {
         _progress = progress;
     }
     if (!_notificationsEnabled || !hasObservers()) return;
-    RCShdPtr<BgJob> const self(this);
-    notify(ObHints(RCShdPtr<BgJobHintProgress>::create(self, progress)));
+    // What cannot be told does not end the work that it tells of.
+    LgFirstError error("Telling a job's progress");
+    error.capture([this, progress] {
+        RCShdPtr<BgJob> const self(this);
+        notify(ObHints(RCShdPtr<BgJobHintProgress>::create(self, progress)));
+    });
+    error.log();
 }
 
 // The state changes under the lock, so that observers can be told in the order of the changes; they are told without it.

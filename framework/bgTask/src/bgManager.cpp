@@ -66,11 +66,10 @@ BgManagerImp::~BgManagerImp() {
 
 void BgManagerImp::addJob(RCShdPtr<BgJob> job) {
     requireJob(job);
-    list(job);
-    // Before a worker can have it: no failure stays unseen.
-    job->attachObserver(this);
-    submit(job, _general);
-    notify(ObHints(RCShdPtr<BgManagerHintNew>::create(std::move(job))));
+    // First, so that nothing can fail any more once a worker has the job.
+    ObHints const hints(RCShdPtr<BgManagerHintNew>::create(job));
+    submit(job, _general, true);
+    notify(hints);
 }
 
 RCShdPtr<BgJob> BgManagerImp::addJob(OPtr<BgJobProtocol> protocol) {
@@ -81,8 +80,7 @@ RCShdPtr<BgJob> BgManagerImp::addJob(OPtr<BgJobProtocol> protocol) {
 
 void BgManagerImp::addUiJob(RCShdPtr<BgJob> job, unsigned priority) {
     requireJob(job);
-    list(job);
-    submit(job, priority == 1 ? _highPriority : _lowPriority);
+    submit(job, priority == 1 ? _highPriority : _lowPriority, false);
 }
 
 RCShdPtr<BgJob> BgManagerImp::addUiJob(OPtr<BgJobProtocol> protocol, unsigned priority) {
@@ -93,11 +91,13 @@ RCShdPtr<BgJob> BgManagerImp::addUiJob(OPtr<BgJobProtocol> protocol, unsigned pr
 
 void BgManagerImp::stopAndDeleteJob(RCShdPtr<BgJob> job) {
     requireJob(job);
+    // First, so that a job that was stopped is also deleted, and that told.
+    ObHints const hints(RCShdPtr<BgManagerHintDelete>::create(job));
     job->stop();
     if (!job->releaseProtocol())
         throw BgEx::ExBgManager(source.file(), jobDoesNotEnd, "Unable to stop and delete this background job.");
     takeOffList(job);
-    notify(ObHints(RCShdPtr<BgManagerHintDelete>::create(job)));
+    notify(hints);
     job->detachObserver(this);
 }
 
@@ -138,19 +138,21 @@ void BgManagerImp::jobUpdated(JobUpdateCbParams const& update) {
     notify(hints);
 }
 
-void BgManagerImp::submit(RCShdPtr<BgJob> const& job, Group& group) {
-    try {
-        group.add(job);
-    } catch (...) {
-        takeOffList(job);
-        job->detachObserver(this);
-        throw;
-    }
-}
-
-void BgManagerImp::list(RCShdPtr<BgJob> const& job) {
+void BgManagerImp::submit(RCShdPtr<BgJob> const& job, Group& group, bool isFollowed) {
+    auto const listedBefore = job->_listed;
     job->_listed = _jobs.insert(_jobs.end(), job);
     ++job->_timesListed;
+    bool isNewlyFollowed = false;
+    try {
+        // Before a worker can have it: no failure stays unseen.
+        isNewlyFollowed = isFollowed && job->attachObserver(this);
+        group.add(job);
+    } catch (...) {
+        if (isNewlyFollowed) job->detachObserver(this);
+        _jobs.erase(std::exchange(job->_listed, listedBefore));
+        --job->_timesListed;
+        throw;
+    }
 }
 
 void BgManagerImp::takeOffList(RCShdPtr<BgJob> const& job) noexcept {

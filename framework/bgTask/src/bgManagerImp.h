@@ -33,8 +33,7 @@ private:
 
     void update(ObObserver<BgJobTag> const* observer, ObHints const& hints) override;
     void jobUpdated(JobUpdateCbParams const& update);
-    void submit(RCShdPtr<BgJob> const& job, Group& group);
-    void list(RCShdPtr<BgJob> const& job);
+    void submit(RCShdPtr<BgJob> const& job, Group& group, bool isFollowed);
     void takeOffList(RCShdPtr<BgJob> const& job) noexcept;
 
     // It says the same each time.

@@ -50,8 +50,7 @@ void CmCommandStack::log(RCShdPtr<CmCommand> const& cmd) {
     try {
         _stack.push_back(cmd);
     } catch (...) {
-        // The one step that can fail; it may have invalidated the cursor all the same.
-        _current = _stack.end() - 1 - redoable;
+        giveUpHistory();
         throw;
     }
     if (redoable > 0) drop(_stack.end() - 1 - redoable, _stack.end() - 1);
@@ -189,6 +188,15 @@ void CmCommandStack::addChangeCallback(CbHandler<CbEmptyType>* handler) {
 }
 void CmCommandStack::removeChangeCallback(CbHandler<CbEmptyType>* handler) {
     _changeCallbacks.remove(handler);
+}
+
+// A command was executed that the history lacks.
+void CmCommandStack::giveUpHistory() noexcept {
+    drop(_stack.begin() + 1, _stack.end());
+    _current = _stack.begin();
+    LgFirstError error("A listener of the command stack");
+    error.capture([this] { notifyChanged(); });
+    error.log();
 }
 
 // A command that is running is kept until it has returned; dropping must not fail half way.

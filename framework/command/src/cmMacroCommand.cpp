@@ -39,9 +39,10 @@ void CmMacroCommand::clear() noexcept {
     _imp->commands.clear();
 }
 
-void CmMacroCommand::makeRoom() {
+void CmMacroCommand::makeRoom(std::size_t count) {
     auto& commands = _imp->commands;
-    if (commands.size() == commands.capacity()) commands.reserve(std::max<std::size_t>(4, 2 * commands.size()));
+    std::size_t const needed = commands.size() + count;
+    if (needed > commands.capacity()) commands.reserve(std::max<std::size_t>({4, needed, 2 * commands.size()}));
 }
 
 void CmMacroCommand::setDescription(LiString const& text) {

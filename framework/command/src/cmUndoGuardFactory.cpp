@@ -44,8 +44,14 @@ void UndoGuardFactory::createUndoGuardNoRedo(PiUndoGuardStorage& storage) const 
     storage.emplace<CmUndoGuardNoRedo>();
 }
 
-void UndoGuardFactory::markScope(RCShdPtr<PiUndoScopeTarget> const& target, bool end) const {
-    UndoGuardStack::getInstance().execAndAdd(ScopeCommand::create(target, end));
+RCShdPtr<RCBase> UndoGuardFactory::beginScope(RCShdPtr<PiUndoScopeTarget> const& target) const {
+    RCShdPtr<RCBase> endMark = ScopeCommand::create(target, true);
+    UndoGuardStack::getInstance().beginScope(ScopeCommand::create(target, false));
+    return endMark;
+}
+
+void UndoGuardFactory::endScope(RCShdPtr<RCBase> const& endMark) const {
+    UndoGuardStack::getInstance().endScope(endMark.dynamicCast<CmCommand>());
 }
 
 } // namespace Ko

@@ -22,7 +22,8 @@ public:
         RCShdPtr<CbHandler<CbEmptyType>> const& callback) const override;
     void createUndoGuardNoLog(PiUndoGuardStorage& storage, bool quiet) const override;
     void createUndoGuardNoRedo(PiUndoGuardStorage& storage) const override;
-    void markScope(RCShdPtr<PiUndoScopeTarget> const& target, bool end) const override;
+    RCShdPtr<RCBase> beginScope(RCShdPtr<PiUndoScopeTarget> const& target) const override;
+    void endScope(RCShdPtr<RCBase> const& endMark) const override;
 };
 
 } // namespace Ko

@@ -311,25 +311,57 @@ void UndoGuardStack::logCollected() {
     _stack->log(macro);
 }
 
-// Out of memory: the commands cannot be logged, and a history without them would undo to states that never were.
+// Out of memory: executed commands cannot be logged, and a history without them would undo to states that never were.
 void UndoGuardStack::dropUnlogged(LgFirstError& error) {
     _macroCmd->clear();
+    _openScopes = 0; // their begin is gone
     error.capture([this] { _stack->clear(); });
 }
 
 void UndoGuardStack::execAndAdd(RCShdPtr<CmCommand> const& cmd) {
     // First, so that a command that was executed can always be collected.
-    if (isLogging()) _macroCmd->makeRoom();
+    if (isLogging()) makeRoom();
     exec(cmd);
-    add(cmd);
+    collect(cmd);
 }
 
 void UndoGuardStack::add(RCShdPtr<CmCommand> const& cmd) {
+    try {
+        if (isLogging()) makeRoom();
+    } catch (...) {
+        LgFirstError error("A listener of the command stack");
+        dropUnlogged(error);
+        error.log();
+        throw;
+    }
+    collect(cmd);
+}
+
+void UndoGuardStack::collect(RCShdPtr<CmCommand> const& cmd) {
     if (_state != NO_TXN && _state != BEGIN_TXN && _state != TXN && _state != END_TXN)
         source.abort("An undo command was added while no undo guard is open.");
     if (!isLogging()) return;
     cmd->setDisableExecutionOnRedo(_noRedoLevel != noLevel);
     _macroCmd->add(cmd);
+}
+
+void UndoGuardStack::beginScope(RCShdPtr<CmCommand> const& beginMark) {
+    ++_openScopes;
+    try {
+        execAndAdd(beginMark);
+    } catch (...) {
+        --_openScopes;
+        throw;
+    }
+}
+
+// Collected first: whatever the target throws, no begin is left without its end.
+void UndoGuardStack::endScope(RCShdPtr<CmCommand> const& endMark) {
+    if (_openScopes > 0) {
+        --_openScopes;
+        collect(endMark);
+    }
+    exec(endMark);
 }
 
 void UndoGuardStack::exec(RCShdPtr<CmCommand> const& cmd) {

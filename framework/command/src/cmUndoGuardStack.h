@@ -60,6 +60,8 @@ public:
     void execAndAdd(RCShdPtr<CmCommand> const& cmd);
     void add(RCShdPtr<CmCommand> const& cmd);
     void exec(RCShdPtr<CmCommand> const& cmd);
+    void beginScope(RCShdPtr<CmCommand> const& beginMark);
+    void endScope(RCShdPtr<CmCommand> const& endMark);
 
     bool isLogging() const noexcept { return _noLogLevel == noLevel && !_stack.isNull(); }
     bool isGuardActive() const noexcept { return _state != OUT_OF_GUARD; }
@@ -130,6 +132,8 @@ private:
         if (_shortTxnNestingLevel < _noLogLevel) _noLogLevel = noLevel;
         if (_shortTxnNestingLevel < _noRedoLevel) _noRedoLevel = noLevel;
     }
+    void makeRoom() { _macroCmd->makeRoom(1 + _openScopes); }
+    void collect(RCShdPtr<CmCommand> const& cmd);
     void leaveOutermost(bool quiet);
     void closeOutermost(bool quiet, LgFirstError& error);
     void callEndCallbacks(LgFirstError& error);
@@ -147,6 +151,8 @@ private:
     int _noRedoLevel = noLevel;
     RCShdPtr<CmCommandStack> _stack;
     RCShdPtr<CmMacroCommand> _macroCmd = CmMacroCommand::create();
+    // Scopes that have begun, for the ends of which room is kept.
+    std::size_t _openScopes = 0;
     Vector<RCShdPtr<CmUndoGuardExtension>> _extensions;
     std::deque<RCWeakPtr<CbHandler<CbEmptyType>>> _endCallbacks;
     Vector<RCShdPtr<CbHandler<CbEmptyType>>> _ownedEndCallbacks;

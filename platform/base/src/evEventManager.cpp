@@ -28,16 +28,16 @@ void EvEventManager::post(EvRequestEvent event) {
 
 std::size_t EvEventManager::processEvents() {
     source.require(InInitMgr::isApplicationThread(), "InInitMgr::isApplicationThread()");
-    takePosted();
     std::size_t processed = 0;
     try {
+        takePosted();
         for (; _next < _taken.size(); ++processed) {
             // Taken out first: an inner call may move the others.
             EvRequestEvent event = std::move(_taken[_next++]);
             event();
         }
     } catch (...) {
-        if (_next < _taken.size()) wakeUp();
+        if (hasEvents()) wakeUp();
         throw;
     }
     _taken.clear();
@@ -49,6 +49,11 @@ void EvEventManager::setWakeUpHandler(WakeUpHandler handler) {
     auto replacement = handler ? std::make_shared<WakeUpHandler const>(std::move(handler)) : nullptr;
     std::lock_guard const guard(_lock);
     _wakeUpHandler.swap(replacement);
+}
+
+bool EvEventManager::hasEvents() const {
+    std::lock_guard const guard(_lock);
+    return _next < _taken.size() || !_posted.empty();
 }
 
 void EvEventManager::takePosted() {

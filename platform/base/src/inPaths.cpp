@@ -9,7 +9,8 @@ namespace Ko {
 
 std::string InPaths::getInstallDir() {
     if (char const* const directory = std::getenv("KO_INSTALL_DIR"); directory && *directory) return directory;
-    return std::filesystem::path(baseLibraryPath()).parent_path().parent_path().string();
+    auto const directory = (std::filesystem::path(baseLibraryPath()).parent_path() / KO_HOME).lexically_normal();
+    return (directory.has_filename() ? directory : directory.parent_path()).string();
 }
 
 } // namespace Ko

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -36,16 +37,17 @@ std::string names(InRegistry::Packages const& packages) {
 // of the framework's.
 template <class Hook>
 void callHook(InPackageInit& package, char const* what, Hook hook) {
-    std::string const context = "Package " + quoted(package) + " could not be " + what;
+    // Made only where it is needed: a hook is called also when no memory is left.
+    auto const context = [&] { return "Package " + quoted(package) + " could not be " + what; };
     try {
         hook(package);
     } catch (ExBase& error) {
-        error.addContext(context);
+        error.addContext(context());
         throw;
     } catch (std::exception const& error) {
-        throw InInitEx(source, __LINE__, context + ": " + error.what());
+        throw InInitEx(source, __LINE__, context() + ": " + error.what());
     } catch (...) {
-        throw InInitEx(source, __LINE__, context);
+        throw InInitEx(source, __LINE__, context());
     }
 }
 
@@ -107,6 +109,8 @@ struct InRegistry::Batch {
     void const* library;
     // Whose turn it is, and with it, the one that failed when something is thrown.
     InPackageInit* failed = nullptr;
+    // How many have had their turn, or have it.
+    std::size_t turns = 0;
 };
 
 InRegistry& InRegistry::getInstance() {
@@ -141,8 +145,17 @@ std::vector<std::string> InRegistry::argumentAliases() {
     return aliases;
 }
 
-void InRegistry::drop(InOpeningGuard const* guard) {
-    take(guard);
+// As in `takeBack`: what lies in a library that was only needed waits for the next one that needs it.
+void InRegistry::drop(InOpeningGuard const* guard) noexcept {
+    std::lock_guard const lock(_mutex);
+    auto const last = std::find_if(
+        _waiting.rbegin(), _waiting.rend(), [guard](Waiting const& waiting) { return waiting.guard == guard; });
+    if (last == _waiting.rend()) return;
+    void const* const library = libraryOf(last->package);
+    std::erase_if(_waiting,
+        [&](Waiting const& waiting) { return waiting.guard == guard && libraryOf(waiting.package) == library; });
+    for (Waiting& waiting : _waiting)
+        if (waiting.guard == guard) waiting.guard = nullptr;
 }
 
 InRegistry::Packages InRegistry::take(InOpeningGuard const* guard) {
@@ -198,10 +211,10 @@ void InRegistry::orderPackages(Batch& batch) {
 
 void InRegistry::initialize(InOpeningGuard const* guard, InInitMgr::InitType type) {
     Batch batch(take(guard), type);
-    takeDependencies(batch.packages);
     std::optional<StartUp> own;
     if (type != InInitMgr::Recursive || !StartUp::innermost) own.emplace();
     try {
+        takeDependencies(batch.packages);
         orderPackages(batch);
         initializePackages(batch);
         if (own) callPostInitialize(*own, batch);
@@ -215,10 +228,26 @@ void InRegistry::initialize(InOpeningGuard const* guard, InInitMgr::InitType typ
 void InRegistry::initializePackages(Batch& batch) {
     for (InPackageInit* const package : batch.packages) {
         batch.failed = package;
+        ++batch.turns;
         initializePackage(*package);
-        std::lock_guard const guard(_mutex);
-        _initialized.push_back(package);
-        _toPostInitialize.push_back({package, StartUp::innermost});
+        try {
+            noteInitialized(*package);
+        } catch (...) {
+            package->setInitialized(false);
+            package->finalize();
+            throw;
+        }
+    }
+}
+
+void InRegistry::noteInitialized(InPackageInit& package) {
+    std::lock_guard const guard(_mutex);
+    _initialized.push_back(&package);
+    try {
+        _toPostInitialize.push_back({&package, StartUp::innermost});
+    } catch (...) {
+        _initialized.pop_back();
+        throw;
     }
 }
 
@@ -249,62 +278,64 @@ InPackageInit* InRegistry::nextToPostInitialize(StartUp const& startUp) {
     return package;
 }
 
-// What is at fault and initialised, and whatever depends on that by now, in the order of their initialisation.
-InRegistry::Packages InRegistry::toTakeBack(Batch const& batch) {
-    std::lock_guard const guard(_mutex);
-    Packages doomed;
-    for (InPackageInit* const package : _initialized) {
-        auto const& dependencies = package->getDependencies();
-        bool const depends = std::any_of(dependencies.begin(), dependencies.end(),
-            [&](InPackageInit::Type dependency) { return contains(doomed, dependency); });
-        if (depends || batch.isAtFault(package)) doomed.push_back(package);
-    }
-    return doomed;
+// Whether a package that is initialised is at fault, or depends on one that is. Called under the lock.
+bool InRegistry::isDoomed(InPackageInit const& package, Batch const& batch) const {
+    if (batch.isAtFault(&package)) return true;
+    auto const& dependencies = package.getDependencies();
+    return std::any_of(_initialized.begin(), _initialized.end(), [&](InPackageInit const* other) {
+        bool const isNeeded =
+            std::find(dependencies.begin(), dependencies.end(), other->getPackageType()) != dependencies.end();
+        return isNeeded && isDoomed(*other, batch);
+    });
 }
 
-// What is not at fault and had no turn waits, outside of any guard, for the next one that needs it.
+// What is not at fault and had no turn waits, outside of any guard, for the next one that needs it. Nothing of this takes
+// memory: it may be the lack of it that has failed. There is room for what waits, as it had waited before.
 void InRegistry::takeBack(Batch const& batch) {
     std::exception_ptr firstError = std::current_exception();
-    Packages const doomed = toTakeBack(batch);
-    finalizePackages(doomed, firstError);
-    for (InPackageInit* const package : batch.packages) {
+    finalizePackages([&](InPackageInit const& package) { return isDoomed(package, batch); }, firstError);
+    for (std::size_t index = batch.turns; index < batch.packages.size(); ++index) {
+        InPackageInit* const package = batch.packages[index];
         if (batch.isAtFault(package) || isInitialized(package->getPackageType())) continue;
-        bool const wasTakenBack = std::find(doomed.begin(), doomed.end(), package) != doomed.end();
         std::lock_guard const guard(_mutex);
-        if (!wasTakenBack) _waiting.push_back({package, nullptr});
+        _waiting.push_back({package, nullptr});
     }
 }
 
 void InRegistry::finalizeAll() {
     std::exception_ptr firstError;
-    Packages packages;
-    {
-        std::lock_guard const guard(_mutex);
-        packages = _initialized;
-    }
-    finalizePackages(packages, firstError);
+    finalizePackages([](InPackageInit const&) { return true; }, firstError);
     if (firstError) std::rethrow_exception(firstError);
 }
 
-void InRegistry::finalizePackages(Packages const& packages, std::exception_ptr& firstError) {
-    auto const callEach = [&](auto hook) {
-        for (auto package = packages.rbegin(); package != packages.rend(); ++package)
-            try {
-                callHook(**package, "finalised", hook);
-            } catch (...) {
-                keepFirst(firstError);
-            }
+// Those that are chosen, the last initialised first.
+template <class Choice>
+void InRegistry::finalizePackages(Choice isChosen, std::exception_ptr& firstError) {
+    auto const call = [&](InPackageInit& package, auto hook) {
+        try {
+            callHook(package, "finalised", hook);
+        } catch (...) {
+            keepFirst(firstError);
+        }
     };
-    callEach([](InPackageInit& package) { package.preFinalize(); });
-    callEach([this](InPackageInit& package) {
-        package.setInitialized(false);
+    // The last of those before an end, which becomes its place.
+    auto const previous = [&](std::size_t& end) -> InPackageInit* {
+        std::lock_guard const guard(_mutex);
+        for (end = std::min(end, _initialized.size()); end-- > 0;)
+            if (isChosen(*_initialized[end])) return _initialized[end];
+        return nullptr;
+    };
+    for (std::size_t end = std::numeric_limits<std::size_t>::max(); InPackageInit* const package = previous(end);)
+        call(*package, [](InPackageInit& chosen) { chosen.preFinalize(); });
+    for (std::size_t end = std::numeric_limits<std::size_t>::max(); InPackageInit* const package = previous(end);) {
+        package->setInitialized(false);
         {
             std::lock_guard const guard(_mutex);
-            std::erase(_initialized, &package);
-            std::erase_if(_toPostInitialize, [&](ToPostInitialize const& entry) { return entry.package == &package; });
+            std::erase(_initialized, package);
+            std::erase_if(_toPostInitialize, [&](ToPostInitialize const& entry) { return entry.package == package; });
         }
-        package.finalize();
-    });
+        call(*package, [](InPackageInit& chosen) { chosen.finalize(); });
+    }
 }
 
 } // namespace Ko

@@ -29,8 +29,8 @@ public:
 
     /// Initialises what waits and belongs to the guard, or to none where that is null.
     void initialize(InOpeningGuard const* guard, InInitMgr::InitType type);
-    /// Forgets what waits and belongs to the guard.
-    void drop(InOpeningGuard const* guard);
+    /// Forgets what waits and belongs to the guard, but for packages of libraries that the opened one only needed.
+    void drop(InOpeningGuard const* guard) noexcept;
     void finalizeAll();
 
 private:
@@ -52,12 +52,14 @@ private:
     bool isInitialized(InPackageInit::Type type);
     void orderPackages(Batch& batch);
     void initializePackages(Batch& batch);
+    void noteInitialized(InPackageInit& package);
     void callPostInitialize(StartUp const& startUp, Batch& batch);
     void callPostInitializeOfRest(StartUp const& startUp);
     InPackageInit* nextToPostInitialize(StartUp const& startUp);
-    Packages toTakeBack(Batch const& batch);
+    bool isDoomed(InPackageInit const& package, Batch const& batch) const;
     void takeBack(Batch const& batch);
-    void finalizePackages(Packages const& packages, std::exception_ptr& firstError);
+    template <class Choice>
+    void finalizePackages(Choice isChosen, std::exception_ptr& firstError);
 
     std::mutex _mutex;
     std::vector<Waiting> _waiting;

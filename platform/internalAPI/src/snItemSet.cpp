@@ -1,5 +1,6 @@
 #include "internalAPI/src/snItemSet.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Ko {
@@ -8,6 +9,13 @@ namespace {
 
 constexpr std::size_t smallestTable = 8;
 constexpr int smallestTableShift = 29;
+
+// Grows as if elements were added one by one.
+template <class Element>
+void makeRoomIn(Vector<Element>& row, std::size_t count) {
+    std::size_t const needed = row.size() + count;
+    if (needed > row.capacity()) row.reserve(std::max(needed, 2 * row.capacity()));
+}
 
 } // namespace
 
@@ -25,8 +33,14 @@ RCShdPtr<SnItem const> SnItemSet::find(SnItem const& item) const {
     return isFree(slot) ? nullptr : _row[_table[slot].place - 1];
 }
 
+void SnItemSet::reserve(std::size_t count) {
+    makeRoomIn(_row, count);
+    makeRoomIn(_hashes, count);
+    makeRoomInTable(count);
+}
+
 bool SnItemSet::add(RCShdPtr<SnItem const> const& item, Hash hash) {
-    makeRoom();
+    makeRoomInTable(1);
     std::size_t const slot = findSlot(*item, hash);
     if (!isFree(slot)) return false;
     insert(item, hash, slot);
@@ -42,7 +56,7 @@ bool SnItemSet::remove(SnItem const& item, Hash hash) {
 }
 
 void SnItemSet::toggle(RCShdPtr<SnItem const> const& item, Hash hash) {
-    makeRoom();
+    makeRoomInTable(1);
     std::size_t const slot = findSlot(*item, hash);
     if (isFree(slot))
         insert(item, hash, slot);
@@ -93,11 +107,16 @@ void SnItemSet::freeSlot(std::size_t slot) noexcept {
     _table[slot] = {};
 }
 
-void SnItemSet::makeRoom() {
-    if ((_count + 1) * 2 <= _table.size()) return;
+void SnItemSet::makeRoomInTable(std::size_t count) {
+    std::size_t const needed = (_count + count) * 2;
+    if (needed <= _table.size()) return;
     bool const isFirst = _table.empty();
-    _table = Vector<Slot>(isFirst ? smallestTable : _table.size() * 2);
-    _shift = isFirst ? smallestTableShift : _shift - 1;
+    std::size_t size = isFirst ? smallestTable : _table.size() * 2;
+    int shift = isFirst ? smallestTableShift : _shift - 1;
+    for (; size < needed; size *= 2)
+        --shift;
+    _table = Vector<Slot>(size);
+    _shift = shift;
     enterAll();
 }
 

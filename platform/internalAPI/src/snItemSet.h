@@ -33,6 +33,8 @@ public:
     }
 
     RCShdPtr<SnItem const> find(SnItem const& item) const;
+    /// Makes so many additions unable to fail for lack of memory.
+    void reserve(std::size_t count);
     bool add(RCShdPtr<SnItem const> const& item, Hash hash);
     bool remove(SnItem const& item, Hash hash);
     void toggle(RCShdPtr<SnItem const> const& item, Hash hash);
@@ -57,7 +59,7 @@ private:
     void insert(RCShdPtr<SnItem const> const& item, Hash hash, std::size_t slot);
     void erase(std::size_t slot) noexcept;
     void freeSlot(std::size_t slot) noexcept;
-    void makeRoom();
+    void makeRoomInTable(std::size_t count);
     void enterAll() noexcept;
     void closeUp() noexcept;
 

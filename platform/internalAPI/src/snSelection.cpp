@@ -52,6 +52,7 @@ void SnSelection::add(SnSelection const& items) {
     if (isEmpty()) return replace(items);
     RCShdPtr<SnItemSet const> const others = items._items;
     SnItemSet& own = changeableItems();
+    own.reserve(others->getCount()); // all or nothing
     others->forEach([&](auto const& item, SnItemSet::Hash hash) { own.add(item, hash); });
 }
 void SnSelection::remove(SnSelection const& items) {
@@ -62,6 +63,7 @@ void SnSelection::remove(SnSelection const& items) {
 void SnSelection::toggle(SnSelection const& items) {
     RCShdPtr<SnItemSet const> const others = items._items;
     SnItemSet& own = changeableItems();
+    own.reserve(others->getCount());
     others->forEach([&](auto const& item, SnItemSet::Hash hash) { own.toggle(item, hash); });
 }
 void SnSelection::replace(SnSelection const& items) noexcept {

@@ -50,13 +50,11 @@ PiUndoScopeTarget::PiUndoScopeTarget() = default;
 PiUndoScopeTarget::~PiUndoScopeTarget() = default;
 
 PiUndoScope::PiUndoScope(RCShdPtr<PiUndoScopeTarget> const& target)
-    : _target(target), _exceptionsAtEntry(std::uncaught_exceptions()) {
-    PiUndoGuardFactory::getInstance().markScope(_target, false);
-}
+    : _endMark(PiUndoGuardFactory::getInstance().beginScope(target)), _exceptionsAtEntry(std::uncaught_exceptions()) {}
 
 PiUndoScope::~PiUndoScope() noexcept(false) {
     LgFirstError error("The end of a scope of commands");
-    error.capture([this] { PiUndoGuardFactory::getInstance().markScope(_target, true); });
+    error.capture([this] { PiUndoGuardFactory::getInstance().endScope(_endMark); });
     error.finish(_exceptionsAtEntry);
 }
 

@@ -85,9 +85,10 @@ OsSharedLib OsSharedLib::open(OsFilePath const& path) {
     // Without a separator, the loader would search its own directories.
     bool const isBare = path.getDirectory().isEmpty();
     OsFilePath const file = isBare ? OsFilePath(".") + path : path;
-    void* const handle = ::dlopen(file.getPath().c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!handle) throw OsSharedLibEx(source, __LINE__, lastWords(path));
-    return {path, handle};
+    OsSharedLib library(path, nullptr); // before, because an opened library cannot be closed again
+    library._handle = ::dlopen(file.getPath().c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!library._handle) throw OsSharedLibEx(source, __LINE__, lastWords(path));
+    return library;
 }
 
 void* OsSharedLib::getSymbol(LiString const& name) const {

@@ -1,0 +1,88 @@
+#include "base/evEventManager.h"
+#include "bench/peers/workloads.h"
+#include "framework/bgTask/bgManager.h"
+#include "framework/command/cmCommandStack.h"
+#include "resmgt/mtGroup.h"
+
+#include <memory>
+#include <vector>
+
+namespace {
+
+using namespace Ko;
+using namespace KoBench;
+
+long document = 0;
+
+class AddCommand final : public CmCommand {
+public:
+    LiString getDescription() const override { return "Add"; }
+
+protected:
+    void executeInternal() override { ++document; }
+    void unexecuteInternal() override { --document; }
+};
+
+void undo(benchmark::State& state) {
+    auto const stack = RCShdPtr<CmCommandStack>::create();
+    stack->setMaxStackHeight(undoSteps);
+    undoAndRedo(
+        state, [&] { stack->executeAndLog(RCShdPtr<AddCommand>::create()); }, [&] { stack->undo(); },
+        [&] { stack->redo(); }, [&] { stack->clear(); });
+}
+
+class CountingTask final : public MtTaskImp {
+public:
+    explicit CountingTask(Countdown& countdown) : _countdown(countdown) {}
+    void execute() override { _countdown.done(); }
+
+private:
+    Countdown& _countdown;
+};
+
+void tasksOfGroup(benchmark::State& state) {
+    MtGroup<std::queue<MtTask>> group("Bench", workers());
+    emptyTasks(state, [&](Countdown& countdown) { group.add(RCShdPtr<CountingTask>::create(countdown)); });
+}
+
+void taskAndBack(benchmark::State& state) {
+    MtGroup<std::queue<MtTask>> group("Bench", workers());
+    roundTrip(state, [&](Countdown& countdown) { group.add(RCShdPtr<CountingTask>::create(countdown)); });
+}
+
+class Subject final : public ObSubject<BgJobTag> {};
+class Observer final : public ObObserver<BgJobTag> {
+public:
+    explicit Observer(long& updates) : _updates(updates) {}
+
+private:
+    void update(ObObserver const*, ObHints const&) override { ++_updates; }
+
+    long& _updates;
+};
+
+void notify(benchmark::State& state) {
+    long updates = 0;
+    Subject subject;
+    std::vector<std::unique_ptr<Observer>> observers;
+    for (std::int64_t observer = 0; observer < state.range(0); ++observer)
+        subject.attachObserver(observers.emplace_back(std::make_unique<Observer>(updates)).get());
+    ObHints const hints(RCShdPtr<BgJobHintProgress>::create());
+    notifyAll(state, updates, [&] { subject.notify(hints); });
+}
+
+void postRequests(benchmark::State& state) {
+    EvEventManager& manager = EvEventManager::getInstance();
+    postedEvents(
+        state, [&](long& processed) { manager.postRequest([&processed] { ++processed; }); },
+        [&] { manager.processEvents(); });
+}
+
+BENCHMARK(undo)->Name("undo/framework")->UseRealTime();
+BENCHMARK(tasksOfGroup)->Name("tasks/framework")->UseRealTime();
+BENCHMARK(taskAndBack)->Name("roundTrip/framework")->UseRealTime();
+BENCHMARK(notify)->Name("notify1/framework")->Arg(1)->UseRealTime();
+BENCHMARK(notify)->Name("notify10/framework")->Arg(10)->UseRealTime();
+BENCHMARK(postRequests)->Name("events/framework")->UseRealTime();
+
+} // namespace

@@ -1,0 +1,80 @@
+#include "bench/peers/workloads.h"
+
+#include <glib-object.h>
+#include <memory>
+
+namespace {
+
+using namespace KoBench;
+
+// Workers that are kept from the beginning to the end.
+class Pool {
+public:
+    Pool() : _pool(g_thread_pool_new(execute, nullptr, workers(), TRUE, nullptr)) {}
+    ~Pool() { g_thread_pool_free(_pool, FALSE, TRUE); }
+    Pool(Pool const&) = delete;
+    Pool& operator=(Pool const&) = delete;
+
+    void add(Countdown& countdown) { g_thread_pool_push(_pool, &countdown, nullptr); }
+
+private:
+    static void execute(void* countdown, void*) { static_cast<Countdown*>(countdown)->done(); }
+
+    GThreadPool* _pool;
+};
+
+void tasksOfPool(benchmark::State& state) {
+    Pool pool;
+    emptyTasks(state, [&](Countdown& countdown) { pool.add(countdown); });
+}
+
+void taskAndBack(benchmark::State& state) {
+    Pool pool;
+    roundTrip(state, [&](Countdown& countdown) { pool.add(countdown); });
+}
+
+void update(GObject*, int, long* updates) {
+    ++*updates;
+}
+
+// A type of GLib with one signal.
+guint changedSignal() {
+    static GType const type = g_type_register_static_simple(
+        G_TYPE_OBJECT, "KoBenchSubject", sizeof(GObjectClass), nullptr, sizeof(GObject), nullptr, GTypeFlags(0));
+    static guint const signal =
+        g_signal_new("changed", type, G_SIGNAL_RUN_LAST, 0, nullptr, nullptr, nullptr, G_TYPE_NONE, 1, G_TYPE_INT);
+    return signal;
+}
+
+void notify(benchmark::State& state) {
+    long updates = 0;
+    guint const changed = changedSignal();
+    std::unique_ptr<void, decltype(&g_object_unref)> const subject(
+        g_object_new(g_type_from_name("KoBenchSubject"), nullptr), g_object_unref);
+    for (std::int64_t observer = 0; observer < state.range(0); ++observer)
+        g_signal_connect(subject.get(), "changed", G_CALLBACK(update), &updates);
+    notifyAll(state, updates, [&] { g_signal_emit(subject.get(), changed, 0, 7); });
+}
+
+int countUp(void* processed) {
+    ++*static_cast<long*>(processed);
+    return G_SOURCE_REMOVE;
+}
+
+void invokedInContext(benchmark::State& state) {
+    GMainContext* const context = g_main_context_default();
+    // Else the thread that posts would own the context, and call at once.
+    g_main_context_acquire(context);
+    postedEvents(
+        state, [&](long& processed) { g_main_context_invoke(context, countUp, &processed); },
+        [&] { g_main_context_iteration(context, FALSE); });
+    g_main_context_release(context);
+}
+
+BENCHMARK(tasksOfPool)->Name("tasks/GLib")->UseRealTime();
+BENCHMARK(taskAndBack)->Name("roundTrip/GLib")->UseRealTime();
+BENCHMARK(notify)->Name("notify1/GLib")->Arg(1)->UseRealTime();
+BENCHMARK(notify)->Name("notify10/GLib")->Arg(10)->UseRealTime();
+BENCHMARK(invokedInContext)->Name("events/GLib")->UseRealTime();
+
+} // namespace

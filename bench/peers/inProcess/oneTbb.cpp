@@ -1,0 +1,45 @@
+#include "bench/peers/workloads.h"
+
+#include <oneapi/tbb/global_control.h>
+#include <oneapi/tbb/task_arena.h>
+#include <oneapi/tbb/task_group.h>
+
+namespace {
+
+using namespace KoBench;
+
+// The workers, and a place for the thread that adds.
+class Arena {
+public:
+    void execute(auto const& work) { _arena.execute(work); }
+    void enqueue(auto const& task) { _arena.enqueue(task); }
+
+private:
+    oneapi::tbb::global_control _limit{
+        oneapi::tbb::global_control::max_allowed_parallelism, static_cast<std::size_t>(workers()) + 1};
+    oneapi::tbb::task_arena _arena{workers() + 1, 1};
+};
+
+// Whoever waits for the group executes tasks meanwhile; that is how it is used.
+void tasksOfGroup(benchmark::State& state) {
+    Arena arena;
+    oneapi::tbb::task_group group;
+    for (auto _ : state)
+        arena.execute([&group] {
+            Countdown countdown(tasks);
+            for (std::int64_t task = 0; task < tasks; ++task)
+                group.run([&countdown] { countdown.done(); });
+            group.wait();
+        });
+    perItem(state, tasks);
+}
+
+void taskAndBack(benchmark::State& state) {
+    Arena arena;
+    roundTrip(state, [&](Countdown& countdown) { arena.enqueue([&countdown] { countdown.done(); }); });
+}
+
+BENCHMARK(tasksOfGroup)->Name("tasks/oneTBB")->UseRealTime();
+BENCHMARK(taskAndBack)->Name("roundTrip/oneTBB")->UseRealTime();
+
+} // namespace

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "bench/support/countdown.h"
+#include "bench/support/perItem.h"
+
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <cstdint>
+#include <thread>
+
+/// The work that everybody is given. What differs, each brings along as functions.
+namespace KoBench {
+
+/// As many as the machine has cores.
+inline int workers() {
+    return static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+}
+
+constexpr std::int64_t undoSteps = 1000;
+constexpr std::int64_t tasks = 1'000'000;
+constexpr std::int64_t events = 100'000;
+constexpr std::int64_t children = 200;
+
+/// Steps are pushed, which executes them, all undone, all redone, and forgotten.
+template <class Push, class Undo, class Redo, class Clear>
+void undoAndRedo(benchmark::State& state, Push push, Undo undo, Redo redo, Clear clear) {
+    for (auto _ : state) {
+        for (std::int64_t step = 0; step < undoSteps; ++step)
+            push();
+        for (std::int64_t step = 0; step < undoSteps; ++step)
+            undo();
+        for (std::int64_t step = 0; step < undoSteps; ++step)
+            redo();
+        clear();
+    }
+    perItem(state, undoSteps);
+}
+
+/// One thread hands empty tasks to the workers, until all were executed: `add(countdown)`.
+template <class Add>
+void emptyTasks(benchmark::State& state, Add add) {
+    for (auto _ : state) {
+        Countdown countdown(tasks);
+        for (std::int64_t task = 0; task < tasks; ++task)
+            add(countdown);
+        countdown.wait();
+    }
+    perItem(state, tasks);
+}
+
+/// One task to workers that sleep, and back.
+template <class Add>
+void roundTrip(benchmark::State& state, Add add) {
+    for (auto _ : state) {
+        Countdown countdown(1);
+        add(countdown);
+        countdown.wait();
+    }
+    perItem(state, 1);
+}
+
+/// Somebody tells state.range(0) observers, which count.
+template <class Notify>
+void notifyAll(benchmark::State& state, long const& updates, Notify notify) {
+    for (auto _ : state)
+        notify();
+    if (updates != state.iterations() * state.range(0)) state.SkipWithError("not every observer was told");
+    perItem(state, 1);
+}
+
+/// Another thread posts, this one processes what has come: `post(count)`, which counts up, and `process()`.
+template <class Post, class Process>
+void postedEvents(benchmark::State& state, Post post, Process process) {
+    long processed = 0;
+    for (auto _ : state) {
+        std::jthread const poster([&] {
+            for (std::int64_t event = 0; event < events; ++event)
+                post(processed);
+        });
+        for (long const end = processed + events; processed < end;)
+            process();
+    }
+    perItem(state, events);
+}
+
+/// Programs that do nothing, one after the other: `run()` returns when one has ended and its output was read.
+template <class Run>
+void launch(benchmark::State& state, Run run) {
+    for (auto _ : state)
+        for (std::int64_t child = 0; child < children; ++child)
+            if (!run()) return state.SkipWithError("a program failed");
+    perItem(state, children);
+}
+
+} // namespace KoBench

@@ -1,0 +1,71 @@
+# Makes a table of what Google Benchmark wrote as CSV with aggregates only: a row for each workload, a column for each who
+# did it; in nanoseconds, and in parentheses as a multiple of the framework's.
+
+BEGIN {
+    FS = ","
+    whoCount = split("framework least Qt Boost oneTBB GLib", whos)
+    workCount = split("undo tasks roundTrip notify1 notify10 events launch plugIns", works)
+    title["undo"] = "a step pushed, undone, redone and forgotten"
+    title["tasks"] = "an empty task of a million, from one thread"
+    title["roundTrip"] = "one task to sleeping workers and back"
+    title["notify1"] = "a notification of one observer"
+    title["notify10"] = "a notification of ten observers"
+    title["events"] = "an event posted to the main thread"
+    title["launch"] = "a program started, read and waited for"
+    title["plugIns"] = "a plug-in of 200 opened"
+    head["framework"] = "libKOframework"
+    head["least"] = "by hand"
+}
+
+# The names of the columns.
+$1 == "name" {
+    for (column = 1; column <= NF; ++column)
+        if ($column == "\"perItem\"") perItem = column
+    next
+}
+
+$1 ~ /_(median|cv)"?$/ {
+    name = $1
+    gsub(/"/, "", name)
+    kind = name ~ /_cv$/ ? "cv" : "median"
+    split(name, parts, "[/_]")
+    key = parts[1] SUBSEP parts[2]
+    value[kind, key] = $perItem
+    next
+}
+
+function inWords(seconds, nanoseconds) {
+    nanoseconds = seconds * 1e9
+    if (nanoseconds < 10) return sprintf("%.1f ns", nanoseconds)
+    if (nanoseconds < 10000) return sprintf("%.0f ns", nanoseconds)
+    return sprintf("%.0f us", nanoseconds / 1000)
+}
+
+function cell(work, who, seconds, ours) {
+    if (!(("median", work SUBSEP who) in value)) return "-"
+    seconds = value["median", work SUBSEP who]
+    ours = value["median", work SUBSEP "framework"]
+    if (value["cv", work SUBSEP who] > noisiest) {
+        noisiest = value["cv", work SUBSEP who]
+        noisiestName = work "/" who
+    }
+    if (who == "framework") return inWords(seconds)
+    return inWords(seconds) sprintf(" (%.2f)", seconds / ours)
+}
+
+END {
+    line = "| workload |"
+    rule = "|---|"
+    for (i = 1; i <= whoCount; ++i) {
+        line = line " " (whos[i] in head ? head[whos[i]] : whos[i]) " |"
+        rule = rule "---|"
+    }
+    print line
+    print rule
+    for (w = 1; w <= workCount; ++w) {
+        line = "| " title[works[w]] " |"
+        for (i = 1; i <= whoCount; ++i) line = line " " cell(works[w], whos[i]) " |"
+        print line
+    }
+    printf "\nThe repetitions of one measure vary by %.0f %% of their mean at most (%s).\n\n", 100 * noisiest, noisiestName
+}

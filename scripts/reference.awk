@@ -1,0 +1,79 @@
+# What the reference reads instead of a header. It says for members without a comment of their own what the language or their
+# neighbours say already, so that nobody has to write it into the header:
+# - a comment that ends with a colon is about all members up to the next blank line or comment;
+# - an overload is explained by the one above it;
+# - copies, moves, destructors and what is deleted explain themselves.
+# Lines keep their numbers.
+
+function starts_with(text, start) { return index(text, start) == 1 }
+
+# The name of the function that the line declares; empty if it declares none.
+function declared(line) {
+    if (line ~ /^(using|enum|friend|namespace|return|extern|noexcept|static_assert|:)/) return ""
+    if (!match(line, /(operator *[^ A-Za-z(]+|operator *\(\)|~?[A-Za-z_][A-Za-z0-9_]*)\(/)) return ""
+    return substr(line, RSTART, RLENGTH - 1)
+}
+
+# Whether the function takes one object of the class's own type.
+function takes_own(line, name, mark) {
+    return name == "operator=" ? index(line, mark) > 0 : index(line, name "(" name mark) > 0
+}
+
+# What the language says of a function.
+function known(line, name) {
+    if (line ~ /= delete;$/) return "Deleted."
+    if (starts_with(name, "~")) return "Ends the object's life."
+    if (takes_own(line, name, " const&")) return "Copies."
+    if (takes_own(line, name, "&&")) return "Moves."
+    return ""
+}
+
+# What its neighbours say of a member; the place of an exception is explained by `ExBase`.
+function told(line, name) {
+    if (index(line, "(char const* file, int line")) return "`file` and `line` are the place that raises it, as for `ExBase`."
+    if (shared != "") return shared
+    return name != "" && name == explained ? "@overload" : ""
+}
+
+function comment_on(text) { return text == "" ? "" : "/** " text " */ " }
+
+BEGIN { anywhere = 1000; deepest = anywhere }
+
+{
+    line = $0
+    sub(/^ +/, "", line)
+    indent = length($0) - length(line)
+}
+
+indent > deepest { print; next }
+
+line == "" { shared = "" }
+line == "" || line ~ /^([#}]|\/\/($|[^\/])|public:|protected:|private:)/ { deepest = anywhere; print; next }
+
+line ~ /^\/\/\// {
+    comment = comment substr(line, 4)
+    lines = lines $0 "\n"
+    next
+}
+
+comment != "" {
+    shared = comment ~ /:$/ ? substr(comment, 2, length(comment) - 2) "." : ""
+    sub(/:\n$/, ".\n", lines)
+    printf "%s", lines
+}
+
+# The comment of a template goes before its first line.
+line ~ /^template <[^;]*>$/ { template = template $0 " "; blank = blank "\n"; documented = comment != ""; comment = lines = ""; next }
+
+{
+    name = declared(line)
+    language = known(line, name)
+    words = language == "" ? told(line, name) : language
+    if (comment != "" || documented) words = language = ""
+    # Packages name themselves all in the same way, which `InInit` tells.
+    named = starts_with(template, "template <>") && name == "getType"
+    print blank comment_on(words) (named ? "" : template $0)
+    if (name != "" && language == "") explained = words != "" || comment != "" || documented ? name : ""
+    deepest = name == "" || line ~ /^(class|struct) / ? anywhere : indent
+    template = blank = comment = lines = documented = ""
+}

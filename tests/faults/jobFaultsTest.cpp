@@ -1,0 +1,263 @@
+#include "base/evEventManager.h"
+#include "framework/bgTask/bgEx.h"
+#include "framework/bgTask/bgManager.h"
+#include "resmgt/msgServer.h"
+#include "tests/faults/faultsTest.h"
+#include "tests/support/functionProtocol.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace Ko;
+using namespace KoTest;
+
+/// Counts what the manager tells.
+class ManagerCounter : public ObObserver<BgManagerTag> {
+public:
+    ManagerCounter() { BgManager::getInstance().attachObserver(this); }
+
+    int added = 0;
+    int deleted = 0;
+
+private:
+    void update(ObObserver const*, ObHints const& hints) override {
+        added += hints.pickHint<BgManagerHintNew>() ? 1 : 0;
+        deleted += hints.pickHint<BgManagerHintDelete>() ? 1 : 0;
+    }
+};
+
+/// A job that waits in its execution until it is let go.
+class GatedJob {
+public:
+    explicit GatedJob(FunctionProtocol::Function work = [](FunctionProtocol&) {})
+        : job(FunctionProtocol::createJob([this, work = std::move(work)](FunctionProtocol& self) {
+              started.open();
+              gate.wait();
+              work(self);
+          })) {}
+
+    Gate started;
+    Gate gate;
+    RCShdPtr<BgJob> const job;
+};
+
+class JobFaults : public FaultsTest {
+protected:
+    ~JobFaults() override { MsgProtocol::setHandler(nullptr); }
+
+    bool isListed(RCShdPtr<BgJob> const& job) {
+        auto const jobs = manager.getJobs();
+        return std::find(jobs.begin(), jobs.end(), job) != jobs.end();
+    }
+    // Ends the job and waits until nothing of it is left but what the test holds.
+    void finish(RCShdPtr<BgJob> const& job) {
+        if (isListed(job)) manager.stopAndDeleteJob(job);
+        EXPECT_FALSE(isListed(job));
+        finishUnlisted(job);
+    }
+    void finishUnlisted(RCShdPtr<BgJob> const& job) {
+        EXPECT_TRUE(job->releaseProtocol());
+        EvEventManager::getInstance().processEvents();
+        waitUntil([&] { return job->getReferenceCount() == 1; });
+    }
+
+    BgManager& manager = BgManager::getInstance();
+};
+
+TEST_F(JobFaults, AJobIsSubmittedAndListedOrNeither) {
+    MsgProtocol::setHandler([](Msg const&) {});
+    for (int const priority : {-1, 0, 1})
+        for (int count = 0; count < 40; count += 39) // the second one where the queue takes a further block
+            tryAllFaults("addJob", [&](FaultyAttempt& attempt) {
+                ManagerCounter told;
+                GatedJob one;
+                auto const add = [&] {
+                    priority < 0 ? manager.addJob(one.job) : manager.addUiJob(one.job, static_cast<unsigned>(priority));
+                };
+                for (int other = 0; other < count; ++other)
+                    finish(manager.addJob(FunctionProtocol::create()));
+                told.added = 0;
+                bool const isDone = attempt(add) == Outcome::Done;
+                EXPECT_EQ(isDone, isListed(one.job));
+                EXPECT_EQ(isDone && priority < 0 ? 1 : 0, told.added);
+                EXPECT_TRUE(one.job->isRunning());
+                if (!isDone) add();
+                one.started.wait();
+                one.gate.open();
+                waitUntil([&] { return !one.job->isRunning(); });
+                EXPECT_EQ("Complete", one.job->getState()->state());
+                finish(one.job);
+            });
+}
+
+TEST_F(JobFaults, AProtocolThatIsNotSubmittedIsDestroyed) {
+    for (bool const isUi : {false, true})
+        tryAllFaults("addJob of a protocol", [&](FaultyAttempt& attempt) {
+            auto const owned = std::make_shared<int>(0);
+            RCShdPtr<BgJob> job;
+            auto protocol = FunctionProtocol::create([owned](FunctionProtocol&) {});
+            attempt(
+                [&] { job = isUi ? manager.addUiJob(std::move(protocol), 1) : manager.addJob(std::move(protocol)); });
+            if (job) finish(job);
+            EXPECT_EQ(1, owned.use_count());
+            EXPECT_TRUE(manager.getJobs().empty());
+        });
+}
+
+TEST_F(JobFaults, AJobIsDeletedOrKept) {
+    for (bool const isBusy : {false, true})
+        tryAllFaults("stopAndDeleteJob", [&](FaultyAttempt& attempt) {
+            ManagerCounter told;
+            GatedJob blocking, other, one;
+            for (auto const* const job : {&blocking, &other})
+                manager.addUiJob(job->job, 1);
+            blocking.started.wait();
+            other.started.wait();
+            if (isBusy) {
+                manager.addJob(one.job);
+                one.started.wait();
+                one.gate.open();
+            } else {
+                manager.addUiJob(one.job, 1);
+            }
+            bool const isDone = attempt([&] { manager.stopAndDeleteJob(one.job); }) == Outcome::Done;
+            EXPECT_EQ(isDone, !isListed(one.job));
+            EXPECT_EQ(isDone ? 1 : 0, told.deleted);
+            EXPECT_EQ(isDone, one.job->isReleased());
+            for (auto* const job : {&blocking, &other, &one})
+                job->gate.open();
+            for (auto const* const job : {&one, &blocking, &other})
+                finish(job->job);
+            EXPECT_EQ(3, told.deleted);
+        });
+}
+
+TEST_F(JobFaults, TheListIsCopiedAndAllJobsStopWithoutMemory) {
+    tryAllFaults("getJobs", [&](FaultyAttempt& attempt) {
+        auto const job = manager.addUiJob(FunctionProtocol::create(), 0);
+        List<RCShdPtr<BgJob>> jobs;
+        bool const isDone = attempt([&] { jobs = manager.getJobs(); }) == Outcome::Done;
+        EXPECT_EQ(isDone ? 1u : 0u, jobs.size());
+        jobs.clear();
+        finish(job);
+    });
+    tryAllFaults("stopAllJobs", [&](FaultyAttempt& attempt) {
+        GatedJob busy([](FunctionProtocol& self) { waitUntil([&] { return !self.continueExecution(); }); });
+        GatedJob ended;
+        manager.addJob(busy.job);
+        manager.addUiJob(ended.job, 1);
+        for (GatedJob* const job : {&busy, &ended}) {
+            job->started.wait();
+            job->gate.open();
+        }
+        attempt.withoutFail([&] { manager.stopAllJobs(); });
+        EXPECT_TRUE(manager.getJobs().empty());
+        for (GatedJob const* const job : {&busy, &ended})
+            finishUnlisted(job->job);
+    });
+}
+
+TEST_F(JobFaults, AnObserverIsAttachedOrNotAndDetachesWithoutMemory) {
+    tryAllFaults("attachObserver", [](FaultyAttempt& attempt) {
+        auto const job = FunctionProtocol::createJob();
+        JobRecorder recorder;
+        bool const isDone = attempt([&] { job->attachObserver(&recorder); }) == Outcome::Done;
+        job->execute();
+        EXPECT_EQ(isDone ? 2u : 0u, recorder.states().size());
+    });
+    tryAllFaults("detachObserver", [](FaultyAttempt& attempt) {
+        auto const job = FunctionProtocol::createJob();
+        JobRecorder recorder;
+        job->attachObserver(&recorder);
+        attempt.withoutFail([&] { job->detachObserver(&recorder); });
+        job->execute();
+        EXPECT_EQ(0u, recorder.states().size());
+    });
+}
+
+// Whatever cannot be told, the job ends in the state that is its own, and its worker goes on.
+TEST_F(JobFaults, AJobEndsWhateverItsWorkerLacks) {
+    MsgProtocol::setHandler([](Msg const&) {});
+    struct Row {
+        char const* name;
+        FunctionProtocol::Function work;
+        std::string end;
+        bool isStopped;
+    };
+    for (Row const& row : {Row{"complete",
+                               [](FunctionProtocol& self) {
+                                   self.reportProgress(1, 2);
+                                   self.reportProgress(2, 2);
+                               },
+                               "Complete", false},
+             Row{"fail",
+                 [](FunctionProtocol&) { throw BgEx::ExBgTaskFailed("a file with a rather long name", 1, "reason"); },
+                 "Failed", false},
+             Row{"fail for another reason", [](FunctionProtocol&) { throw std::bad_alloc(); }, "Failed", false},
+             Row{"stop", [](FunctionProtocol& self) { waitUntil([&] { return !self.continueExecution(); }); },
+                 "Stopped", true}})
+        for (bool const isUi : {false, true})
+            tryAllFaults(
+                std::string("a job's work: ") + row.name,
+                [&](FaultyAttempt& attempt) {
+                    GatedJob one(row.work);
+                    JobRecorder observer;
+                    one.job->attachObserver(&observer);
+                    isUi ? manager.addUiJob(one.job, 0) : manager.addJob(one.job);
+                    one.started.wait();
+                    attempt([&] {
+                        one.gate.open();
+                        if (row.isStopped) one.job->stop();
+                        waitUntil([&] { return !one.job->isRunning(); });
+                    });
+                    // It has told of its end when its protocol can be released.
+                    EXPECT_TRUE(one.job->releaseProtocol());
+                    attempt.end();
+                    EXPECT_EQ(row.end, one.job->getState()->state());
+                    finish(one.job);
+                    GatedJob next;
+                    next.gate.open();
+                    isUi ? manager.addUiJob(next.job, 0) : manager.addJob(next.job);
+                    waitUntil([&] { return !next.job->isRunning(); });
+                    finish(next.job);
+                },
+                true);
+}
+
+// Each time more events than ever before, so that they need memory on their way.
+TEST_F(JobFaults, EventsThatCouldNotBeTakenAreAnnouncedAgain) {
+    auto& events = EvEventManager::getInstance();
+    int amount = 16;
+    tryAllFaults("processEvents within an event", [&](FaultyAttempt& attempt) {
+        amount *= 2;
+        int processed = 0;
+        bool isAwake = false;
+        bool isDone = false;
+        events.postRequest([&] {
+            for (int event = 0; event < amount; ++event)
+                events.postRequest([&] { ++processed; });
+            isAwake = false;
+            isDone = attempt([&] { events.processEvents(); }) == Outcome::Done;
+        });
+        events.setWakeUpHandler([&] { isAwake = true; });
+        events.processEvents();
+        EXPECT_TRUE(isDone || isAwake) << "the host would wait for ever";
+        events.processEvents();
+        EXPECT_EQ(amount, processed);
+        events.setWakeUpHandler({});
+    });
+    tryAllFaults("postRequest", [&](FaultyAttempt& attempt) {
+        amount *= 2;
+        int processed = 0, posted = 0;
+        attempt([&] {
+            for (; posted < amount; ++posted)
+                events.postRequest([&] { ++processed; });
+        });
+        events.processEvents();
+        EXPECT_EQ(posted, processed);
+    });
+}
+
+} // namespace

@@ -1,0 +1,145 @@
+#include "framework/plugInMgr/pimPlugInMgr.h"
+#include "framework/plugInMgr/pimUtils.h"
+#include "resmgt/msgServer.h"
+#include "tests/faults/faultsTest.h"
+#include "tests/fixtures/plugIns/plugInJournal.h"
+#include "tests/support/childProcess.h"
+#include "tests/support/plugInFolder.h"
+
+#include <algorithm>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// What a static constructor of a library throws ends the process, by the rules of the language; so no allocation fails while
+// the system opens one.
+extern "C" __attribute__((visibility("default"))) void* dlopen(char const* file, int mode) {
+    using Open = void* (*)(char const*, int);
+    static auto const open = reinterpret_cast<Open>(::dlsym(RTLD_NEXT, "dlopen"));
+    KoTest::AllocationFaults::Pause const pause;
+    return open(file, mode);
+}
+
+namespace {
+
+using namespace Ko;
+using namespace KoTest;
+
+using Kind = AllocationFaults::Kind;
+
+// Each attempt starts the framework in a process of its own.
+class PlugInFaults : public FaultsTest {
+protected:
+    PlugInFaults() { plugInJournal().reserve(1000); } // so that it takes no memory
+    ~PlugInFaults() override { MsgProtocol::setHandler(nullptr); }
+
+    // "+first +support" and so on, without what happened before.
+    static std::string takeJournal() {
+        std::string result;
+        for (std::string const& entry : plugInJournal())
+            result += (result.empty() ? "" : " ") + entry;
+        plugInJournal().clear();
+        return result;
+    }
+    static void load(OsFilePath const& path) {
+        PimPlugInMgr::getInstance().loadPlugIn(path, InInitMgr::Reinitialization);
+    }
+
+    /// Runs `body` in a copy of this process, for what stays in a process for ever. @returns whether a fault was met there.
+    template <class Body>
+    static bool hadFaultInCopy(Body body) {
+        std::cout << std::flush;
+        pid_t const child = ::fork();
+        if (child == 0) {
+            bool const hadFault = body();
+            std::cout << std::flush;
+            ::_exit(HasFailure() ? 1 : hadFault ? 2 : 3);
+        }
+        int status = 0;
+        EXPECT_EQ(child, ::waitpid(child, &status, 0));
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) >= 2) << "status " << status;
+        return WIFEXITED(status) && WEXITSTATUS(status) == 2;
+    }
+
+    /// As `tryAllFaults`, each time in a copy of this process.
+    template <class Attempt>
+    static void tryAllFaultsInCopies(std::string const& name, Attempt attempt) {
+        long faults = 0;
+        for (Kind const kind : {Kind::Single, Kind::Lasting})
+            for (long number = 1;; ++number, ++faults) {
+                SCOPED_TRACE(name + (kind == Kind::Single ? ", fault " : ", no memory from ") + std::to_string(number));
+                bool const hadFault = hadFaultInCopy([&] {
+                    InInitMgr::initialize();
+                    LgSinks::replace({});
+                    FaultyAttempt faulty(kind, number, false);
+                    attempt(faulty);
+                    return faulty.hadFault;
+                });
+                if (!hadFault || HasFailure()) break;
+            }
+        AllocationFaults::count(faults);
+    }
+
+    PlugInFolder folder;
+};
+
+// What failed is initialised no more or never was, and what follows is loaded as if nothing had happened.
+TEST_F(PlugInFaults, APlugInIsLoadedOrNothingOfItIsLeft) {
+    OsFilePath const path = folder.add("blur.op.so"), next = folder.add("grade.op.so");
+    tryAllFaultsInCopies("loadPlugIn", [&](FaultyAttempt& attempt) {
+        bool const isDone = attempt([&] { load(path); }) == Outcome::Done;
+        std::string const journal = takeJournal();
+        if (isDone)
+            EXPECT_EQ("+blur *blur", journal);
+        else
+            EXPECT_TRUE(journal.empty() || journal == "+blur -blur" || journal == "+blur *blur -blur") << journal;
+        load(next);
+        EXPECT_EQ("+grade *grade", takeJournal());
+        InInitMgr::finalize();
+        EXPECT_EQ(isDone ? "-grade -blur" : "-grade", takeJournal());
+    });
+}
+
+TEST_F(PlugInFaults, ALibraryThatAPlugInNeededIsThereForTheNextOne) {
+    OsFilePath const path = folder.add("first.op.so"), next = folder.add("second.op.so");
+    tryAllFaultsInCopies("loadPlugIn that needs a library", [&](FaultyAttempt& attempt) {
+        attempt([&] { load(path); });
+        load(next);
+        InInitMgr::finalize();
+        std::string const journal = takeJournal();
+        auto const count = [&](char const* entry) {
+            std::size_t number = 0;
+            for (auto at = journal.find(entry); at != std::string::npos; at = journal.find(entry, at + 1))
+                ++number;
+            return number;
+        };
+        for (std::string const package : {"first", "second", "support"})
+            EXPECT_EQ(count(("+" + package).c_str()), count(("-" + package).c_str())) << journal;
+        EXPECT_EQ(1u, count("+second")) << journal;
+        EXPECT_EQ(1u, count("*second")) << journal;
+        EXPECT_LT(journal.find("+support"), journal.find("+second"));
+        EXPECT_TRUE(journal.ends_with("-support")) << journal;
+    });
+}
+
+TEST_F(PlugInFaults, TheSearchPassesOnThatMemoryHasRunOut) {
+    MsgProtocol::setHandler([](Msg const&) {});
+    for (char const* const name : {"blur.op.so", "failing.op.so", "grade.op.so"})
+        folder.add(name);
+    OsFilePath const directory = folder.path();
+    tryAllFaultsInCopies("loadType", [&](FaultyAttempt& attempt) {
+        int present = 0;
+        bool const isDone = attempt([&] {
+            present = PimUtils::loadType(directory, "op", InInitMgr::Reinitialization, PimUtils::getNullCb());
+        }) == Outcome::Done;
+        EXPECT_TRUE(!isDone || present >= 1);
+        InInitMgr::finalize();
+        std::string const journal = takeJournal();
+        EXPECT_EQ(std::count(journal.begin(), journal.end(), '+') - (journal.find("+bad") != std::string::npos ? 1 : 0),
+            std::count(journal.begin(), journal.end(), '-'))
+            << journal;
+    });
+}
+
+} // namespace

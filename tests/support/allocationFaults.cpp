@@ -1,0 +1,107 @@
+#include "tests/support/allocationFaults.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+
+namespace KoTest {
+
+namespace {
+
+using Kind = AllocationFaults::Kind;
+
+struct Plan {
+    std::atomic<Kind> kind{Kind::None};
+    std::atomic<long> left{0};
+    std::atomic<bool> hadFault{false};
+
+    bool isDue() noexcept {
+        Kind const now = kind.load(std::memory_order_relaxed);
+        if (now == Kind::None) return false;
+        long const number = left.fetch_sub(1, std::memory_order_relaxed);
+        if (now == Kind::Single ? number != 1 : number > 1) return false;
+        hadFault = true;
+        return true;
+    }
+};
+
+// The one of all threads, and each thread's own. Plain data: it is there before and after all objects of the program.
+constinit Plan shared;
+constinit thread_local Plan own;
+constinit thread_local int pauses = 0;
+constinit std::atomic<long> live{0};
+constinit std::atomic<long> faults{0}, operations{0};
+
+struct Summary {
+    ~Summary() {
+        if (operations > 0) std::printf("%ld faults in %ld operations\n", faults.load(), operations.load());
+    }
+} const summary;
+
+} // namespace
+
+void AllocationFaults::arm(Kind kind, long number, bool everyThread) noexcept {
+    Plan& plan = everyThread ? shared : own;
+    plan.left = number;
+    plan.hadFault = false;
+    plan.kind = kind;
+}
+
+bool AllocationFaults::disarm() noexcept {
+    shared.kind = Kind::None;
+    own.kind = Kind::None;
+    bool const ofShared = shared.hadFault.exchange(false);
+    return own.hadFault.exchange(false) || ofShared;
+}
+
+long AllocationFaults::liveBlocks() noexcept {
+    return live;
+}
+
+AllocationFaults::Pause::Pause() noexcept {
+    ++pauses;
+}
+AllocationFaults::Pause::~Pause() {
+    --pauses;
+}
+
+void AllocationFaults::count(long number) noexcept {
+    faults += number;
+    ++operations;
+}
+
+static void* allocate(std::size_t size) {
+    if (pauses == 0 && (own.isDue() || shared.isDue())) throw std::bad_alloc();
+    void* const block = std::malloc(size > 0 ? size : 1);
+    if (!block) throw std::bad_alloc();
+    ++live;
+    return block;
+}
+
+static void release(void* block) noexcept {
+    if (block) --live;
+    std::free(block);
+}
+
+} // namespace KoTest
+
+// NOLINTBEGIN: these replace the language's own
+void* operator new(std::size_t size) {
+    return KoTest::allocate(size);
+}
+void* operator new[](std::size_t size) {
+    return KoTest::allocate(size);
+}
+void operator delete(void* block) noexcept {
+    KoTest::release(block);
+}
+void operator delete[](void* block) noexcept {
+    KoTest::release(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    KoTest::release(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+    KoTest::release(block);
+}
+// NOLINTEND

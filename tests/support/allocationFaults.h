@@ -1,0 +1,115 @@
+#pragma once
+
+#include <exception>
+#include <gtest/gtest.h>
+#include <new>
+#include <string>
+
+namespace KoTest {
+
+/// Lets allocations fail: the program that links allocationFaults.cpp has an operator new that asks here.
+class AllocationFaults {
+public:
+    enum class Kind {
+        None,
+        /// One allocation fails.
+        Single,
+        /// Memory has run out: one fails, and all after it.
+        Lasting
+    };
+
+    /// From now on the number-th allocation (1 is the next) of this thread or of any fails.
+    static void arm(Kind kind, long number, bool everyThread) noexcept;
+    /// @returns whether an allocation has failed.
+    static bool disarm() noexcept;
+    /// How many blocks are allocated now.
+    static long liveBlocks() noexcept;
+
+    /// While it exists, no allocation of this thread fails.
+    class Pause {
+    public:
+        Pause() noexcept;
+        ~Pause();
+        Pause(Pause const&) = delete;
+        Pause& operator=(Pause const&) = delete;
+    };
+
+    /// For the summary of all that the program tried.
+    static void count(long faults) noexcept;
+};
+
+/// One attempt at an operation, with or without a fault.
+class FaultyAttempt {
+public:
+    enum class Outcome { Done, OutOfMemory, OtherError };
+
+    /// For `tryAllFaults`.
+    FaultyAttempt(AllocationFaults::Kind kind, long number, bool everyThread)
+        : _kind(kind), _number(number), _everyThread(everyThread) {}
+
+    /// Performs the operation that is tested, once in an attempt.
+    template <class Operation>
+    Outcome operator()(Operation operation) {
+        AllocationFaults::arm(_kind, _number, _everyThread);
+        Outcome outcome = Outcome::Done;
+        try {
+            operation();
+            if (!_everyThread) hadFault = AllocationFaults::disarm();
+        } catch (std::bad_alloc const&) {
+            if (!_everyThread) hadFault = AllocationFaults::disarm();
+            outcome = Outcome::OutOfMemory;
+        } catch (std::exception const& error) {
+            if (!_everyThread) hadFault = AllocationFaults::disarm();
+            outcome = Outcome::OtherError;
+            reason = error.what();
+        }
+        if (outcome != Outcome::Done && !_everyThread) {
+            EXPECT_TRUE(hadFault) << "failed without a fault: " << reason;
+        }
+        return outcome;
+    }
+    /// The same for one that must not fail.
+    template <class Operation>
+    void withoutFail(Operation operation) {
+        Outcome const outcome = (*this)(operation);
+        EXPECT_EQ(Outcome::Done, outcome) << reason;
+    }
+    /// Where every thread's allocations fail: to be called when the operation's work on other threads is done.
+    void end() noexcept { hadFault = AllocationFaults::disarm(); }
+
+    bool hadFault = false;
+    std::string reason;
+
+private:
+    AllocationFaults::Kind _kind;
+    long _number;
+    bool _everyThread;
+};
+
+/// Attempts an operation with its first, second, third ... allocation failing, until none is left to fail: once with a
+/// single fault, once with no memory after it. `attempt` prepares all that the operation needs, performs it through its
+/// argument, and then expects what has to hold whatever became of it. Nothing that it allocates may be left afterwards.
+template <class Attempt>
+void tryAllFaults(std::string const& name, Attempt attempt, bool everyThread = false) {
+    using Kind = AllocationFaults::Kind;
+    auto const run = [&](Kind kind, long number) {
+        FaultyAttempt faulty(kind, number, everyThread);
+        attempt(faulty);
+        return faulty.hadFault;
+    };
+    for (int round = 0; round < 2; ++round)
+        run(Kind::None, 0); // makes all that is made once in a process
+    long faults = 0;
+    for (Kind const kind : {Kind::Single, Kind::Lasting})
+        for (long number = 1;; ++number, ++faults) {
+            SCOPED_TRACE(name + (kind == Kind::Single ? ", fault " : ", no memory from ") + std::to_string(number));
+            long const before = AllocationFaults::liveBlocks();
+            bool const hadFault = run(kind, number);
+            if (testing::Test::HasFailure()) return; // whose words take memory
+            EXPECT_EQ(before, AllocationFaults::liveBlocks()) << "something is left";
+            if (!hadFault) break;
+        }
+    AllocationFaults::count(faults);
+}
+
+} // namespace KoTest

@@ -3,15 +3,19 @@
 #include "image/pngFile.h"
 #include "image/render.h"
 #include "tests/examples/compositor/paint.h"
+#include "tests/support/childProcess.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <cmath>
+#include <csignal>
 #include <gtest/gtest.h>
 #include <random>
+#include <sys/resource.h>
 
 namespace {
 
 using namespace compositor;
+using KoTest::inChildProcess;
 using KoTest::paint;
 using KoTest::TemporaryFolder;
 
@@ -168,6 +172,24 @@ TEST(Writing, IsWholeOrNotAtAll) {
     EXPECT_TRUE(renderer.renderToFile(folder / "old.png"));
     EXPECT_EQ((Size{8, 300}), decodePng(readFile(folder / "old.png")).size());
     EXPECT_EQ(1, folder.entries());
+}
+
+TEST(Writing, ToADiskThatIsFullTellsTheReasonAndLeavesNothing) {
+    inChildProcess([] {
+        TemporaryFolder const folder;
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit const full{4096, RLIM_INFINITY};
+        ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &full));
+        std::mt19937 random(1);
+        auto const noise = [&](int, std::span<Colour> row) {
+            for (Colour& colour : row)
+                colour.red = static_cast<std::uint8_t>(random() >> 24);
+            return true;
+        };
+        std::string const path = (folder / "x.png").string();
+        EXPECT_EQ(path + " cannot be written: File too large", errorOf([&] { writePng(path, {500, 500}, noise); }));
+        EXPECT_EQ(0, folder.entries());
+    });
 }
 
 TEST(Files, ThatCannotBeUsedAreNamedWithTheReason) {

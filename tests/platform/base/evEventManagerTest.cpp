@@ -1,4 +1,5 @@
 #include "base/evEventManager.h"
+#include "base/evRequestEvent.h"
 #include "base/exBase.h"
 #include "base/inInitMgr.h"
 #include "tests/support/childProcess.h"
@@ -118,6 +119,21 @@ TEST_F(EvEventManagerTest, KeepsTheOrderOfEachOfManyPosters) {
         });
     while (processedEvents < posters * posts)
         events.processEvents();
+}
+
+TEST(EvRequestEvent, ReleasesWhatItHeldWhenAnotherIsMovedIntoIt) {
+    auto const small = std::make_shared<int>(1);
+    auto const large = std::make_shared<int>(2);
+    int sum = 0;
+    EvRequestEvent request([small] { ADD_FAILURE(); });
+    request = EvRequestEvent([large, &sum, padding = std::array<int, 20>()] { sum += *large + padding[0]; });
+    EXPECT_EQ(1, small.use_count());
+    request();
+    EXPECT_EQ(2, sum);
+    request = EvRequestEvent([small, &sum] { sum += *small; });
+    EXPECT_EQ(1, large.use_count());
+    request();
+    EXPECT_EQ(3, sum);
 }
 
 TEST(EvEventManagerLifetime, DestroysWhatWaitsAtTheEnd) {

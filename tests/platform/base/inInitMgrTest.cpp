@@ -274,6 +274,25 @@ TEST(InRecursiveInitGuard, IsTakenBackWithTheStartUpOfTheProcess) {
     });
 }
 
+TEST(InInitScope, RaisesWhatTheEndThrowsButNeverOverAnotherException) {
+    for (bool const isUnwinding : {false, true})
+        inChildProcess(
+            [&] {
+                Package<'a'> a;
+                a.onFinalize = [] { throw std::runtime_error("disk full"); };
+                try {
+                    InInitScope const scope;
+                    if (isUnwinding) throw std::logic_error("the first");
+                } catch (std::logic_error const&) {
+                    EXPECT_TRUE(isUnwinding);
+                } catch (std::exception const& error) {
+                    EXPECT_FALSE(isUnwinding) << error.what();
+                }
+                EXPECT_EQ((Calls{"+a", "*a", "~a", "-a"}), calls);
+            },
+            isUnwinding ? "disk full" : "");
+}
+
 TEST(InInitMgr, RefusesASecondStartUp) {
     inChildProcess([] {
         InInitMgr::initialize();

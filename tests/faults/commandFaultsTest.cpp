@@ -226,6 +226,13 @@ TEST_F(CommandFaults, GuardsThatOnlySuspendCannotFail) {
 }
 
 TEST_F(CommandFaults, EndCallbacksAreCalledOnceOrNotAdded) {
+    // So many that every part of the table of weak references has its memory.
+    Vector<std::pair<RCShdPtr<FunctionHandler>, RCWeakPtr<FunctionHandler>>> table;
+    for (int count = 0; count < 1000; ++count) {
+        auto const handler = RCShdPtr<FunctionHandler>::create([] {});
+        table.emplace_back(handler, handler);
+    }
+    table.clear();
     tryAllFaults("end callbacks", [](FaultyAttempt& attempt) {
         Document document;
         int calls = 0;

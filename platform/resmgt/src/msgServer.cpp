@@ -8,6 +8,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace Ko {
 
@@ -41,8 +42,12 @@ std::optional<Entry> parse(LiString const& line) {
     auto const end = line.find_first_of(blanks);
     auto const quote = line.find_first_not_of(blanks, end);
     if (end == LiString::npos || quote == LiString::npos || line[quote] != '"') return std::nullopt;
-    std::optional<LiString> const text = unquoted(line.substr(quote));
-    return text ? std::optional(Entry{line.substr(0, end), *text}) : std::nullopt;
+    std::optional<LiString> text = unquoted(line.substr(quote));
+    if (!text) return std::nullopt;
+    Entry entry;
+    entry.id = line.substr(0, end);
+    entry.text = std::move(*text);
+    return entry;
 }
 
 void report(LiString const& path, int line) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <poll.h>
@@ -108,8 +109,11 @@ private:
 };
 
 // Shared with the thread, which may outlive the static objects of a host that does not finalise.
+std::atomic<bool> keeperWasMade{false};
+
 std::shared_ptr<Keeper> const& keeper() {
     static auto const instance = std::make_shared<Keeper>();
+    keeperWasMade = true;
     return instance;
 }
 
@@ -126,7 +130,7 @@ void DetachedChildren::adopt(Descriptor process, Descriptor error) {
 }
 
 void DetachedChildren::finalize() {
-    keeper()->endThread();
+    if (keeperWasMade) keeper()->endThread();
 }
 
 } // namespace Ko

@@ -3,8 +3,8 @@
 
 BEGIN {
     FS = ","
-    whoCount = split("framework least Qt Boost oneTBB GLib", whos)
-    workCount = split("undo tasks roundTrip notify1 notify10 events launch plugIns", works)
+    whoCount = split("framework least Qt Boost oneTBB GLib", whos, " ")
+    workCount = split("undo tasks roundTrip notify1 notify10 events launch plugIns", works, " ")
     title["undo"] = "a step pushed, undone, redone and forgotten"
     title["tasks"] = "an empty task of a million, from one thread"
     title["roundTrip"] = "one task to sleeping workers and back"

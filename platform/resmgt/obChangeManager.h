@@ -57,6 +57,8 @@ class KO_RESMGT_API ObObserverLinks {
 protected:
     ObObserverLinks() = default;
     ~ObObserverLinks() = default;
+    /// From now on no notification chooses the observer.
+    void disable() noexcept { _updatesEnabled = false; }
     /// Whether the change manager knows the observer.
     bool wasLinked() const noexcept { return _wasLinked; }
 

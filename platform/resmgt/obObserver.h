@@ -23,7 +23,12 @@ protected:
 
     /// No `update` of this observer runs after this, unless the caller is inside one, and none will come. A destructor of
     /// a derived class calls it first where notifications may come from other threads.
-    void disableUpdates() { ObChangeManager<Tag>::getInstance().disableUpdates(*this); }
+    void disableUpdates() {
+        disable();
+        // Without a change manager, at the begin and at the end of the process, nobody is inside.
+        using Manager = ObChangeManager<Tag>;
+        if (Manager::getState() == Manager::INITIALIZED) Manager::getInstance().disableUpdates(*this);
+    }
 
 private:
     friend class ObNotifier<Tag>;

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Holds the pages of the house against the house:  checkPages.sh ROOT PAGE=PROGRAM...
 # - every relative link leads to a file, and every page below docs/ can be reached from docs/README.md;
-# - a code block after the line <!-- from FILE --> is, line by line, a part of that file;
+# - a code block after the line <!-- from FILE --> is, line by line, a part of that file; all of C++ stands after such a line;
 # - what a page says that its program prints, the program prints; a page that says so has a program.
 set -euo pipefail
 
@@ -48,6 +48,10 @@ check_blocks() {
     done < <(grep '^<!-- from .* -->$' "$1")
 }
 
+check_all_from_files() {
+    awk '/^```cpp/ && last !~ /^<!-- from / { exit 1 } { last = $0 }' "$1" || refuse "$1: shows C++ that is from no file"
+}
+
 check_reached() {
     local reached
     reached=$(for page in docs/README.md docs/*/README.md; do [[ ! -e $page ]] || links "$page"; done | xargs -r realpath -m)
@@ -72,6 +76,7 @@ check_prints() {
 for page in "${pages[@]}"; do
     check_links "$page"
     check_blocks "$page"
+    check_all_from_files "$page"
     check_prints "$page"
 done
 check_reached

@@ -20,11 +20,13 @@ public:
 
     int added = 0;
     int deleted = 0;
+    int updated = 0;
 
 private:
     void update(ObObserver const*, ObHints const& hints) override {
         added += hints.pickHint<BgManagerHintNew>() ? 1 : 0;
         deleted += hints.pickHint<BgManagerHintDelete>() ? 1 : 0;
+        updated += hints.pickHint<BgManagerUpdateHint>() ? 1 : 0;
     }
 };
 
@@ -90,6 +92,25 @@ TEST_F(JobFaults, AJobIsSubmittedAndListedOrNeither) {
                 EXPECT_EQ("Complete", one.job->getState()->state());
                 finish(one.job);
             });
+}
+
+TEST_F(JobFaults, AJobThatCannotBeSubmittedAgainStaysAsItIs) {
+    tryAllFaults("addJob once more", [&](FaultyAttempt& attempt) {
+        ManagerCounter told;
+        GatedJob one;
+        manager.addJob(one.job);
+        bool const isDone = attempt([&] { manager.addJob(one.job); }) == Outcome::Done;
+        EXPECT_EQ(isDone ? 2u : 1u, manager.getJobs().size());
+        one.started.wait();
+        one.gate.open();
+        waitUntil([&] { return !one.job->isRunning(); });
+        EXPECT_TRUE(one.job->releaseProtocol());
+        told.updated = 0;
+        EvEventManager::getInstance().processEvents();
+        EXPECT_GT(told.updated, 0) << "the manager follows it";
+        finish(one.job);
+        EXPECT_EQ(1, told.deleted);
+    });
 }
 
 TEST_F(JobFaults, AProtocolThatIsNotSubmittedIsDestroyed) {

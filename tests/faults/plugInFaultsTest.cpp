@@ -70,8 +70,6 @@ protected:
             for (long number = 1;; ++number, ++faults) {
                 SCOPED_TRACE(name + (kind == Kind::Single ? ", fault " : ", no memory from ") + std::to_string(number));
                 bool const hadFault = hadFaultInCopy([&] {
-                    InInitMgr::initialize();
-                    LgSinks::replace({});
                     FaultyAttempt faulty(kind, number, false);
                     attempt(faulty);
                     return faulty.hadFault;
@@ -84,10 +82,31 @@ protected:
     PlugInFolder folder;
 };
 
+TEST_F(PlugInFaults, TheFrameworkStartsOrSaysWhyNot) {
+    tryAllFaultsInCopies("initialize", [&](FaultyAttempt& attempt) {
+        bool const isDone = attempt([] { InInitMgr::initialize(); }) == Outcome::Done;
+        EXPECT_EQ(isDone, InInitMgr::isInitialized());
+        EXPECT_TRUE(isDone || !attempt.reason.empty());
+        InInitMgr::finalize();
+    });
+}
+
+TEST_F(PlugInFaults, TheFrameworkEndsWithoutMemory) {
+    OsFilePath const path = folder.add("blur.op.so");
+    tryAllFaultsInCopies("finalize", [&](FaultyAttempt& attempt) {
+        InInitMgr::initialize();
+        load(path);
+        takeJournal();
+        attempt.withoutFail([] { InInitMgr::finalize(); });
+        EXPECT_EQ("-blur", takeJournal());
+    });
+}
+
 // What failed is initialised no more or never was, and what follows is loaded as if nothing had happened.
 TEST_F(PlugInFaults, APlugInIsLoadedOrNothingOfItIsLeft) {
     OsFilePath const path = folder.add("blur.op.so"), next = folder.add("grade.op.so");
     tryAllFaultsInCopies("loadPlugIn", [&](FaultyAttempt& attempt) {
+        InInitMgr::initialize();
         bool const isDone = attempt([&] { load(path); }) == Outcome::Done;
         std::string const journal = takeJournal();
         if (isDone)
@@ -104,6 +123,7 @@ TEST_F(PlugInFaults, APlugInIsLoadedOrNothingOfItIsLeft) {
 TEST_F(PlugInFaults, ALibraryThatAPlugInNeededIsThereForTheNextOne) {
     OsFilePath const path = folder.add("first.op.so"), next = folder.add("second.op.so");
     tryAllFaultsInCopies("loadPlugIn that needs a library", [&](FaultyAttempt& attempt) {
+        InInitMgr::initialize();
         attempt([&] { load(path); });
         load(next);
         InInitMgr::finalize();
@@ -129,6 +149,7 @@ TEST_F(PlugInFaults, TheSearchPassesOnThatMemoryHasRunOut) {
         folder.add(name);
     OsFilePath const directory = folder.path();
     tryAllFaultsInCopies("loadType", [&](FaultyAttempt& attempt) {
+        InInitMgr::initialize();
         int present = 0;
         bool const isDone = attempt([&] {
             present = PimUtils::loadType(directory, "op", InInitMgr::Reinitialization, PimUtils::getNullCb());

@@ -58,6 +58,7 @@ public:
         } catch (std::bad_alloc const&) {
             if (!_everyThread) hadFault = AllocationFaults::disarm();
             outcome = Outcome::OutOfMemory;
+            reason = "no memory";
         } catch (std::exception const& error) {
             if (!_everyThread) hadFault = AllocationFaults::disarm();
             outcome = Outcome::OtherError;

@@ -54,45 +54,11 @@ TEST_F(ActRegistryTest, ListsEachActionForTheFirstOrForEveryTarget) {
     RCShdPtr<DrCarrier> const carrier = DrCarrier::create(selection);
     EXPECT_EQ("y:1 x:2", listed(registry.getActions(targets, input, "", first)));
     EXPECT_EQ("x:2 x:3 y:1 y:2 y:3", listed(registry.getActions(targets, input, "", sorted)));
-    EXPECT_EQ("y:1 x:2", listed(registry.getActions(selection, input, "", first)));
-    EXPECT_EQ("x:2 x:3 y:1 y:2 y:3", listed(registry.getActions(selection, input, "", sorted)));
     auto const drops = registry.getActions(targets, carrier, "", first);
     EXPECT_EQ("y:1 x:2", listed(drops));
     EXPECT_EQ(carrier, SnItemConvert<RCShdPtr<DrCarrier>>::get(drops->getInput()));
     EXPECT_EQ("sub:1", listed(registry.getActions(targets, input, "Tools", first)));
     EXPECT_EQ("", listed(registry.getActions(Items(), input, "", sorted)));
-}
-
-TEST_F(ActRegistryTest, TakesOnlyActionsOfTheCompositeAndTheGroups) {
-    add({"plain", "", "", {}});
-    add({"x", "", "x", {}});
-    add({"y", "", "y", {}});
-    add({"member", "Tools", "x", {}});
-    struct {
-        Set<std::string> groups;
-        char const* compositeName;
-        char const* expected;
-    } const rows[] = {
-        {{}, "", "plain x y"},
-        {{}, "Tools", "member"},
-        {{}, "tools", ""},
-        {{"x"}, "", "x"},
-        {{""}, "", "plain"},
-        {{"y", "x", "z"}, "", "x y"},
-        {{"x"}, "Tools", "member"},
-        {{"y"}, "Tools", ""},
-    };
-    for (auto const& row : rows) {
-        EXPECT_EQ(row.expected, listed(registry.getActions(none, none, row.groups, row.compositeName, first)));
-        EXPECT_EQ(row.expected, listed(registry.getNoTargetNoInputActions(row.groups, row.compositeName, first)));
-    }
-    EXPECT_EQ("plain", listed(registry.getNoTargetNoInputActions("", "", first)));
-    EXPECT_EQ("x", listed(registry.getNoTargetNoInputActions("x", "", sorted)));
-    auto const group = registry.getActionsInGroup("x", first);
-    EXPECT_EQ(2u, group.getCardinality());
-    EXPECT_EQ("x", (*group)->getDescription());
-    EXPECT_EQ("member", (*registry.getActionsInGroup("x", sorted))->getDescription());
-    EXPECT_EQ(0u, registry.getActionsInGroup(Set<std::string>(), first).getCardinality());
 }
 
 TEST_F(ActRegistryTest, AsksForActionsWithoutItemsByFreshEmptyOnes) {
@@ -113,17 +79,6 @@ TEST_F(ActRegistryTest, ReadsADescriptionOnceWhenItSorts) {
         EXPECT_EQ(number == 50 ? 0 : 1, actions[static_cast<std::size_t>(number)]->descriptionsRead) << number;
     registry.getActions(Items{t1, t2, t3}, input, "", first);
     EXPECT_EQ(1, actions[0]->descriptionsRead);
-}
-
-TEST_F(ActRegistryTest, FindsTheFirstActionOfADescription) {
-    auto* const copy = add({"Copy", "", "", {}});
-    add({"Copy", "", "", {}});
-    auto* const member = add({"Copy", "Tools", "", {}});
-    add({"", "", "", {}});
-    EXPECT_EQ(copy, registry.getAction("Copy", ""));
-    EXPECT_EQ(member, registry.getAction("Copy", "Tools"));
-    EXPECT_EQ(nullptr, registry.getAction("copy", ""));
-    EXPECT_EQ(nullptr, registry.getAction("", ""));
 }
 
 TEST_F(ActRegistryTest, PerformsAnEntryOnItsItemsOrOnAnotherInput) {
@@ -157,42 +112,6 @@ TEST_F(ActRegistryTest, AnswersBySnapshotsThatKeepTheirItems) {
     entries.last();
     entries->performAction(SnSelection::create());
     EXPECT_EQ(Journal{"b(mine,input)"}, journal);
-}
-
-TEST_F(ActRegistryTest, UnregistersAndDestroysGroups) {
-    add({"a", "", "x", {}});
-    add({"b", "", "", {}});
-    add({"c", "", "y", {}});
-    add({"d", "", "x", {}});
-    registry.unregisterActionsInGroup("x");
-    EXPECT_EQ((Journal{"~a", "~d"}), takeJournal());
-    registry.unregisterActionsInGroup(Set<std::string>{"y", "x", ""});
-    EXPECT_EQ((Journal{"~b", "~c"}), takeJournal());
-    EXPECT_EQ("", everything());
-}
-
-TEST_F(ActRegistryTest, ListsAnActionTwiceThatIsRegisteredTwice) {
-    auto* const twice = add({"a", "", "x", {}});
-    add({"b", "", "", {}});
-    registry.registerAction(OPtr<ActAction>(twice), ActRegistry::Static);
-    EXPECT_EQ("a b a", everything());
-    ActAction* const owned = registry.unregisterAction(twice).release();
-    EXPECT_EQ("b a", everything());
-    registry.registerAction(OPtr<ActAction>(owned), ActRegistry::Static);
-    registry.unregisterActionsInGroup("x");
-    EXPECT_EQ("b", everything());
-    EXPECT_EQ(Journal{"~a"}, journal) << "destroyed once";
-}
-
-TEST_F(ActRegistryTest, TakesOutDynamicActionsWithoutDestroyingThem) {
-    add({"a", "", "", {}});
-    OPtr<ActAction> const b(add({"b", "", "", {}}, ActRegistry::Dynamic));
-    add({"c", "", "", {}}, static_cast<ActRegistry::DynamicState>(2));
-    OPtr<ActAction> const d(add({"d", "", "", {}}, ActRegistry::Dynamic));
-    registry.deleteAllDynamicActions();
-    EXPECT_EQ("a c", everything());
-    EXPECT_TRUE(journal.empty());
-    EXPECT_EQ("b", b->getDescription());
 }
 
 TEST_F(ActRegistryTest, LetsActionsRegisterAndUnregisterWhileTheyArePerformed) {

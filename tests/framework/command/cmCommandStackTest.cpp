@@ -102,18 +102,6 @@ TEST_F(CmCommandStackTest, RefusesWhatItCannotLog) {
     EXPECT_FALSE(CmUndoGuard::isGuardActive());
 }
 
-TEST_F(CmCommandStackTest, DropsTheOldestWhenFullAfterDroppingWhatCouldBeRedone) {
-    stack->setMaxStackHeight(3);
-    logAll("123");
-    EXPECT_EQ("0 2 *3", history(*stack));
-    stack->undo();
-    stack->log(make("4"));
-    EXPECT_EQ("0 2 *4", history(*stack));
-    undo(2);
-    stack->log(make("5"));
-    EXPECT_EQ("0 *5", history(*stack));
-}
-
 TEST_F(CmCommandStackTest, TrimsToALowerHeightOrClearsWhatItCannotTrim) {
     struct Row {
         int undone;
@@ -135,18 +123,6 @@ TEST_F(CmCommandStackTest, TrimsToALowerHeightOrClearsWhatItCannotTrim) {
     }
     EXPECT_EQ("height >= 2", assertionOf([&] { stack->setMaxStackHeight(1); }));
     EXPECT_EQ(4, stack->getMaxStackHeight());
-}
-
-TEST_F(CmCommandStackTest, RemovesItsLastElement) {
-    logAll("12");
-    stack->removeLast();
-    EXPECT_EQ("0 *1", history(*stack));
-    logAll("3");
-    undo(2);
-    heard();
-    stack->removeLast();
-    EXPECT_EQ("*0 1", history(*stack));
-    EXPECT_EQ("C(*0 1)", heard());
 }
 
 TEST_F(CmCommandStackTest, MovesStepByStepToAnyElement) {
@@ -208,24 +184,6 @@ INSTANTIATE_TEST_SUITE_P(Table, CmCommandStackFailure,
         Failure{"redoExpected", false, true, "0 1 *2", "Commands:2 Redoing 3 failed.\n"},
         Failure{"redoUnexpected", false, false, "0 1 *2", "Commands:0 Redoing 3 failed unexpectedly\n"}),
     [](auto const& row) { return row.param.name; });
-
-TEST_F(CmCommandStackTest, LetsListenersReadLogUndoAndRedo) {
-    bool once = true;
-    FunctionHandler meddler([&] {
-        if (!std::exchange(once, false)) return;
-        EXPECT_EQ(PiCommandStack::Idle, stack->getState());
-        stack->log(make("x"));
-        stack->undo();
-        stack->undo();
-        stack->redo();
-        stack->executeAndLog(make("y"));
-    });
-    stack->addCommandProcessedCallback(&meddler);
-    stack->log(make("a"));
-    stack->removeCommandProcessedCallback(&meddler);
-    EXPECT_EQ("0 a *y", history(*stack));
-    EXPECT_EQ((Journal{"-x", "-a", "+a", "+y"}), journal);
-}
 
 TEST_F(CmCommandStackTest, TellsAllListenersAndDoesItsWorkWhenOneThrows) {
     FunctionHandler thrower([] { throw std::runtime_error("listener"); });

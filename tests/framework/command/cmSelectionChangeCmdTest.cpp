@@ -67,23 +67,6 @@ TEST(CmSelectionChangeCmd, ChangesTheSelectionAndTakesItBack) {
     }
 }
 
-TEST(CmSelectionChangeCmd, RedoesWhatWasGivenWhenItWasMade) {
-    auto const selection = selectionOf({"a"});
-    auto const items = selectionOf({"b"});
-    auto const command = CmSelectionReplaceAllItemsCmd::create(selection, items);
-    items->clear();
-    EXPECT_FALSE(command->isExecuted());
-    CmCommandStack::executeStatic(command);
-    EXPECT_TRUE(command->isExecuted());
-    EXPECT_EQ("b", content(*selection));
-    CmCommandStack::unexecuteStatic(command);
-    auto const toggle = WithItems::create(selection, selection, WithItems::Toggle);
-    CmCommandStack::executeStatic(toggle);
-    EXPECT_EQ("", content(*selection)) << "a selection may change by its own items";
-    CmCommandStack::unexecuteStatic(toggle);
-    EXPECT_EQ("a", content(*selection));
-}
-
 TEST(CmSelectionChangeCmd, AbortsForAnUnknownTypeOnceItIsUsed) {
     auto const selection = selectionOf({"a", "b"});
     RCShdPtr<CmCommand> const command = withItems(selection, 3);

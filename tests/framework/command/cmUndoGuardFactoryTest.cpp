@@ -4,6 +4,7 @@
 #include "tests/support/recordingCommand.h"
 
 #include <gtest/gtest.h>
+#include <stdexcept>
 
 namespace {
 
@@ -72,6 +73,25 @@ TEST_F(UndoGuardFacades, TellAScopesTargetBeginBeforeEndInEveryDirection) {
     plugInsView->undo();
     plugInsView->redo();
     EXPECT_EQ((Journal{"begin", "+a", "end", "begin", "-a", "end", "begin", "+a", "end"}), journal);
+}
+
+TEST_F(UndoGuardFacades, KeepTheEndOfAScopeWhoseTargetThrowsThere) {
+    class ThrowingTarget : public PiUndoScopeTarget {
+    public:
+        void scopeReached(bool end) override {
+            if (end) throw std::runtime_error("end");
+        }
+    };
+    {
+        PiUndoGuard const guard(plugInsView, "");
+        EXPECT_THROW(
+            {
+                PiUndoScope const scope(RCShdPtr<ThrowingTarget>::create());
+                execute("a");
+            },
+            std::runtime_error);
+    }
+    EXPECT_EQ("Macro: Scope begin; a; Scope end", lastDescription());
 }
 
 class ForeignStack : public PiCommandStack {

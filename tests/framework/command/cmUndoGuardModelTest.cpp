@@ -304,7 +304,7 @@ private:
         } catch (ExAssertionFailed const&) {
             return Refused().what();
         } catch (ExProgramAborted const&) {
-            return Refused().what();
+            return Aborted().what();
         } catch (std::exception const& error) {
             return error.what();
         }

@@ -8,7 +8,6 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <memory>
 #include <thread>
 
 namespace {
@@ -53,21 +52,6 @@ TEST_F(CmUndoGuardTest, LogsNestedGuardsAsOneStepWhenTheOutermostCloses) {
     EXPECT_EQ((Journal{"+a", "+b", "-b", "-a", "+a", "+b"}), journal);
 }
 
-TEST_F(CmUndoGuardTest, LogsNothingForAGuardInWhichNothingHappened) {
-    perform("", "Nothing", plain);
-    EXPECT_EQ("*0", history(*stack));
-}
-
-TEST_F(CmUndoGuardTest, CollectsPerformedCommandsAndOnlyExecutesOthers) {
-    {
-        CmUndoGuard guard(stack, "", plain);
-        guard.addUndoCommand(make('a'));
-        guard.execUndoCommand(make('b'));
-    }
-    EXPECT_EQ(Journal{"+b"}, journal);
-    EXPECT_EQ("Macro: a", lastDescription());
-}
-
 TEST_F(CmUndoGuardTest, LogsALongTransactionAtItsEndUnderItsLastDescription) {
     struct Row {
         char const* first;
@@ -91,16 +75,6 @@ TEST_F(CmUndoGuardTest, LogsALongTransactionAtItsEndUnderItsLastDescription) {
         stack->undo();
         EXPECT_EQ((Journal{"-d", "-c", "-b", "-a"}), journal);
     }
-}
-
-TEST_F(CmUndoGuardTest, FlushesNestedLongTransactionsWithTheOuterOne) {
-    perform("a", "Outer", begin);
-    perform("b", "Inner", begin);
-    perform("c", "", end);
-    EXPECT_TRUE(CmUndoGuard::isLongTransitionEnding());
-    EXPECT_EQ("*0", history(*stack));
-    perform("d", "", plain);
-    EXPECT_EQ("0 *Outer", history(*stack));
 }
 
 TEST_F(CmUndoGuardTest, RefusesNestedLongTransactionsWhereTheyAreDisallowed) {
@@ -172,15 +146,6 @@ TEST_F(CmUndoGuardTest, UndoesButDoesNotRedoWhatWasCollectedWithoutRedo) {
     EXPECT_EQ((Journal{"-d", "-c", "-b", "-a", "+a", "+d"}), journal);
 }
 
-TEST_F(CmUndoGuardTest, RefusesANestedGuardOnAnotherStackOnlyWhereItWouldLog) {
-    auto const other = RCShdPtr<CmCommandStack>::create();
-    CmUndoGuard const guard(stack, "", plain);
-    EXPECT_THROW(CmUndoGuard(other, "", plain), ExAssertionFailed);
-    EXPECT_NO_THROW(CmUndoGuard(nullptr, "", plain));
-    CmUndoGuardNoLog const quiet(false);
-    EXPECT_NO_THROW(CmUndoGuard(other, "", plain));
-}
-
 TEST_F(CmUndoGuardTest, CallsEndCallbacksOnceInOrderAsLongAsTheyExist) {
     auto const record = [this](char const* name) {
         return RCShdPtr<FunctionHandler>::create([this, name] {
@@ -225,32 +190,6 @@ TEST_F(CmUndoGuardTest, TellsExtensionsOfOutermostGuardsInOrderAndInReverse) {
     });
 }
 
-TEST_F(CmUndoGuardTest, LogsWhatListenersAddWhileTheStepIsLoggedAsAFurtherStep) {
-    int steps = 0;
-    FunctionHandler listener([&] {
-        if (++steps <= 2) perform(std::string(1, static_cast<char>('0' + steps)), "", plain);
-    });
-    stack->addCommandProcessedCallback(&listener);
-    perform("a", "Step", plain);
-    stack->removeCommandProcessedCallback(&listener);
-    EXPECT_EQ("0 Step Step *Step", history(*stack));
-    journal.clear();
-    while (stack->canUndo())
-        stack->undo();
-    EXPECT_EQ((Journal{"-2", "-1", "-a"}), journal);
-}
-
-TEST_F(CmUndoGuardTest, ListenersMayUndoTheStepThatIsBeingLogged) {
-    FunctionHandler listener([&] {
-        if (stack->canUndo()) stack->undo();
-    });
-    stack->addCommandProcessedCallback(&listener);
-    perform("a", "Step", plain);
-    stack->removeCommandProcessedCallback(&listener);
-    EXPECT_EQ("*0 Step", history(*stack));
-    EXPECT_EQ((Journal{"+a", "-a"}), journal);
-}
-
 TEST_F(CmUndoGuardTest, BelongsToTheApplicationThread) {
     std::thread([this] {
         for (auto const& use : std::vector<std::function<void()>>{
@@ -264,107 +203,5 @@ TEST_F(CmUndoGuardTest, BelongsToTheApplicationThread) {
             }
     }).join();
 }
-
-// ---- Every transition: what a guard with each parameter does in each state, nested where a guard is open.
-
-enum class Outcome { Enters, Asserts, Aborts };
-
-struct Cell {
-    char const* state;
-    std::vector<Transition> path;  // outermost guards, opened and closed in turn
-    bool open;                     // the last of them stays open
-    std::vector<Outcome> outcomes; // for NOT, BEGIN, TRANSITION, END
-};
-
-constexpr Outcome enters = Outcome::Enters;
-constexpr Outcome asserts = Outcome::Asserts;
-constexpr Outcome aborts = Outcome::Aborts;
-
-std::vector<Cell> const& cells() {
-    static std::vector<Cell> const table{
-        {"OUT_OF_GUARD", {}, false, {enters, enters, aborts, aborts}},
-        {"NO_TXN", {plain}, true, {enters, asserts, asserts, asserts}},
-        {"BEGIN_TXN", {begin}, true, {enters, enters, asserts, asserts}},
-        {"BEGIN_TXN_OFG", {begin}, false, {enters, enters, enters, enters}},
-        {"TXN", {begin, step}, true, {enters, asserts, enters, asserts}},
-        {"TXN_OFG", {begin, step}, false, {enters, aborts, enters, enters}},
-        {"END_TXN", {begin, end}, true, {enters, asserts, asserts, enters}},
-        {"END_TXN_OFG", {begin, begin, end}, false, {enters, aborts, aborts, enters}},
-    };
-    return table;
-}
-
-// What can be seen of the guards' state from outside.
-std::string visibleState() {
-    return std::string(CmUndoGuard::isGuardActive() ? "active " : "") +
-           (CmUndoGuard::isLongTransition() ? "long " : "") + (CmUndoGuard::isLongTransitionEnding() ? "ending " : "") +
-           (CmUndoGuard::isLogging() ? "logging" : "");
-}
-
-class CmUndoGuardTransitions : public CmUndoGuardTest, public testing::WithParamInterface<std::tuple<Cell, int>> {
-protected:
-    Cell const& cell() const { return std::get<0>(GetParam()); }
-    Transition parameter() const { return static_cast<Transition>(std::get<1>(GetParam())); }
-
-    void reach(std::unique_ptr<CmUndoGuard>& open) {
-        for (std::size_t index = 0; index < cell().path.size(); ++index) {
-            open = std::make_unique<CmUndoGuard>(stack, "", cell().path[index]);
-            open->execAndAddUndoCommand(make('p'));
-            if (index + 1 < cell().path.size() || !cell().open) open.reset();
-        }
-    }
-
-    // Ends whatever transaction goes on; tells how many guards that took.
-    int finish() {
-        int guards = 0;
-        for (; CmUndoGuard::isGuardActive() && guards < 9; ++guards)
-            perform("", "", end);
-        return guards;
-    }
-};
-
-TEST_P(CmUndoGuardTransitions, AreAsInTheTable) {
-    Outcome const expected = cell().outcomes[static_cast<std::size_t>(parameter())];
-    std::unique_ptr<CmUndoGuard> open;
-    reach(open);
-    std::string const before = visibleState();
-    std::size_t const collected = journal.size();
-    auto const enter = [this] { perform("x", "", parameter()); };
-    switch (expected) {
-    case enters:
-        EXPECT_NO_THROW(enter());
-        break;
-    case asserts:
-        EXPECT_THROW(enter(), ExAssertionFailed);
-        break;
-    case aborts:
-        EXPECT_THROW(enter(), ExProgramAborted);
-    }
-    if (expected != enters || cell().open) {
-        EXPECT_EQ(before, visibleState()) << "a guard that cannot be entered, or that is nested, changes nothing";
-    }
-    open.reset();
-    int const guards = finish();
-
-    // Whatever the way, nothing is lost: all that was executed is undone by the steps that were logged.
-    EXPECT_EQ(collected + (expected == enters ? 1 : 0), journal.size());
-    std::size_t const executed = journal.size();
-    while (stack->canUndo())
-        stack->undo();
-    EXPECT_EQ(2 * executed, journal.size());
-    bool const nestedLong = cell().path.size() == 1 && cell().path[0] == begin && !cell().open && parameter() == begin;
-    EXPECT_FALSE(CmUndoGuard::isGuardActive());
-    if (nestedLong) {
-        EXPECT_EQ(2, guards) << "a long transaction within another needs an end of its own";
-    }
-}
-
-std::string cellName(testing::TestParamInfo<std::tuple<Cell, int>> const& row) {
-    constexpr char const* names[] = {"NOT", "BEGIN", "TRANSITION", "END"};
-    return std::string(std::get<0>(row.param).state) + "_" + names[std::get<1>(row.param)];
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    EveryCell, CmUndoGuardTransitions, testing::Combine(testing::ValuesIn(cells()), testing::Range(0, 4)), cellName);
 
 } // namespace

@@ -15,7 +15,7 @@
 
 namespace KoTest {
 
-/// What commands and listeners throw, and a precondition that does not hold.
+/// What commands and listeners throw, a precondition that does not hold, and a transition that there is not.
 struct CommandTrouble : std::runtime_error {
     CommandTrouble() : runtime_error("a command") {}
 };
@@ -24,6 +24,9 @@ struct ListenerTrouble : std::runtime_error {
 };
 struct Refused : std::runtime_error {
     Refused() : runtime_error("refused") {}
+};
+struct Aborted : std::runtime_error {
+    Aborted() : runtime_error("aborted") {}
 };
 struct Abort : std::runtime_error {
     Abort() : runtime_error("abort") {}
@@ -250,7 +253,7 @@ private:
             {Never, Never, Never, Never}, {Begin, Begin, Transit, End}, {Never, Never, Never, Never},
             {Transit, Never, Transit, End}, {Never, Never, Never, Never}, {End, Never, Never, End}};
         State const next = table[state][transition];
-        require(next != Never);
+        if (next == Never) throw Aborted();
         return next;
     }
     bool isRepeated(Transition transition) const {

@@ -35,7 +35,7 @@ present() {
     libgmock-dev) has_header gmock/gmock.h ;;
     libpng-dev) has_header png.h ;;
     clang-14) has_program clang++-14 ;;
-    libclang-rt-14-dev) [[ -e $(clang++-14 -print-file-name="libclang_rt.fuzzer-$(uname -m).a") ]] ;;
+    libclang-rt-14-dev) [[ -e $(clang++-14 -print-file-name="libclang_rt.fuzzer-$(uname -m).a" 2>/dev/null) ]] ;;
     libbenchmark-dev) has_header benchmark/benchmark.h ;;
     *) has_program "$1" ;;
     esac

@@ -44,6 +44,18 @@ inline std::string cText(std::string const& text) {
     return text.c_str();
 }
 
+/// A line of the compositor's script language that is read as these words again.
+inline std::string quotedWords(std::vector<std::string> const& words) {
+    std::string text;
+    for (std::string const& word : words) {
+        text += '"';
+        for (char const character : word)
+            text += (character == '"' || character == '\\' ? "\\" : "") + std::string(1, character);
+        text += "\" ";
+    }
+    return text;
+}
+
 /// The only place where a target writes; removed when the process ends in peace.
 class Folder {
 public:

@@ -60,7 +60,7 @@ private:
         } else if (isOneOf(words[0], withSizes)) {
             keepSmall(words);
         }
-        return quoted(words);
+        return quotedWords(words) + '\n';
     }
 
     // What is large only takes long: lengths have two digits, and pictures never grow.
@@ -73,17 +73,6 @@ private:
             if (isScaled) word = "0.5";
             isScaled = isScaled || word == "scale";
         }
-    }
-
-    static std::string quoted(std::vector<std::string> const& words) {
-        std::string text;
-        for (std::string const& word : words) {
-            text += '"';
-            for (char const character : word)
-                text += (character == '"' || character == '\\' ? "\\" : "") + std::string(1, character);
-            text += "\" ";
-        }
-        return text + '\n';
     }
 
     Folder const& _folder;

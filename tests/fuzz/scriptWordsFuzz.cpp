@@ -44,17 +44,6 @@ std::optional<Words> split(std::string const& line) try { return splitWords(line
     return std::nullopt;
 }
 
-std::string quoted(Words const& words) {
-    std::string text;
-    for (std::string const& word : words) {
-        text += '"';
-        for (char const character : word)
-            text += (character == '"' || character == '\\' ? "\\" : "") + std::string(1, character);
-        text += "\" ";
-    }
-    return text;
-}
-
 void checkNumbers(Statement const& statement) {
     for (std::size_t index = 1; index < statement.words.size(); ++index) {
         try {
@@ -91,7 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     for (std::string line; std::getline(lines, line);) {
         auto const words = split(line);
         expect(words == modelSplit(line), "lines are cut at blanks outside quotation marks");
-        expect(!words || split(quoted(*words)) == words, "quoted words stay as they are");
+        expect(!words || split(quotedWords(*words)) == words, "quoted words stay as they are");
     }
     readStatements(script);
     return 0;

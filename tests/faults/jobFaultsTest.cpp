@@ -30,21 +30,6 @@ private:
     }
 };
 
-/// A job that waits in its execution until it is let go.
-class GatedJob {
-public:
-    explicit GatedJob(FunctionProtocol::Function work = [](FunctionProtocol&) {})
-        : job(FunctionProtocol::createJob([this, work = std::move(work)](FunctionProtocol& self) {
-              started.open();
-              gate.wait();
-              work(self);
-          })) {}
-
-    Gate started;
-    Gate gate;
-    RCShdPtr<BgJob> const job;
-};
-
 class JobFaults : public FaultsTest {
 protected:
     ~JobFaults() override { MsgProtocol::setHandler(nullptr); }

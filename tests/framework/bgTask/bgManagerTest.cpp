@@ -7,6 +7,7 @@
 #include "tests/support/childProcess.h"
 #include "tests/support/functionProtocol.h"
 
+#include <array>
 #include <atomic>
 #include <gtest/gtest.h>
 #include <latch>
@@ -45,15 +46,11 @@ public:
 private:
     void update(ObObserver const*, ObHints const& hints) override {
         EXPECT_TRUE(InInitMgr::isApplicationThread());
-        for (std::size_t index = 0; index < hints.size(); ++index) {
-            auto const is = [&](auto const* type) {
-                return hints[index].template dynamicCast<std::remove_cvref_t<decltype(*type)>>() != nullptr;
-            };
-            _told += is(static_cast<BgManagerHintNew*>(nullptr))              ? "new "
-                     : is(static_cast<BgManagerHintDelete*>(nullptr))         ? "delete "
-                     : is(static_cast<BgManagerNotEnoughSpaceHint*>(nullptr)) ? "space "
-                                                                              : "update ";
-        }
+        for (std::size_t index = 0; index < hints.size(); ++index)
+            _told += hints[index].dynamicCast<BgManagerHintNew>()              ? "new "
+                     : hints[index].dynamicCast<BgManagerHintDelete>()         ? "delete "
+                     : hints[index].dynamicCast<BgManagerNotEnoughSpaceHint>() ? "space "
+                                                                               : "update ";
     }
 
     std::string _told;
@@ -133,55 +130,38 @@ TEST_F(BgManagerTest, ShowsAFailureOnceAndTellsOfASpaceThatIsFull) {
 
 TEST_F(BgManagerTest, HasSixGeneralWorkersAndTwoForEachPriority) {
     struct Row {
-        char const* name;
         int workers;
-        std::function<RCShdPtr<BgJob>(FunctionProtocol::Function)> add;
+        std::function<void(RCShdPtr<BgJob>)> add;
     };
-    auto const ui = [this](unsigned priority) {
-        return [this, priority](FunctionProtocol::Function work) {
-            return manager.addUiJob(FunctionProtocol::create(std::move(work)), priority);
-        };
-    };
-    Gate gate;
-    std::atomic<int> busy{0};
+    auto const ui = [this](
+                        unsigned priority) { return [this, priority](auto job) { manager.addUiJob(job, priority); }; };
+    std::array<GatedJob, 10> jobs;
+    std::size_t busy = 0;
+    std::vector<RCShdPtr<BgJob>> waiting;
     // All groups are filled at once: none lends workers to another.
-    for (Row const& row : {Row{"general", 6,
-                               [this](FunctionProtocol::Function work) {
-                                   return manager.addJob(FunctionProtocol::create(std::move(work)));
-                               }},
-             Row{"low", 2, ui(0)}, Row{"high", 2, ui(1)}}) {
-        std::latch running(row.workers);
-        int const before = busy;
-        for (int job = 0; job < row.workers; ++job)
-            row.add([&](FunctionProtocol&) {
-                ++busy;
-                running.count_down();
-                gate.wait();
-            });
-        running.wait();
-        auto const waiting = row.add([&](FunctionProtocol&) { ++busy; });
-        EXPECT_EQ(before + row.workers, busy) << row.name;
-        EXPECT_EQ("Waiting", waiting->getState()->state()) << row.name;
-        waiting->stop();
+    for (Row const& row : {Row{6, [this](auto job) { manager.addJob(job); }}, Row{2, ui(0)}, Row{2, ui(1)}}) {
+        for (int worker = 0; worker < row.workers; ++worker)
+            row.add(jobs[busy++].job);
+        for (std::size_t job = 0; job < busy; ++job)
+            jobs[job].started.wait();
+        row.add(waiting.emplace_back(FunctionProtocol::createJob()));
     }
-    auto const other = ui(7)([&](FunctionProtocol&) { ++busy; });
-    EXPECT_EQ("Waiting", other->getState()->state()) << "any other priority is a low one";
-    gate.open();
-    waitFor(other);
+    ui(7)(waiting.emplace_back(FunctionProtocol::createJob())); // any other priority is a low one
+    for (auto const& job : waiting)
+        EXPECT_EQ("Waiting", job->getState()->state());
+    for (GatedJob& job : jobs)
+        job.letGo();
+    for (auto const& job : waiting)
+        waitFor(job);
     manager.stopAllJobs(); // before what they use goes
-    EXPECT_EQ(11, busy);
 }
 
 TEST_F(BgManagerTest, DeletesAWaitingJobAtOnce) {
-    Gate gate;
-    std::latch running(2);
-    for (int job = 0; job < 2; ++job)
-        manager.addUiJob(FunctionProtocol::create([&](FunctionProtocol&) {
-            running.count_down();
-            gate.wait();
-        }),
-            0);
-    running.wait();
+    std::array<GatedJob, 2> busy;
+    for (GatedJob& job : busy) {
+        manager.addUiJob(job.job, 0);
+        job.started.wait();
+    }
     auto const waiting = manager.addUiJob(FunctionProtocol::create([](FunctionProtocol&) { ADD_FAILURE(); }), 0);
     auto const behind = manager.addUiJob(FunctionProtocol::create(), 0);
     told.take();
@@ -189,48 +169,42 @@ TEST_F(BgManagerTest, DeletesAWaitingJobAtOnce) {
     EXPECT_EQ("delete ", told.take());
     EXPECT_EQ("Stopped", waiting->getState()->state());
     EXPECT_EQ(3u, manager.getJobs().size());
-    gate.open();
+    for (GatedJob& job : busy)
+        job.letGo();
     waitFor(behind);
     manager.stopAllJobs(); // before what they use goes
 }
 
 TEST_F(BgManagerTest, KeepsAJobThatDoesNotEnd) {
-    Gate gate;
-    Gate started;
-    auto const job = manager.addJob(FunctionProtocol::create([&](FunctionProtocol&) {
-        started.open();
-        gate.wait();
-    }));
-    started.wait();
+    GatedJob busy;
+    manager.addJob(busy.job);
+    busy.started.wait();
     try {
-        manager.stopAndDeleteJob(job);
+        manager.stopAndDeleteJob(busy.job);
         ADD_FAILURE();
     } catch (BgEx::ExBgManager const& error) {
         EXPECT_EQ("Background jobs: Unable to stop and delete this background job.", error.getReason());
         EXPECT_STREQ("framework\\bgTask\\src\\bgManager", error.getFile());
         EXPECT_EQ(319, error.getLine());
     }
-    EXPECT_EQ((List<RCShdPtr<BgJob>>{job}), manager.getJobs());
-    gate.open();
-    manager.stopAndDeleteJob(job);
+    EXPECT_FALSE(busy.job->isReleased());
+    EXPECT_EQ((List<RCShdPtr<BgJob>>{busy.job}), manager.getJobs());
+    busy.letGo();
+    manager.stopAndDeleteJob(busy.job);
     EXPECT_TRUE(manager.getJobs().empty());
 }
 
 TEST_F(BgManagerTest, StopsAllJobsTogether) {
-    // None of them ends before all have been asked to.
-    std::latch running(6);
-    std::latch asked(6);
-    for (int job = 0; job < 6; ++job)
+    // None of the six that are executed ends before all have been asked to; the others wait for a worker.
+    std::latch running(6), asked(6);
+    std::atomic<int> begun{0};
+    for (int job = 0; job < 100; ++job)
         manager.addJob(FunctionProtocol::create([&](FunctionProtocol& self) {
+            if (++begun > 6) return;
             running.count_down();
             while (self.continueExecution())
                 std::this_thread::yield();
             asked.arrive_and_wait();
-        }));
-    for (int job = 0; job < 100; ++job)
-        manager.addJob(FunctionProtocol::create([](FunctionProtocol& self) {
-            while (self.continueExecution())
-                std::this_thread::yield();
         }));
     running.wait();
     auto const jobs = manager.getJobs();
@@ -246,7 +220,6 @@ TEST_F(BgManagerTest, RefusesNullPointers) {
     EXPECT_THROW(manager.addJob(RCShdPtr<BgJob>()), ExNullPtr);
     EXPECT_THROW(manager.addJob(OPtr<BgJobProtocol>()), ExNullPtr);
     EXPECT_THROW(manager.addUiJob(RCShdPtr<BgJob>(), 1), ExNullPtr);
-    EXPECT_THROW(manager.addUiJob(OPtr<BgJobProtocol>(), 1), ExNullPtr);
     EXPECT_THROW(manager.stopAndDeleteJob(nullptr), ExNullPtr);
     EXPECT_TRUE(manager.getJobs().empty());
 }

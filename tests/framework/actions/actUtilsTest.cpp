@@ -18,6 +18,7 @@ protected:
     RCShdPtr<SnItem const> const target = text("1"), input = text("i");
     Items const targets{text("1"), text("2")};
     RCShdPtr<SnSelection> const selection = SnSelection::create();
+    RCShdPtr<DrCarrier> const carrier = DrCarrier::create(selectionOf({"x", "y"}));
 };
 
 TEST_F(ActUtilsTest, TellsActionsByTheirDescriptions) {
@@ -26,17 +27,10 @@ TEST_F(ActUtilsTest, TellsActionsByTheirDescriptions) {
     struct {
         PrdPredicate<ActAction> predicate;
         bool matchesCopy, matchesEmpty;
-    } const rows[] = {
-        {ActUtils::descMatches("Copy Layer"), true, false},
-        {ActUtils::descMatches("copy layer"), false, false},
-        {ActUtils::descMatches("Copy"), false, false},
-        {ActUtils::descMatches(""), false, true},
-        {ActUtils::descHas("y L"), true, false},
-        {ActUtils::descHas(""), true, true},
-        {!(ActUtils::descHas("Copy") || ActUtils::descHas("Move")), false, true},
-        {ActUtils::descHas("Copy") & ActUtils::descHas("Layer"), true, false},
-        {PrdPredicate<ActAction>::all(), true, true},
-    };
+    } const rows[] = {{ActUtils::descMatches("Copy Layer"), true, false},
+        {ActUtils::descMatches("copy layer"), false, false}, {ActUtils::descMatches("Copy"), false, false},
+        {ActUtils::descMatches(""), false, true}, {ActUtils::descHas("y L"), true, false},
+        {ActUtils::descHas(""), true, true}, {PrdPredicate<ActAction>::all(), true, true}};
     for (auto const& row : rows) {
         auto const index = &row - rows;
         EXPECT_EQ(row.matchesCopy, row.predicate(copy)) << index;
@@ -53,22 +47,18 @@ TEST_F(ActUtilsTest, PerformsTheOneActionThatIsMeant) {
     EXPECT_TRUE(ActUtils::hasSingleAction(target, input, copy));
     EXPECT_TRUE(ActUtils::hasSingleAction(targets, copy));
     EXPECT_TRUE(ActUtils::hasSingleAction(targets, input, copy));
-    EXPECT_TRUE(journal.empty());
     EXPECT_TRUE(ActUtils::executeSingleAction(target, copy, selection));
     EXPECT_TRUE(ActUtils::executeSingleAction(target, input, copy, selection));
     EXPECT_TRUE(ActUtils::executeSingleAction(targets, copy, selection));
     EXPECT_TRUE(ActUtils::executeSingleAction(targets, input, copy, selection));
-    EXPECT_EQ((Journal{"Copy(1,?)", "Copy(1,i)", "Copy(1,?)", "Copy(1,i)"}), takeJournal());
+    EXPECT_EQ((Journal{"Copy(1,?)", "Copy(1,i)", "Copy(1,?)", "Copy(1,i)"}), journal);
     EXPECT_EQ("1", content(*selection));
-}
 
-TEST_F(ActUtilsTest, PerformsNothingWhereNoValidActionIsMeant) {
-    add({"Copy", "", "", [](auto const& t, auto const&) { return t == "2"; }});
-    EXPECT_FALSE(ActUtils::hasSingleAction(target, ActUtils::descMatches("Copy")));
-    EXPECT_FALSE(ActUtils::executeSingleAction(target, ActUtils::descMatches("Copy"), selection));
+    EXPECT_FALSE(ActUtils::hasSingleAction(text("2"), copy));
+    EXPECT_FALSE(ActUtils::executeSingleAction(text("2"), copy, selection));
     EXPECT_FALSE(ActUtils::executeSingleAction(targets, input, ActUtils::descHas("Paste"), selection));
     EXPECT_THROW(ActUtils::executeSingleAction(targets, input, {}, selection), ExNullPtr);
-    EXPECT_TRUE(journal.empty());
+    EXPECT_EQ(4u, journal.size());
 }
 
 TEST_F(ActUtilsTest, AssertsAfterTheFirstWhereSeveralAreMeant) {
@@ -82,38 +72,32 @@ TEST_F(ActUtilsTest, AssertsAfterTheFirstWhereSeveralAreMeant) {
         ADD_FAILURE();
     } catch (ExAssertionFailed const& error) {
         EXPECT_STREQ("done == false", error.what());
-        EXPECT_STREQ("framework\\actions\\src\\actUtils", error.getFile());
         EXPECT_EQ(116, error.getLine());
     }
     EXPECT_EQ((Journal{"~Copy b", "Copy a(1,?)"}), takeJournal());
     EXPECT_FALSE(ActUtils::hasSingleAction(targets, copies)) << "valid for two targets";
 }
 
-class ActDndUtilsTest : public ActUtilsTest {
-protected:
-    RCShdPtr<DrCarrier> const carrier = DrCarrier::create(selectionOf({"x", "y", "z"}));
-};
-
-TEST_F(ActDndUtilsTest, AppendsWhatIsCarried) {
+TEST_F(ActUtilsTest, AppendsWhatIsCarried) {
     Items items{text("a")};
-    EXPECT_EQ(3, ActDndUtils::getSnItems(*carrier, &items));
+    EXPECT_EQ(2, ActDndUtils::getSnItems(*carrier, &items));
     EXPECT_EQ(0, ActDndUtils::getSnItems(*DrCarrier::create(SnSelection::create()), &items));
     EXPECT_EQ(0, ActDndUtils::getSnItems(*DrCarrier::create(nullptr), &items));
     std::string appended;
     for (auto const& item : items)
         appended += valueOf(item);
-    EXPECT_EQ("axyz", appended);
+    EXPECT_EQ("axy", appended);
     EXPECT_THROW(ActDndUtils::getSnItems(*carrier, nullptr), ExNullPtr);
 }
 
-TEST_F(ActDndUtilsTest, DropsOnTheFirstTargetOfTheEarliestActionThatTakesIt) {
+TEST_F(ActUtilsTest, DropsOnTheFirstTargetOfTheEarliestActionThatTakesIt) {
     add({"z", "", "", [](auto const& t, auto const&) { return t == "2"; }});
     add({"a", "", "", {}});
+    RCShdPtr<SnSelection const> const others = selectionOf({"3", "4"});
     EXPECT_TRUE(ActDndUtils::performCarrierActions(targets, carrier, selection, false));
     EXPECT_TRUE(journal.empty());
     EXPECT_TRUE(ActDndUtils::performCarrierActions(targets, carrier, selection, true));
-    EXPECT_TRUE(ActDndUtils::performCarrierActions(
-        RCShdPtr<SnSelection const>(selectionOf({"3", "4"})), carrier, selection, true));
+    EXPECT_TRUE(ActDndUtils::performCarrierActions(others, carrier, selection, true));
     EXPECT_EQ((Journal{"z(2,?)", "a(3,?)"}), journal);
     EXPECT_FALSE(ActDndUtils::performCarrierActions(Items(), carrier, selection, true));
 }

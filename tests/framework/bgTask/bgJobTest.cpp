@@ -212,4 +212,15 @@ TEST(BgJob, SurvivesObserversThatThrow) {
     EXPECT_EQ(std::vector<std::string>(3, "Errors:0 An observer failed: not my day"), log.lines());
 }
 
+TEST(BgJob, IsStoppedToBeReleased) {
+    GatedJob busy([](FunctionProtocol& self) {
+        while (self.continueExecution())
+            std::this_thread::yield();
+    });
+    std::jthread const worker([&] { busy.job->execute(); });
+    busy.letGo();
+    EXPECT_TRUE(busy.job->releaseProtocol());
+    busy.job->stop(); // whatever became of that
+}
+
 } // namespace

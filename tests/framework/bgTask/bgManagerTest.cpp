@@ -139,14 +139,15 @@ TEST_F(BgManagerTest, HasSixGeneralWorkersAndTwoForEachPriority) {
     std::size_t busy = 0;
     std::vector<RCShdPtr<BgJob>> waiting;
     // All groups are filled at once: none lends workers to another.
-    for (Row const& row : {Row{6, [this](auto job) { manager.addJob(job); }}, Row{2, ui(0)}, Row{2, ui(1)}}) {
+    for (Row const& row : {Row{6, [this](auto job) { manager.addJob(job); }}, Row{2, ui(0)},
+             Row{0, ui(7)}, // any other priority is a low one
+             Row{2, ui(1)}}) {
         for (int worker = 0; worker < row.workers; ++worker)
             row.add(jobs[busy++].job);
         for (std::size_t job = 0; job < busy; ++job)
             jobs[job].started.wait();
         row.add(waiting.emplace_back(FunctionProtocol::createJob()));
     }
-    ui(7)(waiting.emplace_back(FunctionProtocol::createJob())); // any other priority is a low one
     for (auto const& job : waiting)
         EXPECT_EQ("Waiting", job->getState()->state());
     for (GatedJob& job : jobs)

@@ -4,7 +4,6 @@
 #include "resmgt/osSharedLib.h"
 #include "tests/fixtures/plugIns/plugInJournal.h"
 #include "tests/support/childProcess.h"
-#include "tests/support/logRecorder.h"
 #include "tests/support/plugInFolder.h"
 
 #include <barrier>
@@ -81,10 +80,9 @@ TEST_F(PimPlugInMgrTest, DoesNotTryAFailedLibraryAgain) {
 }
 
 TEST_F(PimPlugInMgrTest, AbortsInAnyModeButTheTwoForLoading) {
-    for (int const mode : {0, 3}) {
-        OsFilePath const path = folder.add("mode" + std::to_string(mode) + ".op.so", "blur.op.so");
-        LogRecorder const log;
+    for (int const mode : {0, 3})
         try {
+            OsFilePath const path = folder.add("mode" + std::to_string(mode) + ".op.so", "blur.op.so");
             manager().loadPlugIn(path, static_cast<InInitMgr::InitType>(mode));
             ADD_FAILURE() << mode;
         } catch (ExProgramAborted const& error) {
@@ -92,8 +90,6 @@ TEST_F(PimPlugInMgrTest, AbortsInAnyModeButTheTwoForLoading) {
             EXPECT_STREQ("framework\\plugInMgr\\src\\pimPlugInMgr", error.getFile());
             EXPECT_EQ(170, error.getLine());
         }
-        EXPECT_EQ(1u, log.lines().size()) << "a fatal error is logged";
-    }
     EXPECT_EQ(Journal{}, takeJournal());
 }
 
@@ -128,12 +124,9 @@ TEST_F(PimPlugInMgrTest, LeavesNothingOfAFailedPlugIn) {
     inChildProcess([] {
         PlugInFolder const plugIns;
         EXPECT_THROW(load(plugIns.add("failing.op.so")), CmEx::ExCommandFailure);
-        EXPECT_EQ((Journal{"+good", "+bad", "-good"}), takeJournal());
-        std::string const outcome = outcomeOf(plugIns.add("needy.op.so"));
-        EXPECT_TRUE(outcome.starts_with("Package \"needy\" depends on ")) << outcome;
         EXPECT_THROW(load(plugIns.add("unresolved.op.so")), OsSharedLibEx);
-        EXPECT_EQ("loaded", outcomeOf(plugIns.add("blur.op.so")));
-        EXPECT_EQ((Journal{"+blur", "*blur"}), takeJournal());
+        load(plugIns.add("blur.op.so"));
+        EXPECT_EQ((Journal{"+good", "+bad", "-good", "+blur", "*blur"}), takeJournal());
         InInitMgr::finalize();
         EXPECT_EQ((Journal{"-blur"}), takeJournal());
     });

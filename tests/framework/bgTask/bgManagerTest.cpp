@@ -225,16 +225,6 @@ TEST_F(BgManagerTest, RefusesNullPointers) {
     EXPECT_TRUE(manager.getJobs().empty());
 }
 
-TEST_F(BgManagerTest, ListsAndDeletesManyJobsInAnyOrder) {
-    std::vector<RCShdPtr<BgJob>> jobs;
-    for (int job = 0; job < 100000; ++job)
-        jobs.push_back(manager.addUiJob(FunctionProtocol::create(), static_cast<unsigned>(job % 2)));
-    EXPECT_EQ(jobs.size(), manager.getJobs().size());
-    for (std::size_t job = 0; job < jobs.size(); ++job)
-        manager.stopAndDeleteJob(jobs[(job * 7919) % jobs.size()]);
-    EXPECT_TRUE(manager.getJobs().empty());
-}
-
 TEST(BgTaskLifetime, StopsJobsAtTheEndWhoeverStillHoldsThem) {
     RCShdPtr<BgJob> kept;
     std::atomic<int> ended{0};

@@ -260,12 +260,6 @@ TEST_F(BgProcessTest, CanBeStoppedByItsOwnHooks) {
     });
     EXPECT_EQ("Complete", run.await());
     EXPECT_THAT(run.program->records, ElementsAre("out:a", "exit:-1073741510"));
-
-    // One that has ended already.
-    ProgramRun late("out 'a\n'", [](Program& program, std::string const& record) {
-        if (record == "exit:0") program.stop();
-    });
-    EXPECT_EQ("Complete", late.await());
 }
 
 TEST_F(BgProcessTest, FailsByAHookThatThrowsAndEndsTheProgram) {

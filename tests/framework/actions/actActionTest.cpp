@@ -1,9 +1,7 @@
 #include "base/exBase.h"
-#include "base/inInitMgr.h"
 #include "framework/actions/actBasicParam.h"
 #include "framework/actions/actTypedAction.h"
 #include "tests/fixtures/typedAction/typedAction.h"
-#include "tests/support/childProcess.h"
 #include "tests/support/recordingAction.h"
 
 #include <gtest/gtest.h>
@@ -120,20 +118,6 @@ TEST_F(ActTypedActionTest, IsInstantiatedByOtherLibrariesForTheirTypes) {
     action->performAction(frame, drop, selection);
     EXPECT_EQ("7a 7b", content(*selection));
     EXPECT_THROW(action->performAction(frame, frame, selection), ExAssertionFailed);
-}
-
-TEST_F(ActTypedActionTest, AssertsWhereTheConversionsAreGone) {
-    inChildProcess([&] {
-        InInitMgr::finalize();
-        try {
-            join.inputValid(text("a"), text("b"));
-            ADD_FAILURE();
-        } catch (ExAssertionFailed const& error) {
-            EXPECT_STREQ("_pred != 0", error.what());
-        }
-        EXPECT_THROW(SnItemConvert<ActBasicParam>::getPredicate(), ExAssertionFailed);
-        EXPECT_THROW(ActRegistry::getInstance(), InSingletonEx::ExNotInitialized);
-    });
 }
 
 } // namespace

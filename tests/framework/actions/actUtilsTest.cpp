@@ -1,7 +1,9 @@
 #include "framework/actions/actUtils.h"
 #include "base/exBase.h"
 #include "framework/actions/actBasicParam.h"
+#include "framework/actions/actCompositeAction.h"
 #include "framework/actions/actDndUtils.h"
+#include "framework/actions/actMenuBase.h"
 #include "tests/support/recordingAction.h"
 
 #include <gtest/gtest.h>
@@ -24,18 +26,12 @@ protected:
 TEST_F(ActUtilsTest, TellsActionsByTheirDescriptions) {
     std::vector<std::string> unused;
     RecordingAction const copy({"Copy Layer", "", "", {}}, unused), empty({"", "", "", {}}, unused);
-    struct {
-        PrdPredicate<ActAction> predicate;
-        bool matchesCopy, matchesEmpty;
-    } const rows[] = {{ActUtils::descMatches("Copy Layer"), true, false},
-        {ActUtils::descMatches("copy layer"), false, false}, {ActUtils::descMatches("Copy"), false, false},
-        {ActUtils::descMatches(""), false, true}, {ActUtils::descHas("y L"), true, false},
-        {ActUtils::descHas(""), true, true}, {PrdPredicate<ActAction>::all(), true, true}};
-    for (auto const& row : rows) {
-        auto const index = &row - rows;
-        EXPECT_EQ(row.matchesCopy, row.predicate(copy)) << index;
-        EXPECT_EQ(row.matchesEmpty, row.predicate(empty)) << index;
-    }
+    EXPECT_TRUE(ActUtils::descMatches("Copy Layer")(copy));
+    for (char const* const other : {"copy layer", "Copy", ""})
+        EXPECT_FALSE(ActUtils::descMatches(other)(copy)) << other;
+    EXPECT_TRUE(ActUtils::descMatches("")(empty));
+    EXPECT_TRUE(ActUtils::descHas("y L")(copy) && ActUtils::descHas("")(empty));
+    EXPECT_FALSE(ActUtils::descHas("Y L")(copy) || ActUtils::descHas("y L")(empty));
 }
 
 TEST_F(ActUtilsTest, PerformsTheOneActionThatIsMeant) {
@@ -100,6 +96,43 @@ TEST_F(ActUtilsTest, DropsOnTheFirstTargetOfTheEarliestActionThatTakesIt) {
     EXPECT_TRUE(ActDndUtils::performCarrierActions(others, carrier, selection, true));
     EXPECT_EQ((Journal{"z(2,?)", "a(3,?)"}), journal);
     EXPECT_FALSE(ActDndUtils::performCarrierActions(Items(), carrier, selection, true));
+}
+
+/// A menu that only remembers; a composite's members in parentheses.
+class Menu : public ActMenuBase {
+public:
+    std::string shown;
+
+protected:
+    bool showMenu(Entries entries, GePoint2<int> const& position, RCShdPtr<SnSelection> const& selection) override {
+        shown = std::to_string(position.getX()) + content(*selection) + " " + listed(entries);
+        for (; !entries.atEnd(); ++entries)
+            shown += " (" + listed(getMembers(*entries)) + ")";
+        return entries.getCardinality() > 0;
+    }
+};
+
+class Tools : public ActCompositeAction {
+public:
+    LiString getDescription() const override { return "Tools"; }
+};
+
+TEST_F(ActUtilsTest, AMenuShowsWhatIsValidForTheItemsAndWhatCompositesStandFor) {
+    add({"b", "", "", [](auto const&, auto const& none) { return none == "?"; }});
+    add({"", "", "", [](auto const& t, auto const&) { return t == "2"; }});
+    add({"y", "Tools", "", {}});
+    add({"x", "Tools", "", {}});
+    auto tools = std::make_unique<Tools>();
+    ActAction const* const registered = tools.get();
+    registry.registerAction(std::move(tools), ActRegistry::Static);
+
+    auto const menu = RCShdPtr<Menu>::create();
+    ActMenuBase::Entries entries;
+    EXPECT_TRUE(menu->setActionsForSelection({text("1"), text("2")}, {3, 4}, selectionOf({"s"}), entries));
+    EXPECT_EQ("3s :2 Tools:1 Tools:2 b:1 b:2 () (x:1 y:1) (x:2 y:2) () ()", menu->shown);
+    EXPECT_EQ(5u, entries.getCardinality());
+    EXPECT_FALSE(menu->setActionsForSelection({}, {0, 0}, selection));
+    registry.unregisterAction(registered);
 }
 
 } // namespace

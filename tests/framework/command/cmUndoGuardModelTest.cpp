@@ -44,7 +44,7 @@ public:
     // Where the model was not followed to the end, the next sequence finds no guard open all the same.
     ~UndoSystem() {
         static_cast<Circumstances&>(*this) = {};
-        FirstError ignored;
+        LgFirstError ignored("The end of a sequence");
         while (!guards.empty())
             ignored.capture([this] { leave(); });
         for (int tries = 0; tries < 10 && CmUndoGuard::isLongTransition(); ++tries)
@@ -60,10 +60,13 @@ public:
     void removeLast(int stack) { at(stack)->removeLast(); }
     void clear(int stack) { at(stack)->clear(); }
     bool canUndo(int stack) const { return at(stack)->canUndo(); }
-    bool isIdle(int stack) const { return at(stack)->getState() == PiCommandStack::Idle; }
     std::string positionIn(int stack) const {
         return std::to_string(at(stack)->getNbUndoableCommands() + 1) + "/" +
                std::to_string(at(stack)->getStackHeight());
+    }
+    std::string flags() const {
+        return flagsOf(CmUndoGuard::isLogging(), CmUndoGuard::isGuardActive(), CmUndoGuard::isLongTransition(),
+            CmUndoGuard::isLongTransitionEnding());
     }
 
     void enter(GuardKind kind, int stack, Transition transition, bool isQuiet) {
@@ -234,8 +237,8 @@ private:
 
     template <class Step>
     std::string both(Step step) {
-        std::string const expected = outcomeOf([&] { step(model); }) + ", " + model.journal + stateOfModel();
-        std::string const actual = outcomeOf([&] { step(system); }) + ", " + system.journal + stateOfSystem();
+        std::string const expected = outcomeOf([&] { step(model); }) + ", " + model.tell();
+        std::string const actual = outcomeOf([&] { step(system); }) + ", " + system.tell();
         return actual == expected ? "" : "\"" + actual + "\" instead of \"" + expected + "\"";
     }
     template <class Step>
@@ -250,21 +253,6 @@ private:
         } catch (std::exception const& error) {
             return error.what();
         }
-    }
-
-    static std::string flags(bool logging, bool active, bool isLong, bool ending) {
-        return std::string(logging ? "logging " : "") + (active ? "active " : "") + (isLong ? "long " : "") +
-               (ending ? "ending " : "");
-    }
-    std::string stateOfModel() const {
-        return flags(model.isLogging(), model.isGuardActive(), model.isLong(), model.isEnding()) + model.positionIn(0) +
-               " " + model.positionIn(1);
-    }
-    std::string stateOfSystem() const {
-        return flags(CmUndoGuard::isLogging(), CmUndoGuard::isGuardActive(), CmUndoGuard::isLongTransition(),
-                   CmUndoGuard::isLongTransitionEnding()) +
-               system.positionIn(0) + " " + system.positionIn(1) +
-               (system.isIdle(0) && system.isIdle(1) ? "" : " busy");
     }
 
     LogRecorder const log; // of the errors that only a log sees

@@ -2,11 +2,11 @@
 
 #include "framework/command/cmEx.h"
 #include "pluginAPI/piExecParam.h"
+#include "resmgt/lgFirstError.h"
 
 #include <algorithm>
 #include <array>
 #include <deque>
-#include <exception>
 #include <limits>
 #include <optional>
 #include <stdexcept>
@@ -61,7 +61,13 @@ public:
         });
     }
 
+    std::string tell() const { return journal + world().flags() + world().positionIn(0) + " " + world().positionIn(1); }
+
 protected:
+    static std::string flagsOf(bool logging, bool active, bool isLong, bool ending) {
+        return std::string(logging ? "logging " : "") + (active ? "active " : "") + (isLong ? "long " : "") +
+               (ending ? "ending " : "");
+    }
     void hearProcessed(int stack) { hear('p', stack); }
     void hearChange(int stack) {
         hear('c', stack);
@@ -76,29 +82,11 @@ protected:
 
 private:
     World& world() { return static_cast<World&>(*this); }
+    World const& world() const { return static_cast<World const&>(*this); }
     void hear(char kind, int stack) {
         journal += kind + std::to_string(stack) + ":" + world().positionIn(stack) + " ";
         if (reaction == Reaction::Throw) throw std::runtime_error("a listener");
     }
-};
-
-/// Runs steps one after the other, whatever they throw, and passes on what the first of them threw.
-class FirstError {
-public:
-    template <class Step>
-    void capture(Step step) {
-        try {
-            step();
-        } catch (...) {
-            if (!_first) _first = std::current_exception();
-        }
-    }
-    void rethrow() const {
-        if (_first) std::rethrow_exception(_first);
-    }
-
-private:
-    std::exception_ptr _first;
 };
 
 /// Two histories and the guards over them, as simply as they can be: lists, positions, and one table. What does not
@@ -186,8 +174,9 @@ public:
 
     bool isLogging() const { return attached != none && !isWithin(GuardKind::NoLog); }
     bool isGuardActive() const { return state != Out; }
-    bool isLong() const { return state >= Begin; }
-    bool isEnding() const { return state == End || state == BetweenEnds; }
+    std::string flags() const {
+        return flagsOf(isLogging(), isGuardActive(), state >= Begin, state == End || state == BetweenEnds);
+    }
     std::size_t openGuards() const { return guards.size(); }
 
     void enter(GuardKind kind, int stack, Transition transition, bool isQuiet) {
@@ -203,13 +192,13 @@ public:
         guards.push_back({kind, isQuiet});
     }
     void leave() {
-        FirstError error;
+        Ko::LgFirstError error("The model");
         if (guards.size() == 1) closeOutermost(error);
         guards.pop_back();
         error.rethrow();
     }
     void abort(std::size_t count) {
-        FirstError error;
+        Ko::LgFirstError error("The model");
         error.capture([] { throw std::runtime_error("abort"); });
         while (count-- > 0)
             error.capture([this] { leave(); });
@@ -288,7 +277,7 @@ private:
     template <class Body>
     void within(GuardKind kind, int stack, Body body) {
         enter(kind, stack, Ko::PiExecParam::NOT_TRANSITION, false);
-        FirstError error;
+        Ko::LgFirstError error("The model");
         error.capture(body);
         error.capture([this] { leave(); });
         error.rethrow();
@@ -300,7 +289,7 @@ private:
 
     template <class Step, class Success, class Failure>
     void replay(int stack, Step step, Success success, Failure failure) {
-        FirstError error;
+        Ko::LgFirstError error("The model");
         try {
             step();
             success();
@@ -314,7 +303,7 @@ private:
         error.rethrow();
     }
 
-    void closeOutermost(FirstError& error) {
+    void closeOutermost(Ko::LgFirstError& error) {
         State after = state == Within ? Out : static_cast<State>(state + 1);
         int const longLevelAfter = longLevel - (state == End ? 1 : 0);
         if (state == End && longLevelAfter == 0) after = Out;
@@ -328,7 +317,7 @@ private:
         longLevel = longLevelAfter;
     }
 
-    void flush(FirstError& error) {
+    void flush(Ko::LgFirstError& error) {
         if (attached != none && !isLogging())
             error.capture([&] {
                 require(collected.empty());
@@ -342,7 +331,7 @@ private:
     }
 
     void tellProcessed(int stack) {
-        FirstError error;
+        Ko::LgFirstError error("The model");
         error.capture([&] { hearProcessed(stack); });
         error.capture([&] { hearChange(stack); });
         error.rethrow();

@@ -1,7 +1,5 @@
 #include "framework/plugInMgr/pimPlugInMgr.h"
-#include "framework/command/cmEx.h"
 #include "framework/plugInMgr/pimEx.h"
-#include "resmgt/osSharedLib.h"
 #include "tests/fixtures/plugIns/plugInJournal.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/plugInFolder.h"
@@ -71,14 +69,6 @@ TEST_F(PimPlugInMgrTest, InitialisesThePackagesAndKnowsTheLibraryByItsFileName) 
     EXPECT_EQ(Journal{}, takeJournal());
 }
 
-TEST_F(PimPlugInMgrTest, DoesNotTryAFailedLibraryAgain) {
-    EXPECT_THROW(load(folder.path("later.op.so")), OsSharedLibEx);
-    OsFilePath const path = folder.add("later.op.so", "blur.op.so");
-    EXPECT_TRUE(manager().isLoaded(path));
-    EXPECT_THROW(load(path), PimEx::ExLibMultipleLoad);
-    EXPECT_EQ(Journal{}, takeJournal());
-}
-
 TEST_F(PimPlugInMgrTest, AbortsInAnyModeButTheTwoForLoading) {
     for (int const mode : {0, 3})
         try {
@@ -120,18 +110,6 @@ TEST_F(PimPlugInMgrTest, FailsAPlugInThatLoadsItself) {
     EXPECT_EQ((Journal{"+blur"}), takeJournal());
 }
 
-TEST_F(PimPlugInMgrTest, LeavesNothingOfAFailedPlugIn) {
-    inChildProcess([] {
-        PlugInFolder const plugIns;
-        EXPECT_THROW(load(plugIns.add("failing.op.so")), CmEx::ExCommandFailure);
-        EXPECT_THROW(load(plugIns.add("unresolved.op.so")), OsSharedLibEx);
-        load(plugIns.add("blur.op.so"));
-        EXPECT_EQ((Journal{"+good", "+bad", "-good", "+blur", "*blur"}), takeJournal());
-        InInitMgr::finalize();
-        EXPECT_EQ((Journal{"-blur"}), takeJournal());
-    });
-}
-
 TEST_F(PimPlugInMgrTest, KeepsTheLibraryThatAFailedPlugInSharesWithAnother) {
     struct Row {
         char const* failing;
@@ -155,17 +133,6 @@ TEST_F(PimPlugInMgrTest, KeepsTheLibraryThatAFailedPlugInSharesWithAnother) {
             InInitMgr::finalize();
             EXPECT_EQ(isSupported ? (Journal{"-second", "-support"}) : Journal{}, takeJournal());
         });
-}
-
-TEST_F(PimPlugInMgrTest, FinalisesPlugInsBeforeWhatTheyDependOn) {
-    inChildProcess([] {
-        PlugInFolder const plugIns;
-        for (char const* const name : {"blur.op.so", "first.op.so", "grade.op.so"})
-            load(plugIns.add(name));
-        takeJournal();
-        InInitMgr::finalize();
-        EXPECT_EQ((Journal{"-grade", "-first", "-support", "-blur"}), takeJournal());
-    });
 }
 
 TEST_F(PimPlugInMgrTest, CastsAndThrowsAcrossTheBorder) {

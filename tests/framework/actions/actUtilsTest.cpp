@@ -5,6 +5,7 @@
 #include "framework/actions/actDndUtils.h"
 #include "framework/actions/actMenuBase.h"
 #include "tests/support/recordingAction.h"
+#include "tests/support/thrown.h"
 
 #include <gtest/gtest.h>
 
@@ -63,13 +64,8 @@ TEST_F(ActUtilsTest, AssertsAfterTheFirstWhereSeveralAreMeant) {
     firstOne->onPerform = [&] { registry.unregisterAction(second); };
     auto const copies = ActUtils::descHas("Copy");
     EXPECT_FALSE(ActUtils::hasSingleAction(target, copies));
-    try {
-        ActUtils::executeSingleAction(target, copies, selection);
-        ADD_FAILURE();
-    } catch (ExAssertionFailed const& error) {
-        EXPECT_STREQ("done == false", error.what());
-        EXPECT_EQ(116, error.getLine());
-    }
+    EXPECT_EQ("done == false [framework\\actions\\src\\actUtils:116]",
+        thrownBy([&] { ActUtils::executeSingleAction(target, copies, selection); }, true));
     EXPECT_EQ((Journal{"~Copy b", "Copy a(1,?)"}), takeJournal());
     EXPECT_FALSE(ActUtils::hasSingleAction(targets, copies)) << "valid for two targets";
 }

@@ -6,6 +6,7 @@
 #include "resmgt/msgServer.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/functionProtocol.h"
+#include "tests/support/thrown.h"
 
 #include <array>
 #include <atomic>
@@ -180,14 +181,8 @@ TEST_F(BgManagerTest, KeepsAJobThatDoesNotEnd) {
     GatedJob busy;
     manager.addJob(busy.job);
     busy.started.wait();
-    try {
-        manager.stopAndDeleteJob(busy.job);
-        ADD_FAILURE();
-    } catch (BgEx::ExBgManager const& error) {
-        EXPECT_EQ("Background jobs: Unable to stop and delete this background job.", error.getReason());
-        EXPECT_STREQ("framework\\bgTask\\src\\bgManager", error.getFile());
-        EXPECT_EQ(319, error.getLine());
-    }
+    EXPECT_EQ("Background jobs: Unable to stop and delete this background job. [framework\\bgTask\\src\\bgManager:319]",
+        thrownBy<BgEx::ExBgManager>([&] { manager.stopAndDeleteJob(busy.job); }, true));
     EXPECT_FALSE(busy.job->isReleased());
     EXPECT_EQ((List<RCShdPtr<BgJob>>{busy.job}), manager.getJobs());
     busy.letGo();
@@ -250,13 +245,8 @@ TEST(BgTaskLifetime, StopsJobsAtTheEndWhoeverStillHoldsThem) {
 TEST(BgTaskLifetime, DoesNotEndTheManagerWhileItListsJobs) {
     inChildProcess([] {
         BgManager::getInstance().addJob(FunctionProtocol::create());
-        try {
-            BgManager::performFinalize();
-            ADD_FAILURE();
-        } catch (ExAssertionFailed const& error) {
-            EXPECT_EQ("_jobs.empty()", error.getReason());
-            EXPECT_EQ(220, error.getLine());
-        }
+        EXPECT_EQ("_jobs.empty() [framework\\bgTask\\src\\bgManager:220]",
+            thrownBy([] { BgManager::performFinalize(); }, true));
         BgManager::getInstance().stopAllJobs();
         BgManager::performFinalize();
         BgManager::performFinalize();

@@ -7,11 +7,13 @@
 #include "tests/support/childProcess.h"
 #include "tests/support/functionProtocol.h"
 #include "tests/support/logRecorder.h"
+#include "tests/support/thrown.h"
 
 #include <atomic>
 #include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <map>
 #include <thread>
 
 namespace {
@@ -150,22 +152,13 @@ TEST_F(BgProcessTest, HasNamesAndACommandLine) {
 
 TEST_F(BgProcessTest, SaysWhereAndWhyItFailed) {
     LogRecorder const log(6);
-    struct {
-        std::string commandLine;
-        char const* reason;
-        int line;
-    } const rows[] = {{"/nowhere/program", "A background job failed: External process could not be launched", 323},
-        {"'", "A background job failed: External process could not be launched", 323},
-        {childCommand("exit 7"), "A background job failed: External process terminated with return value 7", 706}};
-    for (auto const& row : rows) {
-        try {
-            BgProcess(row.commandLine, "test").start();
-            ADD_FAILURE() << row.commandLine;
-        } catch (BgEx::ExBgTaskFailed const& error) {
-            EXPECT_EQ(row.reason, error.getReason());
-            EXPECT_STREQ("framework\\bgTask\\src\\bgProcessWindows", error.getFile());
-            EXPECT_EQ(row.line, error.getLine());
-        }
+    for (auto const& [commandLine, expected] :
+        std::map<std::string, std::string>{{"/nowhere/program", "could not be launched:323"},
+            {"'", "could not be launched:323"}, {childCommand("exit 7"), "terminated with return value 7:706"}}) {
+        std::size_t const colon = expected.find(':');
+        EXPECT_EQ("A background job failed: External process " + expected.substr(0, colon) +
+                      " [framework\\bgTask\\src\\bgProcessWindows" + expected.substr(colon) + "]",
+            thrownBy<BgEx::ExBgTaskFailed>([&] { BgProcess(commandLine, "test").start(); }, true));
     }
     EXPECT_THAT(log.lines(), Contains("BgTask:6 Launching process \"/nowhere/program\""));
     EXPECT_THAT(log.lines(), Contains("BgTask:3 Process \"/nowhere/program\": No such file or directory."));

@@ -3,6 +3,7 @@
 #include "framework/command/cmUndoGuardNoLog.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/recordingCommand.h"
+#include "tests/support/thrown.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -53,12 +54,8 @@ TEST_F(CmUndoGuardTest, RefusesNestedLongTransactionsWhereTheyAreDisallowed) {
     inChildProcess([this] {
         ::setenv("KO_DISALLOW_LONG_TRANSITION_NESTING", "1", 1);
         perform("a", "Outer", begin);
-        try {
-            perform("b", "Inner", begin);
-            ADD_FAILURE() << "accepted";
-        } catch (ExInternalError const& error) {
-            EXPECT_STREQ("Nested long transitions are disallowed.", error.what());
-        }
+        EXPECT_EQ("Nested long transitions are disallowed. [framework\\command\\src\\cmUndoGuard]",
+            thrownBy<ExInternalError>([this] { perform("b", "Inner", begin); }));
         perform("c", "", end);
         EXPECT_EQ("0 *Outer", history(*stack));
         EXPECT_EQ((Journal{"+a", "+c"}), journal);
@@ -108,13 +105,7 @@ TEST_F(CmUndoGuardTest, BelongsToTheApplicationThread) {
     std::thread([this] {
         for (auto const& use : std::vector<std::function<void()>>{
                  [this] { perform("", "", plain); }, [] { CmUndoGuardNoLog(false); }, [] { CmUndoGuard::isLogging(); }})
-            try {
-                use();
-                ADD_FAILURE() << "accepted";
-            } catch (ExAssertionFailed const& error) {
-                EXPECT_STREQ("PiAppThread::isCurrent()", error.what());
-                EXPECT_STREQ("framework\\command\\src\\cmUndoGuard", error.getFile());
-            }
+            EXPECT_EQ("PiAppThread::isCurrent() [framework\\command\\src\\cmUndoGuard]", thrownBy(use));
     }).join();
 }
 

@@ -1,7 +1,7 @@
 #include "framework/dragAndDrop/drCarrier.h"
-#include "base/exBase.h"
 #include "framework/dragAndDrop/drSrcSink.h"
 #include "tests/support/items.h"
+#include "tests/support/thrown.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -45,13 +45,7 @@ TEST(DrCarrier, AssertsTheApplicationThread) {
         [&] { carrier->setLaunchLocation({}); }};
     std::jthread([&] {
         for (auto const& operation : operations)
-            try {
-                operation();
-                ADD_FAILURE();
-            } catch (ExAssertionFailed const& error) {
-                EXPECT_STREQ("PiAppThread::isCurrent()", error.what());
-                EXPECT_STREQ("framework\\dragAndDrop\\src\\drCarrier", error.getFile());
-            }
+            EXPECT_EQ("PiAppThread::isCurrent() [framework\\dragAndDrop\\src\\drCarrier]", thrownBy(operation));
         RCShdPtr<DrCarrier> const shared = carrier; // may be counted anywhere
     }).join();
 }

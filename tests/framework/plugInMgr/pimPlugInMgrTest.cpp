@@ -3,6 +3,7 @@
 #include "tests/fixtures/plugIns/plugInJournal.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/plugInFolder.h"
+#include "tests/support/thrown.h"
 
 #include <barrier>
 #include <gtest/gtest.h>
@@ -58,28 +59,18 @@ TEST_F(PimPlugInMgrTest, InitialisesThePackagesAndKnowsTheLibraryByItsFileName) 
     for (OsFilePath const& same : {path, sameName, OsFilePath("x.io.so")})
         EXPECT_TRUE(manager().isLoaded(same)) << same.getPath();
     EXPECT_FALSE(manager().isLoaded("x.io"));
-    try {
-        load(sameName);
-        ADD_FAILURE() << "loaded twice";
-    } catch (PimEx::ExLibMultipleLoad const& error) {
-        EXPECT_EQ("Library \"" + sameName.getPath() + "\" already loaded.", error.getReason());
-        EXPECT_STREQ("framework\\plugInMgr\\src\\pimPlugInMgr", error.getFile());
-        EXPECT_EQ(148, error.getLine());
-    }
+    EXPECT_EQ("Library \"" + sameName.getPath() + "\" already loaded. [framework\\plugInMgr\\src\\pimPlugInMgr:148]",
+        thrownBy<PimEx::ExLibMultipleLoad>([&] { load(sameName); }, true));
     EXPECT_EQ(Journal{}, takeJournal());
 }
 
 TEST_F(PimPlugInMgrTest, AbortsInAnyModeButTheTwoForLoading) {
-    for (int const mode : {0, 3})
-        try {
-            OsFilePath const path = folder.add("mode" + std::to_string(mode) + ".op.so", "blur.op.so");
-            manager().loadPlugIn(path, static_cast<InInitMgr::InitType>(mode));
-            ADD_FAILURE() << mode;
-        } catch (ExProgramAborted const& error) {
-            EXPECT_EQ("Can't load plugins in standard initialization mode.", error.getReason());
-            EXPECT_STREQ("framework\\plugInMgr\\src\\pimPlugInMgr", error.getFile());
-            EXPECT_EQ(170, error.getLine());
-        }
+    for (int const mode : {0, 3}) {
+        OsFilePath const path = folder.add("mode" + std::to_string(mode) + ".op.so", "blur.op.so");
+        EXPECT_EQ("Can't load plugins in standard initialization mode. [framework\\plugInMgr\\src\\pimPlugInMgr:170]",
+            thrownBy<ExProgramAborted>(
+                [&] { manager().loadPlugIn(path, static_cast<InInitMgr::InitType>(mode)); }, true));
+    }
     EXPECT_EQ(Journal{}, takeJournal());
 }
 

@@ -7,6 +7,7 @@
 #include "tests/support/logRecorder.h"
 #include "tests/support/messageRecorder.h"
 #include "tests/support/plugInFolder.h"
+#include "tests/support/thrown.h"
 
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -172,15 +173,9 @@ TEST_F(PimUtilsTest, StopsAtADirectoryThatDoesNotExist) {
     folder.add("first/f.stop.so", "blur.op.so");
     folder.add("last/l.stop.so", "grade.op.so");
     PimUtils::setFilePaths({folder.path("first"), folder.path("missing"), folder.path("last")});
-    try {
-        PimUtils::loadType("stop", mode, callback);
-        ADD_FAILURE() << "loaded";
-    } catch (OsFileEx::ExInvalidPath const& error) {
-        EXPECT_EQ(
-            "PimUtils::loadWildcard: Invalid path \"" + folder.path("missing").getPath() + "\".", error.getReason());
-        EXPECT_STREQ("framework\\plugInMgr\\src\\pimUtils", error.getFile());
-        EXPECT_EQ(380, error.getLine());
-    }
+    EXPECT_EQ("PimUtils::loadWildcard: Invalid path \"" + folder.path("missing").getPath() +
+                  "\". [framework\\plugInMgr\\src\\pimUtils:380]",
+        thrownBy<OsFileEx::ExInvalidPath>([&] { PimUtils::loadType("stop", mode, callback); }, true));
     EXPECT_EQ((Names{"first/f.stop.so"}), callback.names);
 }
 

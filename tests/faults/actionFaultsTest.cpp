@@ -64,14 +64,20 @@ protected:
 };
 
 TEST_F(ActionFaults, AnActionIsRegisteredOrDestroyed) {
-    tryAllFaults("registerAction", [](FaultyAttempt& attempt) {
-        fill();
-        OPtr<ActAction> action = make("new");
-        bool const isDone =
-            attempt([&] { ActRegistry::getInstance().registerAction(std::move(action), ActRegistry::Static); });
-        EXPECT_EQ(isDone ? 10u : 9u, count());
-        EXPECT_EQ(isDone ? 10 : 9, liveActions);
+    int amount = 16;
+    tryAllFaults("registerAction", [&](FaultyAttempt& attempt) {
+        Vector<OPtr<ActAction>> actions;
+        for (amount *= 2; liveActions < amount;) // each time more than ever before, so that the registry needs memory
+            actions.push_back(make("new"));
+        std::size_t registered = 0;
+        bool const isDone = attempt([&] {
+            for (; registered < actions.size(); ++registered)
+                ActRegistry::getInstance().registerAction(std::move(actions[registered]), ActRegistry::Static);
+        });
+        EXPECT_EQ(registered, count());
+        EXPECT_EQ(isDone ? amount : amount - 1, liveActions);
         clear();
+        actions.clear();
         EXPECT_EQ(0, liveActions);
     });
 }

@@ -133,20 +133,21 @@ TEST_F(CommandFaults, WhatOnlyMovesInTheHistoryCannotFailByItselfAndAFailedRedoD
         });
 }
 
-// A transaction of two guards, one inside the other, with three commands.
+// A transaction of two guards, one inside the other, with more commands than there is room for at first.
 TEST_F(CommandFaults, AGuardClosesAndUndoIsRight) {
     for (int const steps : {3, 61, 62, 63, 64})
         tryAllFaults("CmUndoGuard", [steps](FaultyAttempt& attempt) {
             Document document(steps);
             int const before = document.content;
-            auto const commands = document.next(3);
+            auto const commands = document.next(5);
             bool const isDone = attempt([&] {
                 CmUndoGuard outer(document.stack, longText, {});
-                outer.execAndAddUndoCommand(commands[0]);
+                for (auto const* command = &commands[0]; command != &commands[3]; ++command)
+                    outer.execAndAddUndoCommand(*command);
                 CmUndoGuard inner(document.stack, longText, {});
-                inner.execAndAddUndoCommand(commands[1]);
-                CmCommandStack::executeStatic(commands[2]);
-                inner.addUndoCommand(commands[2]);
+                inner.execAndAddUndoCommand(commands[3]);
+                CmCommandStack::executeStatic(commands[4]);
+                inner.addUndoCommand(commands[4]);
             });
             bool const isChanged = document.content != before;
             int const undoable = document.stack->getNbUndoableCommands();
@@ -175,11 +176,9 @@ TEST_F(CommandFaults, ALongTransactionEndsAndUndoIsRight) {
 
 TEST_F(CommandFaults, EndCallbacksAreCalledOnceOrNotAdded) {
     // So many that every part of the table of weak references has its memory.
-    Vector<std::pair<RCShdPtr<FunctionHandler>, RCWeakPtr<FunctionHandler>>> table;
-    for (int count = 0; count < 1000; ++count) {
-        auto const handler = RCShdPtr<FunctionHandler>::create([] {});
-        table.emplace_back(handler, handler);
-    }
+    Vector<std::pair<RCShdPtr<FunctionHandler>, RCWeakPtr<FunctionHandler>>> table(1000);
+    for (auto& [handler, reference] : table)
+        reference = handler = RCShdPtr<FunctionHandler>::create([] {});
     table.clear();
     tryAllFaults("end callbacks", [](FaultyAttempt& attempt) {
         Document document;

@@ -32,12 +32,10 @@ void expectUsable(SnSelection& selection) {
     EXPECT_TRUE(selection.isEmpty());
 }
 
-struct Change {
-    char const* name;
-    std::function<void(SnSelection& selection, SnSelection const& others)> apply;
-};
+using Change = std::function<void(SnSelection& selection, SnSelection const& others)>;
 
-Change const changes[] = {{"add one", [](auto& selection, auto& others) { selection.add(*others.getItems().begin()); }},
+std::pair<char const*, Change> const changes[] = {
+    {"add one", [](auto& selection, auto& others) { selection.add(*others.getItems().begin()); }},
     {"remove one", [](auto& selection, auto&) { selection.remove(*selection.getItems().begin()); }},
     {"toggle one", [](auto& selection, auto& others) { selection.toggle(*others.getItems().begin()); }},
     {"add", [](auto& selection, auto& others) { selection.add(others); }},
@@ -48,19 +46,19 @@ Change const changes[] = {{"add one", [](auto& selection, auto& others) { select
 
 // Alone and shared with a copy, of sizes around those at which tables and rows grow.
 TEST_F(SelectionFaults, ASelectionChangesAsAWholeOrNotAtAll) {
-    for (Change const& change : changes)
+    for (auto const& [name, change] : changes)
         for (int const size : {1, 3, 4, 8, 15, 16, 17})
             for (bool const isShared : {false, true})
-                tryAllFaults(change.name, [&](FaultyAttempt& attempt) {
+                tryAllFaults(name, [&, &apply = change](FaultyAttempt& attempt) {
                     auto const others = numbers(6, 50);
                     auto const selection = numbers(1, 2 * size);
                     selection->add(*numbers(30, 34));
                     auto const expected = selection->copy();
-                    change.apply(*expected, *others);
+                    apply(*expected, *others);
                     std::string const before = content(*selection), after = content(*expected);
                     auto const copy = isShared ? selection->copy() : nullptr;
                     expected->clear();
-                    bool const isDone = attempt([&] { change.apply(*selection, *others); });
+                    bool const isDone = attempt([&] { apply(*selection, *others); });
                     EXPECT_EQ(isDone ? after : before, content(*selection));
                     if (copy) {
                         EXPECT_EQ(before, content(*copy));
@@ -84,12 +82,7 @@ Create withOne(CmSelectionChangeCmd::Type type) {
     };
 }
 
-struct Row {
-    char const* name;
-    Create create;
-};
-
-Row const commands[] = {{"add command", withItems(CmSelectionChangeWithItemsCmd::Add)},
+std::pair<char const*, Create> const commands[] = {{"add command", withItems(CmSelectionChangeWithItemsCmd::Add)},
     {"remove command", withItems(CmSelectionChangeWithItemsCmd::Remove)},
     {"toggle command", withItems(CmSelectionChangeWithItemsCmd::Toggle)},
     {"replace command",
@@ -101,12 +94,12 @@ Row const commands[] = {{"add command", withItems(CmSelectionChangeWithItemsCmd:
 // What is not executed is not in the history; what cannot be undone or redone is dropped from it.
 TEST_F(SelectionFaults, ACommandChangesTheSelectionAsAWholeOrNotAtAll) {
     for (std::string const step : {"execute ", "undo ", "redo "})
-        for (Row const& row : commands)
-            tryAllFaults(step + row.name, [&](FaultyAttempt& attempt) {
+        for (auto const& [name, command] : commands)
+            tryAllFaults(step + name, [&, &create = command](FaultyAttempt& attempt) {
                 auto const items = numbers(6, 40), selection = numbers(1, 15);
                 items->add(text("3"));
                 auto const stack = RCShdPtr<CmCommandStack>::create();
-                auto const execute = [&] { stack->executeAndLog(row.create(selection, items)); };
+                auto const execute = [&] { stack->executeAndLog(create(selection, items)); };
                 if (step != "execute ") execute();
                 if (step == "redo ") stack->undo();
                 std::string const before = content(*selection);

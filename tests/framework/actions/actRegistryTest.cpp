@@ -119,19 +119,15 @@ TEST(ActRegistry, DestroysWhatIsRegisteredInOrderAtItsEnd) {
     inChildProcess([] {
         static Journal journal;
         ActRegistry& registry = ActRegistry::getInstance();
-        auto make = [](char const* name) {
-            return std::make_unique<RecordingAction>(ActionTraits{name, "", "", {}}, journal);
-        };
-        auto first = make("b");
-        ActAction const* const later = first.get();
-        auto second = make("a");
-        second->onDestroy = [&registry, later] {
+        auto second = std::make_unique<RecordingAction>(ActionTraits{"b", "", "", {}}, journal);
+        auto first = std::make_unique<RecordingAction>(ActionTraits{"a", "", "", {}}, journal);
+        first->onDestroy = [&registry, later = second.get()] {
             EXPECT_FALSE(registry.unregisterAction(later));
             EXPECT_EQ(nullptr, registry.getAction("a", ""));
         };
-        ActAction* const twice = first.get();
-        registry.registerAction(std::move(second), ActRegistry::Dynamic);
-        registry.registerAction(std::move(first), ActRegistry::Static);
+        ActAction* const twice = second.get();
+        registry.registerAction(std::move(first), ActRegistry::Dynamic);
+        registry.registerAction(std::move(second), ActRegistry::Static);
         registry.registerAction(OPtr<ActAction>(twice), ActRegistry::Static);
         InInitMgr::finalize();
         EXPECT_EQ((Journal{"~a", "~b"}), journal);

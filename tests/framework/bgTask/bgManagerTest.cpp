@@ -57,43 +57,18 @@ private:
     std::string _told;
 };
 
-/// Processes events as a host's loop does: it sleeps until there are some.
-class Loop {
-public:
-    Loop() {
-        EvEventManager::getInstance().setWakeUpHandler([this] { _awake.set(); });
-    }
-    ~Loop() { EvEventManager::getInstance().setWakeUpHandler({}); }
-
-    template <class Condition>
-    void runUntil(Condition condition) {
-        while (!condition()) {
-            _awake.wait();
-            _awake.reset();
-            EvEventManager::getInstance().processEvents();
-        }
-    }
-
-private:
-    LkEvent _awake{"Loop", true};
-};
-
 class BgManagerTest : public testing::Test {
 protected:
     ~BgManagerTest() override { manager.stopAllJobs(); }
 
-    void waitFor(RCShdPtr<BgJob> const& job) {
-        JobRecorder ended([this](ObHints const&) { EvEventManager::getInstance().postRequest([] {}); });
-        job->attachObserver(&ended);
-        EvEventManager::getInstance().postRequest([] {});
-        loop.runUntil([&] { return !job->isRunning(); });
-        // Its worker has told of the end then.
-        job->releaseProtocol();
+    static void waitFor(RCShdPtr<BgJob> const& job) {
+        while (job->isRunning())
+            std::this_thread::yield();
+        job->releaseProtocol(); // its worker has told of the end then
         EvEventManager::getInstance().processEvents();
     }
 
     BgManager& manager = BgManager::getInstance();
-    Loop loop;
     ManagerRecorder told;
 };
 

@@ -12,19 +12,6 @@ using namespace KoTest;
 using WithItems = CmSelectionChangeWithItemsCmd;
 
 // What the commands do: cmSelectionModelTest.cpp.
-TEST(CmSelectionChangeCmd, IsDescribedToUsers) {
-    auto const selection = selectionOf({"a"});
-    std::pair<char const*, RCShdPtr<CmCommand>> const rows[] = {
-        {"Add to Selection", WithItems::create(selection, selection, WithItems::Add)},
-        {"Remove from Selection", WithItems::create(selection, selection, WithItems::Remove)},
-        {"Toggle Selection", WithItems::create(selection, selection, WithItems::Toggle)},
-        {"Replace Selection", CmSelectionReplaceAllItemsCmd::create(selection, selection)},
-        {"Clear Selection", CmSelectionClearCmd::create(selection)},
-        {"Change Selection", CmSelectionChangeCmd::create(selection, text("x"), CmSelectionChangeCmd::Add)}};
-    for (auto const& [description, command] : rows)
-        EXPECT_EQ(description, command->getDescription());
-}
-
 TEST(CmSelectionChangeCmd, AbortsForAnUnknownTypeOnceItIsUsed) {
     auto const selection = selectionOf({"a", "b"});
     RCShdPtr<CmCommand> const command =

@@ -118,6 +118,8 @@ private:
     // The model keeps what the command has to keep.
     std::string makeCommand(std::size_t which, std::size_t other, std::string const& word, Choices& choices) {
         static constexpr std::array kinds{"AddAll", "RemoveAll", "ToggleAll", "Replace", "Clear", "Add", "Remove"};
+        static constexpr std::array descriptions{"Add to Selection", "Remove from Selection", "Toggle Selection",
+            "Replace Selection", "Clear Selection", "Change Selection", "Change Selection"};
         auto const& selection = selections[which];
         auto const& items = selections[other];
         // A selection that a copy has taken the place of is out of sight.
@@ -145,6 +147,7 @@ private:
                 selection, text(word.c_str()), kind == 5 ? CmSelectionChangeCmd::Add : CmSelectionChangeCmd::Remove);
             unexecute = changing(kinds[11 - kind]);
         }
+        if (command->getDescription() != descriptions[kind]) return command->getDescription();
         pending = Pending{command, changing(kinds[kind]), unexecute};
         return choices.take(3) == 0 ? "" : executePending(); // some are executed later, when all has changed
     }

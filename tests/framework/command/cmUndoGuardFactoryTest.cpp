@@ -46,6 +46,17 @@ TEST_F(UndoGuardFacades, GroupSuspendMarkAndCallBackLikeTheGuardsBehindThem) {
     EXPECT_EQ((Journal{"+a", "+b", "+c", "callback", "-c", "-a", "+a"}), journal);
 }
 
+TEST_F(UndoGuardFacades, TellListenersOfWhatWasDoneQuietlyUnlessAskedNotTo) {
+    FunctionHandler listener([this] { journal.push_back("processed"); });
+    stack->addCommandProcessedCallback(&listener);
+    for (bool const quiet : {false, true}) {
+        PiUndoGuardNoLog const guard(quiet);
+        PiUndoGuard const attached(plugInsView, "");
+    }
+    EXPECT_EQ(Journal{"processed"}, journal);
+    stack->removeCommandProcessedCallback(&listener);
+}
+
 class RecordingTarget : public PiUndoScopeTarget {
 public:
     explicit RecordingTarget(Journal& journal) : _journal(journal) {}

@@ -104,15 +104,26 @@ protected:
     RCShdPtr<RecordingExtension> third = RCShdPtr<RecordingExtension>::create("3", journal);
 };
 
-TEST_F(CmUndoGuardExtensionFailure, AtTheEndAllAreToldAndTheStepIsLogged) {
+TEST_F(CmUndoGuardExtensionFailure, AtTheEndAllAreToldInReverseAndTheStepIsLogged) {
     inChildProcess([this] {
         registerAll();
+        EXPECT_THROW(CmUndoGuard::registerUndoGuardExtension(nullptr), ExNullPtr);
         third->onEnd = [] { fail("end"); };
-        EXPECT_THROW(perform("a"), std::runtime_error);
+        EXPECT_THROW(
+            [this] {
+                CmUndoGuard const outer(stack, "Step", {});
+                perform("a");
+            }(),
+            std::runtime_error);
         EXPECT_EQ((Journal{"begin 1", "begin 2", "begin 3", "+a", "end 3", "end 2", "end 1"}), journal);
-        EXPECT_EQ("0 *a", history(*stack));
+        EXPECT_EQ("0 *Step", history(*stack));
         third->onEnd = nullptr;
-        expectClosed();
+        journal.clear();
+        perform("b", PiExecParam::BEGIN_TRANSITION);
+        perform("c", PiExecParam::END_TRANSITION);
+        EXPECT_EQ((Journal{"begin 1!", "begin 2!", "begin 3!", "+b", "end 3!", "end 2!", "end 1!", "begin 1!",
+                      "begin 2!", "begin 3!", "+c", "end 3!", "end 2!", "end 1!"}),
+            journal);
     });
 }
 

@@ -5,6 +5,7 @@
 #include "tests/support/recordingCommand.h"
 #include "tests/support/thrown.h"
 
+#include <array>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <thread>
@@ -14,17 +15,13 @@ namespace {
 using namespace Ko;
 using namespace KoTest;
 
-using Transition = PiExecParam::Transition;
-constexpr Transition plain = PiExecParam::NOT_TRANSITION;
-constexpr Transition begin = PiExecParam::BEGIN_TRANSITION;
-constexpr Transition step = PiExecParam::TRANSITION;
-constexpr Transition end = PiExecParam::END_TRANSITION;
+using enum PiExecParam::Transition;
 
 // What is logged, undone and redone: cmUndoGuardModelTest.cpp.
 class CmUndoGuardTest : public testing::Test {
 protected:
     // Opens a guard, executes commands named by the letters in it, and closes it.
-    void perform(std::string const& names, char const* description, Transition transition) {
+    void perform(std::string const& names, char const* description, PiExecParam::Transition transition) {
         CmUndoGuard guard(stack, description, transition);
         for (char const name : names)
             guard.execAndAddUndoCommand(RecordingCommand::create(std::string(1, name), journal));
@@ -35,28 +32,24 @@ protected:
 };
 
 TEST_F(CmUndoGuardTest, LogsALongTransactionUnderItsLastDescription) {
-    struct Row {
-        char const* middle;
-        char const* last;
-        char const* expected;
-    };
-    for (Row const& row : {Row{"", "", "Drag"}, Row{"Move", "", "Move"}, Row{"Move", "Drop", "Drop"}}) {
+    for (auto const& [middle, last, expected] :
+        {std::array{"", "", "Drag"}, std::array{"Move", "", "Move"}, std::array{"Move", "Drop", "Drop"}}) {
         stack->clear();
-        perform("a", "Drag", begin);
-        perform("b", row.middle, step);
-        perform("c", row.middle, plain);
-        perform("d", row.last, end);
-        EXPECT_EQ(std::string("0 *") + row.expected, history(*stack));
+        perform("a", "Drag", BEGIN_TRANSITION);
+        perform("b", middle, TRANSITION);
+        perform("c", middle, NOT_TRANSITION);
+        perform("d", last, END_TRANSITION);
+        EXPECT_EQ(std::string("0 *") + expected, history(*stack));
     }
 }
 
 TEST_F(CmUndoGuardTest, RefusesNestedLongTransactionsWhereTheyAreDisallowed) {
     inChildProcess([this] {
         ::setenv("KO_DISALLOW_LONG_TRANSITION_NESTING", "1", 1);
-        perform("a", "Outer", begin);
+        perform("a", "Outer", BEGIN_TRANSITION);
         EXPECT_EQ("Nested long transitions are disallowed. [framework\\command\\src\\cmUndoGuard]",
-            thrownBy<ExInternalError>([this] { perform("b", "Inner", begin); }));
-        perform("c", "", end);
+            thrownBy<ExInternalError>([this] { perform("b", "Inner", BEGIN_TRANSITION); }));
+        perform("c", "", END_TRANSITION);
         EXPECT_EQ("0 *Outer", history(*stack));
         EXPECT_EQ((Journal{"+a", "+c"}), journal);
     });
@@ -73,38 +66,20 @@ TEST_F(CmUndoGuardTest, CallsEndCallbacksOnceInOrderAsLongAsTheyExist) {
     });
     RCShdPtr<FunctionHandler> gone = record("gone");
     {
-        CmUndoGuard guard(stack, "", plain);
+        CmUndoGuard guard(stack, "", NOT_TRANSITION);
         for (RCShdPtr<CbHandler<CbEmptyType>> const handler : {first, gone})
             CmUndoGuard::addEndOfOutermostGuardCallback(handler);
         gone.reset();
-        perform("a", "", plain);
+        perform("a", "", NOT_TRANSITION);
     }
-    perform("", "", plain);
+    perform("", "", NOT_TRANSITION);
     EXPECT_EQ((Journal{"+a", "first", "later"}), journal);
-}
-
-TEST_F(CmUndoGuardTest, TellsExtensionsOfOutermostGuardsInOrderAndInReverse) {
-    inChildProcess([this] {
-        for (char const* const name : {"1", "2"})
-            CmUndoGuard::registerUndoGuardExtension(RCShdPtr<RecordingExtension>::create(name, journal));
-        EXPECT_THROW(CmUndoGuard::registerUndoGuardExtension(nullptr), ExNullPtr);
-        {
-            CmUndoGuard const guard(stack, "", plain);
-            perform("a", "", plain);
-        }
-        EXPECT_EQ((Journal{"begin 1", "begin 2", "+a", "end 2", "end 1"}), journal);
-        journal.clear();
-        perform("", "", begin);
-        perform("", "", end);
-        EXPECT_EQ(
-            (Journal{"begin 1!", "begin 2!", "end 2!", "end 1!", "begin 1!", "begin 2!", "end 2!", "end 1!"}), journal);
-    });
 }
 
 TEST_F(CmUndoGuardTest, BelongsToTheApplicationThread) {
     std::thread([this] {
-        for (auto const& use : std::vector<std::function<void()>>{
-                 [this] { perform("", "", plain); }, [] { CmUndoGuardNoLog(false); }, [] { CmUndoGuard::isLogging(); }})
+        for (auto const& use : std::vector<std::function<void()>>{[this] { perform("", "", NOT_TRANSITION); },
+                 [] { CmUndoGuardNoLog(false); }, [] { CmUndoGuard::isLogging(); }})
             EXPECT_EQ("PiAppThread::isCurrent() [framework\\command\\src\\cmUndoGuard]", thrownBy(use));
     }).join();
 }

@@ -71,11 +71,4 @@ TEST(DrClipboard, LetsTheProcessEndOnAnyThread) {
     });
 }
 
-TEST(DrClipboard, IsNotCreatedByTheEndOfTheFramework) {
-    inChildProcess([] {
-        InInitMgr::finalize();
-        EXPECT_FALSE(DrClipboard::isInitialized());
-    });
-}
-
 } // namespace

@@ -1,4 +1,3 @@
-#include "base/inInitMgr.h"
 #include "framework/actions/actCompositeAction.h"
 #include "framework/actions/actRegistry.h"
 #include "tests/faults/faultsTest.h"
@@ -131,10 +130,9 @@ TEST_F(ActionFaults, AQueryAnswersInFullOrNotAtAll) {
 TEST_F(ActionFaults, TheEndDestroysAllActionsWithoutMemory) {
     inChildProcess([] {
         fill();
-        OPtr<ActAction> twice = make("twice");
-        ActAction* const action = twice.get();
-        ActRegistry::getInstance().registerAction(std::move(twice), ActRegistry::Static);
-        ActRegistry::getInstance().registerAction(OPtr<ActAction>(action), ActRegistry::Static);
+        ActAction* const twice = make("twice").release();
+        for (int times = 0; times < 2; ++times)
+            ActRegistry::getInstance().registerAction(OPtr<ActAction>(twice), ActRegistry::Static);
         EXPECT_EQ(10, liveActions);
         AllocationFaults::arm(AllocationFaults::Kind::Lasting, 1, false);
         ActRegistry::finalize();

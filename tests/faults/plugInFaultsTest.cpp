@@ -3,7 +3,6 @@
 #include "resmgt/msgServer.h"
 #include "tests/faults/faultsTest.h"
 #include "tests/fixtures/plugIns/plugInJournal.h"
-#include "tests/support/childProcess.h"
 #include "tests/support/plugInFolder.h"
 
 #include <algorithm>
@@ -134,13 +133,9 @@ TEST_F(PlugInFaults, TheSearchPassesOnThatMemoryHasRunOut) {
     MsgProtocol::setHandler([](Msg const&) {});
     for (char const* const name : {"blur.op.so", "failing.op.so", "grade.op.so"})
         folder.add(name);
-    OsFilePath const directory = folder.path();
     tryAllFaultsInCopies("loadType", [&](FaultyAttempt& attempt) {
         InInitMgr::initialize();
-        int present = 0;
-        bool const isDone = attempt(
-            [&] { present = PimUtils::loadType(directory, "op", InInitMgr::Reinitialization, PimUtils::getNullCb()); });
-        EXPECT_TRUE(!isDone || present >= 1);
+        attempt([&] { PimUtils::loadType(folder.path(), "op", InInitMgr::Reinitialization, PimUtils::getNullCb()); });
         InInitMgr::finalize();
         std::string const journal = takeJournal();
         EXPECT_EQ(std::count(journal.begin(), journal.end(), '+') - (journal.find("+bad") != std::string::npos ? 1 : 0),

@@ -6,7 +6,6 @@
 #include "tests/support/recordingAction.h"
 
 #include <gtest/gtest.h>
-#include <iostream>
 
 namespace {
 

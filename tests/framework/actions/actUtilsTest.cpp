@@ -1,6 +1,5 @@
 #include "framework/actions/actUtils.h"
 #include "base/exBase.h"
-#include "framework/actions/actBasicParam.h"
 #include "framework/actions/actCompositeAction.h"
 #include "framework/actions/actDndUtils.h"
 #include "framework/actions/actMenuBase.h"

@@ -142,7 +142,6 @@ TEST_F(BgProcessTest, TellsInLinesWhatItsProgramWritesAndHowItEnds) {
 TEST_F(BgProcessTest, HasNamesAndACommandLine) {
     BgProcess const unnamed("program x", "render");
     EXPECT_EQ("unnamed process", unnamed.getJobName());
-    EXPECT_EQ("render", unnamed.getJobType());
     EXPECT_EQ("program x", unnamed.getExecutionStr());
     BgProcess named("Sky", "", "render");
     EXPECT_EQ("Sky", named.getJobName());

@@ -1,4 +1,3 @@
-#include "base/assertions.h"
 #include "base/inInitMgr.h"
 #include "base/inSingleton.h"
 #include "base/oPtr.h"

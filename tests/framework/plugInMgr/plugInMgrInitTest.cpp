@@ -1,5 +1,4 @@
 #include "framework/plugInMgr/plugInMgrInit.h"
-#include "base/exBase.h"
 #include "base/inInitMgr.h"
 #include "framework/plugInMgr/pimUtils.h"
 #include "tests/fixtures/plugIns/plugInJournal.h"

@@ -24,8 +24,6 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-constexpr int oneAfterTheOther = 3600;
-
 void setLaunchThrottle(int seconds) {
     OsEnv::putVariable("KO_BGEXEC_WAIT_TIME=" + std::to_string(seconds));
 }
@@ -224,13 +222,16 @@ TEST_F(BgProcessTest, EndsAlthoughAnotherOneHoldsItsPipe) {
     ends.release();
 }
 
-TEST_F(BgProcessTest, EndsWhenItIsStopped) {
-    NamedPipe tells;
-    ProgramRun run("tell " + tells.path() + " pause");
+TEST_F(BgProcessTest, MayEndInItsOwnWayWhenItIsStopped) {
+    NamedPipe tells, ends;
+    ProgramRun run("ignoreBreak tell " + tells.path() + " await " + ends.path() + " out done");
     tells.hear();
-    run.job->stop();
+    std::jthread const stopper([&] { run.job->stop(); });
+    while (run.job->getState()->state() != "Stopping")
+        std::this_thread::yield();
+    ends.release();
     EXPECT_EQ("Stopped", run.await());
-    EXPECT_THAT(run.program->records, ElementsAre("exit:-1073741510"));
+    EXPECT_THAT(run.program->records, ElementsAre("out:done", "exit:0"));
     EXPECT_EQ(1.0f, run.program->progress());
 }
 
@@ -339,7 +340,7 @@ TEST_F(BgProcessTest, StartsAnotherOneWhileThereIsEnoughMemory) {
 
 TEST_F(BgProcessTest, WaitsForItsTurnUntilTheOneBeforeHasEndedOrItIsStopped) {
     inChildProcess([] {
-        setLaunchThrottle(oneAfterTheOther);
+        setLaunchThrottle(3600); // one after the other
         Memory const memory(noMemory);
         Running first;
         auto const awaitStart = [](ProgramRun const& run) {

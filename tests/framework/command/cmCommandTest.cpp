@@ -37,7 +37,6 @@ TEST(CmTimedCommand, MeasuresTheLastExecutionAlsoWhileItRuns) {
     double const measured = command->getExecutionTime();
     EXPECT_GE(measured, command->duringExecution);
     EXPECT_EQ(measured, command->getExecutionTime()) << "a stopped timer stands still";
-    EXPECT_EQ(0.0, command->getUnexecutionTime());
     CmCommandStack::unexecuteStatic(command);
     EXPECT_GT(command->getUnexecutionTime(), 0.0);
 

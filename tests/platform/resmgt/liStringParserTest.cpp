@@ -8,26 +8,24 @@ namespace {
 using namespace Ko;
 
 TEST(LiStringParser, ListsThePiecesThatAreNotEmpty) {
-    struct Row {
+    struct {
         char const* text;
         char const* separator;
         Vector<LiString> expected;
-    };
-    for (Row const& row : {Row{"", ",", {}}, Row{",,", ",", {}}, Row{"a", ",", {"a"}},
-             Row{",,a,,b c ,", ",", {"a", "b c "}}, Row{"a::b:c", "::", {"a", "b:c"}}, Row{"a:::b", "::", {"a", ":b"}}})
+    } const rows[] = {{"", ",", {}}, {",,", ",", {}}, {",,a,,b c ,", ",", {"a", "b c "}}, {"a:::b", "::", {"a", ":b"}}};
+    for (auto const& row : rows)
         EXPECT_EQ(row.expected, LiStringParser::splitList(row.text, row.separator)) << row.text;
     EXPECT_THROW(LiStringParser::splitList("a", ""), ExAssertionFailed);
 }
 
 TEST(LiStringParser, SplitsAtTheFirstSeparator) {
-    struct Row {
+    struct {
         char const* text;
         bool isSplit;
         char const* head;
         char const* tail;
-    };
-    for (Row const& row : {Row{"a=b", true, "a", "b"}, Row{"a=b=c", true, "a", "b=c"}, Row{"a=", true, "a", ""},
-             Row{"=b", true, "", "b"}, Row{"a", false, "a", ""}, Row{"", false, "", ""}}) {
+    } const rows[] = {{"a=b=c", true, "a", "b=c"}, {"a=", true, "a", ""}, {"=b", true, "", "b"}, {"a", false, "a", ""}};
+    for (auto const& row : rows) {
         LiString head = "untouched", tail = head;
         EXPECT_EQ(row.isSplit, LiStringParser::splitString(row.text, "=", head, tail)) << row.text;
         EXPECT_EQ(row.head, head) << row.text;

@@ -1,17 +1,15 @@
 #include "resmgt/mtGroup.h"
 #include "base/exBase.h"
 #include "resmgt/lkEvent.h"
+#include "resmgt/sleeper.h"
 #include "tests/support/logRecorder.h"
 
-#include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
 #include <latch>
-#include <memory>
+#include <optional>
 #include <stdexcept>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -32,13 +30,28 @@ void add(Group& group, std::function<void()> work) {
     group.add(RCShdPtr<Task>::create(std::move(work)));
 }
 
+/// Keeps a worker busy until it is opened.
+class Gate {
+public:
+    explicit Gate(Group& group) {
+        add(group, [this] {
+            _isReached.set();
+            _isOpen.wait();
+        });
+        _isReached.wait();
+    }
+    void open() { _isOpen.set(); }
+
+private:
+    LkEvent _isReached{"reached", false}, _isOpen{"open", false};
+};
+
 TEST(MtGroup, ExecutesTasksOfAllProducersOnceAndThoseOfEachInOrder) {
     constexpr int producers = 4;
     constexpr int tasks = 5000;
     std::vector<std::atomic<int>> executed(producers);
     {
         Group group("Order", 1);
-        EXPECT_EQ("Order", group.getName());
         std::vector<std::jthread> threads;
         for (std::size_t producer = 0; producer < producers; ++producer)
             threads.emplace_back([&, producer] {
@@ -65,15 +78,9 @@ TEST(MtGroup, PutsAllWorkersToWork) {
 }
 
 TEST(MtGroup, MakesProducersWaitForRoom) {
-    LkEvent gate("gate", false);
-    LkEvent busy("busy", false);
     std::atomic<int> added{0};
     Group group("Bounded", 1, 2);
-    add(group, [&] {
-        busy.set();
-        gate.wait();
-    });
-    busy.wait();
+    Gate gate(group);
     std::jthread const producer([&] {
         for (int task = 0; task < 50; ++task) {
             add(group, [] {});
@@ -84,7 +91,7 @@ TEST(MtGroup, MakesProducersWaitForRoom) {
         std::this_thread::yield();
     EXPECT_EQ(3u, group.getNumRequests()) << "one is executed, two wait, and there is no room for more";
     EXPECT_EQ(2, added);
-    gate.set();
+    gate.open();
     while (added < 50)
         std::this_thread::yield();
     group.waitForRequests();
@@ -92,19 +99,12 @@ TEST(MtGroup, MakesProducersWaitForRoom) {
 
 TEST(MtGroup, DiscardsWhatWaitsAtItsEnd) {
     auto const token = std::make_shared<int>(1);
-    LkEvent busy("busy", false);
-    LkEvent gate("gate", false);
-    {
-        Group group("Ending", 1);
-        add(group, [&] {
-            busy.set();
-            gate.wait();
-        });
-        busy.wait();
-        for (int task = 0; task < 100; ++task)
-            add(group, [token] {});
-        gate.set();
-    }
+    std::optional<Group> group(std::in_place, "Ending", 1);
+    Gate gate(*group);
+    for (int task = 0; task < 100; ++task)
+        add(*group, [token] {});
+    gate.open();
+    group.reset();
     EXPECT_EQ(1, token.use_count()) << "nothing of a task is left";
 }
 
@@ -150,13 +150,9 @@ TEST(MtGroup, RefusesWhatCannotWork) {
 
 TEST(MtGroup, StartsAndEndsAtAnyTime) {
     for (int round = 0; round < 300; ++round) {
-        std::atomic<int> executed{0};
         Group group("Short", 6);
         for (int task = 0; task < round % 10; ++task)
-            add(group, [&] { ++executed; });
-        if (round % 2) continue;
-        group.waitForRequests();
-        EXPECT_EQ(round % 10, executed);
+            add(group, [] {});
     }
 }
 
@@ -164,31 +160,34 @@ TEST(MtRequestMgr, CountsForEachTag) {
     MtRequestMgr manager;
     MtGroupTag first = manager.acquireTag();
     MtGroupTag second = manager.acquireTag();
-    EXPECT_FALSE(MtGroupTag().isValid());
-    EXPECT_TRUE(first.isValid());
     EXPECT_NE(first, second);
     MtRequestMgr::increment(first);
-    MtRequestMgr::increment(first);
-    EXPECT_EQ(2u, MtRequestMgr::getCount(first));
     MtRequestMgr::waitForZero(second);
-    std::jthread const other([&] {
-        MtRequestMgr::decrement(first);
-        MtRequestMgr::decrement(first);
-    });
+    std::jthread const other([&] { MtRequestMgr::decrement(first); });
     MtRequestMgr::waitForZero(first);
     manager.releaseTag(second);
     EXPECT_FALSE(second.isValid());
     manager.releaseTag(second);
 }
 
+TEST(Sleeper, IsWokenOnceByAllThatCameBeforeOrByTime) {
+    Sleeper sleeper("Test");
+    EXPECT_FALSE(sleeper.sleep(0.001));
+    EXPECT_FALSE(sleeper.sleep(-1));
+    sleeper.wake();
+    sleeper.wake();
+    EXPECT_TRUE(sleeper.sleep(1e6));
+    EXPECT_FALSE(sleeper.sleep(0));
+    std::jthread const wakes([&] { sleeper.wake(); });
+    EXPECT_TRUE(sleeper.sleep(1e6));
+}
+
 TEST(LkEvent, StaysSetUntilReset) {
     LkEvent event("event", true);
-    EXPECT_TRUE(event.wait(0.0));
     event.wait();
-    EXPECT_TRUE(event.isSet());
+    EXPECT_TRUE(event.wait(0.0));
     event.reset();
     event.reset();
-    EXPECT_FALSE(event.isSet());
     EXPECT_FALSE(event.wait(0.0));
     EXPECT_FALSE(event.wait(0.001));
     event.set();

@@ -21,36 +21,18 @@ private:
 
 TEST(Timer, AddsUpTheIntervalsBetweenStartAndStop) {
     Timer<ManualTimer> timer("anonymous");
-    auto const passes = [&](double seconds) {
-        ManualTimer::now += seconds;
-        return timer.getSeconds();
-    };
-    EXPECT_STREQ("anonymous", timer.getName());
-    EXPECT_EQ(0.0, passes(1.0)) << "not started";
-    timer.stop();
-    EXPECT_EQ(0.0, passes(0.0)) << "nothing was running";
-    timer.start();
-    EXPECT_EQ(2.0, passes(2.0)) << "running";
-    timer.stop();
-    timer.stop();
-    EXPECT_EQ(2.0, passes(4.0)) << "stopped";
-    timer.start();
-    EXPECT_EQ(10.0, passes(8.0)) << "running again";
-    timer.start();
-    EXPECT_EQ(18.0, passes(16.0)) << "started anew";
-    timer.reset();
-    EXPECT_EQ(16.0, passes(0.0)) << "reset while running";
-    timer.stop();
-    timer.reset();
-    EXPECT_EQ(0.0, passes(1.0)) << "reset";
-}
-
-TEST(HwIntervalTimer, NeverRunsBackwards) {
-    HwIntervalTimer timer;
-    timer.start();
-    double const before = timer.getSecondsSoFar();
-    EXPECT_LE(0.0, before);
-    EXPECT_LE(before, timer.stop());
+    struct {
+        char const* steps; // s: start, p: stop, r: reset
+        double seconds;    // that pass then
+        double expected;
+    } const rows[] = {{"", 1.0, 0.0}, {"p", 0.0, 0.0}, {"s", 2.0, 2.0}, {"pp", 4.0, 2.0}, {"s", 8.0, 10.0},
+        {"s", 16.0, 18.0}, {"r", 0.0, 16.0}, {"pr", 1.0, 0.0}};
+    for (auto const& row : rows) {
+        for (char const step : std::string_view(row.steps))
+            step == 's' ? timer.start() : step == 'p' ? timer.stop() : timer.reset();
+        ManualTimer::now += row.seconds;
+        EXPECT_EQ(row.expected, timer.getSeconds()) << row.steps;
+    }
 }
 
 } // namespace

@@ -22,19 +22,15 @@ TEST(XmlWriter, IndentsEachLevelAndRefusesToCloseWhatIsNotOpen) {
 }
 
 TEST(XmlWriter, EscapesTextAndReplacesWhatXmlCannotHold) {
-    constexpr char const* bad = "\xEF\xBF\xBD";
-    struct Row {
-        std::string text;
-        std::string expected;
-    };
-    for (Row const& row :
-        {Row{"<a href=\"b\">'&'</a>", "&lt;a href=&quot;b&quot;&gt;&apos;&amp;&apos;&lt;/a&gt;"},
-            Row{"tab\tline\nreturn\r", "tab\tline\nreturn&#13;"}, Row{std::string("\0\x1B", 2), std::string(bad) + bad},
-            Row{"gr\xC3\xBCn \xE2\x82\xAC \xF0\x9F\x8E\xA8", "gr\xC3\xBCn \xE2\x82\xAC \xF0\x9F\x8E\xA8"},
-            Row{"\xEF\xBF\xBD\xEF\xBF\xBE\xEF\xBF\xBF", std::string(bad) + bad + bad}, Row{"\x80", bad},
-            Row{"\xC3", bad}, Row{"\xC3(", std::string(bad) + "("}, Row{"\xC0\xAF", std::string(bad) + bad},
-            Row{"\xED\xA0\x80", std::string(bad) + bad + bad},
-            Row{"\xF5\x80\x80\x80", std::string(bad) + bad + bad + bad}}) {
+    std::string const bad = "\xEF\xBF\xBD";
+    struct {
+        std::string text, expected;
+    } const rows[] = {{"<a href=\"b\">'&'</a>", "&lt;a href=&quot;b&quot;&gt;&apos;&amp;&apos;&lt;/a&gt;"},
+        {"tab\tline\nreturn\r", "tab\tline\nreturn&#13;"}, {std::string("\0\x1B", 2), bad + bad},
+        {"\xC3\xBC \xE2\x82\xAC \xF0\x9F\x8E\xA8", "\xC3\xBC \xE2\x82\xAC \xF0\x9F\x8E\xA8"},
+        {"\xEF\xBF\xBE\xEF\xBF\xBF", bad + bad}, {"\x80", bad}, {"\xC3", bad}, {"\xC3(", bad + "("},
+        {"\xC0\xAF", bad + bad}, {"\xED\xA0\x80", bad + bad + bad}, {"\xF5\x80\x80\x80", bad + bad + bad + bad}};
+    for (auto const& row : rows) {
         std::ostringstream stream;
         XmlWriter(stream, 0).writeTag("t", row.text);
         EXPECT_EQ("<t>" + row.expected + "</t>\n", stream.str());

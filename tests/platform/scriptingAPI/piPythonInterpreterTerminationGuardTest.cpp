@@ -1,12 +1,10 @@
 #include "scriptingAPI/piPythonInterpreterTerminationGuard.h"
 #include "base/exBase.h"
 
-#include <atomic>
 #include <gtest/gtest.h>
 #include <latch>
 #include <stdexcept>
 #include <thread>
-#include <vector>
 
 namespace {
 

@@ -1,47 +1,21 @@
-#include "host/actions.h"
-#include "host/interpreter.h"
-#include "image/pngFile.h"
-#include "tests/examples/compositor/paint.h"
-#include "tests/support/childProcess.h"
+#include "tests/examples/compositor/pictures.h"
+#include "tests/examples/compositor/session.h"
 #include "tests/support/temporaryFolder.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sstream>
 
 namespace {
 
 using namespace compositor;
-using KoTest::inChildProcess;
-using KoTest::paint;
-using KoTest::TemporaryFolder;
+using namespace KoTest;
 using testing::HasSubstr;
 
-class PlugInsTest : public testing::Test {
+class PlugInsTest : public Session {
 protected:
-    bool run(std::string const& script) {
-        std::istringstream stream(script);
-        return interpreter.runScript(stream, "test");
-    }
-    std::string list() const {
-        std::ostringstream text;
-        plugIns.list(text);
-        return text.str();
-    }
     void add(Picture picture, std::string const& name = "a") { editor.addLayer(name, std::move(picture)); }
     // Of a picture one pixel high.
     std::vector<Colour> pixels(std::string const& name = "a") const {
         auto const row = editor.document().layer(name).placed.picture->row(0);
         return {row.begin(), row.end()};
     }
-
-    std::ostringstream output;
-    std::ostringstream errors;
-    EditActions const actions;
-    PlugIns const plugIns{errors};
-    Editor editor;
-    Jobs jobs{output, errors, Jobs::Bars::NotShown};
-    Interpreter interpreter{editor, jobs, plugIns, output, errors};
 };
 
 constexpr Colour black{0, 0, 0, 255};
@@ -122,12 +96,10 @@ TEST_F(PlugInsTest, RefuseWhatIsImpossibleAndLeaveTheLayer) {
 
 TEST_F(PlugInsTest, ShowInTheMenus) {
     add(Picture({1, 1}));
-    run("select a\nmenu");
+    run("select a\nmenu\nselect\nmenu\nplugins");
     EXPECT_THAT(output.str(), HasSubstr("Operators\n  Blur (a)\n  Grade (a)\n  Invert (a)\n  Transform (a)\n"));
-    output.str("");
-    run("select\nmenu");
     EXPECT_THAT(output.str(), HasSubstr("Generators\n  Add Checker\n  Add Gradient\n  Add Noise\n"));
-    EXPECT_THAT(list(), HasSubstr("plugins\n  blur.op.so: loaded\n  grade.op.so: loaded\n"));
+    EXPECT_THAT(output.str(), HasSubstr("plugins\n  blur.op.so: loaded\n  grade.op.so: loaded\n"));
     EXPECT_EQ("", errors.str());
 }
 

@@ -69,13 +69,13 @@ TEST_F(CbDispatcherTest, HandlersMayRemoveThemselvesAndOthersAndAddNewOnes) {
 }
 
 TEST_F(CbDispatcherTest, HandlersMayDispatchAgain) {
-    add("abc");
+    add("abcd");
     (*this)['b'].then = [this] {
         remove('a');
         dispatcher->call({});
     };
-    EXPECT_EQ("abbcc", call());
-    EXPECT_EQ("bc", call());
+    EXPECT_EQ("abbcdcd", call());
+    EXPECT_EQ("bcd", call());
 }
 
 TEST_F(CbDispatcherTest, AHandlerMayDestroyTheDispatcherFromWithinSeveralCalls) {

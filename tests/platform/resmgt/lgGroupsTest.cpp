@@ -125,8 +125,9 @@ TEST_F(LgSinksTest, AreNotCalledAnyMoreOnceTheyAreRemovedWhoeverWrites) {
         std::latch heard(1);
         std::atomic<bool> first = true;
         auto const sink = std::make_shared<FunctionSink>([&] {
-            EXPECT_FALSE(removed);
             if (first.exchange(false)) heard.count_down();
+            std::this_thread::yield();
+            EXPECT_FALSE(removed);
         });
         LgSinks::add(sink);
         heard.wait();

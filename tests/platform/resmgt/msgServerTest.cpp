@@ -67,6 +67,7 @@ TEST_F(MsgServerTest, ClosesTheCatalogueOfTheGuardThatEndsWhateverTheOrder) {
     folder.write("messages/other.msg", "MSG_OTHER \"other\"");
     auto test = std::make_unique<MsgFileGuard>("test.msg");
     MsgFileGuard const other("other.msg");
+    EXPECT_EQ("last", MsgSubscription("MSG_LAST").format());
     test.reset();
     EXPECT_EQ("other", MsgSubscription("MSG_OTHER").format());
     EXPECT_EQ("MSG_ESCAPES", MsgSubscription("MSG_ESCAPES").format());

@@ -110,9 +110,11 @@ TEST(MtGroup, DiscardsWhatWaitsAtItsEnd) {
 
 TEST(MtGroup, SurvivesTasksThatThrow) {
     LogRecorder const log;
+    auto const token = std::make_shared<int>(1);
     Group group("Throwing", 2);
-    add(group, [] { throw std::runtime_error("spilt milk"); });
+    add(group, [token] { throw std::runtime_error("spilt milk"); });
     group.waitForRequests();
+    EXPECT_EQ(1, token.use_count()) << "nothing of the task is left";
     std::atomic<bool> executed{false};
     add(group, [&] { executed = true; });
     group.waitForRequests();

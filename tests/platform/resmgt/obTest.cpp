@@ -247,7 +247,7 @@ TEST(ObRace, NoUpdateRunsAfterADetachment) {
             turn = 0;
         }
     });
-    for (int round = 0; round < 2000; ++round) {
+    for (int round = 0; round < 200; ++round) {
         subjects[0].attachObserver(&writer);
         std::this_thread::yield();
         EXPECT_TRUE(subjects[0].detachObserver(&writer));

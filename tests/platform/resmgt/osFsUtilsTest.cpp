@@ -20,7 +20,7 @@ TEST(OsWildcardFilter, MatchesWholeNames) {
         {"a*b*c", "abbbcbc", true}, {"a*b*c", "abbbcb", false}, {"[a]", "a", false}, {"A", "a", false},
         {"gr?n", "gr\xC3\xBCn", true}, {"gr\xC3\xBC*", "gr\xC3\xBCn", true}, {"\xC3\xBC", "\xC3\xB6", false},
         {"?", "\xF0\x9F\x8E\xA8", true}, {"??", "\xE2\x82", true}, {"\xFF", "\xFE", false},
-        {"?", "\xE0\x80\xAF", false}};
+        {"*\xBC", "\xC3\xBC", false}, {"?", "\xE0\x80\xAF", false}};
     for (auto const& row : rows) {
         EXPECT_EQ(row.expected, OsWildcardFilter(LiString(row.pattern)).matches(row.name))
             << row.pattern << " and " << row.name;

@@ -33,6 +33,7 @@ TEST(PiPythonInterpreterTerminationGuard, IsNeverHeldByAnotherThreadWhileTheInte
                 Guard const guard, nested;
                 ++held;
                 if (round == 0) firstIsHeld.arrive_and_wait();
+                std::this_thread::yield();
                 EXPECT_FALSE(isEnding);
                 --held;
             }

@@ -58,18 +58,15 @@ TEST(Document, RefusesWhatIsNotPossibleAndStaysAsItWas) {
         layer.placed.opacity = opacity;
         document.replace(layer);
     };
-    struct {
-        std::function<void()> change;
-        char const* expected;
-    } const rows[] = {{[&] { document.remove(9); }, "the layer is no longer there"},
-        {[&] { document.insert(4, makeLayer(9, "d")); }, "position 4 lies above the highest layer"},
-        {[&] { document.insert(0, makeLayer(9, "a")); }, "there is a layer \"a\" already"},
-        {[&] { document.reorder(1, 3); }, "position 3 lies above the highest layer"},
-        {[&] { replaceWith("b", 1); }, "there is a layer \"b\" already"},
-        {[&] { replaceWith("a\nb", 1); }, "a layer's name must not be empty or hold control characters"},
-        {[&] { replaceWith("a", std::nanf("")); }, "an opacity lies between 0 and 1"}};
-    for (auto const& row : rows)
-        EXPECT_EQ(row.expected, errorOf(row.change));
+    for (auto const& [change, expected] : std::vector<std::pair<std::function<void()>, char const*>>{
+             {[&] { document.remove(9); }, "the layer is no longer there"},
+             {[&] { document.insert(4, makeLayer(9, "d")); }, "position 4 lies above the highest layer"},
+             {[&] { document.insert(0, makeLayer(9, "a")); }, "there is a layer \"a\" already"},
+             {[&] { document.reorder(1, 3); }, "position 3 lies above the highest layer"},
+             {[&] { replaceWith("b", 1); }, "there is a layer \"b\" already"},
+             {[&] { replaceWith("a\nb", 1); }, "a layer's name must not be empty or hold control characters"},
+             {[&] { replaceWith("a", std::nanf("")); }, "an opacity lies between 0 and 1"}})
+        EXPECT_EQ(expected, errorOf(change));
     EXPECT_THROW(document.setCanvas({0, 1}), ImageError);
     EXPECT_EQ("abc", names(document));
 }
@@ -123,24 +120,21 @@ TEST_F(DocumentFile, ReportsATruncationAtAnyByte) {
 
 TEST_F(DocumentFile, ReportsTheLineOrThePictureThatIsWrong) {
     std::string const start = "compositor document 1\n", layers = start + "canvas 1 1\npicture 9\nlayer 0 0 0 ";
-    struct {
-        std::string text;
-        char const* expected;
-    } const rows[] = {{"compositor document 2\n", "it is neither a document nor a PNG picture"},
-        {start + "size 1 1\n", "line 2: expected the canvas"},
-        {start + "canvas 1 x\n", "line 2: \"x\" is not a number that can stand here"},
-        {start + "canvas 1 0\n", "line 2: a picture of 1 x 0 pixels is not possible"},
-        {start + "canvas 1 1\nlayer 0 0 0 1 over a\n", "line 3: there is no picture 0"},
-        {layers + "2 over a\n", "line 4: an opacity lies between 0 and 1"},
-        {layers + "1 under a\n", "line 4: there is no blend mode \"under\""},
-        {layers + "1 over a\nlayer 0 0 0 1 over a\n", "line 5: there is a layer"},
-        {start + "canvas 1 1\npicture -1\n", "line 3: \"-1\" is not a number"},
-        {start + "canvas 1 1\nnonsense\n", "line 3: unknown word \"nonsense\""},
-        {start + "canvas 1 1\npicture 99999999999999\ndata\n", "picture 0: the file ends before it does"},
-        {start + "canvas 1 1\npicture 4\ndata\nabcd", "picture 0: it is not a PNG picture"}};
-    for (auto const& row : rows) {
-        std::string const error = errorOf([&] { decode(row.text); });
-        EXPECT_EQ(0u, error.find(row.expected)) << error;
+    for (auto const& [text, expected] : std::vector<std::pair<std::string, char const*>>{
+             {"compositor document 2\n", "it is neither a document nor a PNG picture"},
+             {start + "size 1 1\n", "line 2: expected the canvas"},
+             {start + "canvas 1 x\n", "line 2: \"x\" is not a number that can stand here"},
+             {start + "canvas 1 0\n", "line 2: a picture of 1 x 0 pixels is not possible"},
+             {start + "canvas 1 1\nlayer 0 0 0 1 over a\n", "line 3: there is no picture 0"},
+             {layers + "2 over a\n", "line 4: an opacity lies between 0 and 1"},
+             {layers + "1 under a\n", "line 4: there is no blend mode \"under\""},
+             {layers + "1 over a\nlayer 0 0 0 1 over a\n", "line 5: there is a layer"},
+             {start + "canvas 1 1\npicture -1\n", "line 3: \"-1\" is not a number"},
+             {start + "canvas 1 1\nnonsense\n", "line 3: unknown word \"nonsense\""},
+             {start + "canvas 1 1\npicture 99999999999999\ndata\n", "picture 0: the file ends before it does"},
+             {start + "canvas 1 1\npicture 4\ndata\nabcd", "picture 0: it is not a PNG picture"}}) {
+        std::string const error = errorOf([&input = text] { decode(input); });
+        EXPECT_EQ(0u, error.find(expected)) << error;
     }
 }
 

@@ -91,13 +91,10 @@ TEST(Renderer, ClipsLayersThatLieAnywhere) {
     Colour const red{255, 0, 0, 255};
     auto const picture = std::make_shared<Picture const>(paint({3, 3}, [&](int, int) { return red; }));
     constexpr int far = 2147483647;
-    struct {
-        int x, y;
-        char const* expected;
-    } const rows[] = {{-2, -2, "x...|....|"}, {1, -1, ".xxx|.xxx|"}, {2, 1, "....|..xx|"}, {4, 0, "....|....|"},
-        {far, far, "....|....|"}, {-far, -far, "....|....|"}};
-    for (auto const& row : rows) {
-        Renderer const renderer({4, 2}, {{picture, row.x, row.y, 1.0f, BlendMode::Over}});
+    for (auto const& [left, top, expected] :
+        std::vector<std::tuple<int, int, char const*>>{{-2, -2, "x...|....|"}, {1, -1, ".xxx|.xxx|"},
+            {2, 1, "....|..xx|"}, {4, 0, "....|....|"}, {far, far, "....|....|"}, {-far, -far, "....|....|"}}) {
+        Renderer const renderer({4, 2}, {{picture, left, top, 1.0f, BlendMode::Over}});
         std::string shown;
         for (int y = 0; y < 2; ++y) {
             std::vector<Colour> pixels(4);
@@ -106,7 +103,7 @@ TEST(Renderer, ClipsLayersThatLieAnywhere) {
                 shown += pixel == red ? 'x' : '.';
             shown += '|';
         }
-        EXPECT_EQ(row.expected, shown) << row.x << ", " << row.y;
+        EXPECT_EQ(expected, shown) << left << ", " << top;
     }
 }
 

@@ -23,16 +23,13 @@ LgMajorGroup& testing_() {
 }
 
 TEST(LgLevels, TheMostSpecificRuleWinsAndTheLastAmongEqualOnes) {
-    struct {
-        char const* rules;
-        int expected;
-    } const rows[] = {{"*:5", 5}, {"Testing:6", 6}, {"*:2", 6}, {"Testing.Levels:7,Testing:1", 7},
-        {"Testing.Other:0,Other.Levels:0", 7}, {"Testing.Levels:4, Testing.Levels:8 ", 8}};
     LgMinorGroup const group(testing_(), "Levels");
-    for (auto const& row : rows) {
-        LgLevels::set(row.rules);
-        EXPECT_TRUE(group.isEnabled(row.expected)) << row.rules;
-        EXPECT_FALSE(group.isEnabled(row.expected + 1)) << row.rules;
+    for (auto const& [rules, expected] : std::vector<std::pair<char const*, int>>{{"*:5", 5}, {"Testing:6", 6},
+             {"*:2", 6}, {"Testing.Levels:7,Testing:1", 7}, {"Testing.Other:0,Other.Levels:0", 7},
+             {"Testing.Levels:4, Testing.Levels:8 ", 8}}) {
+        LgLevels::set(rules);
+        EXPECT_TRUE(group.isEnabled(expected)) << rules;
+        EXPECT_FALSE(group.isEnabled(expected + 1)) << rules;
     }
     EXPECT_TRUE(LgMinorGroup(testing_(), "Levels").isEnabled(8)) << "also a group that is made later";
 }

@@ -34,19 +34,16 @@ protected:
 };
 
 TEST_F(MsgServerTest, FormatsTheTextsOfACatalogueAndShowsIdentifiersForTheOthers) {
-    struct {
-        char const* id;
-        Vector<LiString> substitutions;
-        char const* expected;
-    } const rows[] = {{"MSG_ORDER", {"x", "y"}, "y before x, 100% of %"},
-        {"MSG_ESCAPES", {"unused"}, "\"a\\b\" # no comment\nsecond"},
-        {"MSG_UNQUOTED", {"a", "b"}, "MSG_UNQUOTED: a, b"}, {"MSG_OPEN", {}, "MSG_OPEN"},
-        {"MSG_AFTER", {}, "MSG_AFTER"}, {"MSG_ALONE", {}, "MSG_ALONE"}, {"MSG_LAST", {}, "last"},
-        {"MSG_UNKNOWN", {"a"}, "MSG_UNKNOWN: a"}};
     LogRecorder const log;
     MsgFileGuard const catalogue("test.msg");
-    for (auto const& row : rows)
-        EXPECT_EQ(row.expected, MsgSubscription(row.id).format(row.substitutions));
+    for (auto const& [id, substitutions, expected] :
+        std::vector<std::tuple<char const*, Vector<LiString>, char const*>>{
+            {"MSG_ORDER", {"x", "y"}, "y before x, 100% of %"},
+            {"MSG_ESCAPES", {"unused"}, "\"a\\b\" # no comment\nsecond"},
+            {"MSG_UNQUOTED", {"a", "b"}, "MSG_UNQUOTED: a, b"}, {"MSG_OPEN", {}, "MSG_OPEN"},
+            {"MSG_AFTER", {}, "MSG_AFTER"}, {"MSG_ALONE", {}, "MSG_ALONE"}, {"MSG_LAST", {}, "last"},
+            {"MSG_UNKNOWN", {"a"}, "MSG_UNKNOWN: a"}})
+        EXPECT_EQ(expected, MsgSubscription(id).format(substitutions));
     ASSERT_EQ(4u, log.lines().size());
     EXPECT_NE(std::string::npos, log.lines()[0].find("test.msg:6: expected MSG_ID"));
 }

@@ -78,14 +78,12 @@ std::ptrdiff_t count(char const* folder) {
 }
 
 TEST(OsChildProcess, HasItsLineCutIntoWordsAsByAShell) {
-    struct {
-        std::string line, words;
-    } const rows[] = {{" a \t b\nc ", "[a]\n[b]\n[c]\n"}, {R"('a  b' '\"$x' '')", "[a  b]\n[\\\"$x]\n[]\n"},
-        {R"("a  'b'" "\"\\\$\`\n" "")", "[a  'b']\n[\"\\$`\\n]\n[]\n"}, {R"(a\ b \'c\\)", "[a b]\n['c\\]\n"},
-        {"a \\\n b\\\n \\\n", "[a]\n[b]\n"}, {R"(a'b c'"d e"\ f)", "[ab cd e f]\n"},
-        {"$HOME * ~ a|b;c>d `e` #f", "[$HOME]\n[*]\n[~]\n[a|b;c>d]\n[`e`]\n[#f]\n"}};
-    for (auto const& row : rows)
-        EXPECT_EQ(row.words, outputOf("arguments " + row.line));
+    for (auto const& [line, words] : std::vector<std::pair<std::string, std::string>>{
+             {" a \t b\nc ", "[a]\n[b]\n[c]\n"}, {R"('a  b' '\"$x' '')", "[a  b]\n[\\\"$x]\n[]\n"},
+             {R"("a  'b'" "\"\\\$\`\n" "")", "[a  'b']\n[\"\\$`\\n]\n[]\n"}, {R"(a\ b \'c\\)", "[a b]\n['c\\]\n"},
+             {"a \\\n b\\\n \\\n", "[a]\n[b]\n"}, {R"(a'b c'"d e"\ f)", "[ab cd e f]\n"},
+             {"$HOME * ~ a|b;c>d `e` #f", "[$HOME]\n[*]\n[~]\n[a|b;c>d]\n[`e`]\n[#f]\n"}})
+        EXPECT_EQ(words, outputOf("arguments " + line));
 }
 
 TEST(OsChildProcess, HasEveryByteThatTheChildWrote) {
@@ -109,13 +107,10 @@ TEST(OsChildProcess, CountsWhatWasNotReadYet) {
 }
 
 TEST(OsChildProcess, TellsHowTheChildEnded) {
-    struct {
-        char const* steps;
-        int exitCode;
-    } const rows[] = {{"", 0}, {"exit 255", 255}, {"signal 9", 137}, {"signal 2", static_cast<int>(0xC000013A)}};
-    for (auto const& row : rows) {
-        Child child(childCommand(row.steps));
-        EXPECT_EQ(row.exitCode, child.readToEnd()) << row.steps;
+    for (auto const& [steps, exitCode] : std::vector<std::pair<char const*, int>>{
+             {"", 0}, {"exit 255", 255}, {"signal 9", 137}, {"signal 2", static_cast<int>(0xC000013A)}}) {
+        Child child(childCommand(steps));
+        EXPECT_EQ(exitCode, child.readToEnd()) << steps;
     }
 }
 
@@ -128,8 +123,7 @@ TEST(OsChildProcess, EndsByABreakUnlessItIgnoresIt) {
     EXPECT_EQ(OsChildProcess::endedByBreak, obedient.readToEnd());
 
     NamedPipe pipe;
-    Child stubborn(
-        childCommand("ignoreBreak tell " + pipe.path() + " await " + pipe.path() + " tell " + pipe.path() + " pause"));
+    Child stubborn(childCommand("ignoreBreak" + pipe.tell() + pipe.await() + pipe.tell() + "pause"));
     pid_t const number = pipe.hear();
     EXPECT_TRUE(stubborn.sendBreak());
     pipe.release();
@@ -137,13 +131,15 @@ TEST(OsChildProcess, EndsByABreakUnlessItIgnoresIt) {
     EXPECT_TRUE(stubborn.terminate(7));
     EXPECT_EQ(7, stubborn.readToEnd());
 
-    Child halted(childCommand("signal 19"));
+    Child halted(childCommand(pipe.tell() + "signal 19"));
+    siginfo_t ignored;
+    ::waitid(P_PID, static_cast<id_t>(pipe.hear()), &ignored, WSTOPPED | WNOWAIT);
     EXPECT_TRUE(halted.sendBreak());
     EXPECT_EQ(OsChildProcess::endedByBreak, halted.readToEnd());
 }
 
 TEST(OsChildProcess, ReachesNobodyAfterItsEnd) {
-    Child child(childCommand("exit 4"));
+    Child child(childCommand("out 12 exit 4"));
     EXPECT_EQ(4, child.readToEnd());
     EXPECT_TRUE(child.terminate(9));
     int exitCode = 0;
@@ -153,17 +149,18 @@ TEST(OsChildProcess, ReachesNobodyAfterItsEnd) {
     EXPECT_FALSE(child.sendBreak());
     EXPECT_FALSE(child.terminate(9));
     child.detach();
-    EXPECT_EQ(Launch::Started, child.launch(childCommand("exit 5"), {}));
+    EXPECT_EQ(Launch::Started, child.launch(childCommand("out 3 signal 9"), {}));
     EXPECT_THROW(child.launch(childCommand("exit 6"), {}), ExAssertionFailed);
-    EXPECT_EQ(5, child.readToEnd()) << "what was asked of the one before is forgotten";
+    EXPECT_EQ(137, child.readToEnd()) << "what was asked of the one before is forgotten";
+    EXPECT_EQ("123", child.output);
 }
 
 // The leader ends by the break, or by the termination; the other one hears neither but belongs to the group.
 TEST(OsChildProcess, TakesItsGroupWithIt) {
     for (bool const terminates : {false, true}) {
         NamedPipe otherTells, lastTells;
-        Child child("sh -c '" KO_TEST_CHILD " ignoreBreak tell " + otherTells.path() +
-                    " pause & " KO_TEST_CHILD " tell " + lastTells.path() + " pause'");
+        Child child("sh -c '" KO_TEST_CHILD " ignoreBreak" + otherTells.tell() + "pause & " KO_TEST_CHILD +
+                    lastTells.tell() + "pause'");
         Process const other(otherTells.hear());
         lastTells.hear();
         EXPECT_TRUE(terminates ? child.terminate(0) : child.sendBreak());
@@ -176,7 +173,7 @@ TEST(OsChildProcess, TakesItsGroupWithIt) {
 TEST(OsChildProcess, LeavesTheRestOfItsGroupAloneWhenItEndsByItself) {
     NamedPipe hears, releases;
     {
-        Child child(childCommand("orphan await " + releases.path() + " tell " + hears.path()));
+        Child child(childCommand("orphan" + releases.await() + hears.tell()));
         EXPECT_EQ(0, child.readToEnd());
         EXPECT_TRUE(child.forget());
     }
@@ -201,15 +198,9 @@ TEST(OsChildProcess, StartsWithNothingOfThisProcessButItsDirectory) {
         sigset_t now;
         pthread_sigmask(SIG_BLOCK, nullptr, &now);
         EXPECT_TRUE(sigismember(&now, SIGTERM)) << "this thread's own signals are as they were";
-        ::close(inheritable);
-    });
-}
-
-TEST(OsChildProcess, StartsAlsoWhenThisProcessHasNoStandardStreams) {
-    inChildProcess([] {
-        for (int const stream : {0, 1})
-            ::close(stream);
-        EXPECT_EQ("0 1 2 \n", outputOf("descriptors"));
+        for (int const descriptor : {inheritable, 0, 1})
+            ::close(descriptor);
+        EXPECT_EQ("0 1 2 \n", outputOf("descriptors")) << "although this process has no standard streams";
     });
 }
 
@@ -228,16 +219,13 @@ TEST(OsChildProcess, SaysWhyItCannotBeStarted) {
     TemporaryFolder const folder;
     std::string const text = folder.write("text", "no program").string();
     constexpr char const* malformed = "The command line names no program, or has a quotation without an end";
-    struct {
-        std::string commandLine;
-        char const* error;
-    } const rows[] = {{"no-such-program x", "No such file or directory"}, {"''", "No such file or directory"},
-        {text, "Permission denied"}, {"  ", malformed}, {"'a", malformed}, {std::string("a\0b", 3), malformed}};
     auto const descriptors = count("/proc/self/fd");
-    for (auto const& row : rows) {
+    for (auto const& [commandLine, error] : std::vector<std::pair<std::string, char const*>>{
+             {"no-such-program x", "No such file or directory"}, {"''", "No such file or directory"},
+             {text, "Permission denied"}, {"  ", malformed}, {"'a", malformed}, {std::string("a\0b", 3), malformed}}) {
         OsChildProcess child;
-        EXPECT_EQ(Launch::Failed, child.launch(row.commandLine, {})) << row.commandLine;
-        EXPECT_EQ(row.error, child.getLaunchError()) << row.commandLine;
+        EXPECT_EQ(Launch::Failed, child.launch(commandLine, {})) << commandLine;
+        EXPECT_EQ(error, child.getLaunchError()) << commandLine;
         EXPECT_EQ(Launch::Started, child.launch(childCommand(""), {})) << "another one can be";
     }
     EXPECT_EQ(descriptors, count("/proc/self/fd"));
@@ -249,7 +237,6 @@ TEST(OsChildProcess, NeedsADirectoryForItsOutput) {
         OsChildProcess child;
         ::setenv("TMPDIR", "/nowhere", 1);
         EXPECT_EQ(Launch::Failed, child.launch(childCommand(""), {}));
-        EXPECT_EQ("No such file or directory", child.getLaunchError());
         ::setenv("TMPDIR", "/proc", 1);
         EXPECT_EQ(Launch::Failed, child.launch(childCommand(""), {}));
         ::setenv("TMPDIR", (folder / ".").c_str(), 1);
@@ -260,24 +247,21 @@ TEST(OsChildProcess, NeedsADirectoryForItsOutput) {
 
 TEST(OsChildProcess, EndsANapByItsEndByAnErrorAndByBeingDetached) {
     NamedPipe writes, ends;
-    Child child(childCommand("await " + writes.path() + " err x closeErr await " + ends.path()));
+    Child child(childCommand(writes.await() + "err x closeErr" + ends.await()));
     int exitCode = 0;
     writes.release();
     child.nap(forEver);
     child.readAll();
     // That it closes its standard error may end one nap, but not all that follow.
     child.nap(0.2);
-    std::thread lets([&] { ends.release(); });
+    std::jthread const lets([&] { ends.release(); });
     child.nap(forEver);
     EXPECT_TRUE(child.getExitCode(exitCode));
     EXPECT_EQ(0, exitCode);
-    lets.join();
-
     Child other(childCommand("readInput"));
-    std::thread detaches([&] { other.detach(); });
+    std::jthread const detaches([&] { other.detach(); });
     while (other.isAttached())
         other.nap(forEver);
-    detaches.join();
 }
 
 TEST(OsChildProcess, LeavesNothingBehind) {
@@ -297,8 +281,8 @@ TEST(OsChildProcess, LeavesNothingBehind) {
 TEST(OsChildProcess, LivesOnDetachedAndBecomesNoZombie) {
     NamedPipe hears, releases;
     {
-        Child child(childCommand("tell " + hears.path() + " await " + releases.path() + " floodErr 300000 50 tell " +
-                                 hears.path() + " await " + releases.path()));
+        Child child(
+            childCommand(hears.tell() + releases.await() + "floodErr 3000000 50" + hears.tell() + releases.await()));
         pid_t const number = hears.hear();
         child.detach();
         EXPECT_FALSE(child.sendBreak());
@@ -312,7 +296,7 @@ TEST(OsChildProcess, LivesOnDetachedAndBecomesNoZombie) {
             std::this_thread::yield();
     }
     // Those of a process that has no more time for them.
-    Child other(childCommand("await " + releases.path()));
+    Child other(childCommand(releases.await()));
     other.detach();
     EXPECT_TRUE(other.forget());
     OsChildProcess::finalize();
@@ -323,9 +307,9 @@ TEST(OsChildProcess, LivesOnDetachedAndBecomesNoZombie) {
 TEST(OsChildProcess, EndsWithThisProcessUnlessItWasDetached) {
     NamedPipe attachedTells, memberTells, detachedTells, hostTells, releases;
     std::string const attached =
-        childCommand("ignoreBreak tell " + attachedTells.path() + " member tell " + memberTells.path() + " pause");
-    std::string const detached = childCommand("tell " + detachedTells.path() + " await " + releases.path() +
-                                              " floodErr 100000 50 tell " + detachedTells.path());
+        childCommand("ignoreBreak" + attachedTells.tell() + "member" + memberTells.tell() + "pause");
+    std::string const detached =
+        childCommand(detachedTells.tell() + releases.await() + "floodErr 100000 50" + detachedTells.tell());
     Child host("'" KO_TEST_CHILD_HOST "' \"" + attached + "\" \"" + detached + "\" " + hostTells.path());
     Process const leader(attachedTells.hear());
     Process const member(memberTells.hear());

@@ -55,16 +55,14 @@ TEST(OsSharedLib, PassesOnWhatTheSystemSaysWithThePath) {
     folder.write("foreign.so", foreign + std::string(2000, '\0'));
     std::filesystem::copy_file(libraries / "unresolved.op.so", folder / "unresolved.so");
     std::filesystem::copy_file(libraries / "orphan.op.so", folder / "orphan.so");
-    struct {
-        char const *name, *words;
-    } const rows[] = {{"text.so", "invalid ELF header"}, {"short.so", "file too short"}, {"folder.so", "directory"},
-        {"foreign.so", "wrong ELF class"}, {"missing.so", "No such file"}, {"unresolved.so", "koNobodyHasThis"},
-        {"orphan.so", "libplugInAbsent.so: cannot open"}};
-    for (auto const& row : rows) {
-        std::string const path = (folder / row.name).string();
+    for (auto const& [name, words] : std::vector<std::pair<char const*, char const*>>{{"text.so", "invalid ELF header"},
+             {"short.so", "file too short"}, {"folder.so", "directory"}, {"foreign.so", "wrong ELF class"},
+             {"missing.so", "No such file"}, {"unresolved.so", "koNobodyHasThis"},
+             {"orphan.so", "libplugInAbsent.so: cannot open"}}) {
+        std::string const path = (folder / name).string();
         std::string const reason = reasonOf(path);
         EXPECT_TRUE(reason.starts_with(path + ": ")) << reason;
-        EXPECT_NE(std::string::npos, reason.find(row.words)) << reason;
+        EXPECT_NE(std::string::npos, reason.find(words)) << reason;
     }
 }
 

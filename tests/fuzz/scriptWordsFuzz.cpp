@@ -2,6 +2,7 @@
 #include "script/script.h"
 #include "tests/fuzz/fuzzing.h"
 
+#include <regex>
 #include <sstream>
 
 namespace {
@@ -13,51 +14,29 @@ using Words = std::vector<std::string>;
 
 // None where the line cannot be read.
 std::optional<Words> modelSplit(std::string const& line) {
+    static std::regex const word(
+        R"([ \t\r]*(?:"((?:[^"\\]|\\[\s\S])*)"(?=[ \t\r]|$)|([^ \t\r"#][^ \t\r]*)))", std::regex::optimize);
+    static std::regex const rest(R"([ \t\r]*(?:#[\s\S]*)?)"), escape(R"(\\([\s\S]))");
     Words words;
-    bool inWord = false, inQuotes = false, wasQuoted = false;
-    for (std::size_t index = 0; index < line.size(); ++index) {
-        char const character = line[index];
-        bool const isBlank = character == ' ' || character == '\t' || character == '\r';
-        if (inQuotes) {
-            inQuotes = character != '"';
-            bool const isEscape = character == '\\' && index + 1 < line.size();
-            if (inQuotes) words.back() += isEscape ? line[++index] : character;
-        } else if (isBlank) {
-            inWord = wasQuoted = false;
-        } else if (wasQuoted) {
-            return std::nullopt;
-        } else if (!inWord && character == '#') {
-            break;
-        } else {
-            if (!inWord) words.emplace_back();
-            if (!inWord && character == '"')
-                inQuotes = wasQuoted = true;
-            else
-                words.back() += character;
-            inWord = true;
-        }
+    std::smatch found;
+    auto next = line.begin();
+    while (std::regex_search(next, line.end(), found, word, std::regex_constants::match_continuous)) {
+        words.push_back(found[2].matched ? found.str(2) : std::regex_replace(found.str(1), escape, "$1"));
+        next = found[0].second;
     }
-    return inQuotes ? std::nullopt : std::optional(words);
+    return std::regex_match(next, line.end(), rest) ? std::optional(words) : std::nullopt;
 }
 
 std::optional<Words> split(std::string const& line) try { return splitWords(line); } catch (ScriptError const&) {
     return std::nullopt;
 }
 
-void checkNumbers(Statement const& statement) {
-    for (std::size_t index = 1; index < statement.words.size(); ++index) {
-        try {
-            int const number = statement.integer(index, -5, 1000);
-            expect(number >= -5 && number <= 1000 && number == std::stoi(statement.words[index]),
-                "a whole number is read");
-        } catch (ScriptError const&) {
-        }
-        try {
-            float const number = statement.number(index, 0.0f, 1.0f);
-            expect(number >= 0.0f && number <= 1.0f, "a number lies within its bounds");
-        } catch (ScriptError const&) {
-        }
-    }
+void checkNumber(Statement const& statement, std::size_t index) try {
+    float const number = statement.number(index, -5.0f, 1000.0f);
+    expect(number >= -5.0f && number <= 1000.0f, "a number lies within its bounds");
+    int const whole = statement.integer(index, -5, 1000);
+    expect(whole >= -5 && whole <= 1000 && whole == std::stoi(statement.words[index]), "a whole number is read");
+} catch (ScriptError const&) {
 }
 
 void readStatements(std::string const& script) {
@@ -67,7 +46,8 @@ void readStatements(std::string const& script) {
             std::optional<Statement> const statement = reader.next();
             if (!statement) return;
             expect(!statement->words.empty() && statement->line == reader.line(), "a statement has a word and a place");
-            checkNumbers(*statement);
+            for (std::size_t index = 1; index < statement->words.size(); ++index)
+                checkNumber(*statement, index);
         } catch (ScriptError const&) {
         }
 }

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <map>
-#include <optional>
 #include <sstream>
 
 namespace {
@@ -41,10 +40,8 @@ struct Model {
 };
 
 std::string trimmed(std::string text) {
-    auto const isBlank = [](char character) { return character == ' ' || character == '\t' || character == '\r'; };
-    while (!text.empty() && isBlank(text.back()))
-        text.pop_back();
-    text.erase(text.begin(), std::find_if_not(text.begin(), text.end(), isBlank));
+    text.erase(text.find_last_not_of(" \t\r") + 1);
+    text.erase(0, text.find_first_not_of(" \t\r"));
     return text;
 }
 

@@ -16,9 +16,11 @@ namespace {
 using namespace Ko;
 using KoTest::inChildProcess;
 
-using Calls = std::vector<std::string>;
+std::string calls;
 
-Calls calls;
+std::string takeCalls() {
+    return std::exchange(calls, {});
+}
 
 template <char name>
 struct Tag {};
@@ -41,7 +43,7 @@ public:
 
 private:
     void record(char hook, std::function<void()> const& then) {
-        calls.push_back({hook, name});
+        (calls += hook) += name;
         if (then) then();
     }
 };
@@ -71,9 +73,9 @@ std::string reasonOf(Call call) {
     return "nothing was raised";
 }
 
-void expectFailedStartUp(std::string const& reason, Calls const& expected) {
+void expectFailedStartUp(std::string const& reason, std::string const& expected) {
     EXPECT_EQ(reason, reasonOf([] { InInitMgr::initialize(); }));
-    EXPECT_EQ(expected, calls);
+    EXPECT_EQ(expected, takeCalls());
     EXPECT_FALSE(InInitMgr::isInitialized());
 }
 
@@ -87,14 +89,13 @@ TEST(InInitMgr, StartsDependenciesFirstEqualsAsRegisteredAndEndsInReverse) {
         b.addDependency(InInit<Tag<'e'>>::getType());
         {
             InInitScope const scope;
-            EXPECT_EQ((Calls{"+a", "+c", "+e", "+b", "+d", "*a", "*c", "*e", "*b", "*d"}), calls);
+            EXPECT_EQ("+a+c+e+b+d*a*c*e*b*d", takeCalls());
             EXPECT_TRUE(d.isInitialized());
             EXPECT_THROW(InInitMgr::initialize(), ExAssertionFailed);
-            calls.clear();
         }
         EXPECT_FALSE(d.isInitialized());
         EXPECT_NO_THROW(InInitMgr::finalize());
-        EXPECT_EQ((Calls{"~d", "~b", "~e", "~c", "~a", "-d", "-b", "-e", "-c", "-a"}), calls);
+        EXPECT_EQ("~d~b~e~c~a-d-b-e-c-a", takeCalls());
     });
 }
 
@@ -103,14 +104,14 @@ TEST(InInitMgr, NamesWhatHasNoOrderAndStartsNothing) {
         Package<'a'> const a;
         Package<'b'> const b(on<'a', 'x'>());
         expectFailedStartUp(
-            "Package \"b\" depends on (anonymous namespace)::Tag<(char)120>, which is not registered.", {});
+            "Package \"b\" depends on (anonymous namespace)::Tag<(char)120>, which is not registered.", "");
     });
     inChildProcess([] {
         Package<'a'> const a(on<'c'>());
         Package<'b'> const b(on<'a'>());
         Package<'c'> const c(on<'b'>());
         Package<'d'> const d;
-        expectFailedStartUp("Packages depend on each other in a circle: \"a\", \"b\", \"c\".", {});
+        expectFailedStartUp("Packages depend on each other in a circle: \"a\", \"b\", \"c\".", "");
     });
 }
 
@@ -121,14 +122,13 @@ TEST(InInitMgr, TakesBackWhatWasInitialisedWhenAHookThrows) {
         Package<'c'> c(on<'b'>());
         c.onInitialize = [] { throw std::runtime_error("no disk"); };
         Package<'d'> const d(on<'c'>());
-        expectFailedStartUp(
-            "Package \"c\" could not be initialised: no disk", {"+a", "+b", "+c", "~b", "~a", "-b", "-a"});
+        expectFailedStartUp("Package \"c\" could not be initialised: no disk", "+a+b+c~b~a-b-a");
     });
     inChildProcess([] {
         Package<'a'> a;
         a.onPostInitialize = [] { AssertionSource("source").fail("late"); };
         EXPECT_THROW(InInitMgr::initialize(), ExAssertionFailed);
-        EXPECT_EQ((Calls{"+a", "*a", "~a", "-a"}), calls);
+        EXPECT_EQ("+a*a~a-a", takeCalls());
     });
     inChildProcess([] {
         std::unique_ptr<Package<'p'>> plugIn;
@@ -137,7 +137,7 @@ TEST(InInitMgr, TakesBackWhatWasInitialisedWhenAHookThrows) {
             opening<InRecursiveInitGuard>(plugIn)();
             throw std::runtime_error("no licence");
         };
-        expectFailedStartUp("Package \"a\" could not be initialised: no licence", {"+a", "+p", "~p", "-p"});
+        expectFailedStartUp("Package \"a\" could not be initialised: no licence", "+a+p~p-p");
     });
 }
 
@@ -150,9 +150,8 @@ TEST(InInitMgr, FinalisesEveryPackageWhateverAnotherOneThrows) {
             c.onFinalize = [] { throw std::runtime_error("first"); };
             a.onFinalize = [] { throw std::runtime_error("second"); };
             InInitMgr::initialize();
-            calls.clear();
             EXPECT_EQ("Package \"c\" could not be finalised: first", reasonOf([] { InInitMgr::finalize(); }));
-            EXPECT_EQ((Calls{"~c", "~b", "~a", "-c", "-b", "-a"}), calls);
+            EXPECT_EQ("+a+b+c*a*b*c~c~b~a-c-b-a", takeCalls());
         },
         "\"a\" could not be finalised: second");
 }
@@ -161,24 +160,21 @@ TEST(InReinitGuard, IsAStartUpOfItsOwnAndForgetsWhatFailed) {
     inChildProcess([] {
         Package<'a'> const a;
         InInitMgr::initialize();
-        calls.clear();
         std::optional<InReinitGuard> guard(std::in_place);
         Package<'b'> const b(on<'a'>());
         Package<'c'> c(on<'b'>());
         c.onInitialize = [] { throw std::runtime_error("bad plug-in"); };
         EXPECT_EQ(
             "Package \"c\" could not be initialised: bad plug-in", reasonOf([&] { guard->initializePackages(); }));
-        EXPECT_EQ((Calls{"+b", "+c", "~b", "-b"}), calls);
+        EXPECT_EQ("+a*a+b+c~b-b", takeCalls());
         guard.emplace();
         Package<'e'> const neverInitialized;
         guard.emplace();
         Package<'d'> const d(on<'a'>());
-        calls.clear();
         guard->initializePackages();
-        EXPECT_EQ((Calls{"+d", "*d"}), calls);
-        calls.clear();
+        EXPECT_EQ("+d*d", takeCalls());
         InInitMgr::finalize();
-        EXPECT_EQ((Calls{"~d", "~a", "-d", "-a"}), calls);
+        EXPECT_EQ("~d~a-d-a", takeCalls());
     });
 }
 
@@ -189,10 +185,10 @@ TEST(InRecursiveInitGuard, InitialisesWithinTheStartUpThatGoesOn) {
         Package<'b'> const b(on<'a'>());
         a.onInitialize = [&] {
             opening<InRecursiveInitGuard>(plugIn)();
-            calls.push_back("opened");
+            calls += " opened ";
         };
         InInitMgr::initialize();
-        EXPECT_EQ((Calls{"+a", "+p", "opened", "+b", "*p", "*a", "*b"}), calls);
+        EXPECT_EQ("+a+p opened +b*p*a*b", takeCalls());
     });
 }
 
@@ -202,7 +198,6 @@ TEST(InRecursiveInitGuard, FinalisesWithAFailedPackageWhatCameToDependOnIt) {
         InInitMgr::initialize();
         std::unique_ptr<Package<'q'>> dependent;
         std::unique_ptr<Package<'r'>> independent;
-        calls.clear();
         InReinitGuard guard;
         Package<'p'> const first;
         Package<'o'> second(on<'p'>());
@@ -214,7 +209,7 @@ TEST(InRecursiveInitGuard, FinalisesWithAFailedPackageWhatCameToDependOnIt) {
             throw std::runtime_error("after loading others");
         };
         EXPECT_THROW(guard.initializePackages(), InInitEx);
-        EXPECT_EQ((Calls{"+p", "+o", "+q", "+r", "~q", "~p", "-q", "-p", "*r"}), calls);
+        EXPECT_EQ("+a*a+p+o+q+r~q~p-q-p*r", takeCalls());
         EXPECT_TRUE(independent->isInitialized());
     });
 }
@@ -223,7 +218,6 @@ TEST(InReinitGuard, TakesItsOwnPackagesAndWhatTheyNeedOfThoseWithoutAGuard) {
     inChildProcess([] {
         Package<'a'> const a;
         InInitMgr::initialize();
-        calls.clear();
         Package<'z'> const needed;
         Package<'y'> const notNeeded;
         InReinitGuard outer;
@@ -234,12 +228,11 @@ TEST(InReinitGuard, TakesItsOwnPackagesAndWhatTheyNeedOfThoseWithoutAGuard) {
             std::unique_ptr<Package<'x'>> ofAnotherThread;
             std::thread([&] { ofAnotherThread = std::make_unique<Package<'x'>>(); }).join();
             inner.initializePackages();
-            EXPECT_EQ((Calls{"+z", "+c", "*z", "*c"}), calls);
+            EXPECT_EQ("+a*a+z+c*z*c", takeCalls());
         }
         Package<'d'> const d;
-        calls.clear();
         outer.initializePackages();
-        EXPECT_EQ((Calls{"+b", "+d", "*b", "*d"}), calls);
+        EXPECT_EQ("+b+d*b*d", takeCalls());
     });
 }
 
@@ -252,7 +245,7 @@ TEST(InReinitGuard, LeavesThePostInitialiseHooksOfAStartUpAroundIt) {
         b.onInitialize = opening<InReinitGuard>(own);
         b.onPostInitialize = opening<InRecursiveInitGuard>(joining);
         InInitMgr::initialize();
-        EXPECT_EQ((Calls{"+a", "+b", "+p", "*p", "*a", "*b", "+q", "*q"}), calls);
+        EXPECT_EQ("+a+b+p*p*a*b+q*q", takeCalls());
     });
 }
 
@@ -267,7 +260,7 @@ TEST(InInitScope, RaisesWhatTheEndThrowsButNeverOverAnotherException) {
                     if (isUnwinding) throw std::logic_error("the first");
                 });
                 EXPECT_EQ(isUnwinding ? "the first" : "Package \"a\" could not be finalised: disk full", reason);
-                EXPECT_EQ((Calls{"+a", "*a", "~a", "-a"}), calls);
+                EXPECT_EQ("+a*a~a-a", takeCalls());
             },
             isUnwinding ? "disk full" : "");
 }

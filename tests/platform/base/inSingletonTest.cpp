@@ -1,4 +1,5 @@
 #include "base/inSingleton.imp.h"
+#include "tests/support/caught.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +7,7 @@ namespace {
 
 using namespace Ko;
 
-class Counted : public InSingleton<Counted> {
-public:
+struct Counted : InSingleton<Counted> {
     static inline int alive = 0;
     Counted() { ++alive; }
     ~Counted() { --alive; }
@@ -15,14 +15,10 @@ public:
 
 template <class Exception, class Call>
 void expectMisuse(int line, Call call) {
-    try {
-        call();
-        FAIL() << "not raised";
-    } catch (Exception const& error) {
-        EXPECT_STREQ(".\\base/inSingleton.imp.h", error.getFile());
-        EXPECT_EQ(line, error.getLine());
-        EXPECT_NE(std::string::npos, error.getReason().find("Counted"));
-    }
+    auto const error = KoTest::caught<Exception>(call);
+    EXPECT_STREQ(".\\base/inSingleton.imp.h", error.getFile());
+    EXPECT_EQ(line, error.getLine());
+    EXPECT_NE(std::string::npos, error.getReason().find("Counted"));
 }
 
 TEST(InSingleton, LivesOnceAndReportsEveryMisuseWithoutChange) {

@@ -1,6 +1,7 @@
 #include "base/exBase.h"
 #include "base/rcShdPtr.h"
 #include "base/rcWeakPtr.h"
+#include "tests/support/caught.h"
 
 #include <barrier>
 #include <gtest/gtest.h>
@@ -10,14 +11,13 @@ namespace {
 
 using namespace Ko;
 
-class Base : public RCBase {
-public:
+struct Base : RCBase {
     static inline std::atomic<int> alive{0};
     Base() { ++alive; }
     ~Base() override { --alive; }
     int value = 7;
 };
-class Derived : public Base {};
+struct Derived : Base {};
 
 TEST(RCShdPtr, SharesOwnershipAcrossTypesAndDeletesOnce) {
     {
@@ -37,13 +37,8 @@ TEST(RCShdPtr, SharesOwnershipAcrossTypesAndDeletesOnce) {
 }
 
 TEST(RCShdPtr, RaisesTheNullPointerExceptionNamingTheType) {
-    RCShdPtr<Derived> const null;
-    try {
-        static_cast<void>(null->value);
-        FAIL() << "not raised";
-    } catch (ExNullPtr const& error) {
-        EXPECT_NE(std::string::npos, error.getReason().find("Derived"));
-    }
+    auto const error = KoTest::caught<ExNullPtr>([] { static_cast<void>(RCShdPtr<Derived>()->value); });
+    EXPECT_NE(std::string::npos, error.getReason().find("Derived"));
 }
 
 TEST(RCWeakPtr, NeitherKeepsNorRevivesItsObject) {
@@ -68,8 +63,7 @@ TEST(RCWeakPtr, GivesNoOwnerWhileTheObjectDies) {
 }
 
 TEST(RCWeakPtr, SurvivesOwnersThatLetGoWhileOthersLock) {
-    constexpr int threads = 4;
-    constexpr int rounds = 500;
+    constexpr int threads = 4, rounds = 500;
     std::vector<RCShdPtr<Base>> owners(threads);
     RCWeakPtr<Base> weak;
     std::barrier step(threads);

@@ -1,6 +1,7 @@
 #include "internalAPI/cbDispatcher.h"
 #include "tests/support/logRecorder.h"
 
+#include <array>
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
@@ -51,20 +52,18 @@ TEST_F(CbDispatcherTest, CallsInTheOrderOfRegistrationAsOftenAsRegistered) {
 }
 
 TEST_F(CbDispatcherTest, HandlersMayRemoveThemselvesAndOthersAndAddNewOnes) {
-    struct {
-        char const *removed, *added; // by b, in "abcd"
-        char const *first, *next;
-    } const rows[] = {{"b", "", "abcd", "acd"}, {"a", "", "abcd", "bcd"}, {"d", "", "abc", "abc"},
-        {"", "e", "abcd", "abcde"}, {"c", "c", "abd", "abdc"}};
-    for (auto const& row : rows) {
+    // What b removes and adds in "abcd", who is called then, and who the next time.
+    using Row = std::array<std::string, 4>;
+    for (auto const& row : {Row{"b", "", "abcd", "acd"}, Row{"a", "", "abcd", "bcd"}, Row{"d", "", "abc", "abc"},
+             Row{"", "e", "abcd", "abcde"}, Row{"c", "c", "abd", "abdc"}}) {
         dispatcher = std::make_unique<CbDispatcher<CbEmptyType>>();
         add("abcd");
         (*this)['b'].then = [this, &row] {
-            if (*row.removed) remove(*row.removed);
-            add(row.added);
+            if (!row[0].empty()) remove(row[0][0]);
+            add(row[1]);
         };
-        EXPECT_EQ(row.first, call()) << row.removed << row.added;
-        EXPECT_EQ(row.next, call()) << row.removed << row.added;
+        EXPECT_EQ(row[2], call());
+        EXPECT_EQ(row[3], call());
     }
 }
 

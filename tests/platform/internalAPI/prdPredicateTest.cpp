@@ -12,14 +12,11 @@ using Implementation = PrdPredicateImp<int>;
 using Children = PrdCompositePredicateImp<int>::Children;
 
 /// Whether a number is at least another; counts how often it is asked.
-class AtLeast : public Implementation {
-public:
-    AtLeast(int least, int& asked) : _least(least), _asked(asked) {}
-    bool test(int const& number) const override { return ++_asked, number >= _least; }
-
-private:
-    int _least;
-    int& _asked;
+struct AtLeast : Implementation {
+    AtLeast(int itsLeast, int& itsAsked) : least(itsLeast), asked(itsAsked) {}
+    bool test(int const& number) const override { return ++asked, number >= least; }
+    int least;
+    int& asked;
 };
 
 class PrdPredicateTest : public testing::Test {
@@ -32,26 +29,15 @@ protected:
 };
 
 TEST_F(PrdPredicateTest, CombinesAndAsksNoMoreThanItHasTo) {
-    struct {
-        char const* name;
-        Predicate predicate;
-        int number;
-        bool expected;
-        int askedFirst, askedSecond;
-    } const rows[] = {
-        {"or, first", five || nine, 5, true, 1, 0},
-        {"or, second", nine || five, 5, true, 1, 1},
-        {"and, both", five & nine, 9, true, 1, 1},
-        {"and, only first", five & nine, 5, false, 1, 1},
-        {"and, not first", five & nine, 4, false, 1, 0},
-        {"not or", !(five || nine), 4, true, 1, 1},
-        {"not all", !Predicate::all(), 0, false, 0, 0},
-    };
-    for (auto const& row : rows) {
+    for (auto const& [name, predicate, number, expected, firstTimes, secondTimes] :
+        std::vector<std::tuple<char const*, Predicate, int, bool, int, int>>{{"or, first", five || nine, 5, true, 1, 0},
+            {"or, second", nine || five, 5, true, 1, 1}, {"and, both", five & nine, 9, true, 1, 1},
+            {"and, only first", five & nine, 5, false, 1, 1}, {"and, not first", five & nine, 4, false, 1, 0},
+            {"not or", !(five || nine), 4, true, 1, 1}, {"not all", !Predicate::all(), 0, false, 0, 0}}) {
         askedFirst = askedSecond = 0;
-        EXPECT_EQ(row.expected, row.predicate(row.number)) << row.name;
-        EXPECT_EQ(row.askedFirst, askedFirst) << row.name;
-        EXPECT_EQ(row.askedSecond, askedSecond) << row.name;
+        EXPECT_EQ(expected, predicate(number)) << name;
+        EXPECT_EQ(firstTimes, askedFirst) << name;
+        EXPECT_EQ(secondTimes, askedSecond) << name;
     }
 }
 

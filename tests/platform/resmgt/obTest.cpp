@@ -20,28 +20,22 @@ class Hint : public ObHint {};
 class DerivedHint : public Hint {};
 
 /// Does what the test asks.
-class Actor : public ObObserver<Tag> {
-public:
+struct Actor : ObObserver<Tag> {
     explicit Actor(std::function<void()> then = {}) : onUpdate(std::move(then)) {}
     ~Actor() override { disableUpdates(); }
     using ObObserver::disableUpdates;
-
-    std::function<void()> onUpdate;
-
-protected:
     void update(ObObserver const* observer, ObHints const&) override {
         EXPECT_EQ(this, observer);
         auto const then = onUpdate; // kept alive, also if the observer ends here
         if (then) then();
     }
+    std::function<void()> onUpdate;
 };
 
 /// Records "name", or "+name" and "-name" for attachment and detachment.
 class Observer : public Actor {
 public:
-    Observer(std::string name, std::string& journal, std::function<void()> then = {})
-        : Actor(std::move(then)), _name(std::move(name)), _journal(journal) {}
-
+    Observer(std::string name, std::string& journal) : _name(std::move(name)), _journal(journal) {}
     std::function<void()> onDetached;
 
 private:
@@ -183,25 +177,21 @@ TEST_F(ObTest, LogsWhatAnObserverThrowsAndTellsTheOthers) {
 }
 
 // An observer that notices an update after its end, or one that is still running then.
-class Mortal : public ObObserver<Tag> {
-public:
+struct Mortal : ObObserver<Tag> {
     ~Mortal() override {
         disableUpdates();
         EXPECT_EQ(0, inside);
-        _isAlive = false;
+        isAlive = false;
     }
-    std::atomic<int> inside{0};
-
-private:
     void update(ObObserver const*, ObHints const&) override {
         inside.fetch_add(1, std::memory_order_relaxed);
-        EXPECT_TRUE(_isAlive);
+        EXPECT_TRUE(isAlive);
         std::this_thread::yield();
-        EXPECT_TRUE(_isAlive);
+        EXPECT_TRUE(isAlive);
         inside.fetch_sub(1, std::memory_order_relaxed);
     }
-
-    bool _isAlive = true; // unsafe to be read when the destructor has begun
+    bool isAlive = true; // unsafe to be read when the destructor has begun
+    std::atomic<int> inside{0};
 };
 
 /// Ten threads that notify while the test does something.

@@ -1,4 +1,5 @@
 #include "resmgt/osSharedLib.h"
+#include "tests/support/caught.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/temporaryFolder.h"
 
@@ -16,12 +17,7 @@ auto answerOf(OsSharedLib const& library) {
 }
 
 std::string reasonOf(OsFilePath const& path) {
-    try {
-        OsSharedLib::open(path);
-    } catch (OsSharedLibEx const& error) {
-        return error.getReason();
-    }
-    return "it was opened";
+    return caught<OsSharedLibEx>([&] { OsSharedLib::open(path); }).getReason();
 }
 
 TEST(OsSharedLib, StaysOpenWithoutAHandle) {

@@ -26,16 +26,13 @@ TEST(LiDate, IsFormattedInTheTimeZoneOfTheMachine) {
 }
 
 // An interval timer whose time the test turns.
-class ManualTimer {
-public:
-    static inline double now = 100.0;
-
-    void start() noexcept { _begin = now; }
+struct ManualTimer {
+    void start() noexcept { begin = now; }
     double stop() noexcept { return getSecondsSoFar(); }
-    double getSecondsSoFar() const noexcept { return now - _begin; }
+    double getSecondsSoFar() const noexcept { return now - begin; }
 
-private:
-    double _begin = 0.0;
+    static inline double now = 100.0;
+    double begin = 0.0;
 };
 
 // Steps: s starts, p stops, r resets; then some seconds pass.

@@ -44,7 +44,8 @@ TEST(Document, OrdersItsLayersAndFindsThemByNameAndId) {
     Layer const removed = document.remove(document.layer("c").id);
     document.insert(0, removed);
     EXPECT_EQ("cba", names(document));
-    EXPECT_EQ(4u, document.newId());
+    document.insert(0, makeLayer(9, "d"));
+    EXPECT_EQ(10u, document.newId());
 }
 
 TEST(Document, RefusesWhatIsNotPossibleAndStaysAsItWas) {

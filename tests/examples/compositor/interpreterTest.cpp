@@ -54,6 +54,8 @@ TEST_F(InterpreterTest, MovesThroughTheHistoryAndLimitsIt) {
     EXPECT_EQ("  0 Initial State\n  1 Add a\n  2 Add b\n  3 Move a\n  4 Move a\n> 5 Move a\n", take(output));
     run("limit 2\nhistory");
     EXPECT_EQ("  0 Initial State\n  1 Move a\n> 2 Move a\n", take(output));
+    run("drag a 1 2 3 4");
+    EXPECT_EQ(4, editor.document().layer("a").placed.y);
 }
 
 TEST_F(InterpreterTest, KeepsQuietEditsOutOfTheHistoryAndNeverUndoesTheWrongThing) {

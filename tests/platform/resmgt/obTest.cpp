@@ -218,7 +218,7 @@ private:
 TEST(ObRace, NoUpdateRunsAfterADetachmentOrTheEndOfAnObserver) {
     std::vector<Subject> subjects(3);
     Notifiers const notifiers(subjects);
-    for (int round = 0; round < 500; ++round) {
+    for (int round = 0; round < 100; ++round) {
         Mortal ending, leaving;
         for (Subject& subject : subjects)
             subject.attachObserver(&ending);

@@ -41,7 +41,7 @@ TEST(OsFilePath, ComparesAsTheSystemDoes) {
 
 TEST(OsWildcardFilter, MatchesWholeNames) {
     for (auto const& [pattern, name, expected] : std::vector<std::tuple<char const*, char const*, bool>>{{"", "", true},
-             {"", "a", false}, {"**", "ab", true}, {"?*?", "a", false}, {"?*?", "ab", true},
+             {"", "a", false}, {"*", "", true}, {"**", "ab", true}, {"?*?", "a", false}, {"?*?", "ab", true},
              {"*.op.so", "blur.op.so.bak", false}, {"*.op.so", "Xop.so", false}, {"*.op.so", "a.op.op.so", true},
              {"a*b*c", "abbbcbc", true}, {"a*b*c", "abbbcb", false}, {"[a]", "a", false}, {"A", "a", false},
              {"gr?n", "gr\xC3\xBCn", true}, {"gr\xC3\xBC*", "gr\xC3\xBCn", true}, {"\xC3\xBC", "\xC3\xB6", false},

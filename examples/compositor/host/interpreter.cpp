@@ -20,6 +20,10 @@ int stepsOf(Statement const& statement) {
     return statement.arguments() == 1 ? statement.integer(1, 1, largest) : 1;
 }
 
+std::vector<std::string> argumentsOf(Statement const& statement) {
+    return {statement.words.begin() + 1, statement.words.end()};
+}
+
 std::string quoted(std::string const& text) {
     return "\"" + text + "\"";
 }
@@ -129,7 +133,7 @@ void Interpreter::runStatement(Statement const& statement) {
         throw ScriptError(std::string("write: ") + found->usage);
     if (!found->insideGroups && Ko::CmUndoGuard::isGuardActive())
         throw ScriptError(quoted(statement.word()) + " is not possible inside a group");
-    (this->*found->run)(statement);
+    found->run(*this, statement);
 }
 
 // The message was shown already.
@@ -151,50 +155,65 @@ void Interpreter::report(int line, std::string const& message) {
 
 std::vector<Interpreter::Word> const& Interpreter::words() {
     using I = Interpreter;
+    using S = Statement const;
+    // Words with the name of an action are short for it: with a layer, whose name comes first, or with the document.
     static std::vector<Word> const table{
-        {"canvas", "canvas WIDTH HEIGHT", 2, 2, true, &I::canvas},
-        {"open", "open FILE.png [NAME] (adds a layer) or open FILE.koc (a document)", 1, 2, true, &I::open},
-        {"checker", "checker NAME WIDTH HEIGHT CELL COLOUR COLOUR", 6, 6, true, &I::checker},
-        {"gradient", "gradient NAME WIDTH HEIGHT COLOUR COLOUR [horizontal|vertical]", 5, 6, true, &I::gradient},
-        {"move", "move NAME X Y", 3, 3, true, &I::move},
-        {"opacity", "opacity NAME 0..1", 2, 2, true, &I::opacity},
-        {"blend", "blend NAME over|add|multiply|screen", 2, 2, true, &I::blend},
-        {"rename", "rename NAME NEW", 2, 2, true, &I::rename},
-        {"remove", "remove NAME", 1, 1, true, &I::remove},
-        {"reorder", "reorder NAME POSITION (0 is the bottom)", 2, 2, true, &I::reorder},
+        {"canvas", "canvas WIDTH HEIGHT", 2, 2, true, [](I& self, S& line) { self.editDocument(line, "Set Canvas"); }},
+        {"open", "open FILE.png [NAME] (adds a layer) or open FILE.koc (a document)", 1, 2, true,
+            [](I& self, S& line) { self.open(line); }},
+        {"checker", "checker NAME WIDTH HEIGHT CELL COLOUR COLOUR", 6, 6, true,
+            [](I& self, S& line) { self.editDocument(line, "Add Checker"); }},
+        {"gradient", "gradient NAME WIDTH HEIGHT COLOUR COLOUR [horizontal|vertical]", 5, 6, true,
+            [](I& self, S& line) { self.editDocument(line, "Add Gradient"); }},
+        {"move", "move NAME X Y", 3, 3, true, [](I& self, S& line) { self.editLayer(line, "Move"); }},
+        {"opacity", "opacity NAME 0..1", 2, 2, true, [](I& self, S& line) { self.editLayer(line, "Opacity"); }},
+        {"blend", "blend NAME over|add|multiply|screen", 2, 2, true, [](I& self, S& line) { self.blend(line); }},
+        {"rename", "rename NAME NEW", 2, 2, true, [](I& self, S& line) { self.editLayer(line, "Rename"); }},
+        {"remove", "remove NAME", 1, 1, true, [](I& self, S& line) { self.editLayer(line, "Remove"); }},
+        {"reorder", "reorder NAME POSITION (0 is the bottom)", 2, 2, true,
+            [](I& self, S& line) { self.editLayer(line, "Reorder"); }},
         {"drag", "drag NAME X Y [X Y ...] (along a path) or drag NAME [NAME ...] to NAME (a drop)", 3, any, true,
-            &I::drag},
-        {"select", "select [NAME ...] (none clears the selection)", 0, any, true, &I::select},
-        {"menu", "menu (what can be done with the selected layers, or the document)", 0, 0, true, &I::menu},
+            [](I& self, S& line) { self.drag(line); }},
+        {"select", "select [NAME ...] (none clears the selection)", 0, any, true,
+            [](I& self, S& line) { self._gestures.select(argumentsOf(line)); }},
+        {"menu", "menu (what can be done with the selected layers, or the document)", 0, 0, true,
+            [](I& self, S&) { self._gestures.showMenu(self._output); }},
         {"do",
             "do ACTION [ARGUMENT ...] (with the selected layers, or the document; \"Blend > screen\" is one of a "
             "sub-menu)",
-            1, any, true, &I::perform},
-        {"options", "options ACTION", 1, 1, true, &I::options},
-        {"copy", "copy", 0, 0, true, &I::copy},
-        {"cut", "cut", 0, 0, true, &I::cut},
-        {"paste", "paste", 0, 0, true, &I::paste},
-        {"plugins", "plugins (where they were looked for, and what became of them)", 0, 0, true, &I::plugIns},
-        {"group", "group NAME ... end (one undo step)", 1, 1, true, &I::group},
-        {"quietly", "quietly ... end (not in the history)", 0, 0, true, &I::quietly},
-        {"undo", "undo [STEPS]", 0, 1, false, &I::undo},
-        {"redo", "redo [STEPS]", 0, 1, false, &I::redo},
-        {"history", "history", 0, 0, true, &I::history},
-        {"goto", "goto POSITION (as history shows it)", 1, 1, false, &I::goTo},
-        {"limit", "limit COMMANDS (that the history keeps)", 1, 1, false, &I::limit},
-        {"layers", "layers", 0, 0, true, &I::layers},
-        {"dump", "dump (the history as XML)", 0, 0, true, &I::dump},
-        {"render", "render FILE.png (a job)", 1, 1, true, &I::render},
-        {"save", "save FILE.koc (a job)", 1, 1, true, &I::save},
-        {"run", "run \"COMMAND LINE\" [NAME=VALUE ...] (a job; its lines are shown)", 1, any, true, &I::runProgram},
+            1, any, true, [](I& self, S& line) { self.perform(line); }},
+        {"options", "options ACTION", 1, 1, true, [](I& self, S& line) { self.options(line); }},
+        {"copy", "copy", 0, 0, true, [](I& self, S&) { self._gestures.copy(); }},
+        {"cut", "cut", 0, 0, true, [](I& self, S&) { self._gestures.cut(); }},
+        {"paste", "paste", 0, 0, true, [](I& self, S&) { self._gestures.paste(); }},
+        {"plugins", "plugins (where they were looked for, and what became of them)", 0, 0, true,
+            [](I& self, S&) { self._plugIns.list(self._output); }},
+        {"group", "group NAME ... end (one undo step)", 1, 1, true, [](I& self, S& line) { self.group(line); }},
+        {"quietly", "quietly ... end (not in the history)", 0, 0, true, [](I& self, S& line) { self.quietly(line); }},
+        {"undo", "undo [STEPS]", 0, 1, false, [](I& self, S& line) { self.undo(line); }},
+        {"redo", "redo [STEPS]", 0, 1, false, [](I& self, S& line) { self.redo(line); }},
+        {"history", "history", 0, 0, true, [](I& self, S&) { self.history(); }},
+        {"goto", "goto POSITION (as history shows it)", 1, 1, false, [](I& self, S& line) { self.goTo(line); }},
+        // The initial state is an element of the history too.
+        {"limit", "limit COMMANDS (that the history keeps)", 1, 1, false,
+            [](I& self, S& line) { self._editor.history()->setMaxStackHeight(line.integer(1, 1, largest - 1) + 1); }},
+        {"layers", "layers", 0, 0, true, [](I& self, S&) { self.layers(); }},
+        {"dump", "dump (the history as XML)", 0, 0, true,
+            [](I& self, S&) { self._editor.history().dump(self._output); }},
+        {"render", "render FILE.png (a job)", 1, 1, true,
+            [](I& self, S& line) { self.submit(line, makeRenderProtocol(self._editor.document(), line.words[1])); }},
+        {"save", "save FILE.koc (a job)", 1, 1, true,
+            [](I& self, S& line) { self.submit(line, makeSaveProtocol(self._editor.document(), line.words[1])); }},
+        {"run", "run \"COMMAND LINE\" [NAME=VALUE ...] (a job; its lines are shown)", 1, any, true,
+            [](I& self, S& line) { self.runProgram(line); }},
         {"export", "export FILE \"COMMAND with %f\" (a job; %f is a rendered picture, %o the file)", 2, 2, true,
-            &I::exportPicture},
-        {"jobs", "jobs (those that have ended are listed once)", 0, 0, true, &I::jobs},
-        {"stop", "stop JOB", 1, 1, true, &I::stop},
-        {"wait", "wait (until all jobs have ended)", 0, 0, true, &I::wait},
-        {"echo", "echo TEXT", 0, any, true, &I::echo},
-        {"help", "help", 0, 0, true, &I::help},
-        {"quit", "quit (stops all jobs)", 0, 0, true, &I::quit},
+            [](I& self, S& line) { self.exportPicture(line); }},
+        {"jobs", "jobs (those that have ended are listed once)", 0, 0, true, [](I& self, S&) { self._jobs.list(); }},
+        {"stop", "stop JOB", 1, 1, true, [](I& self, S& line) { self._jobs.stop(line.integer(1, 1, largest)); }},
+        {"wait", "wait (until all jobs have ended)", 0, 0, true, [](I& self, S&) { self._jobs.wait(); }},
+        {"echo", "echo TEXT", 0, any, true, [](I& self, S& line) { self.echo(line); }},
+        {"help", "help", 0, 0, true, [](I& self, S&) { self.help(); }},
+        {"quit", "quit (stops all jobs)", 0, 0, true, [](I&, S&) { throw Quit(); }},
     };
     return table;
 }
@@ -213,14 +232,13 @@ void Interpreter::runGroup(Statement const& statement) {
     if (!runBlock(true)) throw ScriptError("the input ends inside this " + statement.word());
 }
 
-// The words of old are short names of actions: on a layer, whose name comes first, or on the document.
-void Interpreter::edit(Statement const& statement, char const* action) {
+void Interpreter::editLayer(Statement const& statement, char const* action) {
     EditActions::perform(_editor, action, {_editor.document().layer(statement.words[1])},
         {statement.words.begin() + 2, statement.words.end()});
 }
 
-void Interpreter::canvas(Statement const& statement) {
-    EditActions::perform(_editor, "Set Canvas", {statement.words.begin() + 1, statement.words.end()});
+void Interpreter::editDocument(Statement const& statement, char const* action) {
+    EditActions::perform(_editor, action, argumentsOf(statement));
 }
 
 void Interpreter::open(Statement const& statement) {
@@ -228,37 +246,9 @@ void Interpreter::open(Statement const& statement) {
     _editor.open(path, statement.arguments() == 2 ? statement.words[2] : path.stem().string());
 }
 
-void Interpreter::checker(Statement const& statement) {
-    EditActions::perform(_editor, "Add Checker", {statement.words.begin() + 1, statement.words.end()});
-}
-
-void Interpreter::gradient(Statement const& statement) {
-    EditActions::perform(_editor, "Add Gradient", {statement.words.begin() + 1, statement.words.end()});
-}
-
-void Interpreter::move(Statement const& statement) {
-    edit(statement, "Move");
-}
-
-void Interpreter::opacity(Statement const& statement) {
-    edit(statement, "Opacity");
-}
-
 void Interpreter::blend(Statement const& statement) {
     std::string const mode = toString(blendModeOf(statement.words[2]));
     EditActions::perform(_editor, "Blend > " + mode, {_editor.document().layer(statement.words[1])}, {});
-}
-
-void Interpreter::rename(Statement const& statement) {
-    edit(statement, "Rename");
-}
-
-void Interpreter::remove(Statement const& statement) {
-    edit(statement, "Remove");
-}
-
-void Interpreter::reorder(Statement const& statement) {
-    edit(statement, "Reorder");
 }
 
 void Interpreter::drag(Statement const& statement) {
@@ -271,14 +261,6 @@ void Interpreter::drag(Statement const& statement) {
         path.push_back({x, statement.integer(index + 1, -largest, largest)});
     }
     _gestures.dragAlong(words[1], path);
-}
-
-void Interpreter::select(Statement const& statement) {
-    _gestures.select({statement.words.begin() + 1, statement.words.end()});
-}
-
-void Interpreter::menu(Statement const&) {
-    _gestures.showMenu(_output);
 }
 
 void Interpreter::perform(Statement const& statement) {
@@ -297,23 +279,7 @@ void Interpreter::options(Statement const& statement) {
         _output << "  " << option << "\n";
 }
 
-void Interpreter::copy(Statement const&) {
-    _gestures.copy();
-}
-
-void Interpreter::cut(Statement const&) {
-    _gestures.cut();
-}
-
-void Interpreter::paste(Statement const&) {
-    _gestures.paste();
-}
-
-void Interpreter::plugIns(Statement const&) {
-    _plugIns.list(_output);
-}
-
-void Interpreter::layers(Statement const&) {
+void Interpreter::layers() {
     Document const& document = _editor.document();
     _output << "canvas " << document.canvas().width << " x " << document.canvas().height << "\n";
     for (std::size_t index = document.layers().size(); index-- > 0;) {
@@ -347,7 +313,7 @@ void Interpreter::redo(Statement const& statement) {
     }
 }
 
-void Interpreter::history(Statement const&) {
+void Interpreter::history() {
     Ko::CmCommandStack const& stack = *_editor.history();
     int position = 0;
     for (auto command = stack.getBegin(); command != stack.getEnd(); ++command)
@@ -363,23 +329,6 @@ void Interpreter::goTo(Statement const& statement) {
         throw ScriptError("a step on the way cannot be made any more; steps that depend on it were dropped");
 }
 
-void Interpreter::limit(Statement const& statement) {
-    // The initial state is an element of the history too.
-    _editor.history()->setMaxStackHeight(statement.integer(1, 1, largest - 1) + 1);
-}
-
-void Interpreter::dump(Statement const&) {
-    _editor.history().dump(_output);
-}
-
-void Interpreter::render(Statement const& statement) {
-    submit(statement, makeRenderProtocol(_editor.document(), statement.words[1]));
-}
-
-void Interpreter::save(Statement const& statement) {
-    submit(statement, makeSaveProtocol(_editor.document(), statement.words[1]));
-}
-
 void Interpreter::runProgram(Statement const& statement) {
     auto const& words = statement.words;
     submit(statement, makeRunProtocol(words[1], {words.begin() + 2, words.end()}, _jobs.nextJobsLines()));
@@ -390,31 +339,15 @@ void Interpreter::exportPicture(Statement const& statement) {
     submit(statement, makeExportProtocol(_editor.document(), words[1], words[2], _jobs.nextJobsLines()));
 }
 
-void Interpreter::jobs(Statement const&) {
-    _jobs.list();
-}
-
-void Interpreter::stop(Statement const& statement) {
-    _jobs.stop(statement.integer(1, 1, largest));
-}
-
-void Interpreter::wait(Statement const&) {
-    _jobs.wait();
-}
-
 void Interpreter::echo(Statement const& statement) {
     for (std::size_t index = 1; index < statement.words.size(); ++index)
         _output << (index > 1 ? " " : "") << statement.words[index];
     _output << "\n";
 }
 
-void Interpreter::help(Statement const&) {
+void Interpreter::help() {
     for (Word const& word : words())
         _output << "  " << word.usage << "\n";
-}
-
-void Interpreter::quit(Statement const&) {
-    throw Quit();
 }
 
 } // namespace compositor

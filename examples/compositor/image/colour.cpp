@@ -1,5 +1,6 @@
 #include "image/colour.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -8,7 +9,7 @@ namespace compositor {
 
 namespace {
 
-double toLight(double srgb) {
+double toLinear(double srgb) {
     return srgb <= 0.04045 ? srgb / 12.92 : std::pow((srgb + 0.055) / 1.055, 2.4);
 }
 
@@ -18,8 +19,8 @@ constexpr int cells = 4096;
 struct Tables {
     Tables() {
         for (std::size_t value = 0; value < light.size(); ++value) {
-            light[value] = static_cast<float>(toLight(static_cast<double>(value) / 255.0));
-            above[value] = static_cast<float>(toLight((static_cast<double>(value) + 0.5) / 255.0));
+            light[value] = static_cast<float>(toLinear(static_cast<double>(value) / 255.0));
+            above[value] = static_cast<float>(toLinear((static_cast<double>(value) + 0.5) / 255.0));
         }
         above.back() = 2.0f;
         std::uint8_t value = 0;
@@ -50,6 +51,18 @@ std::uint8_t encodeSrgb(float light) {
     while (light >= tables.above[value])
         ++value;
     return value;
+}
+
+Light toLight(Colour colour, float opacity) {
+    float const alpha = static_cast<float>(colour.alpha) / 255.0f * opacity;
+    return {decodeSrgb(colour.red) * alpha, decodeSrgb(colour.green) * alpha, decodeSrgb(colour.blue) * alpha, alpha};
+}
+
+Colour toColour(Light const& light) {
+    if (light.alpha <= 0.0f) return {0, 0, 0, 0};
+    auto const encoded = [alpha = light.alpha](float channel) { return encodeSrgb(channel / alpha); };
+    return {encoded(light.red), encoded(light.green), encoded(light.blue),
+        static_cast<std::uint8_t>(std::lround(std::min(light.alpha, 1.0f) * 255.0f))};
 }
 
 Colour colourOf(std::string const& text) {

@@ -5,33 +5,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 namespace compositor {
 
 namespace {
 
 constexpr std::array<char const*, 4> modeNames{"over", "add", "multiply", "screen"};
-
-// Linear light, multiplied by alpha.
-struct Pixel {
-    float red = 0.0f;
-    float green = 0.0f;
-    float blue = 0.0f;
-    float alpha = 0.0f;
-};
-
-Pixel premultiplied(Colour colour, float opacity) {
-    float const alpha = static_cast<float>(colour.alpha) / 255.0f * opacity;
-    return {decodeSrgb(colour.red) * alpha, decodeSrgb(colour.green) * alpha, decodeSrgb(colour.blue) * alpha, alpha};
-}
-
-Colour straight(Pixel pixel) {
-    if (pixel.alpha <= 0.0f) return {0, 0, 0, 0};
-    auto const encoded = [alpha = pixel.alpha](float channel) { return encodeSrgb(channel / alpha); };
-    return {encoded(pixel.red), encoded(pixel.green), encoded(pixel.blue),
-        static_cast<std::uint8_t>(std::lround(std::min(pixel.alpha, 1.0f) * 255.0f))};
-}
 
 // The source over the destination: one channel each, and both alphas.
 float over(float source, float destination, float sourceAlpha, float) {
@@ -48,10 +27,10 @@ float screen(float source, float destination, float, float) {
 }
 
 template <class Blend>
-void blendRow(std::span<Colour const> source, float opacity, Pixel* destination, Blend blend) {
+void blendRow(std::span<Colour const> source, float opacity, Light* destination, Blend blend) {
     for (Colour const colour : source) {
-        Pixel const above = premultiplied(colour, opacity);
-        Pixel& below = *destination++;
+        Light const above = toLight(colour, opacity);
+        Light& below = *destination++;
         below = {blend(above.red, below.red, above.alpha, below.alpha),
             blend(above.green, below.green, above.alpha, below.alpha),
             blend(above.blue, below.blue, above.alpha, below.alpha),
@@ -59,7 +38,7 @@ void blendRow(std::span<Colour const> source, float opacity, Pixel* destination,
     }
 }
 
-void blendRow(BlendMode mode, std::span<Colour const> source, float opacity, Pixel* destination) {
+void blendRow(BlendMode mode, std::span<Colour const> source, float opacity, Light* destination) {
     // Each mode's loop is compiled for itself.
     switch (mode) {
     case BlendMode::Over:
@@ -136,7 +115,7 @@ Renderer::Renderer(Size canvas, std::vector<PlacedPicture> layers) : _canvas(can
 }
 
 void Renderer::renderRow(int x, int y, std::span<Colour> pixels) const {
-    std::vector<Pixel> composed(pixels.size());
+    std::vector<Light> composed(pixels.size());
     for (PlacedPicture const& layer : _layers) {
         // In 64 bits: a layer may lie anywhere.
         std::int64_t const sourceY = std::int64_t{y} - layer.y;
@@ -150,7 +129,7 @@ void Renderer::renderRow(int x, int y, std::span<Colour> pixels) const {
                 .subspan(static_cast<std::size_t>(begin - layerX), static_cast<std::size_t>(end - begin));
         blendRow(layer.blend, source, layer.opacity, &composed[static_cast<std::size_t>(begin)]);
     }
-    std::ranges::transform(composed, pixels.begin(), straight);
+    std::ranges::transform(composed, pixels.begin(), toColour);
 }
 
 bool Renderer::renderToFile(std::filesystem::path const& path, Progress const& progress) const {

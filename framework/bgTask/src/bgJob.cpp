@@ -98,13 +98,14 @@ bool BgJob::isReleased() const {
 
 bool BgJob::releaseProtocol() {
     if (isReleased()) return true;
-    auto const deadline = std::chrono::steady_clock::now() + longestWait;
     {
         Use const use(*this);
         // A worker that takes the job from now on does not start it.
         changeState(&BgJobWaiting::getInstance(), &BgJobStopped::getInstance());
         if (_protocol) _protocol->stop();
     }
+    // Only now, because a protocol may take longer than that to stop.
+    auto const deadline = std::chrono::steady_clock::now() + longestWait;
     while (_endOfJob.waitUntil(deadline))
         if (deleteUnusedProtocol()) return true;
     return false;

@@ -14,11 +14,6 @@ constexpr AssertionSource source{"framework\\command\\src\\cmUndoGuard"};
 
 EnvIntVar disallowNesting("KO_DISALLOW_LONG_TRANSITION_NESTING", 0, source.file());
 
-[[noreturn]] void abortTransition(char const* state, PiExecParam::Transition transition) {
-    source.abort(
-        "A guard with transition parameter " + std::to_string(transition) + " cannot be opened " + state + ".");
-}
-
 } // namespace
 
 OPtr<UndoGuardStack> UndoGuardStack::_instance;
@@ -118,8 +113,7 @@ void UndoGuardStack::enter(
                 entry.describe(description);
             entry.beginExtensions();
         }
-        if (kind == Kind::NoLog && _noLogLevel == noLevel) _noLogLevel = _shortTxnNestingLevel;
-        if (kind == Kind::NoRedo && _noRedoLevel == noLevel) _noRedoLevel = _shortTxnNestingLevel;
+        markLevel(kind);
         if (!stack.isNull() && isLogging() && _noRedoLevel == noLevel)
             source.require(stack == _stack, "stack == _stack");
         if (_stack.isNull()) source.require(_macroCmd->isEmpty(), "! (_stack.isNull() && !_macroCmd->isEmpty() )");
@@ -129,67 +123,48 @@ void UndoGuardStack::enter(
     }
 }
 
+/// What a guard may do in one state.
+struct UndoGuardStack::Row {
+    static constexpr int none = -1;
+
+    // The next states, by the guard's parameter: NOT_TRANSITION, BEGIN_TRANSITION, TRANSITION, END_TRANSITION.
+    int next[4];
+    // The parameters that a nested guard may have.
+    char const* allowed;
+    // Where an outermost guard is opened.
+    char const* place;
+};
+
 void UndoGuardStack::advance(PiExecParam::Transition transition, bool noRedo) {
-    using Param = PiExecParam;
-    switch (_state) {
-    case OUT_OF_GUARD:
-        requireFirstGuard(noRedo);
-        if (transition == Param::BEGIN_TRANSITION) {
-            _state = BEGIN_TXN;
-            ++_longTxnNestingLevel;
-        } else if (transition == Param::NOT_TRANSITION) {
-            _state = NO_TXN;
-        } else {
-            abortTransition("outside a long transaction", transition);
-        }
-        return;
-    case NO_TXN:
-        source.require(_longTxnNestingLevel == 0, "_longTxnNestingLevel == 0");
-        source.require(_shortTxnNestingLevel > 1, "_shortTxnNestingLevel > 1");
-        source.require(transition == Param::NOT_TRANSITION, "param.get() == PiExecParam::NOT_TRANSITION");
-        return;
-    case BEGIN_TXN:
-        requireNestedInLongTransaction(transition == Param::NOT_TRANSITION || transition == Param::BEGIN_TRANSITION,
-            "param.get() == PiExecParam::NOT_TRANSITION || param.get() == PiExecParam::BEGIN_TRANSITION");
-        return;
-    case BEGIN_TXN_OFG:
-        requireGuardOfLongTransaction();
-        if (transition == Param::BEGIN_TRANSITION)
-            beginLongTransaction();
-        else if (transition == Param::NOT_TRANSITION)
-            _state = BEGIN_TXN;
-        else if (transition == Param::TRANSITION)
-            _state = TXN;
-        else if (transition == Param::END_TRANSITION)
-            _state = END_TXN;
-        else
-            abortTransition("after the begin of a long transaction", transition);
-        return;
-    case TXN:
-        requireNestedInLongTransaction(transition == Param::NOT_TRANSITION || transition == Param::TRANSITION,
-            "param.get() == PiExecParam::NOT_TRANSITION || param.get() == PiExecParam::TRANSITION");
-        return;
-    case TXN_OFG:
-        requireGuardOfLongTransaction();
-        if (transition == Param::NOT_TRANSITION || transition == Param::TRANSITION)
-            _state = TXN;
-        else if (transition == Param::END_TRANSITION)
-            _state = END_TXN;
-        else
-            abortTransition("within a long transaction", transition);
-        return;
-    case END_TXN:
-        requireNestedInLongTransaction(transition == Param::NOT_TRANSITION || transition == Param::END_TRANSITION,
-            "param.get() == PiExecParam::NOT_TRANSITION || param.get() == PiExecParam::END_TRANSITION");
-        return;
-    case END_TXN_OFG:
-        requireGuardOfLongTransaction();
-        if (transition != Param::NOT_TRANSITION && transition != Param::END_TRANSITION)
-            abortTransition("after the end of an inner long transaction", transition);
-        _state = END_TXN;
-        return;
+    constexpr int none = Row::none;
+    constexpr Row rows[] = {
+        {{NO_TXN, BEGIN_TXN, none, none}, nullptr, "outside a long transaction"},
+        {{NO_TXN, none, none, none}, "param.get() == PiExecParam::NOT_TRANSITION", nullptr},
+        {{BEGIN_TXN, BEGIN_TXN, none, none},
+            "param.get() == PiExecParam::NOT_TRANSITION || param.get() == PiExecParam::BEGIN_TRANSITION", nullptr},
+        {{BEGIN_TXN, BEGIN_TXN, TXN, END_TXN}, nullptr, "after the begin of a long transaction"},
+        {{TXN, none, TXN, none}, "param.get() == PiExecParam::NOT_TRANSITION || param.get() == PiExecParam::TRANSITION",
+            nullptr},
+        {{TXN, none, TXN, END_TXN}, nullptr, "within a long transaction"},
+        {{END_TXN, none, none, END_TXN},
+            "param.get() == PiExecParam::NOT_TRANSITION || param.get() == PiExecParam::END_TRANSITION", nullptr},
+        {{END_TXN, none, none, END_TXN}, nullptr, "after the end of an inner long transaction"},
+    };
+    if (_state < OUT_OF_GUARD || _state > END_TXN_OFG)
+        source.abort("The undo guards are in the unknown state " + std::to_string(_state) + ".");
+    Row const& row = rows[_state];
+    bool const isParameter = transition >= PiExecParam::NOT_TRANSITION && transition <= PiExecParam::END_TRANSITION;
+    int const next = isParameter ? row.next[transition] : none;
+    if (row.allowed) {
+        requireNestedGuard();
+        return source.require(next != none, row.allowed);
     }
-    source.abort("The undo guards are in the unknown state " + std::to_string(_state) + ".");
+    _state == OUT_OF_GUARD ? requireFirstGuard(noRedo) : requireGuardOfLongTransaction();
+    if (next == none)
+        source.abort(
+            "A guard with transition parameter " + std::to_string(transition) + " cannot be opened " + row.place + ".");
+    if (transition == PiExecParam::BEGIN_TRANSITION) beginLongTransaction();
+    _state = static_cast<State>(next);
 }
 
 void UndoGuardStack::requireFirstGuard(bool noRedo) const {
@@ -207,16 +182,17 @@ void UndoGuardStack::requireGuardOfLongTransaction() const {
     source.require(_shortTxnNestingLevel == 1, "_shortTxnNestingLevel == 1");
 }
 
-void UndoGuardStack::requireNestedInLongTransaction(bool transitionAllowed, char const* expression) const {
-    source.require(_longTxnNestingLevel > 0, "_longTxnNestingLevel > 0");
+void UndoGuardStack::requireNestedGuard() const {
+    if (_state == NO_TXN)
+        source.require(_longTxnNestingLevel == 0, "_longTxnNestingLevel == 0");
+    else
+        source.require(_longTxnNestingLevel > 0, "_longTxnNestingLevel > 0");
     source.require(_shortTxnNestingLevel > 1, "_shortTxnNestingLevel > 1");
-    source.require(transitionAllowed, expression);
 }
 
 void UndoGuardStack::beginLongTransaction() {
-    if (disallowNesting.get() != 0)
+    if (_longTxnNestingLevel > 0 && disallowNesting.get() != 0)
         throw ExInternalError(source.file(), __LINE__, "Nested long transitions are disallowed.");
-    _state = BEGIN_TXN;
     ++_longTxnNestingLevel;
 }
 

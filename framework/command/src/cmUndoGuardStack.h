@@ -89,6 +89,7 @@ private:
     static constexpr int noLevel = std::numeric_limits<int>::max();
 
     class Entry;
+    struct Row;
 
     static void requireUsable() {
         if (!PiAppThread::isCurrent() || !_instance) [[unlikely]]
@@ -102,7 +103,7 @@ private:
     void advance(PiExecParam::Transition transition, bool noRedo);
     void requireFirstGuard(bool noRedo) const;
     void requireGuardOfLongTransaction() const;
-    void requireNestedInLongTransaction(bool transitionAllowed, char const* expression) const;
+    void requireNestedGuard() const;
     void beginLongTransaction();
 
     // Every single undo and redo opens an outermost guard that nothing is attached to, and to which nobody listens; its way

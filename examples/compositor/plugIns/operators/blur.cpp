@@ -2,43 +2,17 @@
 #include "plugIns/plugIn.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace {
 
 using namespace compositor;
 
-/// Premultiplied light, as which pixels can be mixed.
-struct Light {
-    float red = 0;
-    float green = 0;
-    float blue = 0;
-    float alpha = 0;
-
-    Light& operator+=(Light const& other) { return add(other, 1); }
-    Light& operator-=(Light const& other) { return add(other, -1); }
-
-private:
-    Light& add(Light const& other, float factor) {
-        red += factor * other.red;
-        green += factor * other.green;
-        blue += factor * other.blue;
-        alpha += factor * other.alpha;
-        return *this;
-    }
-};
-
-Light toLight(Colour pixel) {
-    float const alpha = static_cast<float>(pixel.alpha) / 255;
-    return {decodeSrgb(pixel.red) * alpha, decodeSrgb(pixel.green) * alpha, decodeSrgb(pixel.blue) * alpha, alpha};
-}
-
-Colour toColour(Light const& sum, float count) {
-    float const alpha = std::clamp(sum.alpha / count, 0.0f, 1.0f);
-    if (alpha == 0.0f) return {0, 0, 0, 0};
-    auto const channel = [&](float light) { return encodeSrgb(light / count / alpha); };
-    return {
-        channel(sum.red), channel(sum.green), channel(sum.blue), static_cast<std::uint8_t>(std::lround(alpha * 255))};
+// Adds so many times of a light.
+void add(Light& sum, Light const& light, float times) {
+    sum.red += times * light.red;
+    sum.green += times * light.green;
+    sum.blue += times * light.blue;
+    sum.alpha += times * light.alpha;
 }
 
 // The mean over a window of pixels, along a line; the outermost ones are repeated beyond its ends.
@@ -48,14 +22,15 @@ void blurLine(int length, int radius, Pixel const& pixel, std::vector<Light>& li
     for (int index = -radius; index <= length + radius; ++index)
         line.push_back(toLight(pixel(std::clamp(index, 0, length - 1))));
     auto const count = static_cast<std::size_t>(2 * radius + 1);
-    Light sum;
+    float const share = 1.0f / static_cast<float>(count);
+    Light mean;
     for (std::size_t index = 0; index < count; ++index)
-        sum += line[index];
+        add(mean, line[index], share);
     for (int index = 0; index < length; ++index) {
         auto const first = static_cast<std::size_t>(index);
-        pixel(index) = toColour(sum, static_cast<float>(count));
-        sum += line[first + count];
-        sum -= line[first];
+        pixel(index) = toColour(mean);
+        add(mean, line[first + count], share);
+        add(mean, line[first], -share);
     }
 }
 

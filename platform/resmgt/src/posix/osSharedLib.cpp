@@ -1,5 +1,7 @@
 #include "resmgt/osSharedLib.h"
 
+#include "resmgt/src/posix/descriptor.h"
+
 #include <algorithm>
 #include <cstring>
 #include <dlfcn.h>
@@ -14,28 +16,14 @@ namespace {
 
 constexpr char const* source = "resmgt\\src\\osSharedLib";
 
-// A file that is open for reading, if it can be.
-class InputFile {
-public:
-    explicit InputFile(OsFilePath const& path) noexcept
-        : _descriptor(::open(path.getPath().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
-    ~InputFile() {
-        if (_descriptor >= 0) ::close(_descriptor);
-    }
-    InputFile(InputFile const&) = delete;
-    InputFile& operator=(InputFile const&) = delete;
+std::uint64_t sizeOf(Descriptor const& file) noexcept {
+    struct stat status {};
+    return ::fstat(file.get(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
 
-    std::uint64_t size() const noexcept {
-        struct stat status {};
-        return ::fstat(_descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
-    }
-    bool read(std::uint64_t offset, void* target, std::size_t size) const noexcept {
-        return ::pread(_descriptor, target, size, static_cast<off_t>(offset)) == static_cast<ssize_t>(size);
-    }
-
-private:
-    int _descriptor;
-};
+bool read(Descriptor const& file, std::uint64_t offset, void* target, std::size_t size) noexcept {
+    return ::pread(file.get(), target, size, static_cast<off_t>(offset)) == static_cast<ssize_t>(size);
+}
 
 bool isOfThisSystem(ElfW(Ehdr) const& header) noexcept {
     constexpr unsigned char ownClass = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
@@ -46,12 +34,12 @@ bool isOfThisSystem(ElfW(Ehdr) const& header) noexcept {
 // Whether a library ends before what its own headers list. The system would map it nevertheless, and the process die of
 // the first page that is missing. What is no library at all is left to the system to judge.
 bool isCutOff(OsFilePath const& path) {
-    InputFile const file(path);
+    Descriptor const file(::open(path.getPath().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     ElfW(Ehdr) header{};
-    if (!file.read(0, &header, sizeof header) || !isOfThisSystem(header)) return false;
-    std::uint64_t const size = file.size();
+    if (!read(file, 0, &header, sizeof header) || !isOfThisSystem(header)) return false;
+    std::uint64_t const size = sizeOf(file);
     Vector<ElfW(Phdr)> segments(header.e_phnum);
-    if (!file.read(header.e_phoff, segments.data(), segments.size() * sizeof(ElfW(Phdr)))) return true;
+    if (!read(file, header.e_phoff, segments.data(), segments.size() * sizeof(ElfW(Phdr)))) return true;
     // Written so that no offset of a damaged header overflows.
     auto const isBeyond = [size](std::uint64_t offset, std::uint64_t length) {
         return length > size || offset > size - length;

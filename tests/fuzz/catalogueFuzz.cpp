@@ -40,7 +40,8 @@ std::optional<std::string> substituted(char first, char second) {
 
 std::map<std::string, std::string> modelRead(std::string const& catalogue) {
     static std::regex const message(
-        R"([ \t\r]*([^# \t\r][^ \t\r]*)[ \t\r]+"((?:[^"\\]|\\[\s\S])*)"[ \t\r]*(?:#[\s\S]*)?)", std::regex::optimize);
+        R"re([ \t\r]*([^# \t\r][^ \t\r]*)[ \t\r]+"((?:[^"\\]|\\[\s\S])*)"[ \t\r]*(?:#[\s\S]*)?)re",
+        std::regex::optimize);
     std::map<std::string, std::string> texts;
     std::istringstream stream(catalogue);
     std::smatch parts;

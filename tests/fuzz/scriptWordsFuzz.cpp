@@ -15,7 +15,7 @@ using Words = std::vector<std::string>;
 // None where the line cannot be read.
 std::optional<Words> modelSplit(std::string const& line) {
     static std::regex const word(
-        R"([ \t\r]*(?:"((?:[^"\\]|\\[\s\S])*)"(?=[ \t\r]|$)|([^ \t\r"#][^ \t\r]*)))", std::regex::optimize);
+        R"re([ \t\r]*(?:"((?:[^"\\]|\\[\s\S])*)"(?=[ \t\r]|$)|([^ \t\r"#][^ \t\r]*)))re", std::regex::optimize);
     static std::regex const rest(R"([ \t\r]*(?:#[\s\S]*)?)"), escape(R"(\\([\s\S]))");
     Words words;
     std::smatch found;

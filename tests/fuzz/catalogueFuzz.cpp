@@ -5,7 +5,6 @@
 
 #include <map>
 #include <optional>
-#include <regex>
 #include <sstream>
 
 namespace {
@@ -39,14 +38,20 @@ std::optional<std::string> substituted(char first, char second) {
 }
 
 std::map<std::string, std::string> modelRead(std::string const& catalogue) {
-    static std::regex const message(
-        R"re([ \t\r]*([^# \t\r][^ \t\r]*)[ \t\r]+"((?:[^"\\]|\\[\s\S])*)"[ \t\r]*(?:#[\s\S]*)?)re",
-        std::regex::optimize);
+    constexpr char const* blanks = " \t\r";
     std::map<std::string, std::string> texts;
     std::istringstream stream(catalogue);
-    std::smatch parts;
-    for (std::string line; std::getline(stream, line);)
-        if (std::regex_match(line, parts, message)) texts[parts[1]] = withReplaced(parts[2], &unescaped);
+    for (std::string line; std::getline(stream, line);) {
+        line.erase(0, line.find_first_not_of(blanks));
+        std::size_t const idEnd = line.find_first_of(blanks), quote = line.find_first_not_of(blanks, idEnd);
+        if (line.starts_with('#') || idEnd == line.npos || quote == line.npos || line[quote] != '"') continue;
+        std::size_t end = quote + 1;
+        while (end < line.size() && line[end] != '"')
+            end += line[end] == '\\' ? 2 : 1;
+        std::size_t const rest = line.find_first_not_of(blanks, end + 1);
+        if (end < line.size() && (rest == line.npos || line[rest] == '#'))
+            texts[line.substr(0, idEnd)] = withReplaced(line.substr(quote + 1, end - quote - 1), &unescaped);
+    }
     return texts;
 }
 

@@ -3,7 +3,6 @@
 #include "tests/fuzz/fuzzing.h"
 
 #include <optional>
-#include <regex>
 #include <utility>
 
 namespace {
@@ -11,26 +10,37 @@ namespace {
 using namespace Ko;
 using namespace KoFuzz;
 
+bool isOneOf(char character, std::string_view set) {
+    return set.find(character) != set.npos;
+}
+
+// One pass, with the quotation that is open as the only state.
 std::optional<std::vector<std::string>> modelSplit(std::string const& text) {
-    static std::regex const piece(
-        R"re(([ \t\n\r\f\v])|'([^']*)'|"((?:[^"\\]|\\[\s\S])*)"|\\([\s\S])|([^'"\\]))re", std::regex::optimize);
-    static std::regex const escape(R"(\\(?:\n|([$`"\\])))");
     std::vector<std::string> words;
     std::optional<std::string> word;
-    auto next = text.begin();
-    std::smatch found;
-    while (std::regex_search(next, text.end(), found, piece, std::regex_constants::match_continuous)) {
-        next = found[0].second;
-        if (found.str(4) == "\n") continue;
-        if (!found[1].matched)
-            word = word.value_or("") + found.str(2) + std::regex_replace(found.str(3), escape, "$1") + found.str(4) +
-                   found.str(5);
-        else if (word)
-            words.push_back(*std::exchange(word, std::nullopt));
+    char quote = '\0';
+    if (text.find('\0') != std::string::npos) return std::nullopt;
+    auto const add = [&word](std::string const& piece) { word = word.value_or("") + piece; };
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        char const character = text[index];
+        std::string const next = text.substr(index + 1, 1);
+        if (character == quote) {
+            quote = '\0';
+        } else if (character == '\\' && quote != '\'' && (!quote || (!next.empty() && isOneOf(next[0], "$`\"\\\n")))) {
+            if (next.empty()) return std::nullopt;
+            if (next != "\n") add(next);
+            ++index;
+        } else if (!quote && isOneOf(character, "'\"")) {
+            quote = character;
+            add("");
+        } else if (!quote && isOneOf(character, " \t\n\r\f\v")) {
+            if (word) words.push_back(*std::exchange(word, std::nullopt));
+        } else {
+            add({character});
+        }
     }
-    if (next != text.end() || text.find('\0') != text.npos) return std::nullopt;
     if (word) words.push_back(*word);
-    return words;
+    return quote ? std::nullopt : std::optional(words);
 }
 
 std::string quoted(std::string const& word) {

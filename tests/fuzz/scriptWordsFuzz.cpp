@@ -2,7 +2,6 @@
 #include "script/script.h"
 #include "tests/fuzz/fuzzing.h"
 
-#include <regex>
 #include <sstream>
 
 namespace {
@@ -14,17 +13,31 @@ using Words = std::vector<std::string>;
 
 // None where the line cannot be read.
 std::optional<Words> modelSplit(std::string const& line) {
-    static std::regex const word(
-        R"re([ \t\r]*(?:"((?:[^"\\]|\\[\s\S])*)"(?=[ \t\r]|$)|([^ \t\r"#][^ \t\r]*)))re", std::regex::optimize);
-    static std::regex const rest(R"([ \t\r]*(?:#[\s\S]*)?)"), escape(R"(\\([\s\S]))");
     Words words;
-    std::smatch found;
-    auto next = line.begin();
-    while (std::regex_search(next, line.end(), found, word, std::regex_constants::match_continuous)) {
-        words.push_back(found[2].matched ? found.str(2) : std::regex_replace(found.str(1), escape, "$1"));
-        next = found[0].second;
+    bool inWord = false, inQuotes = false, wasQuoted = false;
+    for (std::size_t index = 0; index < line.size(); ++index) {
+        char const character = line[index];
+        bool const isBlank = character == ' ' || character == '\t' || character == '\r';
+        if (inQuotes) {
+            inQuotes = character != '"';
+            bool const isEscape = character == '\\' && index + 1 < line.size();
+            if (inQuotes) words.back() += isEscape ? line[++index] : character;
+        } else if (isBlank) {
+            inWord = wasQuoted = false;
+        } else if (wasQuoted) {
+            return std::nullopt;
+        } else if (!inWord && character == '#') {
+            break;
+        } else {
+            if (!inWord) words.emplace_back();
+            if (!inWord && character == '"')
+                inQuotes = wasQuoted = true;
+            else
+                words.back() += character;
+            inWord = true;
+        }
     }
-    return std::regex_match(next, line.end(), rest) ? std::optional(words) : std::nullopt;
+    return inQuotes ? std::nullopt : std::optional(words);
 }
 
 std::optional<Words> split(std::string const& line) try { return splitWords(line); } catch (ScriptError const&) {

@@ -3,7 +3,6 @@
 #include "resmgt/msgServer.h"
 #include "tests/fuzz/fuzzing.h"
 
-#include <algorithm>
 #include <map>
 #include <optional>
 #include <sstream>
@@ -15,58 +14,45 @@ using namespace KoFuzz;
 
 Vector<LiString> const substitutions{"first", "%2", "\\n"};
 
-// Takes off what a text begins with.
-std::string take(std::string& text, std::size_t length) {
-    std::string const taken = text.substr(0, length);
-    text.erase(0, length);
-    return taken;
-}
-
-void skipBlanks(std::string& text) {
-    take(text, std::min(text.find_first_not_of(" \t\r"), text.size()));
-}
-
-// None where there is no end.
-std::optional<std::string> takeQuoted(std::string& text) {
+// A text with some of its pairs of characters replaced; `replacement` is null for those that stay.
+template <class Replacement>
+std::string withReplaced(std::string const& text, Replacement replacement) {
     std::string result;
-    if (take(text, 1) != "\"") return std::nullopt;
-    for (std::string next; !(next = take(text, 1)).empty();) {
-        if (next == "\"") return result;
-        if (next == "\\" && text.empty()) return std::nullopt;
-        if (next == "\\" && (next = take(text, 1)) == "n") next = "\n";
-        result += next;
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        auto const replaced = index + 1 < text.size() ? replacement(text[index], text[index + 1]) : std::nullopt;
+        result += replaced.value_or(text.substr(index, 1));
+        if (replaced) ++index;
     }
-    return std::nullopt;
+    return result;
+}
+
+std::optional<std::string> unescaped(char first, char second) {
+    if (first != '\\') return std::nullopt;
+    return std::string(1, second == 'n' ? '\n' : second);
+}
+
+std::optional<std::string> substituted(char first, char second) {
+    if (first != '%' || (second != '%' && (second < '1' || second > '9'))) return std::nullopt;
+    auto const number = static_cast<std::size_t>(second - '1');
+    return second == '%' ? "%" : number < substitutions.size() ? substitutions[number] : "";
 }
 
 std::map<std::string, std::string> modelRead(std::string const& catalogue) {
+    constexpr char const* blanks = " \t\r";
     std::map<std::string, std::string> texts;
     std::istringstream stream(catalogue);
     for (std::string line; std::getline(stream, line);) {
-        skipBlanks(line);
-        if (line.starts_with('#')) continue;
-        std::string const id = take(line, std::min(line.find_first_of(" \t\r"), line.size()));
-        skipBlanks(line);
-        auto const text = takeQuoted(line);
-        skipBlanks(line);
-        if (text && (line.empty() || line.starts_with('#'))) texts[id] = *text;
+        line.erase(0, line.find_first_not_of(blanks));
+        std::size_t const idEnd = line.find_first_of(blanks), quote = line.find_first_not_of(blanks, idEnd);
+        if (line.starts_with('#') || idEnd == line.npos || quote == line.npos || line[quote] != '"') continue;
+        std::size_t end = quote + 1;
+        while (end < line.size() && line[end] != '"')
+            end += line[end] == '\\' ? 2 : 1;
+        std::size_t const rest = line.find_first_not_of(blanks, end + 1);
+        if (end < line.size() && (rest == line.npos || line[rest] == '#'))
+            texts[line.substr(0, idEnd)] = withReplaced(line.substr(quote + 1, end - quote - 1), &unescaped);
     }
     return texts;
-}
-
-std::string modelFormat(std::string text) {
-    std::string result;
-    for (std::string next; !(next = take(text, 1)).empty();) {
-        bool const isPlaceholder = next == "%" && !text.empty() && text[0] >= '1' && text[0] <= '9';
-        if (next == "%" && text.starts_with('%'))
-            take(text, 1);
-        else if (isPlaceholder) {
-            auto const number = static_cast<std::size_t>(std::stoi(take(text, 1)));
-            next = number > substitutions.size() ? "" : substitutions[number - 1];
-        }
-        result += next;
-    }
-    return result;
 }
 
 } // namespace
@@ -84,7 +70,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     auto const texts = modelRead(catalogue);
     for (char const* const id : {"A", "B", "MSG_C"}) {
         auto const text = texts.find(id);
-        expect(MsgSubscription(id).format(substitutions) == (text == texts.end() ? "none" : modelFormat(text->second)),
+        expect(MsgSubscription(id).format(substitutions) ==
+                   (text == texts.end() ? "none" : withReplaced(text->second, &substituted)),
             "the text of a message is what its last line says");
     }
     return 0;

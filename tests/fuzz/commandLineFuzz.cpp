@@ -11,7 +11,7 @@ using namespace Ko;
 using namespace KoFuzz;
 
 bool isOneOf(char character, std::string_view set) {
-    return set.find(character) != std::string_view::npos;
+    return set.find(character) != set.npos;
 }
 
 // One pass, with the quotation that is open as the only state.

@@ -1,13 +1,10 @@
 #pragma once
 
+#include "tests/support/temporaryFolder.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <string_view>
-#include <unistd.h>
 #include <vector>
 
 /// What the fuzz targets share.
@@ -15,6 +12,9 @@
 /// A target reads its input as text in fields, so that a seed can be written and read by a person. What the library makes
 /// of it is compared with a model of a few lines, which may be slow, but has to be obvious.
 namespace KoFuzz {
+
+/// The only place where a target writes; removed when the process ends in peace.
+using Folder = KoTest::TemporaryFolder;
 
 /// Reports a difference; the fuzzer keeps the input that led to it.
 inline void expect(bool isAsPromised, char const* promise) {
@@ -31,11 +31,10 @@ inline std::string_view textOf(std::uint8_t const* data, std::size_t size) {
 inline std::vector<std::string> fieldsOf(std::string_view input, std::size_t fewest) {
     constexpr std::string_view divider = "\n--\n";
     std::vector<std::string> fields;
-    for (std::size_t end; (end = input.find(divider)) != std::string_view::npos;
-         input.remove_prefix(end + divider.size()))
+    for (std::size_t end; (end = input.find(divider)) != input.npos; input.remove_prefix(end + divider.size()))
         fields.emplace_back(input.substr(0, end));
     fields.emplace_back(input);
-    if (fields.size() < fewest) fields.resize(fewest);
+    fields.resize(std::max(fewest, fields.size()));
     return fields;
 }
 
@@ -55,31 +54,5 @@ inline std::string quotedWords(std::vector<std::string> const& words) {
     }
     return text;
 }
-
-/// The only place where a target writes; removed when the process ends in peace.
-class Folder {
-public:
-    Folder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "ko-fuzz-XXXXXX").string();
-        if (!::mkdtemp(pattern.data())) std::abort();
-        _path = pattern;
-    }
-    ~Folder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(_path, ignored);
-    }
-    Folder(Folder const&) = delete;
-    Folder& operator=(Folder const&) = delete;
-
-    std::filesystem::path operator/(std::string const& name) const { return _path / name; }
-    std::filesystem::path write(std::string const& name, std::string_view content) const {
-        std::filesystem::create_directories((_path / name).parent_path());
-        std::ofstream(_path / name, std::ios::binary) << content;
-        return _path / name;
-    }
-
-private:
-    std::filesystem::path _path;
-};
 
 } // namespace KoFuzz

@@ -33,8 +33,7 @@ std::vector<std::string> pieces(std::string const& text, char separator) {
 
 // Whether a rule of the list is for plug-ins of the type, and whether one of these names the plug-in.
 struct Verdict {
-    bool isForType = false;
-    bool isNamed = false;
+    bool isForType = false, isNamed = false;
 };
 
 Verdict modelVerdict(std::string const& list, std::string const& name, std::string const& type) {
@@ -81,13 +80,8 @@ void startWith(std::vector<std::string> const& fields) {
     package.initialize();
 }
 
-void checkDirectories(std::vector<std::filesystem::path> const& expected) {
-    Vector<OsFilePath> const& directories = PimUtils::getFilePaths();
-    expect(std::equal(directories.begin(), directories.end(), expected.begin(), expected.end(),
-               [](OsFilePath const& directory, std::filesystem::path const& path) {
-                   return std::filesystem::equivalent(directory.getPath(), path);
-               }),
-        "those names of the list are searched that stand for directories");
+bool isSame(OsFilePath const& directory, std::filesystem::path const& path) {
+    return std::filesystem::equivalent(directory.getPath(), path);
 }
 
 } // namespace
@@ -110,7 +104,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     std::transform(fields.begin(), fields.end(), fields.begin(), &cText);
     expect(isPrepared, "the package starts");
     startWith(fields);
-    checkDirectories(modelDirectories(folder / "", fields[2]));
+    expect(std::ranges::equal(PimUtils::getFilePaths(), modelDirectories(folder / "", fields[2]), &isSame),
+        "those names of the list are searched that stand for directories");
     for (auto name = fields.begin() + 3; name != fields.end(); ++name) {
         if (name->find('/') != std::string::npos) continue; // a file name has none
         std::string const file = *name + ".so";

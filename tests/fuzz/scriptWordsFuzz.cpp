@@ -44,20 +44,12 @@ std::optional<Words> split(std::string const& line) try { return splitWords(line
     return std::nullopt;
 }
 
-void checkNumbers(Statement const& statement) {
-    for (std::size_t index = 1; index < statement.words.size(); ++index) {
-        try {
-            int const number = statement.integer(index, -5, 1000);
-            expect(number >= -5 && number <= 1000 && number == std::stoi(statement.words[index]),
-                "a whole number is read");
-        } catch (ScriptError const&) {
-        }
-        try {
-            float const number = statement.number(index, 0.0f, 1.0f);
-            expect(number >= 0.0f && number <= 1.0f, "a number lies within its bounds");
-        } catch (ScriptError const&) {
-        }
-    }
+void checkNumber(Statement const& statement, std::size_t index) try {
+    float const number = statement.number(index, -5.0f, 1000.0f);
+    expect(number >= -5.0f && number <= 1000.0f, "a number lies within its bounds");
+    int const whole = statement.integer(index, -5, 1000);
+    expect(whole >= -5 && whole <= 1000 && whole == std::stoi(statement.words[index]), "a whole number is read");
+} catch (ScriptError const&) {
 }
 
 void readStatements(std::string const& script) {
@@ -67,7 +59,8 @@ void readStatements(std::string const& script) {
             std::optional<Statement> const statement = reader.next();
             if (!statement) return;
             expect(!statement->words.empty() && statement->line == reader.line(), "a statement has a word and a place");
-            checkNumbers(*statement);
+            for (std::size_t index = 1; index < statement->words.size(); ++index)
+                checkNumber(*statement, index);
         } catch (ScriptError const&) {
         }
 }

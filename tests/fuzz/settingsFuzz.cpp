@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <map>
-#include <optional>
 #include <sstream>
 
 namespace {
@@ -28,6 +27,12 @@ public:
     InContextAlias<InInitEnv, 0> const environment{variable, "KO_FUZZ_VARIABLE"};
 };
 
+std::string trimmed(std::string text) {
+    text.erase(text.find_last_not_of(" \t\r") + 1);
+    text.erase(0, text.find_first_not_of(" \t\r"));
+    return text;
+}
+
 /// What the sources say, in the simplest words; none is valid where `isReadable` is false.
 struct Model {
     bool isReadable = true;
@@ -35,55 +40,43 @@ struct Model {
     std::map<std::string, std::string> assigned; // by alias
     std::vector<std::string> kept;
 
-    void readFile(std::string const& text);
-    void readArguments(std::vector<std::string> const& arguments);
-    std::optional<std::string> value(std::string const& environment) const;
-};
-
-std::string trimmed(std::string text) {
-    auto const isBlank = [](char character) { return character == ' ' || character == '\t' || character == '\r'; };
-    while (!text.empty() && isBlank(text.back()))
-        text.pop_back();
-    text.erase(text.begin(), std::find_if_not(text.begin(), text.end(), isBlank));
-    return text;
-}
-
-void Model::readFile(std::string const& text) {
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        std::string const content = trimmed(line.substr(0, line.find('#')));
-        std::size_t const separator = content.find('=');
-        if (separator != std::string::npos)
-            keys[trimmed(content.substr(0, separator))] = trimmed(content.substr(separator + 1));
-        else if (!content.empty())
-            isReadable = false;
-    }
-}
-
-void Model::readArguments(std::vector<std::string> const& arguments) {
-    for (std::size_t index = 0; index < arguments.size(); ++index) {
-        auto const alias = std::find_if(aliases.begin(), aliases.end(),
-            [&](std::string const& name) { return arguments[index].starts_with(name); });
-        if (alias == aliases.end()) {
-            kept.push_back(arguments[index]);
-            continue;
+    void readFile(std::string const& text) {
+        std::istringstream lines(text);
+        for (std::string line; std::getline(lines, line);) {
+            std::string const content = trimmed(line.substr(0, line.find('#')));
+            std::size_t const separator = content.find('=');
+            if (separator != std::string::npos)
+                keys[trimmed(content.substr(0, separator))] = trimmed(content.substr(separator + 1));
+            else if (!content.empty())
+                isReadable = false;
         }
-        std::string value = arguments[index].substr(alias->size());
-        if (value.empty() && ++index == arguments.size())
-            isReadable = false;
-        else
-            assigned.emplace(*alias, value.empty() ? arguments[index] : value);
     }
-}
 
-std::optional<std::string> Model::value(std::string const& environment) const {
-    for (std::string const& alias : aliases)
-        if (auto const found = assigned.find(alias); found != assigned.end()) return found->second;
-    // An empty field stands for a variable that is not there.
-    if (!environment.empty()) return environment;
-    auto const found = keys.find("key");
-    return found == keys.end() ? std::nullopt : std::optional(found->second);
-}
+    void readArguments(std::vector<std::string> const& arguments) {
+        for (std::size_t index = 0; index < arguments.size(); ++index) {
+            auto const alias = std::find_if(aliases.begin(), aliases.end(),
+                [&](std::string const& name) { return arguments[index].starts_with(name); });
+            if (alias == aliases.end()) {
+                kept.push_back(arguments[index]);
+                continue;
+            }
+            std::string value = arguments[index].substr(alias->size());
+            if (value.empty() && ++index == arguments.size())
+                isReadable = false;
+            else
+                assigned.emplace(*alias, value.empty() ? arguments[index] : value);
+        }
+    }
+
+    std::optional<std::string> value(std::string const& environment) const {
+        for (std::string const& alias : aliases)
+            if (auto const found = assigned.find(alias); found != assigned.end()) return found->second;
+        // An empty field stands for a variable that is not there.
+        if (!environment.empty()) return environment;
+        auto const found = keys.find("key");
+        return found == keys.end() ? std::nullopt : std::optional(found->second);
+    }
+};
 
 bool readSettings(std::vector<std::string>& arguments, std::vector<std::string>& kept) {
     std::vector<char*> argv{nullptr};

@@ -7,29 +7,25 @@ namespace {
 using namespace Ko;
 using namespace KoFuzz;
 
-struct LeadByte {
-    unsigned first, last;     // lead bytes
-    unsigned lowest, highest; // second bytes
-    std::size_t length;
-};
-
 // The well-formed sequences, as the standard's table lists them.
-constexpr LeadByte wellFormed[] = {{0x00, 0x7F, 0, 0, 1}, {0xC2, 0xDF, 0x80, 0xBF, 2}, {0xE0, 0xE0, 0xA0, 0xBF, 3},
+constexpr struct {
+    unsigned firstLead, lastLead, lowestSecond, highestSecond;
+    std::size_t length;
+} wellFormed[] = {{0x00, 0x7F, 0, 0, 1}, {0xC2, 0xDF, 0x80, 0xBF, 2}, {0xE0, 0xE0, 0xA0, 0xBF, 3},
     {0xE1, 0xEC, 0x80, 0xBF, 3}, {0xED, 0xED, 0x80, 0x9F, 3}, {0xEE, 0xEF, 0x80, 0xBF, 3}, {0xF0, 0xF0, 0x90, 0xBF, 4},
     {0xF1, 0xF3, 0x80, 0xBF, 4}, {0xF4, 0xF4, 0x80, 0x8F, 4}};
 
-unsigned byteAt(std::string_view text, std::size_t index) {
-    return static_cast<unsigned char>(text[index]);
-}
-
 std::size_t lengthOfCharacter(std::string_view text) {
-    for (LeadByte const& lead : wellFormed) {
-        if (byteAt(text, 0) < lead.first || byteAt(text, 0) > lead.last) continue;
-        bool isWhole = text.size() >= lead.length;
-        for (std::size_t index = 1; isWhole && index < lead.length; ++index)
-            isWhole = byteAt(text, index) >= (index == 1 ? lead.lowest : 0x80) &&
-                      byteAt(text, index) <= (index == 1 ? lead.highest : 0xBF);
-        return isWhole ? lead.length : 1;
+    auto const isWithin = [text](std::size_t index, unsigned first, unsigned last) {
+        return index < text.size() && static_cast<unsigned char>(text[index]) >= first &&
+               static_cast<unsigned char>(text[index]) <= last;
+    };
+    for (auto const& row : wellFormed) {
+        bool isWhole = isWithin(0, row.firstLead, row.lastLead);
+        for (std::size_t index = 1; index < row.length; ++index)
+            isWhole =
+                isWhole && isWithin(index, index == 1 ? row.lowestSecond : 0x80, index == 1 ? row.highestSecond : 0xBF);
+        if (isWhole) return row.length;
     }
     return 1;
 }

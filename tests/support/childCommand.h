@@ -21,6 +21,9 @@ public:
     NamedPipe() { ::mkfifo(path().c_str(), 0600); }
 
     std::string path() const { return _folder / "pipe"; }
+    /// Steps of a child:
+    std::string tell() const { return " tell " + path() + " "; }
+    std::string await() const { return " await " + path() + " "; }
     /// Waits for a child that tells its process number.
     pid_t hear() const {
         std::ifstream pipe(path());

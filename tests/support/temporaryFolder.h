@@ -2,10 +2,10 @@
 
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <iterator>
 #include <random>
 #include <string>
+#include <string_view>
 
 namespace KoTest {
 
@@ -13,7 +13,7 @@ namespace KoTest {
 class TemporaryFolder {
 public:
     TemporaryFolder()
-        : _path(std::filesystem::path(testing::TempDir()) / ("ko" + std::to_string(std::random_device()()))) {
+        : _path(std::filesystem::temp_directory_path() / ("ko" + std::to_string(std::random_device()()))) {
         std::filesystem::create_directories(_path);
     }
     ~TemporaryFolder() {
@@ -25,7 +25,7 @@ public:
 
     std::filesystem::path operator/(std::string const& name) const { return _path / name; }
 
-    std::filesystem::path write(std::string const& name, std::string const& content) const {
+    std::filesystem::path write(std::string const& name, std::string_view content) const {
         std::filesystem::path const path = _path / name;
         std::filesystem::create_directories(path.parent_path());
         std::ofstream(path, std::ios::binary) << content;

@@ -24,19 +24,13 @@ protected:
         gestures.showMenu(output);
         return output.str();
     }
-    std::string layers() const {
-        std::string names;
-        for (Layer const& layer : editor.document().layers())
-            names += layer.name + " ";
-        return names;
+    static std::string names(std::vector<Layer> const& layers) {
+        std::string result;
+        for (Layer const& layer : layers)
+            result += layer.name + " ";
+        return result;
     }
-    std::string selected() const {
-        std::string names;
-        for (Layer const& layer : gestures.selected())
-            names += layer.name + " ";
-        return names;
-    }
-    std::string state() const { return layers() + "| " + selected(); }
+    std::string state() const { return names(editor.document().layers()) + "| " + names(gestures.selected()); }
 
     // One step, which can be undone and redone.
     template <class Gesture>
@@ -62,7 +56,7 @@ TEST_F(GesturesTest, SelectionsAreStepsOfTheHistory) {
     expectStep("a b c | c ", [&] { gestures.select({"c"}); });
     expectStep("a b c | ", [&] { gestures.select({}); });
     EXPECT_THROW(gestures.select({"a", "x"}), DocumentError);
-    EXPECT_EQ("", selected());
+    EXPECT_EQ("a b c | ", state());
 }
 
 TEST_F(GesturesTest, MenusChangeWithTheSelection) {
@@ -85,17 +79,18 @@ TEST_F(GesturesTest, ActionsWorkOnAllSelectedLayersInOneStep) {
     auto const perform = [&](std::string const& path, Names const& arguments) {
         EditActions::perform(editor, path, gestures.selected(), arguments);
     };
+    auto const performOnC = [&](std::string const& path, Names const& arguments) {
+        EditActions::perform(editor, path, {editor.document().layer("c")}, arguments);
+    };
     expectStep("a b c | a b ", [&] { perform("Blend > screen", {}); });
     EXPECT_EQ(BlendMode::Screen, editor.document().layer("b").placed.blend);
     expectStep("a b c | a b ", [&] { perform("Move", {"3", "-4"}); });
     EXPECT_EQ(-4, editor.document().layer("a").placed.y);
     expectStep("c | ", [&] { perform("Remove", {}); });
-    EXPECT_THROW(EditActions::perform(editor, "Fly", {editor.document().layer("c")}, {}), ScriptError);
-    EXPECT_THROW(EditActions::perform(editor, "Raise", {editor.document().layer("c")}, {}), ScriptError);
-    EXPECT_THROW(EditActions::perform(editor, "Move", {editor.document().layer("c")}, {"3"}), ScriptError);
-    EXPECT_THROW(EditActions::perform(editor, "Rename", {editor.document().layer("c")}, {""}), DocumentError);
-    expectStep(
-        "\"\\ two | ", [&] { EditActions::perform(editor, "Rename", {editor.document().layer("c")}, {"\"\\ two"}); });
+    EXPECT_THROW(performOnC("Fly", {}), ScriptError);
+    EXPECT_THROW(performOnC("Raise", {}), ScriptError);
+    EXPECT_THROW(performOnC("Move", {"3"}), ScriptError);
+    expectStep("\"\\ two | ", [&] { performOnC("Rename", {"\"\\ two"}); });
     EXPECT_EQ((Names{"0", "0.25", "0.5", "0.75", "1"}),
         EditActions::options(editor, "Opacity", editor.document().layers().front()));
 }
@@ -124,7 +119,7 @@ TEST_F(GesturesTest, DropsPutLayersAboveTheirTarget) {
     expectStep("a c b | ", [&] { gestures.drag({"b"}, "c"); });
     EXPECT_THROW(gestures.drag({"b"}, "b"), ScriptError);
     EXPECT_THROW(gestures.drag({"x"}, "b"), DocumentError);
-    EXPECT_EQ("a c b ", layers());
+    EXPECT_EQ("a c b | ", state());
     EXPECT_FALSE(Ko::CmUndoGuard::isGuardActive());
 }
 

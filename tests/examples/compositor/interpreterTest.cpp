@@ -1,31 +1,18 @@
 #include "host/interpreter.h"
 #include "framework/command/cmUndoGuard.h"
-#include "host/actions.h"
 #include "image/pngFile.h"
+#include "tests/examples/compositor/session.h"
 #include "tests/support/temporaryFolder.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sstream>
 
 namespace {
 
 using namespace compositor;
 using KoTest::TemporaryFolder;
 
-class InterpreterTest : public testing::Test {
+class InterpreterTest : public KoTest::Session {
 protected:
     InterpreterTest() { run("checker a 2 2 1 000000 ffffff\nchecker b 2 2 1 ff0000 0000ff80\n"); }
 
-    bool run(std::string const& script) {
-        std::istringstream stream(script);
-        return interpreter.runScript(stream, "test");
-    }
-    std::string take(std::ostringstream& stream) {
-        std::string const text = stream.str();
-        stream.str("");
-        return text;
-    }
     // What the document looks like, and where its history stands.
     std::string state() {
         run("layers");
@@ -40,14 +27,6 @@ protected:
     }
 
     TemporaryFolder folder;
-    std::ostringstream output;
-    std::ostringstream errors;
-    std::ostringstream told; // by jobs
-    EditActions const actions;
-    PlugIns const plugIns{errors};
-    Editor editor;
-    Jobs jobs{told, errors, Jobs::Bars::NotShown};
-    Interpreter interpreter{editor, jobs, plugIns, output, errors};
 };
 
 TEST_F(InterpreterTest, UndoesAndRedoesEveryEdit) {
@@ -75,8 +54,8 @@ TEST_F(InterpreterTest, MovesThroughTheHistoryAndLimitsIt) {
     EXPECT_EQ("  0 Initial State\n  1 Add a\n  2 Add b\n  3 Move a\n  4 Move a\n> 5 Move a\n", take(output));
     run("limit 2\nhistory");
     EXPECT_EQ("  0 Initial State\n  1 Move a\n> 2 Move a\n", take(output));
-    run("dump");
-    EXPECT_EQ(0u, take(output).find("<CommandStack>"));
+    run("drag a 1 2 3 4");
+    EXPECT_EQ(4, editor.document().layer("a").placed.y);
 }
 
 TEST_F(InterpreterTest, KeepsQuietEditsOutOfTheHistoryAndNeverUndoesTheWrongThing) {
@@ -96,29 +75,16 @@ TEST_F(InterpreterTest, TellsBadInputInOneLineWithItsPlaceAndChangesNothing) {
              {"\n# comment\nfly a", "3: unknown word \"fly\"; \"help\" lists the words"},
              {"move a 1", "1: write: move NAME X Y"}, {"move x 1 1", "1: there is no layer \"x\""},
              {"move a 1.5 1", "1: \"1.5\" is not a whole number from -2147483647 to 2147483647"},
-             {"opacity a 2", "1: \"2\" is not a number from 0 to 1"},
-             {"opacity a nan", "1: \"nan\" is not a number from 0 to 1"},
-             {"blend a under", "1: there is no blend mode \"under\"; there are over, add, multiply and screen"},
              {"rename a b", "1: there is a layer \"b\" already"},
              {"reorder a 2", "1: position 2 lies above the highest layer"},
-             {"checker c 0 1 1 000000 ffffff", "1: \"0\" is not a whole number from 1 to 65535"},
-             {"checker c 1 1 1 black ffffff", "1: \"black\" is not a colour; write rrggbb or rrggbbaa"},
-             {"gradient c 1 1 000000 ffffff up", "1: \"up\" is not a direction; write horizontal or vertical"},
-             {"drag a 1 1 2", "1: a path is made of pairs of X and Y"},
-             {"undo 0", "1: \"0\" is not a whole number from 1 to 2147483647"}, {"redo", "1: there is nothing to redo"},
+             {"drag a 1 1 2", "1: a path is made of pairs of X and Y"}, {"redo", "1: there is nothing to redo"},
              {"goto 3", "1: \"3\" is not a whole number from 0 to 2"},
-             {"limit 0", "1: \"0\" is not a whole number from 1 to 2147483646"},
-             {"end", "1: unknown word \"end\"; \"help\" lists the words"},
              {"rename a \"b", "1: a quotation mark is not closed"},
-             {"rename a \"b\"c", "1: after a closing quotation mark there must be a blank"},
              {"group x\n undo\nend", "2: \"undo\" is not possible inside a group"},
-             {"move a 5 5\ngroup x\n move a 1 1", "2: the script ends inside this group; \"end\" is missing"},
              {"quietly\n group x\n move a 1 1\n end", "1: the script ends inside this quietly; \"end\" is missing"},
+             {"group x\n group y\n", "2: the script ends inside this group; \"end\" is missing"},
              {"open " + missing, "1: " + missing + " cannot be read: No such file or directory"},
              {"open " + text, "1: " + text + " cannot be opened: it is neither a document nor a PNG picture"},
-             {"render " + (folder / "no/x.png").string(),
-                 "1: A background job failed: " + (folder / "no/x.png").string() +
-                     " cannot be written: No such file or directory"},
              {"stop 99", "1: there is no job 99"}})
         expectError(script, error);
 }
@@ -176,7 +142,6 @@ TEST_F(InterpreterTest, EndsAScriptWhenAJobFailsAndTellsItOnce) {
     EXPECT_EQ(
         "test:2: A background job failed: " + bad + " cannot be written: No such file or directory\n", take(errors));
     EXPECT_EQ(2u, editor.document().layers().size());
-    EXPECT_NE(std::string::npos, take(told).find("): failed\n"));
     EXPECT_TRUE(run("wait")) << "told once";
 }
 
@@ -197,10 +162,9 @@ TEST_F(InterpreterTest, RunsExternalProgramsAndShowsTheirLines) {
 TEST_F(InterpreterTest, HandsATemporaryPictureToAProgram) {
     std::string const copy = (folder / "a 'copy'.png").string();
     EXPECT_TRUE(run("canvas 2 2\nexport \"" + copy + "\" \"cp %f %o\"")) << take(errors);
-    EXPECT_EQ((Size{2, 2}), decodePng(readFile(copy)).size());
-    EXPECT_EQ(1, folder.entries()) << "the temporary picture is gone";
     EXPECT_FALSE(run("export " + (folder / "x").string() + " false"));
-    EXPECT_EQ(1, folder.entries());
+    EXPECT_EQ((Size{2, 2}), decodePng(readFile(copy)).size());
+    EXPECT_EQ(1, folder.entries()) << "the temporary pictures are gone";
 }
 
 TEST(Jobs, ShowABarForEachThatRunsWhileSomebodyWaits) {
@@ -215,7 +179,6 @@ TEST(Jobs, ShowABarForEachThatRunsWhileSomebodyWaits) {
     EXPECT_THAT(terminal.str(), testing::ContainsRegex("\\[#*-+\\] [0-9]+% job 1 \\(render a.png\\)\n"));
     EXPECT_THAT(terminal.str(), testing::ContainsRegex("\x1b\\[[12]A\x1b\\[J"));
     EXPECT_THAT(terminal.str(), testing::ContainsRegex("job 2 \\(render b.png\\): complete\n"));
-    EXPECT_EQ(2, folder.entries());
 }
 
 TEST_F(InterpreterTest, GoesOnAfterErrorsAtATerminal) {

@@ -1,47 +1,21 @@
-#include "host/actions.h"
-#include "host/interpreter.h"
-#include "image/pngFile.h"
-#include "tests/examples/compositor/paint.h"
-#include "tests/support/childProcess.h"
+#include "tests/examples/compositor/pictures.h"
+#include "tests/examples/compositor/session.h"
 #include "tests/support/temporaryFolder.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sstream>
 
 namespace {
 
 using namespace compositor;
-using KoTest::inChildProcess;
-using KoTest::paint;
-using KoTest::TemporaryFolder;
+using namespace KoTest;
 using testing::HasSubstr;
 
-class PlugInsTest : public testing::Test {
+class PlugInsTest : public Session {
 protected:
-    bool run(std::string const& script) {
-        std::istringstream stream(script);
-        return interpreter.runScript(stream, "test");
-    }
-    std::string list() const {
-        std::ostringstream text;
-        plugIns.list(text);
-        return text.str();
-    }
     void add(Picture picture, std::string const& name = "a") { editor.addLayer(name, std::move(picture)); }
     // Of a picture one pixel high.
     std::vector<Colour> pixels(std::string const& name = "a") const {
         auto const row = editor.document().layer(name).placed.picture->row(0);
         return {row.begin(), row.end()};
     }
-
-    std::ostringstream output;
-    std::ostringstream errors;
-    EditActions const actions;
-    PlugIns const plugIns{errors};
-    Editor editor;
-    Jobs jobs{output, errors, Jobs::Bars::NotShown};
-    Interpreter interpreter{editor, jobs, plugIns, output, errors};
 };
 
 constexpr Colour black{0, 0, 0, 255};
@@ -62,24 +36,21 @@ TEST_F(PlugInsTest, GeneratorsMakeLayers) {
 
 TEST_F(PlugInsTest, OperatorsMakeOtherPicturesInOneStepThatCanBeUndone) {
     std::vector<Colour> const before{{10, 20, 30, 40}, {200, 100, 50, 255}, {0, 0, 0, 0}};
-    struct {
-        char const* action;
-        std::vector<Colour> expected;
-    } const rows[] = {{"Invert", {{245, 235, 225, 40}, {55, 155, 205, 255}, {255, 255, 255, 0}}}, {"Grade 1 1", before},
-        {"Grade 0 1", {{0, 0, 0, 40}, black, {0, 0, 0, 0}}},
-        {"Grade 1 1 0", {{19, 19, 19, 40}, {128, 128, 128, 255}, {0, 0, 0, 0}}},
-        {"Transform mirror", {before[2], before[1], before[0]}}, {"Transform flip", before},
-        {"Transform turn", {before[2], before[1], before[0]}}, {"Transform left", {before[2]}},
-        {"Transform right", {before[0]}}, {"Transform scale 0.333", {before[1]}},
-        {"Transform scale 2", {before[0], before[0], before[1], before[1], before[2], before[2]}},
-        {"Blur 0", {before[0], before[1], {0, 0, 0, 0}}}};
     add(paint({3, 1}, [&](int x, int) { return before[static_cast<std::size_t>(x)]; }));
     run("select a");
-    for (auto const& row : rows) {
-        EXPECT_TRUE(run(std::string("do ") + row.action)) << errors.str();
-        EXPECT_EQ(row.expected, pixels()) << row.action;
+    for (auto const& [action, expected] : std::vector<std::pair<char const*, std::vector<Colour>>>{
+             {"Invert", {{245, 235, 225, 40}, {55, 155, 205, 255}, {255, 255, 255, 0}}}, {"Grade 1 1", before},
+             {"Grade 0 1", {{0, 0, 0, 40}, black, {0, 0, 0, 0}}},
+             {"Grade 1 1 0", {{19, 19, 19, 40}, {128, 128, 128, 255}, {0, 0, 0, 0}}},
+             {"Transform mirror", {before[2], before[1], before[0]}}, {"Transform flip", before},
+             {"Transform turn", {before[2], before[1], before[0]}}, {"Transform left", {before[2]}},
+             {"Transform right", {before[0]}}, {"Transform scale 0.333", {before[1]}},
+             {"Transform scale 2", {before[0], before[0], before[1], before[1], before[2], before[2]}},
+             {"Blur 0", {before[0], before[1], {0, 0, 0, 0}}}}) {
+        EXPECT_TRUE(run(std::string("do ") + action)) << errors.str();
+        EXPECT_EQ(expected, pixels()) << action;
         run("undo");
-        EXPECT_EQ(before, pixels()) << row.action;
+        EXPECT_EQ(before, pixels()) << action;
     }
 }
 
@@ -101,33 +72,28 @@ TEST_F(PlugInsTest, ABlurSpreadsLightAndKeepsPlainColours) {
 
 TEST_F(PlugInsTest, RefuseWhatIsImpossibleAndLeaveTheLayer) {
     add(paint({3, 1}, [](int, int) { return white; }));
-    struct {
-        char const* script;
-        char const* error;
-    } const rows[] = {{"do Blur", "\"Blur\" takes a radius in pixels"},
-        {"do Blur -1", "\"-1\" is not a whole number from 0 to 1000"}, {"do Transform scale 1000", ""},
-        {"do Transform scale", "write mirror, flip"}, {"do Transform sideways", "not \"sideways\""},
-        {"do Grade 1 0", "\"0\" is not a number from 0.01 to 100"},
-        {"do Grade 1", "\"Grade\" takes a gain, a gamma and perhaps a saturation"},
-        {"select\ndo \"Add Noise\" n 1", "\"Add Noise\" takes a name, a width, a height, a seed"},
-        {"checker c 1 1 1 black ffffff", "\"black\" is not a colour"},
-        {"gradient c 1 1 000000 ffffff up", "\"up\" is not a direction"}};
-    for (auto const& row : rows) {
+    for (auto const& [script, error] :
+        std::vector<std::pair<char const*, char const*>>{{"do Blur", "\"Blur\" takes a radius in pixels"},
+            {"do Blur -1", "\"-1\" is not a whole number from 0 to 1000"}, {"do Transform scale 1000", ""},
+            {"do Transform scale", "write mirror, flip"}, {"do Transform sideways", "not \"sideways\""},
+            {"do Grade 1 0", "\"0\" is not a number from 0.01 to 100"},
+            {"do Grade 1", "\"Grade\" takes a gain, a gamma and perhaps a saturation"},
+            {"select\ndo \"Add Noise\" n 1", "\"Add Noise\" takes a name, a width, a height, a seed"},
+            {"checker c 1 1 1 black ffffff", "\"black\" is not a colour"},
+            {"gradient c 1 1 000000 ffffff up", "\"up\" is not a direction"}}) {
         errors.str("");
-        EXPECT_EQ(*row.error == '\0', run("select a\n" + std::string(row.script))) << row.script;
-        EXPECT_THAT(errors.str(), HasSubstr(row.error)) << row.script;
+        EXPECT_EQ(*error == '\0', run("select a\n" + std::string(script))) << script;
+        EXPECT_THAT(errors.str(), HasSubstr(error)) << script;
         EXPECT_EQ(1u, editor.document().layers().size());
     }
 }
 
 TEST_F(PlugInsTest, ShowInTheMenus) {
     add(Picture({1, 1}));
-    run("select a\nmenu");
+    run("select a\nmenu\nselect\nmenu\nplugins");
     EXPECT_THAT(output.str(), HasSubstr("Operators\n  Blur (a)\n  Grade (a)\n  Invert (a)\n  Transform (a)\n"));
-    output.str("");
-    run("select\nmenu");
     EXPECT_THAT(output.str(), HasSubstr("Generators\n  Add Checker\n  Add Gradient\n  Add Noise\n"));
-    EXPECT_THAT(list(), HasSubstr("plugins\n  blur.op.so: loaded\n  grade.op.so: loaded\n"));
+    EXPECT_THAT(output.str(), HasSubstr("plugins\n  blur.op.so: loaded\n  grade.op.so: loaded\n"));
     EXPECT_EQ("", errors.str());
 }
 
@@ -167,15 +133,12 @@ TEST_F(PlugInsOfAHost, AreToldToHaveFailedAndSkipped) {
 
 TEST_F(PlugInsOfAHost, AreChosenByArgumentsEnvironmentAndConfigurationFile) {
     std::string const file = folder.write("compositor.conf", "marlo::plugins::exclude = op=all,gen=noise\n").string();
-    struct {
-        std::string arguments;
-        std::string environment;
-    } const rows[] = {{"plugins_include:op=none,gen=check", ""}, {"plugins_exclude:op=all,gen=noise", ""},
-        {"", "KO_PLUGINS_EXCLUDE=op=all,gen=noise"}, {"", "KO_CONFIG_FILE='" + file + "'"}};
-    for (auto const& row : rows) {
-        std::string const said = run(row.arguments, row.environment);
+    for (auto const& [arguments, environment] : std::vector<std::pair<std::string, std::string>>{
+             {"plugins_include:op=none,gen=check", ""}, {"plugins_exclude:op=all,gen=noise", ""},
+             {"", "KO_PLUGINS_EXCLUDE=op=all,gen=noise"}, {"", "KO_CONFIG_FILE='" + file + "'"}}) {
+        std::string const said = run(arguments, environment);
         EXPECT_NE(0, exitCode) << "the generator is missing";
-        EXPECT_THAT(said, HasSubstr("\n  blur.op.so: filtered out\n")) << row.arguments << row.environment;
+        EXPECT_THAT(said, HasSubstr("\n  blur.op.so: filtered out\n")) << arguments << environment;
         EXPECT_THAT(said, HasSubstr("\n  checker.gen.so: loaded\n"));
         EXPECT_THAT(said, HasSubstr("\n  noise.gen.so: filtered out\n"));
         EXPECT_THAT(said, HasSubstr("script.kos:2: \"Add Noise\" is not possible here; \"menu\" lists what is\n"));

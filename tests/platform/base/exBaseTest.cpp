@@ -1,31 +1,22 @@
 #include "base/exBase.h"
 #include "base/assertions.h"
 #include "base/oPtr.h"
+#include "tests/support/caught.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace Ko;
+using KoTest::caught;
 
 TEST(ExBase, KeepsItsTypeReasonAndPlaceWhenStoredAndRaisedAgain) {
-    OPtr<ExBase> stored;
-    try {
-        throw ExInternalError("some\\source", 12, "nothing works");
-    } catch (ExBase const& error) {
-        stored.reset(error.clone());
-    }
-    try {
-        stored->raise();
-    } catch (ExInternalError const& error) {
-        EXPECT_EQ("nothing works", error.getReason());
-        EXPECT_STREQ("nothing works", error.what());
-        EXPECT_STREQ("some\\source", error.getFile());
-        EXPECT_EQ(12, error.getLine());
-        EXPECT_EQ("Ko::ExInternalError", error.getTypeName());
-        return;
-    }
-    FAIL() << "raised as another type";
+    OPtr<ExBase> const stored(ExInternalError("some\\source", 12, "nothing works").clone());
+    auto const error = caught<ExInternalError>([&] { stored->raise(); });
+    EXPECT_EQ("nothing works", error.getReason());
+    EXPECT_STREQ("some\\source", error.getFile());
+    EXPECT_EQ(12, error.getLine());
+    EXPECT_EQ("Ko::ExInternalError", error.getTypeName());
 }
 
 TEST(ExBase, PutsContextBeforeTheReason) {
@@ -38,27 +29,11 @@ TEST(ExBase, PutsContextBeforeTheReason) {
 TEST(Assertions, NameTheirSourceTheCallersLineAndTheExpression) {
     constexpr AssertionSource source{"module\\src\\file"};
     EXPECT_NO_THROW(source.require(true, "true"));
-    int line = 0;
-    try {
-        line = __LINE__ + 1;
-        source.require(1 > 2, "1 > 2");
-        FAIL() << "not raised";
-    } catch (ExAssertionFailed const& error) {
-        EXPECT_STREQ("1 > 2", error.what());
-        EXPECT_STREQ("module\\src\\file", error.getFile());
-        EXPECT_EQ(line, error.getLine());
-    }
-}
-
-int fatalErrors = 0;
-
-TEST(Assertions, ReportAFatalErrorBeforeRaisingIt) {
-    Assertions::setFatalErrorHandler([](std::string const& text) noexcept {
-        EXPECT_NE(std::string::npos, text.find("impossible"));
-        ++fatalErrors;
-    });
-    EXPECT_THROW(AssertionSource("source").abort("impossible"), ExProgramAborted);
-    EXPECT_EQ(1, fatalErrors);
+    int const line = __LINE__ + 1;
+    auto const error = caught<ExAssertionFailed>([&] { source.require(1 > 2, "1 > 2"); });
+    EXPECT_STREQ("1 > 2", error.what());
+    EXPECT_STREQ("module\\src\\file", error.getFile());
+    EXPECT_EQ(line, error.getLine());
 }
 
 } // namespace

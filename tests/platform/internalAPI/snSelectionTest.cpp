@@ -38,7 +38,6 @@ Numbers contentOf(SnSelection const& selection) {
     for (RCShdPtr<SnItem const> const& item : selection.getItems())
         numbers.push_back(dynamic_cast<SnItemBasic<Clashing> const&>(*item).get().number);
     EXPECT_EQ(numbers.size(), selection.getCount());
-    EXPECT_EQ(numbers.empty(), selection.isEmpty());
     return numbers;
 }
 
@@ -51,15 +50,9 @@ TEST(SnSelection, FindsTheItemThatIsSelectedByAnEqualOne) {
     EXPECT_TRUE(selection->find(*itemOf(10)).isNull());
     EXPECT_FALSE(selection->contains(*SnItemBasic<Clashing>::create(Clashing{7}, SnParts::create({"part"}))));
     EXPECT_THROW(selection->add(nullptr), ExNullPtr);
-}
-
-TEST(SnSelection, DumpsItsItems) {
-    auto const selection = SnSelection::create();
-    selection->add(itemOf(5));
-    selection->add(itemOf(4));
     std::ostringstream stream;
     selection->dump(stream);
-    EXPECT_LT(stream.str().find("Data:      5"), stream.str().find("Data:      4"));
+    EXPECT_NE(std::string::npos, stream.str().find("Data:      7"));
 }
 
 TEST(SnSelection, IsASetInOrderAlsoWhereHashesClash) {

@@ -22,12 +22,10 @@ TEST(StatMgr, AddsUpWhatThreadsFlush) {
     EXPECT_EQ(10u, pixels.getTotal());
     EXPECT_EQ(1u, files.getTotal());
     StatMgr::flushStatistics();
-    StatMgr::flushStatistics();
     EXPECT_EQ(15u, pixels.getTotal());
     morePixels.add(100);
     StatMgr::flushStatistics();
     EXPECT_EQ(115u, StatMgr::getTotals().at("pixels"));
-    EXPECT_EQ(1u, StatMgr::getTotals().at("files"));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "base/exBase.h"
 #include "resmgt/envIntVar.h"
 #include "resmgt/osEnv.h"
+#include "resmgt/osMemoryArch.h"
 #include "tests/support/logRecorder.h"
 
 #include <algorithm>
@@ -12,25 +13,19 @@ namespace {
 using namespace Ko;
 using KoTest::LogRecorder;
 
-struct Row {
-    char const* text;
-    int expected;
-    bool isReported;
-};
-
 TEST(EnvIntVar, TakesWholeNumbersAndReportsEverythingElse) {
-    for (Row const& row : {Row{nullptr, 7, false}, Row{"0", 0, false}, Row{"-12", -12, false},
-             Row{"2147483647", 2147483647, false}, Row{"2147483648", 7, true}, Row{"", 7, true}, Row{"12 ", 7, true},
-             Row{"1e3", 7, true}, Row{"many", 7, true}}) {
-        row.text ? ::setenv("KO_TEST_NUMBER", row.text, 1) : ::unsetenv("KO_TEST_NUMBER");
+    for (auto const& [text, expected, isReported] : std::vector<std::tuple<char const*, int, bool>>{{nullptr, 7, false},
+             {"-12", -12, false}, {"2147483647", 2147483647, false}, {"2147483648", 7, true}, {"", 7, true},
+             {"12 ", 7, true}, {"many", 7, true}}) {
+        text ? ::setenv("KO_TEST_NUMBER", text, 1) : ::unsetenv("KO_TEST_NUMBER");
         LogRecorder const log;
         EnvIntVar variable("KO_TEST_NUMBER", 7, "some\\source");
-        EXPECT_EQ(row.expected, variable.get()) << row.text;
+        EXPECT_EQ(expected, variable.get()) << text;
         ::setenv("KO_TEST_NUMBER", "99", 1);
-        EXPECT_EQ(row.expected, variable.get()) << "read once";
-        ASSERT_EQ(row.isReported ? 1u : 0u, log.lines().size()) << row.text;
-        if (!row.isReported) continue;
-        for (char const* const part : {"KO_TEST_NUMBER", row.text, "some\\source"})
+        EXPECT_EQ(expected, variable.get()) << "read once";
+        ASSERT_EQ(isReported ? 1u : 0u, log.lines().size()) << text;
+        if (!isReported) continue;
+        for (char const* const part : {"KO_TEST_NUMBER", text, "some\\source"})
             EXPECT_NE(std::string::npos, log.lines()[0].find(part)) << log.lines()[0];
     }
 }
@@ -40,17 +35,31 @@ TEST(OsEnv, DefinesAndListsVariables) {
     ::unsetenv("KO_TEST_TEXT");
     EXPECT_FALSE(OsEnv::getVariable("KO_TEST_TEXT", value));
     EXPECT_EQ("untouched", value);
-    OsEnv::putVariable(L"KO_TEST_TEXT=a=b c");
+    OsEnv::putVariable(L"KO_TEST_TEXT=a=b gr\u00fcn \U0001F3A8");
     EXPECT_TRUE(OsEnv::getVariable("KO_TEST_TEXT", value));
-    EXPECT_EQ("a=b c", value);
-    OsEnv::putVariable(L"KO_TEST_TEXT=gr\u00fcn \U0001F3A8");
-    OsEnv::getVariable("KO_TEST_TEXT", value);
-    EXPECT_EQ("gr\xC3\xBCn \xF0\x9F\x8E\xA8", value);
+    EXPECT_EQ("a=b gr\xC3\xBCn \xF0\x9F\x8E\xA8", value);
     OsEnv::putVariable(LiString("KO_TEST_TEXT=\xFF narrow"));
     auto const entries = OsEnv::getEntries();
     EXPECT_EQ(1, std::count(entries.begin(), entries.end(), "KO_TEST_TEXT=\xFF narrow"));
     EXPECT_THROW(OsEnv::putVariable(L"nothing assigned"), ExAssertionFailed);
     EXPECT_THROW(OsEnv::putVariable(L"=nameless"), ExAssertionFailed);
+}
+
+TEST(OsMemoryArch, KnowsTheMachineUnlessAnotherAnswers) {
+    OsMemoryArch const& system = OsMemoryArch::getInstance();
+    auto const memory = system.getMemory();
+    constexpr std::uint64_t megabyte = 1024 * 1024;
+    EXPECT_GT(memory.totalPhysical, 100 * megabyte);
+    EXPECT_GT(memory.freePhysical, megabyte);
+    EXPECT_LT(memory.freePhysical, memory.totalPhysical);
+    class : public OsMemoryArch {
+    public:
+        Memory getMemory() const override { return {1, 2, 3}; }
+    } const other;
+    OsMemoryArch::setInstance(&other);
+    EXPECT_EQ(3u, OsMemoryArch::getInstance().getMemory().freePageFile);
+    OsMemoryArch::setInstance(nullptr);
+    EXPECT_EQ(&system, &OsMemoryArch::getInstance());
 }
 
 } // namespace

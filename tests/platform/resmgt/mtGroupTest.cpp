@@ -1,17 +1,15 @@
 #include "resmgt/mtGroup.h"
 #include "base/exBase.h"
 #include "resmgt/lkEvent.h"
+#include "resmgt/sleeper.h"
 #include "tests/support/logRecorder.h"
 
-#include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
 #include <latch>
-#include <memory>
+#include <optional>
 #include <stdexcept>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -19,26 +17,33 @@ using namespace Ko;
 using KoTest::LogRecorder;
 using Group = MtGroup<std::queue<MtTask>>;
 
-class Task : public MtTaskImp {
-public:
-    explicit Task(std::function<void()> work) : _work(std::move(work)) {}
-    void execute() override { _work(); }
-
-private:
-    std::function<void()> _work;
+struct Task : MtTaskImp {
+    explicit Task(std::function<void()> itsWork) : work(std::move(itsWork)) {}
+    void execute() override { work(); }
+    std::function<void()> const work;
 };
 
 void add(Group& group, std::function<void()> work) {
     group.add(RCShdPtr<Task>::create(std::move(work)));
 }
 
+/// Keeps a worker busy until it is opened.
+struct Gate {
+    explicit Gate(Group& group) {
+        add(group, [this] {
+            reached.set();
+            opened.wait();
+        });
+        reached.wait();
+    }
+    LkEvent reached{"reached", false}, opened{"opened", false};
+};
+
 TEST(MtGroup, ExecutesTasksOfAllProducersOnceAndThoseOfEachInOrder) {
-    constexpr int producers = 4;
-    constexpr int tasks = 5000;
+    constexpr int producers = 4, tasks = 5000;
     std::vector<std::atomic<int>> executed(producers);
     {
         Group group("Order", 1);
-        EXPECT_EQ("Order", group.getName());
         std::vector<std::jthread> threads;
         for (std::size_t producer = 0; producer < producers; ++producer)
             threads.emplace_back([&, producer] {
@@ -65,15 +70,9 @@ TEST(MtGroup, PutsAllWorkersToWork) {
 }
 
 TEST(MtGroup, MakesProducersWaitForRoom) {
-    LkEvent gate("gate", false);
-    LkEvent busy("busy", false);
     std::atomic<int> added{0};
     Group group("Bounded", 1, 2);
-    add(group, [&] {
-        busy.set();
-        gate.wait();
-    });
-    busy.wait();
+    Gate gate(group);
     std::jthread const producer([&] {
         for (int task = 0; task < 50; ++task) {
             add(group, [] {});
@@ -84,7 +83,7 @@ TEST(MtGroup, MakesProducersWaitForRoom) {
         std::this_thread::yield();
     EXPECT_EQ(3u, group.getNumRequests()) << "one is executed, two wait, and there is no room for more";
     EXPECT_EQ(2, added);
-    gate.set();
+    gate.opened.set();
     while (added < 50)
         std::this_thread::yield();
     group.waitForRequests();
@@ -92,28 +91,23 @@ TEST(MtGroup, MakesProducersWaitForRoom) {
 
 TEST(MtGroup, DiscardsWhatWaitsAtItsEnd) {
     auto const token = std::make_shared<int>(1);
-    LkEvent busy("busy", false);
-    LkEvent gate("gate", false);
-    {
-        Group group("Ending", 1);
-        add(group, [&] {
-            busy.set();
-            gate.wait();
-        });
-        busy.wait();
-        for (int task = 0; task < 100; ++task)
-            add(group, [token] {});
-        gate.set();
-    }
+    std::optional<Group> group(std::in_place, "Ending", 1);
+    Gate gate(*group);
+    for (int task = 0; task < 100; ++task)
+        add(*group, [token] {});
+    gate.opened.set();
+    group.reset();
     EXPECT_EQ(1, token.use_count()) << "nothing of a task is left";
 }
 
 TEST(MtGroup, SurvivesTasksThatThrow) {
     LogRecorder const log;
-    Group group("Throwing", 2);
-    add(group, [] { throw std::runtime_error("spilt milk"); });
+    auto const token = std::make_shared<int>(1);
+    Group group("Throwing", 1);
+    add(group, [token] { throw std::runtime_error("spilt milk"); });
     group.waitForRequests();
-    std::atomic<bool> executed{false};
+    EXPECT_EQ(1, token.use_count()) << "nothing of the task is left";
+    bool executed = false;
     add(group, [&] { executed = true; });
     group.waitForRequests();
     EXPECT_TRUE(executed);
@@ -121,12 +115,8 @@ TEST(MtGroup, SurvivesTasksThatThrow) {
 }
 
 TEST(MtGroup, TellsItsObserverOfEveryTask) {
-    class Counter : public MtContainerObserver<std::queue<MtTask>> {
-    public:
-        void taken(std::queue<MtTask> const&, MtTask const& task) override {
-            EXPECT_TRUE(task.getTag().isValid());
-            ++count;
-        }
+    struct Counter : MtContainerObserver<std::queue<MtTask>> {
+        void taken(std::queue<MtTask> const&, MtTask const&) override { ++count; }
         std::atomic<int> count{0};
     };
     auto const counter = RCShdPtr<Counter>::create();
@@ -150,45 +140,41 @@ TEST(MtGroup, RefusesWhatCannotWork) {
 
 TEST(MtGroup, StartsAndEndsAtAnyTime) {
     for (int round = 0; round < 300; ++round) {
-        std::atomic<int> executed{0};
         Group group("Short", 6);
         for (int task = 0; task < round % 10; ++task)
-            add(group, [&] { ++executed; });
-        if (round % 2) continue;
-        group.waitForRequests();
-        EXPECT_EQ(round % 10, executed);
+            add(group, [] {});
     }
 }
 
 TEST(MtRequestMgr, CountsForEachTag) {
     MtRequestMgr manager;
-    MtGroupTag first = manager.acquireTag();
-    MtGroupTag second = manager.acquireTag();
-    EXPECT_FALSE(MtGroupTag().isValid());
-    EXPECT_TRUE(first.isValid());
-    EXPECT_NE(first, second);
+    MtGroupTag first = manager.acquireTag(), second = manager.acquireTag();
     MtRequestMgr::increment(first);
-    MtRequestMgr::increment(first);
-    EXPECT_EQ(2u, MtRequestMgr::getCount(first));
     MtRequestMgr::waitForZero(second);
-    std::jthread const other([&] {
-        MtRequestMgr::decrement(first);
-        MtRequestMgr::decrement(first);
-    });
+    std::jthread const other([&] { MtRequestMgr::decrement(first); });
     MtRequestMgr::waitForZero(first);
     manager.releaseTag(second);
     EXPECT_FALSE(second.isValid());
-    manager.releaseTag(second);
+}
+
+TEST(Sleeper, IsWokenOnceByAllThatCameBeforeOrByTime) {
+    Sleeper sleeper("Test");
+    EXPECT_FALSE(sleeper.sleep(0.001));
+    EXPECT_FALSE(sleeper.sleep(-1));
+    sleeper.wake();
+    sleeper.wake();
+    EXPECT_TRUE(sleeper.sleep(1e6));
+    EXPECT_FALSE(sleeper.sleep(0));
+    std::jthread const wakes([&] { sleeper.wake(); });
+    EXPECT_TRUE(sleeper.sleep(1e6));
 }
 
 TEST(LkEvent, StaysSetUntilReset) {
     LkEvent event("event", true);
-    EXPECT_TRUE(event.wait(0.0));
     event.wait();
-    EXPECT_TRUE(event.isSet());
+    EXPECT_TRUE(event.wait(0.0));
     event.reset();
     event.reset();
-    EXPECT_FALSE(event.isSet());
     EXPECT_FALSE(event.wait(0.0));
     EXPECT_FALSE(event.wait(0.001));
     event.set();

@@ -1,12 +1,10 @@
 #include "scriptingAPI/piPythonInterpreterTerminationGuard.h"
 #include "base/exBase.h"
 
-#include <atomic>
 #include <gtest/gtest.h>
 #include <latch>
 #include <stdexcept>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -35,6 +33,7 @@ TEST(PiPythonInterpreterTerminationGuard, IsNeverHeldByAnotherThreadWhileTheInte
                 Guard const guard, nested;
                 ++held;
                 if (round == 0) firstIsHeld.arrive_and_wait();
+                std::this_thread::yield();
                 EXPECT_FALSE(isEnding);
                 --held;
             }

@@ -2,6 +2,8 @@
 
 #include "image/picture.h"
 
+#include <stdexcept>
+
 namespace KoTest {
 
 /// @param colourAt gives the colour at (x, y).
@@ -12,6 +14,17 @@ compositor::Picture paint(compositor::Size size, ColourAt const& colourAt) {
         for (int x = 0; x < size.width; ++x)
             picture.row(y)[static_cast<std::size_t>(x)] = colourAt(x, y);
     return picture;
+}
+
+/// What the call says when it fails.
+template <class Call>
+std::string errorOf(Call call) {
+    try {
+        call();
+    } catch (std::runtime_error const& error) {
+        return error.what();
+    }
+    return "nothing was thrown";
 }
 
 } // namespace KoTest

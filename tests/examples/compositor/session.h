@@ -1,0 +1,36 @@
+#pragma once
+
+#include "host/actions.h"
+#include "host/interpreter.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <utility>
+
+namespace KoTest {
+
+/// A compositor without a terminal: it runs scripts.
+class Session : public testing::Test {
+protected:
+    bool run(std::string const& script) {
+        std::istringstream stream(script);
+        return interpreter.runScript(stream, "test");
+    }
+    static std::string take(std::ostringstream& stream) {
+        std::string const text = stream.str();
+        stream.str("");
+        return text;
+    }
+
+    std::ostringstream output;
+    std::ostringstream errors;
+    std::ostringstream told; // by jobs
+    compositor::EditActions const actions;
+    compositor::PlugIns const plugIns{errors};
+    compositor::Editor editor;
+    compositor::Jobs jobs{told, errors, compositor::Jobs::Bars::NotShown};
+    compositor::Interpreter interpreter{editor, jobs, plugIns, output, errors};
+};
+
+} // namespace KoTest

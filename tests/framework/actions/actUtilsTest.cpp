@@ -107,27 +107,33 @@ protected:
     }
 };
 
-class Tools : public ActCompositeAction {
+class Composite : public ActCompositeAction {
 public:
-    LiString getDescription() const override { return "Tools"; }
+    Composite(char const* description, char const* compositeName)
+        : _description(description), _compositeName(compositeName) {}
+    LiString getDescription() const override { return _description; }
+    std::string getCompositeName() const override { return _compositeName; }
+    std::string getGroup() const override { return "composites"; }
+
+private:
+    char const *_description, *_compositeName;
 };
 
 TEST_F(ActUtilsTest, AMenuShowsWhatIsValidForTheItemsAndWhatCompositesStandFor) {
     add({"b", "", "", [](auto const&, auto const& none) { return none == "?"; }});
     add({"", "", "", [](auto const& t, auto const&) { return t == "2"; }});
-    add({"y", "Tools", "", {}});
-    add({"x", "Tools", "", {}});
-    auto tools = std::make_unique<Tools>();
-    ActAction const* const registered = tools.get();
-    registry.registerAction(std::move(tools), ActRegistry::Static);
-
+    for (char const* const inner : {"y", "x"}) {
+        add({"member", inner, "", {}});
+        registry.registerAction(std::make_unique<Composite>(inner, "Tools"), ActRegistry::Static);
+    }
+    registry.registerAction(std::make_unique<Composite>("Tools", ""), ActRegistry::Static);
     auto const menu = RCShdPtr<Menu>::create();
     ActMenuBase::Entries entries;
     EXPECT_TRUE(menu->setActionsForSelection({text("1"), text("2")}, {3, 4}, selectionOf({"s"}), entries));
     EXPECT_EQ("3s :2 Tools:1 Tools:2 b:1 b:2 () (x:1 y:1) (x:2 y:2) () ()", menu->shown);
     EXPECT_EQ(5u, entries.getCardinality());
     EXPECT_FALSE(menu->setActionsForSelection({}, {0, 0}, selection));
-    registry.unregisterAction(registered);
+    registry.unregisterActionsInGroup("composites");
 }
 
 } // namespace

@@ -230,7 +230,6 @@ TEST_F(BgProcessTest, MayEndInItsOwnWayWhenItIsStopped) {
     ends.release();
     EXPECT_EQ("Stopped", run.await());
     EXPECT_THAT(run.program->records, ElementsAre("out:done", "exit:0"));
-    EXPECT_EQ(1.0f, run.program->progress());
 }
 
 TEST_F(BgProcessTest, EndsAllThatIgnoreTheBreakAfterAWhile) {

@@ -30,7 +30,6 @@ protected:
         CmUndoGuard guard(stack, name, transition);
         guard.execAndAddUndoCommand(RecordingCommand::create(name, journal));
     }
-    // No guard is left open, and the next one works.
     void expectClosed() {
         EXPECT_FALSE(CmUndoGuard::isGuardActive());
         int const undoable = stack->getNbUndoableCommands();

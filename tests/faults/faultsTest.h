@@ -11,8 +11,6 @@ namespace KoTest {
 /// Base of the tests in which memory runs out. What the log is told of that is written nowhere.
 class FaultsTest : public testing::Test {
 protected:
-    using Outcome = FaultyAttempt::Outcome;
-
     ~FaultsTest() override { Ko::LgSinks::replace(_sinks); }
 
     /// Waits for what other threads do, without memory of its own.

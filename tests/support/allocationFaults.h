@@ -41,39 +41,32 @@ public:
 /// One attempt at an operation, with or without a fault.
 class FaultyAttempt {
 public:
-    enum class Outcome { Done, OutOfMemory, OtherError };
-
     /// For `tryAllFaults`.
     FaultyAttempt(AllocationFaults::Kind kind, long number, bool everyThread)
         : _kind(kind), _number(number), _everyThread(everyThread) {}
 
-    /// Performs the operation that is tested, once in an attempt.
+    /// Performs the operation that is tested, once in an attempt. @returns whether it was done.
     template <class Operation>
-    Outcome operator()(Operation operation) {
+    bool operator()(Operation operation) {
+        std::exception_ptr error;
         AllocationFaults::arm(_kind, _number, _everyThread);
-        Outcome outcome = Outcome::Done;
         try {
             operation();
-            if (!_everyThread) hadFault = AllocationFaults::disarm();
-        } catch (std::bad_alloc const&) {
-            if (!_everyThread) hadFault = AllocationFaults::disarm();
-            outcome = Outcome::OutOfMemory;
-            reason = "no memory";
-        } catch (std::exception const& error) {
-            if (!_everyThread) hadFault = AllocationFaults::disarm();
-            outcome = Outcome::OtherError;
-            reason = error.what();
+        } catch (...) {
+            error = std::current_exception();
         }
-        if (outcome != Outcome::Done && !_everyThread) {
+        if (!_everyThread) end();
+        if (!error) return true;
+        reason = reasonOf(error);
+        if (!_everyThread) {
             EXPECT_TRUE(hadFault) << "failed without a fault: " << reason;
         }
-        return outcome;
+        return false;
     }
     /// The same for one that must not fail.
     template <class Operation>
     void withoutFail(Operation operation) {
-        Outcome const outcome = (*this)(operation);
-        EXPECT_EQ(Outcome::Done, outcome) << reason;
+        EXPECT_TRUE((*this)(operation)) << reason;
     }
     /// Where every thread's allocations fail: to be called when the operation's work on other threads is done.
     void end() noexcept { hadFault = AllocationFaults::disarm(); }
@@ -82,35 +75,57 @@ public:
     std::string reason;
 
 private:
+    static std::string reasonOf(std::exception_ptr const& error) {
+        try {
+            std::rethrow_exception(error);
+        } catch (std::exception const& known) {
+            return known.what();
+        }
+    }
+
     AllocationFaults::Kind _kind;
     long _number;
     bool _everyThread;
 };
 
-/// Attempts an operation with its first, second, third ... allocation failing, until none is left to fail: once with a
-/// single fault, once with no memory after it. `attempt` prepares all that the operation needs, performs it through its
-/// argument, and then expects what has to hold whatever became of it. Nothing that it allocates may be left afterwards.
-template <class Attempt>
-void tryAllFaults(std::string const& name, Attempt attempt, bool everyThread = false) {
+/// Calls `run(kind, number)` for the first, second, third ... allocation that is to fail, until it tells that none did: with
+/// a single fault each time, then with no memory after it.
+template <class Run>
+void forEachFault(std::string const& name, Run run) {
     using Kind = AllocationFaults::Kind;
-    auto const run = [&](Kind kind, long number) {
-        FaultyAttempt faulty(kind, number, everyThread);
-        attempt(faulty);
-        return faulty.hadFault;
-    };
-    for (int round = 0; round < 2; ++round)
-        run(Kind::None, 0); // makes all that is made once in a process
     long faults = 0;
     for (Kind const kind : {Kind::Single, Kind::Lasting})
         for (long number = 1;; ++number, ++faults) {
             SCOPED_TRACE(name + (kind == Kind::Single ? ", fault " : ", no memory from ") + std::to_string(number));
-            long const before = AllocationFaults::liveBlocks();
             bool const hadFault = run(kind, number);
             if (testing::Test::HasFailure()) return; // whose words take memory
-            EXPECT_EQ(before, AllocationFaults::liveBlocks()) << "something is left";
             if (!hadFault) break;
         }
     AllocationFaults::count(faults);
+}
+
+/// Attempts an operation with each of its allocations failing. `attempt` prepares all that the operation needs, performs it
+/// through its argument, and then expects what has to hold whatever became of it. Nothing that it allocates may be left
+/// afterwards.
+template <class Attempt>
+void tryAllFaults(std::string const& name, Attempt attempt, bool everyThread = false) {
+    using Kind = AllocationFaults::Kind;
+    auto const run = [&](Kind kind, long number) {
+        long const before = AllocationFaults::liveBlocks();
+        bool hadFault = false;
+        {
+            FaultyAttempt faulty(kind, number, everyThread);
+            attempt(faulty);
+            hadFault = faulty.hadFault;
+        }
+        if (kind != Kind::None && !testing::Test::HasFailure()) {
+            EXPECT_EQ(before, AllocationFaults::liveBlocks()) << "something is left";
+        }
+        return hadFault;
+    };
+    for (int round = 0; round < 2; ++round)
+        run(Kind::None, 0); // makes all that is made once in a process
+    forEachFault(name, run);
 }
 
 } // namespace KoTest

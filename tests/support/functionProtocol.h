@@ -41,6 +41,26 @@ private:
     Ko::LkEvent _event{"Gate", false};
 };
 
+/// A job that waits in its execution until it is let go, and then does what the test asks.
+class GatedJob {
+public:
+    explicit GatedJob(FunctionProtocol::Function work = [](FunctionProtocol&) {})
+        : job(FunctionProtocol::createJob([this, work = std::move(work)](FunctionProtocol& self) {
+              started.open();
+              gate.wait();
+              work(self);
+          })) {}
+
+    void letGo() {
+        started.wait();
+        gate.open();
+    }
+
+    Gate started;
+    Gate gate;
+    Ko::RCShdPtr<Ko::BgJob> const job;
+};
+
 /// Records what jobs tell: states as their values, and progress. Then it does what the test asks.
 class JobRecorder : public Ko::ObObserver<Ko::BgJobTag> {
 public:

@@ -20,20 +20,17 @@ struct Traits {
     std::string description, group, compositeName;
     unsigned validTargets; // a bit for each; an empty item is always valid
     bool isComposite;
+
+    bool isValidFor(std::string const& target) const {
+        return target == "?" || (validTargets >> std::stoi(target) & 1) != 0;
+    }
 };
 
 using Alive = std::set<int>;
 
-bool isValidFor(Traits const& traits, std::string const& target) {
-    return target == "?" || (traits.validTargets >> std::stoi(target) & 1) != 0;
-}
-
 template <class Base>
 class TraitsAction : public Base {
 public:
-    using ActAction::inputValid;
-    using ActAction::performAction;
-
     TraitsAction(Traits traits, Alive& alive) : _traits(std::move(traits)), _alive(alive) {
         _alive.insert(_traits.number);
     }
@@ -54,15 +51,10 @@ class PlainAction final : public TraitsAction<ActAction> {
 public:
     using TraitsAction::TraitsAction;
     bool inputValid(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const&) const override {
-        return isValidFor(_traits, valueOf(target));
+        return _traits.isValidFor(valueOf(target));
     }
     void performAction(
         RCShdPtr<SnItem const> const&, RCShdPtr<SnItem const> const&, RCShdPtr<SnSelection> const&) const override {}
-};
-
-class CompositeAction final : public TraitsAction<ActCompositeAction> {
-public:
-    using TraitsAction::TraitsAction;
 };
 
 /// The registry beside a list of what was registered. Composites stand for others, and for one another.
@@ -72,10 +64,7 @@ public:
         "UnregisterGroup", "UnregisterGroups", "DeleteDynamic", "GetAction", "Query", "Query", "QueryList",
         "QuerySelection", "QueryNoItems", "ListGroups"};
 
-    ~RegistryMachine() {
-        while (!records.empty())
-            unregister(records.front().action);
-    }
+    ~RegistryMachine() { finish(); }
 
     std::string perform(std::size_t operation, unsigned number) {
         Choices choices(number);
@@ -129,12 +118,10 @@ private:
             ++lastNumber, descriptionOf(choices), groupOf(choices), compositeNameOf(choices), choices.take(16), false};
         // A composite without a description would stand for the top level.
         traits.isComposite = traits.description.size() > 0 && choices.take(3) == 0;
-        OPtr<ActAction> action;
         if (traits.isComposite)
-            action = std::make_unique<CompositeAction>(traits, alive);
+            add(std::make_unique<TraitsAction<ActCompositeAction>>(traits, alive), traits, choices);
         else
-            action = std::make_unique<PlainAction>(traits, alive);
-        add(std::move(action), traits, choices);
+            add(std::make_unique<PlainAction>(traits, alive), traits, choices);
     }
     void registerAgain(Choices& choices) {
         if (records.empty()) return;
@@ -187,16 +174,9 @@ private:
         Alive expected;
         for (Record const& record : records)
             expected.insert(record.traits.number);
-        return alive == expected ? compareOrder() : "other actions are alive than those that are registered";
-    }
-    std::string compareOrder() const {
-        Listed actual, expected;
-        for (auto found = registry.getActionsInGroup(Groups{"", "x", "y"}, ActRegistry::FirstOnly); !found.atEnd();
-             ++found)
-            actual.push_back(nameOf(*found));
-        for (Record const& record : records)
-            expected.push_back(nameOf(record.action));
-        return difference("order", actual, expected);
+        if (alive != expected) return "other actions are alive than those that are registered";
+        Groups const all{"", "x", "y"};
+        return compareListed(registry.getActionsInGroup(all, ActRegistry::FirstOnly), all, ActRegistry::FirstOnly);
     }
 
     // ---- queries
@@ -214,10 +194,14 @@ private:
     std::string listGroups(Choices& choices) const {
         std::string const group = groupOf(choices);
         Groups const groups{group, groupOf(choices)};
-        bool const asOne = groups.size() == 1;
         auto const order = orderOf(choices);
+        auto const found =
+            groups.size() == 1 ? registry.getActionsInGroup(group, order) : registry.getActionsInGroup(groups, order);
+        return compareListed(found, groups, order);
+    }
+    std::string compareListed(
+        ConstIterator<ActAction const*> found, Groups const& groups, ActRegistry::Numerator order) const {
         Listed actual, expected;
-        auto found = asOne ? registry.getActionsInGroup(group, order) : registry.getActionsInGroup(groups, order);
         for (; !found.atEnd(); ++found)
             actual.push_back(nameOf(*found));
         for (Record const& record : records)
@@ -275,7 +259,7 @@ private:
 
     // A composite is valid if one of its members is, other than by itself.
     bool isValid(Record const& record, std::string const& target, std::set<ActAction*> within) const {
-        if (!record.traits.isComposite) return isValidFor(record.traits, target);
+        if (!record.traits.isComposite) return record.traits.isValidFor(target);
         if (!within.insert(record.action).second) return false;
         return std::any_of(records.begin(), records.end(), [&](Record const& member) {
             return member.traits.compositeName == record.traits.description && isValid(member, target, within);
@@ -291,9 +275,6 @@ private:
             std::sort(actual.begin(), actual.end());
             std::sort(expected.begin(), expected.end());
         }
-        return difference(what, actual, expected);
-    }
-    static std::string difference(std::string const& what, Listed const& actual, Listed const& expected) {
         return actual == expected
                    ? ""
                    : what + ": " + testing::PrintToString(actual) + " instead of " + testing::PrintToString(expected);

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <barrier>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <thread>
 
@@ -22,7 +23,6 @@ void race(First first, Second second, Check check) {
     std::barrier together(2);
     std::atomic<bool> done{false};
     RCShdPtr<BgJob> job;
-    std::atomic<int> executions{0};
     std::thread other([&] {
         for (;;) {
             together.arrive_and_wait();
@@ -33,7 +33,6 @@ void race(First first, Second second, Check check) {
     });
     for (int round = 0; round < rounds; ++round) {
         job = FunctionProtocol::createJob([&](FunctionProtocol& protocol) {
-            ++executions;
             // Half of the jobs end by themselves, the others only when they are stopped.
             while (round % 2 == 0 && protocol.continueExecution()) {
                 protocol.reportProgress(1, 2);
@@ -53,67 +52,51 @@ void race(First first, Second second, Check check) {
     other.join();
 }
 
-void expectAllowed(States const& states) {
-    for (States const& allowed : {States{State::Stopped}, States{State::Busy, State::Complete},
-             States{State::Busy, State::Stopping, State::Stopped}})
-        if (states == allowed) return;
-    ADD_FAILURE() << testing::PrintToString(states);
+using Action = void (*)(BgJob& job);
+
+struct Race {
+    char const* name;
+    Action first, second;
+};
+class BgJobRace : public testing::TestWithParam<Race> {};
+
+TEST_P(BgJobRace, EndsTheJobInOrder) {
+    race(GetParam().first, GetParam().second, [](BgJob& job, States const& states) {
+        EXPECT_THAT(states, testing::AnyOf(States{State::Stopped}, States{State::Busy, State::Complete},
+                                States{State::Busy, State::Stopping, State::Stopped}));
+        EXPECT_FALSE(job.isRunning());
+        EXPECT_TRUE(job.releaseProtocol());
+        EXPECT_TRUE(job.isReleased());
+    });
 }
 
-TEST(BgJobRace, AStopAtAnyMomentEndsTheJobInOrder) {
-    race([](BgJob& job) { job.execute(); },
-        [](BgJob& job) {
-            std::thread::id const here = std::this_thread::get_id();
-            if (std::hash<std::thread::id>()(here) % 2 == 0) std::this_thread::yield();
-            job.stop();
-        },
-        [](BgJob& job, States const& states) {
-            expectAllowed(states);
-            EXPECT_FALSE(job.isRunning());
-            EXPECT_TRUE(job.releaseProtocol());
-        });
-}
+Action const execute = [](BgJob& job) { job.execute(); };
 
-TEST(BgJobRace, AReleaseAtAnyMomentEndsTheJobAndItsProtocol) {
-    race([](BgJob& job) { job.execute(); }, [](BgJob& job) { EXPECT_TRUE(job.releaseProtocol()); },
-        [](BgJob& job, States const& states) {
-            expectAllowed(states);
-            EXPECT_FALSE(job.isRunning());
-            EXPECT_TRUE(job.isReleased());
-        });
-}
-
-TEST(BgJobRace, AReleaseAndAStopDoNotMeetInADeletedProtocol) {
-    race(
-        [](BgJob& job) {
-            std::jthread worker([&job] { job.execute(); });
-            job.stop();
-        },
-        [](BgJob& job) {
-            EXPECT_TRUE(job.releaseProtocol());
-            job.getStatistics();
-        },
-        [](BgJob& job, States const& states) {
-            expectAllowed(states);
-            EXPECT_TRUE(job.isReleased());
-        });
-}
-
-TEST(BgJobRace, EverythingMayBeReadWhileTheJobRuns) {
-    race([](BgJob& job) { job.execute(); },
-        [](BgJob& job) {
-            while (job.isRunning()) {
-                job.getStatistics();
-                job.cloneError();
-                job.getState()->state();
-                job.setNotifProgressSlice(0.01f);
+INSTANTIATE_TEST_SUITE_P(AtAnyMoment, BgJobRace,
+    testing::Values(Race{"Stop", execute, [](BgJob& job) { job.stop(); }},
+        Race{"Release", execute, [](BgJob& job) { EXPECT_TRUE(job.releaseProtocol()); }},
+        Race{"ReleaseAndStop",
+            [](BgJob& job) {
+                std::jthread worker([&job] { job.execute(); });
                 job.stop();
-            }
-        },
-        [](BgJob& job, States const&) { EXPECT_FALSE(job.isRunning()); });
-}
+            },
+            [](BgJob& job) {
+                EXPECT_TRUE(job.releaseProtocol());
+                job.getStatistics();
+            }},
+        Race{"Question", execute,
+            [](BgJob& job) {
+                while (job.isRunning()) {
+                    job.getStatistics();
+                    job.cloneError();
+                    job.getState()->state();
+                    job.setNotifProgressSlice(0.01f);
+                    job.stop();
+                }
+            }}),
+    [](auto const& row) { return row.param.name; });
 
-TEST(BgJobRace, AJobThatIsSubmittedTwiceRunsOnce) {
+TEST(BgManagerRace, AJobThatIsSubmittedTwiceRunsOnce) {
     int executions = 0;
     for (int round = 0; round < rounds; ++round) {
         auto const job = FunctionProtocol::createJob([&](FunctionProtocol&) { ++executions; });
@@ -127,7 +110,7 @@ TEST(BgJobRace, AJobThatIsSubmittedTwiceRunsOnce) {
     EXPECT_TRUE(BgManager::getInstance().getJobs().empty());
 }
 
-TEST(BgJobRace, AShutdownEndsJobsThatWereJustSubmitted) {
+TEST(BgManagerRace, AShutdownEndsJobsThatWereJustSubmitted) {
     BgManager& manager = BgManager::getInstance();
     std::vector<RCShdPtr<BgJob>> jobs;
     for (int round = 0; round < rounds; ++round) {

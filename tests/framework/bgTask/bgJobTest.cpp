@@ -16,56 +16,41 @@ using namespace KoTest;
 using States = std::vector<int>;
 using State = BgJobHintChangeState;
 
-struct Callback : BgProgressReport {
-    void reportProgress(int done, int total) override { reports.emplace_back(done, total); }
-    std::vector<std::pair<int, int>> reports;
-};
-
 TEST(BgJobProtocol, KeepsTheLastQuotientAndPassesReportsOn) {
-    Callback callback;
+    struct Callback : BgProgressReport {
+        void reportProgress(int done, int total) override { reports.emplace_back(done, total); }
+        std::vector<std::pair<int, int>> reports;
+    } callback;
     FunctionProtocol protocol([](FunctionProtocol&) {});
-    EXPECT_EQ(0.0f, protocol.progress());
     protocol.reportProgress(1, 2);
     protocol.setProgressCallback(&callback);
-    protocol.reportProgress(3, 4);
-    EXPECT_EQ(0.75f, protocol.progress());
     protocol.reportProgress(6, 4);
     EXPECT_EQ(1.5f, protocol.progress());
     protocol.setProgressCallback(nullptr);
     protocol.reportProgress(1, 0);
     EXPECT_TRUE(std::isinf(protocol.progress()));
-    EXPECT_EQ((std::vector<std::pair<int, int>>{{3, 4}, {6, 4}}), callback.reports);
+    EXPECT_EQ((std::vector<std::pair<int, int>>{{6, 4}}), callback.reports);
 }
 
 TEST(BgJobProtocol, StopsUntilItIsStartedAgain) {
-    int executions = 0;
-    FunctionProtocol protocol([&](FunctionProtocol& self) {
-        ++executions;
-        EXPECT_TRUE(self.continueExecution());
-        self.stop();
-        EXPECT_FALSE(self.continueExecution());
-    });
+    class Protocol : public BgJobProtocol {
+    public:
+        Protocol() : BgJobProtocol("render") {}
+        using BgJobProtocol::continueExecution;
+        void execute() override {
+            ++executions;
+            EXPECT_TRUE(continueExecution());
+            stop();
+        }
+        int executions = 0;
+    } protocol;
     protocol.stop();
     EXPECT_FALSE(protocol.continueExecution());
     protocol.start();
     protocol.start();
-    EXPECT_EQ(2, executions);
-
-    class Unnamed : public BgJobProtocol {
-    public:
-        Unnamed() : BgJobProtocol("render") {}
-        void execute() override {}
-    } unnamed;
-    EXPECT_EQ("unnamed job", unnamed.getJobName());
-    EXPECT_EQ("render", unnamed.getJobType());
-}
-
-TEST(BgJob, WaitsWithoutHavingToldAnybody) {
-    auto const job = FunctionProtocol::createJob();
-    EXPECT_EQ("Waiting", job->getState()->state());
-    EXPECT_TRUE(job->isRunning());
-    EXPECT_FALSE(job->isReleased());
-    EXPECT_THROW(BgJob::create(nullptr), ExNullPtr);
+    EXPECT_EQ(2, protocol.executions);
+    EXPECT_EQ("unnamed job", protocol.getJobName());
+    EXPECT_EQ("render", protocol.getJobType());
 }
 
 // Every way through the states, as observers hear of it.
@@ -85,20 +70,19 @@ TEST_P(BgJobWays, GoThroughTheStatesInOrder) {
     executed = job.get();
     JobRecorder recorder;
     job->attachObserver(&recorder);
+    EXPECT_EQ("Waiting", job->getState()->state());
+    EXPECT_TRUE(job->isRunning());
     way.goes(*job);
     EXPECT_EQ(way.hints, recorder.states());
     EXPECT_EQ(way.endState, job->getState()->state());
     EXPECT_FALSE(job->isRunning());
-    // What has ended stays so.
-    job->stop();
-    job->execute();
-    EXPECT_EQ(way.hints, recorder.states());
-    EXPECT_TRUE(job->releaseProtocol());
-    EXPECT_TRUE(job->isReleased());
-    job->stop();
-    job->execute();
-    EXPECT_EQ(way.hints, recorder.states());
-    EXPECT_TRUE(job->releaseProtocol());
+    for (int times = 0; times < 2; ++times) { // what has ended stays so, also when it is released
+        job->stop();
+        job->execute();
+        EXPECT_EQ(way.hints, recorder.states());
+        EXPECT_TRUE(job->releaseProtocol());
+        EXPECT_TRUE(job->isReleased());
+    }
 }
 
 auto const nothing = [](FunctionProtocol&, BgJob&) {};
@@ -139,25 +123,12 @@ TEST(BgJob, KeepsACopyOfWhatDerivesFromExBase) {
     failed->execute();
     auto const error = failed->cloneError();
     ASSERT_NE(nullptr, error);
-    EXPECT_NE(error, failed->cloneError());
+    EXPECT_NE(nullptr, failed->cloneError());
     EXPECT_EQ("A background job failed: no space", error->getReason());
-    EXPECT_THROW(error->raise(), BgEx::ExBgTaskFailed);
 
     auto const strange = FunctionProtocol::createJob([](FunctionProtocol&) { throw std::runtime_error("x"); });
     strange->execute();
     EXPECT_EQ(nullptr, strange->cloneError());
-}
-
-TEST(BgEx, FillsTheTextIntoTheMessageAndKeepsItInCopies) {
-    BgEx::ExBgManager const error("source", 3, "out of workers");
-    EXPECT_EQ("Background jobs: out of workers", error.getReason());
-    std::unique_ptr<ExBase> const copy(error.clone());
-    try {
-        copy->raise();
-    } catch (BgEx::ExBgManager const& raised) {
-        EXPECT_EQ(error.getReason(), raised.getReason());
-        EXPECT_EQ("Ko::BgEx::ExBgManager", raised.getTypeName());
-    }
 }
 
 std::vector<float> toldOf(std::vector<std::pair<int, int>> const& reports, float slice = 0.05f) {
@@ -174,16 +145,6 @@ std::vector<float> toldOf(std::vector<std::pair<int, int>> const& reports, float
 
 TEST(BgJob, TellsOfProgressBySlices) {
     using Told = std::vector<float>;
-    std::vector<std::pair<int, int>> hundredths;
-    for (int done = 1; done <= 100; ++done)
-        hundredths.emplace_back(done, 100);
-    Told const told = toldOf(hundredths);
-    EXPECT_EQ(0.05f, told.front());
-    EXPECT_EQ(0.10f, told[1]);
-    EXPECT_EQ(1.0f, told.back());
-    EXPECT_GE(told.size(), 17u);
-    EXPECT_LE(told.size(), 21u);
-
     int const most = std::numeric_limits<int>::max();
     struct Row {
         char const* name;
@@ -191,7 +152,8 @@ TEST(BgJob, TellsOfProgressBySlices) {
         float slice;
         Told told;
     };
-    for (Row const& row : {Row{"backwards", {{50, 100}, {49, 100}, {51, 100}}, 0.05f, {0.5f, 0.49f}},
+    for (Row const& row : {Row{"forwards", {{1, 100}, {4, 100}, {5, 100}, {9, 100}, {11, 100}}, 0.05f, {0.05f, 0.11f}},
+             Row{"backwards", {{50, 100}, {49, 100}, {51, 100}}, 0.05f, {0.5f, 0.49f}},
              Row{"the last step is always told", {{98, 100}, {100, 100}, {100, 100}}, 0.05f, {0.98f, 1.0f}},
              Row{"limited", {{150, 100}, {-3, 100}}, 0.05f, {1.0f, 0.0f}},
              Row{"no number", {{0, 0}, {1, 2}, {0, 0}, {1, 1}}, 0.05f, {0.5f, 1.0f}},
@@ -225,60 +187,31 @@ TEST(BgJob, KeepsStatisticsOfItsTimes) {
 }
 
 TEST(BgJob, TellsAllObserversInOneOrderWhateverTheyDo) {
-    auto const job = FunctionProtocol::createJob();
+    LogRecorder const log;
+    auto const job = FunctionProtocol::createJob([](FunctionProtocol& self) { self.reportProgress(1, 1); });
     JobRecorder stopper([&](ObHints const& hints) {
-        if (hints.pickHint<BgJobHintChangeState>()->getJobState() == State::Busy) job->stop();
+        auto const change = hints.pickHint<BgJobHintChangeState>();
+        if (change && change->getJobState() == State::Busy) job->stop();
     });
+    JobRecorder thrower([](ObHints const&) { throw std::runtime_error("not my day"); });
     JobRecorder follower;
-    job->attachObserver(&stopper);
-    job->attachObserver(&follower);
+    for (JobRecorder* const observer : {&stopper, &thrower, &follower})
+        job->attachObserver(observer);
     job->execute();
     EXPECT_EQ((States{State::Busy, State::Stopping, State::Stopped}), stopper.states());
     EXPECT_EQ(stopper.states(), follower.states());
+    EXPECT_EQ(std::vector<std::string>(4, "Errors:0 An observer failed: not my day"), log.lines());
 }
 
-TEST(BgJob, SurvivesObserversThatThrow) {
-    LogRecorder const log;
-    auto const job = FunctionProtocol::createJob([](FunctionProtocol& self) { self.reportProgress(1, 1); });
-    JobRecorder thrower([](ObHints const&) { throw std::runtime_error("not my day"); });
-    JobRecorder follower;
-    job->attachObserver(&thrower);
-    job->attachObserver(&follower);
-    job->execute();
-    EXPECT_EQ("Complete", job->getState()->state());
-    EXPECT_EQ((States{State::Busy, State::Complete}), follower.states());
-    EXPECT_EQ(std::vector<std::string>(3, "Errors:0 An observer failed: not my day"), log.lines());
-}
-
-TEST(BgJob, HasNoObserversInCommonWithOthers) {
-    auto const first = FunctionProtocol::createJob();
-    auto const second = FunctionProtocol::createJob();
-    JobRecorder recorder;
-    EXPECT_TRUE(first->attachObserver(&recorder));
-    EXPECT_FALSE(first->attachObserver(&recorder));
-    second->execute();
-    EXPECT_EQ(States{}, recorder.states());
-    EXPECT_TRUE(first->detachObserver(&recorder));
-    EXPECT_FALSE(first->detachObserver(&recorder));
-    first->execute();
-    EXPECT_EQ(States{}, recorder.states());
-}
-
-TEST(BgJob, KeepsTheProtocolOfAStuckJob) {
-    Gate gate;
-    Gate started;
-    auto const job = FunctionProtocol::createJob([&](FunctionProtocol&) {
-        started.open();
-        gate.wait();
+TEST(BgJob, IsStoppedToBeReleased) {
+    GatedJob busy([](FunctionProtocol& self) {
+        while (self.continueExecution())
+            std::this_thread::yield();
     });
-    std::thread worker([&] { job->execute(); });
-    started.wait();
-    EXPECT_FALSE(job->releaseProtocol());
-    EXPECT_FALSE(job->isReleased());
-    gate.open();
-    worker.join();
-    EXPECT_EQ("Complete", job->getState()->state());
-    EXPECT_TRUE(job->releaseProtocol());
+    std::jthread const worker([&] { busy.job->execute(); });
+    busy.letGo();
+    EXPECT_TRUE(busy.job->releaseProtocol());
+    busy.job->stop(); // whatever became of that
 }
 
 } // namespace

@@ -7,8 +7,9 @@
 #include "tests/support/childProcess.h"
 #include "tests/support/functionProtocol.h"
 #include "tests/support/logRecorder.h"
+#include "tests/support/thrown.h"
 
-#include <condition_variable>
+#include <atomic>
 #include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,8 +22,6 @@ using namespace KoTest;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-constexpr int oneAfterTheOther = 3600;
 
 void setLaunchThrottle(int seconds) {
     OsEnv::putVariable("KO_BGEXEC_WAIT_TIME=" + std::to_string(seconds));
@@ -81,108 +80,80 @@ private:
     std::thread _thread;
 };
 
-/// Knows of as much memory as a test says, and lets it wait until somebody has asked.
+constexpr std::uint64_t megabyte = 1 << 20;
+constexpr OsMemoryArch::Memory noMemory{0, 1000 * megabyte, 0};
+constexpr OsMemoryArch::Memory plenty{900 * megabyte, 1000 * megabyte, 9000 * megabyte};
+
+/// Knows of as much memory as a test says until that is relieved, and lets it wait until somebody has asked.
 class Memory : public OsMemoryArch {
 public:
     explicit Memory(OsMemoryArch::Memory memory) : _memory(memory) { setInstance(this); }
     ~Memory() override { setInstance(nullptr); }
 
     OsMemoryArch::Memory getMemory() const override {
-        std::lock_guard const guard(_mutex);
         ++_asked;
-        _condition.notify_all();
-        return _memory;
+        _asked.notify_all();
+        return _isRelieved ? plenty : _memory;
     }
-    void set(OsMemoryArch::Memory memory) {
-        std::lock_guard const guard(_mutex);
-        _memory = memory;
-    }
-    int asked() const {
-        std::lock_guard const guard(_mutex);
-        return _asked;
-    }
+    void relieve() { _isRelieved = true; }
+    int asked() const { return _asked; }
     void awaitAsked(int times) const {
-        std::unique_lock lock(_mutex);
-        _condition.wait(lock, [&] { return _asked >= times; });
+        for (int now = _asked; now < times; now = _asked)
+            _asked.wait(now);
     }
 
 private:
-    mutable std::mutex _mutex;
-    mutable std::condition_variable _condition;
-    mutable int _asked = 0;
-    OsMemoryArch::Memory _memory;
+    OsMemoryArch::Memory const _memory;
+    std::atomic<bool> _isRelieved = false;
+    mutable std::atomic<int> _asked = 0;
 };
-
-constexpr std::uint64_t megabyte = 1 << 20;
-constexpr OsMemoryArch::Memory noMemory{0, 1000 * megabyte, 0};
 
 class BgProcessTest : public testing::Test {
 protected:
     BgProcessTest() { setLaunchThrottle(0); }
 };
 
-struct Ending {
-    char const* name;
-    char const* steps;
-    std::vector<std::string> records;
-    char const* end;
-};
-class BgProcessEndings : public BgProcessTest, public testing::WithParamInterface<Ending> {};
-
-TEST_P(BgProcessEndings, AreToldInLines) {
-    ProgramRun run(GetParam().steps);
-    EXPECT_EQ(GetParam().end, run.await());
-    EXPECT_EQ(GetParam().records, run.program->records);
-    EXPECT_EQ(std::string(GetParam().end) == "Complete", run.program->progress() == 1.0f);
+TEST_F(BgProcessTest, TellsInLinesWhatItsProgramWritesAndHowItEnds) {
+    std::string const failed = "Failed: A background job failed: External process terminated with return value ";
+    struct Row {
+        char const* steps;
+        std::vector<std::string> records;
+        std::string end = "Complete";
+    };
+    for (Row const& row : {Row{"", {"exit:0"}}, Row{R"(out 'a\r\nb')", {"out:a", "out:b", "exit:0"}},
+             Row{R"(err 'x\ny')", {"err:x", "out:y", "exit:0"}},
+             Row{R"(err y out 'b\r')", {"out:b\r", "out:y", "exit:0"}},
+             Row{R"(out '\n\r\n\r\r\na\rb\n\n')", {"out:", "out:", "out:\r", "out:a\rb", "out:", "exit:0"}},
+             Row{R"(out 'a\0b\n\0')", {std::string("out:a\0b", 7), std::string("out:\0", 5), "exit:0"}},
+             Row{R"(out 'a\n' err 'x\n' exit 3)", {"out:a", "err:x", "exit:3"}, failed + "3"},
+             Row{"signal 11", {"exit:139"}, failed + "139"}, Row{"signal 2", {"exit:-1073741510"}},
+             Row{R"(closeErr out 'a\n')", {"out:a", "exit:0"}}}) {
+        SCOPED_TRACE(row.steps);
+        ProgramRun run(row.steps);
+        EXPECT_EQ(row.end, run.await());
+        EXPECT_EQ(row.records, run.program->records);
+        EXPECT_EQ(row.end == "Complete", run.program->progress() == 1.0f);
+    }
 }
-
-#define FAILED_WITH "Failed: A background job failed: External process terminated with return value "
-
-INSTANTIATE_TEST_SUITE_P(Table, BgProcessEndings,
-    testing::Values(Ending{"Silence", "", {"exit:0"}, "Complete"},
-        Ending{"UnfinishedOutput", R"(out 'a\r\nb')", {"out:a", "out:b", "exit:0"}, "Complete"},
-        Ending{"UnfinishedError", R"(err 'x\ny')", {"err:x", "out:y", "exit:0"}, "Complete"},
-        Ending{"UnfinishedBoth", R"(err y out 'b\r')", {"out:b\r", "out:y", "exit:0"}, "Complete"},
-        Ending{"EmptyLines", R"(out '\n\r\n\r\r\na\rb\n\n')", {"out:", "out:", "out:\r", "out:a\rb", "out:", "exit:0"},
-            "Complete"},
-        Ending{"ZeroBytes", R"(out 'a\0b\n\0')", {std::string("out:a\0b", 7), std::string("out:\0", 5), "exit:0"},
-            "Complete"},
-        Ending{"BeforeAnError", R"(out 'a\n' err 'x\n' exit 3)", {"out:a", "err:x", "exit:3"}, FAILED_WITH "3"},
-        Ending{"Crash", "signal 11", {"exit:139"}, FAILED_WITH "139"},
-        Ending{"Break", "signal 2", {"exit:-1073741510"}, "Complete"},
-        Ending{"EarlyCloser", R"(closeErr out 'a\n')", {"out:a", "exit:0"}, "Complete"}),
-    [](auto const& row) { return row.param.name; });
 
 TEST_F(BgProcessTest, HasNamesAndACommandLine) {
     BgProcess const unnamed("program x", "render");
     EXPECT_EQ("unnamed process", unnamed.getJobName());
-    EXPECT_EQ("render", unnamed.getJobType());
+    EXPECT_EQ("program x", unnamed.getExecutionStr());
     BgProcess named("Sky", "", "render");
     EXPECT_EQ("Sky", named.getJobName());
-    EXPECT_EQ("", named.getExecutionStr());
     named.start();
     EXPECT_EQ(0.0f, named.progress()) << "nothing is run";
-    EXPECT_EQ("program x", unnamed.getExecutionStr());
 }
 
 TEST_F(BgProcessTest, SaysWhereAndWhyItFailed) {
     LogRecorder const log(6);
-    struct {
-        std::string commandLine;
-        char const* reason;
-        int line;
-    } const rows[] = {{"/nowhere/program", "A background job failed: External process could not be launched", 323},
-        {"'", "A background job failed: External process could not be launched", 323},
-        {childCommand("exit 7"), "A background job failed: External process terminated with return value 7", 706}};
+    std::pair<std::string, char const*> const rows[] = {{"/nowhere/program", "could not be launched [@:323]"},
+        {"'", "could not be launched [@:323]"}, {childCommand("exit 7"), "terminated with return value 7 [@:706]"}};
     for (auto const& row : rows) {
-        try {
-            BgProcess(row.commandLine, "test").start();
-            ADD_FAILURE() << row.commandLine;
-        } catch (BgEx::ExBgTaskFailed const& error) {
-            EXPECT_EQ(row.reason, error.getReason());
-            EXPECT_STREQ("framework\\bgTask\\src\\bgProcessWindows", error.getFile());
-            EXPECT_EQ(row.line, error.getLine());
-        }
+        std::string expected = std::string("A background job failed: External process ") + row.second;
+        expected.replace(expected.find('@'), 1, "framework\\bgTask\\src\\bgProcessWindows");
+        EXPECT_EQ(expected, thrownBy<BgEx::ExBgTaskFailed>([&] { BgProcess(row.first, "test").start(); }, true));
     }
     EXPECT_THAT(log.lines(), Contains("BgTask:6 Launching process \"/nowhere/program\""));
     EXPECT_THAT(log.lines(), Contains("BgTask:3 Process \"/nowhere/program\": No such file or directory."));
@@ -199,26 +170,20 @@ TEST_F(BgProcessTest, GivesTheEnvironmentOfItsConstructionAndMore) {
     program.start();
     for (char const* const line : {"out:KO_TEST_A=1=2", "out:KO_TEST_B=own", "out:KO_TEST_C="})
         EXPECT_THAT(program.records, Contains(line));
-    EXPECT_TRUE(std::is_sorted(program.records.begin(), program.records.end() - 1,
-        [](auto const& left, auto const& right) {
-            return left.substr(0, left.find('=')) < right.substr(0, right.find('='));
-        }))
-        << "in the order of the names";
 }
 
 TEST_F(BgProcessTest, LosesNothingAndMixesNothingUp) {
     class Counting : public BgProcess {
     public:
         using BgProcess::BgProcess;
-        std::ptrdiff_t lines = 0, plainBytes = 0, errorBytes = 0;
-        std::string otherBytes;
+        std::ptrdiff_t lines = 0, bytes = 0, errorBytes = 0;
+        std::string lastLine;
 
     protected:
         void processOutputString(std::string const& line) override {
             ++lines;
-            plainBytes += std::count(line.begin(), line.end(), 'x');
-            std::copy_if(
-                line.begin(), line.end(), std::back_inserter(otherBytes), [](char byte) { return byte != 'x'; });
+            bytes += std::count(line.begin(), line.end(), 'x');
+            lastLine = line;
         }
         void processErrorString(std::string const& line) override { errorBytes += std::ssize(line) + 1; }
     } program(
@@ -227,8 +192,8 @@ TEST_F(BgProcessTest, LosesNothingAndMixesNothingUp) {
     program.start();
     // 2,000,000 of two bytes, one more "x", a long one, the rest of a long one with "last", and the rest of the errors.
     EXPECT_EQ(2000000 + 1 + 1 + 1 + 1, program.lines);
-    EXPECT_EQ(2000001 + 4999999 + 4000000 + 100, program.plainBytes);
-    EXPECT_EQ("last", program.otherBytes);
+    EXPECT_EQ(2000001 + 4999999 + 4000000 + 100, program.bytes);
+    EXPECT_EQ(std::string(100, 'x'), program.lastLine);
     EXPECT_EQ(1000600, program.errorBytes);
 }
 
@@ -255,14 +220,16 @@ TEST_F(BgProcessTest, EndsAlthoughAnotherOneHoldsItsPipe) {
     ends.release();
 }
 
-TEST_F(BgProcessTest, EndsWhenItIsStopped) {
-    NamedPipe tells;
-    ProgramRun run("tell " + tells.path() + " pause");
+TEST_F(BgProcessTest, MayEndInItsOwnWayWhenItIsStopped) {
+    NamedPipe tells, ends;
+    ProgramRun run("ignoreBreak tell " + tells.path() + " await " + ends.path() + " out done");
     tells.hear();
-    run.job->stop();
+    std::jthread const stopper([&] { run.job->stop(); });
+    while (run.job->getState()->state() != "Stopping")
+        std::this_thread::yield();
+    ends.release();
     EXPECT_EQ("Stopped", run.await());
-    EXPECT_THAT(run.program->records, ElementsAre("exit:-1073741510"));
-    EXPECT_EQ(1.0f, run.program->progress());
+    EXPECT_THAT(run.program->records, ElementsAre("out:done", "exit:0"));
 }
 
 TEST_F(BgProcessTest, EndsAllThatIgnoreTheBreakAfterAWhile) {
@@ -283,21 +250,14 @@ TEST_F(BgProcessTest, CanBeStoppedByItsOwnHooks) {
     });
     EXPECT_EQ("Complete", run.await());
     EXPECT_THAT(run.program->records, ElementsAre("out:a", "exit:-1073741510"));
-
-    // One that has ended already.
-    ProgramRun late("out 'a\n'", [](Program& program, std::string const& record) {
-        if (record == "exit:0") program.stop();
-    });
-    EXPECT_EQ("Complete", late.await());
 }
 
 TEST_F(BgProcessTest, FailsByAHookThatThrowsAndEndsTheProgram) {
     for (char const* const steps : {"out 'a\n' pause", "err 'a\n' pause", "exit 0"}) {
-        pid_t number = 0;
         NamedPipe tells;
         ProgramRun run("tell " + tells.path() + " " + steps,
             [](Program&, std::string const&) { throw BgEx::ExBgTaskFailed("here", 1, "not this"); });
-        number = tells.hear();
+        pid_t const number = tells.hear();
         EXPECT_EQ("Failed: A background job failed: not this", run.await());
         EXPECT_EQ(1u, run.program->records.size());
         EXPECT_EQ(-1, ::kill(number, 0));
@@ -339,57 +299,45 @@ private:
     ProgramRun _run;
 };
 
-struct Figures {
-    char const* name;
-    OsMemoryArch::Memory memory;
-    bool isEnough;
-    bool isWarning;
-};
-class BgProcessMemory : public BgProcessTest, public testing::WithParamInterface<Figures> {};
-
-TEST_P(BgProcessMemory, DecidesWhetherAnotherOneMayStart) {
-    Memory memory(GetParam().memory);
-    LogRecorder const log;
-    {
-        Running const first;
-        EXPECT_EQ(0, memory.asked()) << "the first one never waits";
-        ProgramRun second("");
-        if (GetParam().isEnough) {
-            EXPECT_EQ("Complete", second.await());
-            EXPECT_EQ(1, memory.asked());
-        } else {
-            memory.awaitAsked(3);
-            EXPECT_TRUE(second.program->records.empty());
-            memory.set({900 * megabyte, 1000 * megabyte, 9000 * megabyte});
+TEST_F(BgProcessTest, StartsAnotherOneWhileThereIsEnoughMemory) {
+    struct Row {
+        char const* name;
+        OsMemoryArch::Memory memory;
+        bool isEnough = false;
+        bool isWarning = false;
+    };
+    for (Row const& row : {Row{"enough", {513 * megabyte, 1000 * megabyte, 1026 * megabyte}, true},
+             Row{"too little", {512 * megabyte, 1000 * megabyte, 2000 * megabyte}},
+             Row{"a large enough share", {1050 * megabyte, 5000 * megabyte, 3000 * megabyte}, true},
+             Row{"too small a share", {1049 * megabyte, 5000 * megabyte, 3000 * megabyte}},
+             Row{"too small a page file", {600 * megabyte, 1000 * megabyte, 1112 * megabyte}},
+             Row{"a page file smaller than memory", {600 * megabyte, 1000 * megabyte, 599 * megabyte}, true, true},
+             Row{"no figures", {0, 0, 0}}}) {
+        SCOPED_TRACE(row.name);
+        Memory memory(row.memory);
+        LogRecorder const log;
+        {
+            Running const first;
+            EXPECT_EQ(0, memory.asked()) << "the first one never waits";
+            ProgramRun second("");
+            if (!row.isEnough) {
+                memory.awaitAsked(3);
+                EXPECT_TRUE(second.program->records.empty());
+                memory.relieve();
+            }
             EXPECT_EQ("Complete", second.await());
         }
+        EXPECT_EQ(row.isEnough, memory.asked() == 1);
+        EXPECT_EQ(row.isWarning ? std::vector<std::string>{"BgTask:3 The available pagefile memory is smaller than the "
+                                                           "free physical memory; the process could fail."}
+                                : std::vector<std::string>{},
+            log.lines());
     }
-    std::string const warning = "BgTask:3 The available pagefile memory is smaller than the free physical memory; the "
-                                "process could fail.";
-    EXPECT_EQ(GetParam().isWarning, std::find(log.lines().begin(), log.lines().end(), warning) != log.lines().end());
-}
-
-INSTANTIATE_TEST_SUITE_P(Table, BgProcessMemory,
-    testing::Values(Figures{"Enough", {513 * megabyte, 1000 * megabyte, 1026 * megabyte}, true, false},
-        Figures{"TooLittle", {512 * megabyte, 1000 * megabyte, 2000 * megabyte}, false, false},
-        Figures{"LargeEnoughShare", {1050 * megabyte, 5000 * megabyte, 3000 * megabyte}, true, false},
-        Figures{"TooSmallAShare", {1049 * megabyte, 5000 * megabyte, 3000 * megabyte}, false, false},
-        Figures{"TooSmallAPageFile", {600 * megabyte, 1000 * megabyte, 1112 * megabyte}, false, false},
-        Figures{"PageFileSmallerThanMemory", {600 * megabyte, 1000 * megabyte, 599 * megabyte}, true, true},
-        Figures{"NoFigures", {0, 0, 0}, false, false}),
-    [](auto const& row) { return row.param.name; });
-
-TEST_F(BgProcessTest, ToldByTheSystemItRunsSeveralAlsoWithoutAPageFile) {
-    auto const memory = OsMemoryArch::getInstance().getMemory();
-    if (memory.freePhysical <= 512 * megabyte || memory.freePhysical * 100 / memory.totalPhysical <= 20)
-        GTEST_SKIP() << "this machine has too little memory now";
-    Running const first;
-    EXPECT_EQ("Complete", ProgramRun("").await());
 }
 
 TEST_F(BgProcessTest, WaitsForItsTurnUntilTheOneBeforeHasEndedOrItIsStopped) {
     inChildProcess([] {
-        setLaunchThrottle(oneAfterTheOther);
+        setLaunchThrottle(3600); // one after the other
         Memory const memory(noMemory);
         Running first;
         auto const awaitStart = [](ProgramRun const& run) {

@@ -1,4 +1,3 @@
-#include "base/assertions.h"
 #include "base/inInitMgr.h"
 #include "base/inSingleton.h"
 #include "base/oPtr.h"
@@ -8,46 +7,35 @@
 #include "internalAPI/constIterator.h"
 #include "resmgt/osFile.h"
 #include "resmgt/osSharedLib.h"
+#include "tests/support/thrown.h"
 
 #include <gtest/gtest.h>
-#include <typeindex>
 
 namespace {
 
 using namespace Ko;
+using namespace KoTest;
 
 // As a job's error is: kept by a worker, and raised in the thread that waits.
 template <class Ex>
 void expectFaithful(Ex const& thrown) {
     OPtr<ExBase> const kept(thrown.clone());
-    try {
-        kept->raise();
-    } catch (Ex const& raised) {
-        EXPECT_EQ(std::type_index(typeid(Ex)), typeid(raised));
-        EXPECT_EQ(thrown.getReason(), raised.getReason());
-        EXPECT_STREQ("source", raised.getFile());
-        EXPECT_EQ(7, raised.getLine());
-    } catch (...) {
-        ADD_FAILURE() << thrown.getTypeName() << " became something else";
-    }
+    EXPECT_EQ(thrown.getReason() + " [source:7]", thrownBy<Ex>([&] { kept->raise(); }, true));
+}
+
+template <class... Ex>
+void expectAllFaithful(Ex const&... thrown) {
+    (expectFaithful(thrown), ...);
 }
 
 TEST(Exceptions, AreOfTheSameKindWhenAnotherThreadRaisesThem) {
-    expectFaithful(ExAssertionFailed("source", 7, "a == b"));
-    expectFaithful(ExProgramAborted("source", 7, "impossible"));
-    expectFaithful(ExInternalError("source", 7, "broken"));
-    expectFaithful(ExNullPtr("source", 7, "null"));
-    expectFaithful(InInitEx("source", 7, "no package"));
-    expectFaithful(InSingletonEx::ExAlreadyInitialized("source", 7, "Type"));
-    expectFaithful(InSingletonEx::ExNotInitialized("source", 7, "Type"));
-    expectFaithful(InSingletonEx::ExAlreadyDestroyed("source", 7, "Type"));
-    expectFaithful(IteratorEx::ExOutOfRange("source", 7));
-    expectFaithful(OsFileEx::ExInvalidPath("source", 7, "function", "path"));
-    expectFaithful(OsSharedLibEx("source", 7, "no library"));
-    expectFaithful(CmEx::ExCommandFailure("source", 7));
-    expectFaithful(BgEx::ExBgManager("source", 7, "text"));
-    expectFaithful(BgEx::ExBgTaskFailed("source", 7, "text"));
-    expectFaithful(PimEx::ExLibMultipleLoad("source", 7, "path"));
+    expectAllFaithful(ExAssertionFailed("source", 7, "a == b"), ExProgramAborted("source", 7, "impossible"),
+        ExInternalError("source", 7, "broken"), ExNullPtr("source", 7, "null"), InInitEx("source", 7, "no package"),
+        InSingletonEx::ExAlreadyInitialized("source", 7, "Type"), InSingletonEx::ExNotInitialized("source", 7, "Type"),
+        InSingletonEx::ExAlreadyDestroyed("source", 7, "Type"), IteratorEx::ExOutOfRange("source", 7),
+        OsFileEx::ExInvalidPath("source", 7, "function", "path"), OsSharedLibEx("source", 7, "no library"),
+        CmEx::ExCommandFailure("source", 7), BgEx::ExBgManager("source", 7, "text"),
+        BgEx::ExBgTaskFailed("source", 7, "text"), PimEx::ExLibMultipleLoad("source", 7, "path"));
 }
 
 } // namespace

@@ -29,14 +29,12 @@ protected:
 };
 
 TEST_F(CmCommandStackManagerTest, GuardsNestAndTellOnlyOfRealChanges) {
-    RCShdPtr<CmCommandStack> const s0 = make("S0");
-    RCShdPtr<CmCommandStack> const s1 = make("S1");
-    RCShdPtr<CmCommandStack> const s2 = make("S2");
+    RCShdPtr<CmCommandStack> const s0 = make("S0"), s1 = make("S1");
     manager.set(s0);
     {
         CmCommandStackGuard const first(s1);
         CmCommandStackGuard const same(s1);
-        CmCommandStackGuard const second(s2);
+        CmCommandStackGuard const second(make("S2"));
     }
     manager.set(s0);
     manager.set(nullptr);

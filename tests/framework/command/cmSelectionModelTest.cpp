@@ -17,15 +17,28 @@ using namespace KoTest;
 /// A selection as a list of names, in the order in which they were added.
 class Names {
 public:
-    void add(std::string const& name) {
-        if (!contains(name)) list.push_back(name);
+    bool add(std::string const& name) {
+        if (contains(name)) return false;
+        list.push_back(name);
+        return true;
     }
-    void remove(std::string const& name) { std::erase(list, name); }
+    bool remove(std::string const& name) { return std::erase(list, name) > 0; }
     void toggle(std::string const& name) { contains(name) ? remove(name) : add(name); }
+    void clear() { list.clear(); }
 
-    void addAll(Names const& names) { forEach(names, &Names::add); }
-    void removeAll(Names const& names) { forEach(names, &Names::remove); }
-    void toggleAll(Names const& names) { forEach(names, &Names::toggle); }
+    void add(Names const& names) {
+        for (std::string const& name : std::vector(names.list))
+            add(name);
+    }
+    void remove(Names const& names) {
+        for (std::string const& name : std::vector(names.list))
+            remove(name);
+    }
+    void toggle(Names const& names) {
+        for (std::string const& name : std::vector(names.list))
+            toggle(name);
+    }
+    void replace(Names const& names) { list = std::vector(names.list); }
 
     std::string text() const {
         std::string result;
@@ -36,13 +49,21 @@ public:
     bool contains(std::string const& name) const { return std::find(list.begin(), list.end(), name) != list.end(); }
 
     std::vector<std::string> list;
-
-private:
-    void forEach(Names const& names, void (Names::*change)(std::string const&)) {
-        for (std::string const& name : std::vector(names.list))
-            (this->*change)(name);
-    }
 };
+
+/// Does the same to a selection and to a list of names. @returns what the operation returns, if that is anything.
+template <class Selection, class Item>
+bool change(std::string const& name, Selection& selection, Item const& item, Selection const& others) {
+    if (name == "Add") return selection.add(item);
+    if (name == "Remove") return selection.remove(item);
+    if (name == "Toggle") selection.toggle(item);
+    if (name == "AddAll") selection.add(others);
+    if (name == "RemoveAll") selection.remove(others);
+    if (name == "ToggleAll") selection.toggle(others);
+    if (name == "Replace") selection.replace(others);
+    if (name == "Clear") selection.clear();
+    return true;
+}
 
 /// Two selections that change by themselves, by one another and by commands, which are undone and redone.
 class SelectionMachine {
@@ -54,11 +75,19 @@ public:
         Choices choices(number);
         std::string const name = operations[operation];
         std::size_t const which = choices.take(3) == 0 ? 1 : 0;
-        if (name == "Command") return makeCommand(which, choices);
+        std::size_t const other = choices.take(4) == 0 ? which : 1 - which;
+        std::string const word = std::to_string(choices.take(40));
+        if (name == "Command") return makeCommand(which, other, word, choices);
         if (name == "ExecutePending") return executePending();
         if (name == "Undo") return undo();
         if (name == "Redo") return redo();
-        return change(name, which, choices);
+        if (name == "Copy") {
+            selections[1 - which] = selections[which]->copy();
+            models[1 - which] = models[which];
+        }
+        if (name == "Walk") walk(which);
+        bool const returned = change(name, *selections[which], text(word.c_str()), *selections[other]);
+        return change(name, models[which], word, models[other]) == returned ? compare() : name + " returned otherwise";
     }
 
     std::string finish() {
@@ -71,55 +100,10 @@ public:
     }
 
 private:
-    struct Step {
-        std::function<void()> execute;
-        std::function<void()> unexecute;
-    };
     struct Pending {
         RCShdPtr<CmCommand> command;
-        Step step;
+        std::function<void()> execute, unexecute;
     };
-
-    std::string change(std::string const& name, std::size_t which, Choices& choices) {
-        Names& names = models[which];
-        auto const& selection = selections[which];
-        std::size_t const other = choices.take(4) == 0 ? which : 1 - which;
-        std::string const word = std::to_string(choices.take(40));
-        auto const item = text(word.c_str());
-        bool const isIn = names.contains(word);
-        bool returned = true;
-        if (name == "Add") {
-            returned = selection->add(item) == !isIn;
-            names.add(word);
-        } else if (name == "Remove") {
-            returned = selection->remove(item) == isIn;
-            names.remove(word);
-        } else if (name == "Toggle") {
-            selection->toggle(item);
-            names.toggle(word);
-        } else if (name == "AddAll") {
-            selection->add(*selections[other]);
-            names.addAll(models[other]);
-        } else if (name == "RemoveAll") {
-            selection->remove(*selections[other]);
-            names.removeAll(models[other]);
-        } else if (name == "ToggleAll") {
-            selection->toggle(*selections[other]);
-            names.toggleAll(models[other]);
-        } else if (name == "Replace") {
-            selection->replace(*selections[other]);
-            names = Names(models[other]);
-        } else if (name == "Clear") {
-            selection->clear();
-            names = {};
-        } else if (name == "Copy") {
-            selections[1 - which] = selection->copy();
-            models[1 - which] = names;
-        } else {
-            walk(which);
-        }
-        return returned ? compare() : name + " returned the wrong value";
-    }
 
     // Half of the items are taken out while all are walked over.
     void walk(std::size_t which) {
@@ -131,14 +115,13 @@ private:
             if ((isRemoved = !isRemoved)) models[which].remove(name);
     }
 
-    // The model's step keeps what the command has to keep.
-    std::string makeCommand(std::size_t which, Choices& choices) {
+    // The model keeps what the command has to keep.
+    std::string makeCommand(std::size_t which, std::size_t other, std::string const& word, Choices& choices) {
+        static constexpr std::array kinds{"AddAll", "RemoveAll", "ToggleAll", "Replace", "Clear", "Add", "Remove"};
+        static constexpr std::array descriptions{"Add to Selection", "Remove from Selection", "Toggle Selection",
+            "Replace Selection", "Clear Selection", "Change Selection", "Change Selection"};
         auto const& selection = selections[which];
-        std::size_t const other = choices.take(4) == 0 ? which : 1 - which;
         auto const& items = selections[other];
-        Names const before = models[which];
-        Names const given = models[other];
-        std::string const word = std::to_string(choices.take(40));
         // A selection that a copy has taken the place of is out of sight.
         auto const onModel = [this, selection](auto step) {
             return [this, selection, step] {
@@ -146,40 +129,35 @@ private:
                     if (selections[index] == selection) step(models[index]);
             };
         };
-        Step step{{}, onModel([before](Names& names) { names = before; })};
+        auto const changing = [&](char const* name) {
+            return onModel([name, word, given = models[other]](Names& names) { change(name, names, word, given); });
+        };
+        unsigned const kind = choices.take(kinds.size());
+        std::function<void()> unexecute = onModel([before = models[which]](Names& names) { names = before; });
         RCShdPtr<CmCommand> command;
-        unsigned const kind = choices.take(7);
         if (kind < 3) {
             using Command = CmSelectionChangeWithItemsCmd;
-            static constexpr std::array changes{&Names::addAll, &Names::removeAll, &Names::toggleAll};
             command = Command::create(selection, items, static_cast<Command::Type>(kind));
-            step.execute = onModel([given, all = changes[kind]](Names& names) { (names.*all)(given); });
         } else if (kind == 3) {
             command = CmSelectionReplaceAllItemsCmd::create(selection, items);
-            step.execute = onModel([given](Names& names) { names = given; });
         } else if (kind == 4) {
             command = CmSelectionClearCmd::create(selection);
-            step.execute = onModel([](Names& names) { names = {}; });
         } else {
-            auto const add = onModel([word](Names& names) { names.add(word); });
-            auto const remove = onModel([word](Names& names) { names.remove(word); });
-            bool const adds = kind == 5;
             command = CmSelectionChangeCmd::create(
-                selection, text(word.c_str()), adds ? CmSelectionChangeCmd::Add : CmSelectionChangeCmd::Remove);
-            step = adds ? Step{add, remove} : Step{remove, add};
+                selection, text(word.c_str()), kind == 5 ? CmSelectionChangeCmd::Add : CmSelectionChangeCmd::Remove);
+            unexecute = changing(kinds[11 - kind]);
         }
-        pending = Pending{command, step};
+        if (command->getDescription() != descriptions[kind]) return command->getDescription();
+        pending = Pending{command, changing(kinds[kind]), unexecute};
         return choices.take(3) == 0 ? "" : executePending(); // some are executed later, when all has changed
     }
 
     std::string executePending() {
         if (!pending) return "";
-        Pending const now = *std::exchange(pending, std::nullopt);
-        stack->executeAndLog(now.command);
-        now.step.execute();
         history.resize(current);
-        history.push_back(now.step);
-        ++current;
+        history.push_back(*std::exchange(pending, std::nullopt));
+        stack->executeAndLog(history.back().command);
+        history[current++].execute();
         return compare();
     }
     std::string undo() {
@@ -212,7 +190,7 @@ private:
     std::array<RCShdPtr<SnSelection>, 2> selections{SnSelection::create(), SnSelection::create()};
     std::array<Names, 2> models;
     RCShdPtr<CmCommandStack> const stack = RCShdPtr<CmCommandStack>::create();
-    std::vector<Step> history;
+    std::vector<Pending> history;
     std::size_t current = 0;
     std::optional<Pending> pending;
 };

@@ -25,9 +25,10 @@ protected:
     RCShdPtr<PiCommandStack> plugInsView = stack;
 };
 
-TEST_F(UndoGuardFacades, GroupSuspendAndMarkLikeTheGuardsBehindThem) {
+TEST_F(UndoGuardFacades, GroupSuspendMarkAndCallBackLikeTheGuardsBehindThem) {
+    auto callback = RCShdPtr<FunctionHandler>::create([this] { journal.push_back("callback"); });
     {
-        PiUndoGuard const guard(plugInsView, "Step");
+        PiUndoGuard const guard(plugInsView, "Step", PiExecParam::BEGIN_TRANSITION);
         execute("a");
         {
             PiUndoGuardNoLog const quiet(false);
@@ -36,62 +37,60 @@ TEST_F(UndoGuardFacades, GroupSuspendAndMarkLikeTheGuardsBehindThem) {
         PiUndoGuardNoRedo const noRedo;
         execute("c");
     }
-    EXPECT_EQ("Step", lastDescription());
-    journal.clear();
+    EXPECT_EQ("*0", history(*stack));
+    { PiUndoGuard const last(plugInsView, "", PiExecParam::END_TRANSITION, std::exchange(callback, {})); }
+    { PiUndoGuard const another(plugInsView, ""); }
+    EXPECT_EQ("0 *Step", history(*stack));
     plugInsView->undo();
     plugInsView->redo();
-    EXPECT_EQ((Journal{"-c", "-a", "+a"}), journal);
+    EXPECT_EQ((Journal{"+a", "+b", "+c", "callback", "-c", "-a", "+a"}), journal);
 }
 
-TEST_F(UndoGuardFacades, CallBackOnceWhenTheOutermostGuardCloses) {
-    auto callback = RCShdPtr<FunctionHandler>::create([this] { journal.push_back("callback"); });
-    {
-        PiUndoGuard const outer(plugInsView, "Step");
-        { PiUndoGuard const inner(plugInsView, "", {}, std::exchange(callback, {})); }
-        execute("a");
+TEST_F(UndoGuardFacades, TellListenersOfWhatWasDoneQuietlyUnlessAskedNotTo) {
+    FunctionHandler listener([this] { journal.push_back("processed"); });
+    stack->addCommandProcessedCallback(&listener);
+    for (bool const quiet : {false, true}) {
+        {
+            PiUndoGuardNoLog const guard(quiet);
+            PiUndoGuard const attached(plugInsView, "");
+        }
+        journal.push_back(quiet ? "quiet" : "not quiet");
     }
-    { PiUndoGuard const another(plugInsView, ""); }
-    EXPECT_EQ((Journal{"+a", "callback"}), journal);
+    EXPECT_EQ((Journal{"processed", "not quiet", "quiet"}), journal);
+    stack->removeCommandProcessedCallback(&listener);
 }
 
 class RecordingTarget : public PiUndoScopeTarget {
 public:
     explicit RecordingTarget(Journal& journal) : _journal(journal) {}
-    void scopeReached(bool end) override { _journal.push_back(end ? "end" : "begin"); }
+    void scopeReached(bool end) override {
+        _journal.push_back(end ? "end" : "begin");
+        if (end && throwsAtEnd) throw std::runtime_error("end");
+    }
+    bool throwsAtEnd = false;
 
 private:
     Journal& _journal;
 };
 
 TEST_F(UndoGuardFacades, TellAScopesTargetBeginBeforeEndInEveryDirection) {
-    {
-        PiUndoGuard const guard(plugInsView, "");
-        PiUndoScope const scope(RCShdPtr<RecordingTarget>::create(journal));
-        execute("a");
-    }
-    EXPECT_EQ("Macro: Scope begin; a; Scope end", lastDescription());
-    plugInsView->undo();
-    plugInsView->redo();
-    EXPECT_EQ((Journal{"begin", "+a", "end", "begin", "-a", "end", "begin", "+a", "end"}), journal);
-}
-
-TEST_F(UndoGuardFacades, KeepTheEndOfAScopeWhoseTargetThrowsThere) {
-    class ThrowingTarget : public PiUndoScopeTarget {
-    public:
-        void scopeReached(bool end) override {
-            if (end) throw std::runtime_error("end");
+    auto const target = RCShdPtr<RecordingTarget>::create(journal);
+    for (bool const throwsAtEnd : {false, true}) {
+        journal.clear();
+        target->throwsAtEnd = throwsAtEnd;
+        try {
+            PiUndoGuard const guard(plugInsView, "");
+            PiUndoScope const scope(target);
+            execute("a");
+        } catch (std::runtime_error const&) {
+            EXPECT_TRUE(throwsAtEnd);
         }
-    };
-    {
-        PiUndoGuard const guard(plugInsView, "");
-        EXPECT_THROW(
-            {
-                PiUndoScope const scope(RCShdPtr<ThrowingTarget>::create());
-                execute("a");
-            },
-            std::runtime_error);
+        target->throwsAtEnd = false;
+        EXPECT_EQ("Macro: Scope begin; a; Scope end", lastDescription());
+        plugInsView->undo();
+        plugInsView->redo();
+        EXPECT_EQ((Journal{"begin", "+a", "end", "begin", "-a", "end", "begin", "+a", "end"}), journal);
     }
-    EXPECT_EQ("Macro: Scope begin; a; Scope end", lastDescription());
 }
 
 class ForeignStack : public PiCommandStack {

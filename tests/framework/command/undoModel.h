@@ -2,41 +2,36 @@
 
 #include "framework/command/cmEx.h"
 #include "pluginAPI/piExecParam.h"
+#include "resmgt/lgFirstError.h"
 
 #include <algorithm>
 #include <array>
 #include <deque>
-#include <exception>
 #include <limits>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace KoTest {
 
-/// What commands and listeners throw, a precondition that does not hold, and a transition that there is not.
-struct CommandTrouble : std::runtime_error {
-    CommandTrouble() : runtime_error("a command") {}
-};
-struct ListenerTrouble : std::runtime_error {
-    ListenerTrouble() : runtime_error("a listener") {}
-};
-struct Refused : std::runtime_error {
-    Refused() : runtime_error("refused") {}
-};
-struct Aborted : std::runtime_error {
-    Aborted() : runtime_error("aborted") {}
-};
-struct Abort : std::runtime_error {
-    Abort() : runtime_error("abort") {}
-};
-
 /// What the listeners of changes do while a step runs; the last two do it once.
 enum class Reaction { None, Throw, Execute, Undo };
 
+/// What a guard does to the commands within it.
+enum class GuardKind { Plain, NoLog, NoRedo };
+
+/// A command: a number, or several that are one.
+struct ModelCommand {
+    int number = 0;
+    std::vector<ModelCommand> parts{};
+    bool isSkippedOnRedo = false;
+};
+
 /// What a step meets, and what happens in it: "+n" and "-n" for a command that is executed and unexecuted, "!" where it
-/// fails, "p" and "c" with the stack's number for listeners of processing and of changes, "e" for an end of guards.
+/// fails, "p" and "c" with the stack's number and the history for listeners of processing and of changes, "e" for an end of
+/// guards.
 struct Circumstances {
     int callsUntilFailure = 0; // 0: none fails
     bool failureIsExpected = false;
@@ -48,99 +43,97 @@ struct Circumstances {
         bool const fails = callsUntilFailure > 0 && --callsUntilFailure == 0;
         journal += sign + std::to_string(number) + (fails ? "! " : " ");
         if (fails && failureIsExpected) throw Ko::CmEx::ExCommandFailure("model", 1);
-        if (fails) throw CommandTrouble();
-    }
-    void callListener(char kind, int stack) {
-        journal += kind + std::to_string(stack) + " ";
-        if (reaction == Reaction::Throw) throw ListenerTrouble();
+        if (fails) throw std::runtime_error("a command");
     }
 };
 
-/// Runs steps one after the other, whatever they throw, and passes on what the first of them threw.
-class FirstError {
-public:
-    template <class Step>
-    void capture(Step step) {
-        try {
-            step();
-        } catch (...) {
-            if (!_first) _first = std::current_exception();
-        }
-    }
-    void rethrow() const {
-        if (_first) std::rethrow_exception(_first);
-    }
-
-private:
-    std::exception_ptr _first;
-};
-
-/// A command: a number, or several that are one.
-struct ModelCommand {
-    int number = 0;
-    std::vector<ModelCommand> parts{};
-    bool isSkippedOnRedo = false;
-};
-
-/// What a guard does to the commands within it.
-enum class GuardKind { Plain, NoLog, NoRedo };
-
-/// Two histories and the guards over them, as simply as they can be: lists, positions, and one table.
-class UndoModel : public Circumstances {
+/// What listeners do, with the model and with the library's own stacks and guards.
+template <class World>
+class UndoWorld : public Circumstances {
 public:
     static constexpr int none = -1;
     using Transition = Ko::PiExecParam::Transition;
 
-    struct History {
-        std::vector<ModelCommand> steps{ModelCommand()};
-        std::size_t current = 0;
-        std::size_t maximum = 1000;
-    };
+    void performInGuard(int stack, std::vector<ModelCommand> const& commands) {
+        world().inGuard(stack, [&] {
+            for (ModelCommand const& command : commands)
+                world().executeAndCollect(command);
+        });
+    }
 
+    std::string tell() const { return journal + world().flags() + world().positionIn(0) + " " + world().positionIn(1); }
+
+protected:
+    static std::string flagsOf(bool logging, bool active, bool isLong, bool ending) {
+        return std::string(logging ? "logging " : "") + (active ? "active " : "") + (isLong ? "long " : "") +
+               (ending ? "ending " : "");
+    }
+    void hearProcessed(int stack) { hear('p', stack); }
+    void hearChange(int stack) {
+        hear('c', stack);
+        Reaction const once = std::exchange(reaction, Reaction::None);
+        if (once == Reaction::Execute) performInGuard(stack, {{++nextNumber}});
+        if (once == Reaction::Undo && world().canUndo(stack)) world().undo(stack);
+    }
+    void hearEnd(std::optional<ModelCommand> const& command) {
+        journal += "e ";
+        if (command) performInGuard(none, {*command});
+    }
+
+private:
+    World& world() { return static_cast<World&>(*this); }
+    World const& world() const { return static_cast<World const&>(*this); }
+    void hear(char kind, int stack) {
+        journal += kind + std::to_string(stack) + ":" + world().positionIn(stack) + " ";
+        if (reaction == Reaction::Throw) throw std::runtime_error("a listener");
+    }
+};
+
+/// Two histories and the guards over them, as simply as they can be: lists, positions, and one table. What does not
+/// fulfil a precondition is "refused", a transition that there is not "aborted".
+class UndoModel : public UndoWorld<UndoModel> {
+public:
     // ---- histories
 
     void log(int stack, ModelCommand const& command) {
-        History& history = histories[index(stack)];
+        History& history = at(stack);
         history.steps.resize(history.current + 1);
         history.steps.push_back(command);
         if (history.steps.size() > history.maximum) history.steps.erase(history.steps.begin() + 1);
         history.current = history.steps.size() - 1;
         tellProcessed(stack);
     }
-
     void executeAndLog(int stack, ModelCommand const& command) {
         withoutLogging([&] {
             execute(command);
             log(stack, command);
         });
     }
-
     void undo(int stack) {
         withoutLogging([&] {
-            History& history = histories[index(stack)];
-            require(history.current > 0);
+            require(canUndo(stack));
+            History& history = at(stack);
             ModelCommand const command = history.steps[history.current];
             replay(
                 stack, [&] { unexecute(command); }, [&] { --history.current; },
                 [&] {
-                    history.steps.erase(history.steps.begin() + 1, at(history, history.current + 1));
+                    erase(history, history.current);
                     history.current = 0;
                 });
         });
     }
-
     void redo(int stack) {
         withoutLogging([&] {
-            History& history = histories[index(stack)];
+            History& history = at(stack);
             require(history.current + 1 < history.steps.size());
             ModelCommand const command = history.steps[++history.current];
             replay(
                 stack, [&] { execute(command); }, [] {}, [&] { history.steps.resize(history.current--); });
         });
     }
-
     void moveTo(int stack, std::size_t goal) {
-        History const& history = histories[index(stack)];
+        History const& history = at(stack);
+        require(goal < history.steps.size());
         int const destination = history.steps[goal].number;
         auto const isThere = [&] { return goal < history.steps.size() && history.steps[goal].number == destination; };
         while (history.current > goal && isThere())
@@ -148,43 +141,45 @@ public:
         while (history.current < goal && isThere())
             redo(stack);
     }
-
     void limit(int stack, std::size_t height) {
-        History& history = histories[index(stack)];
+        History& history = at(stack);
         require(height >= 2);
         history.maximum = height;
         if (history.steps.size() <= height) return;
         std::size_t const excess = history.steps.size() - height;
         if (excess > history.current) return clear(stack);
-        history.steps.erase(history.steps.begin() + 1, at(history, 1 + excess));
+        erase(history, excess);
         history.current -= excess;
-        callListenerOfChanges(stack);
+        hearChange(stack);
     }
-
     void removeLast(int stack) {
-        History& history = histories[index(stack)];
+        History& history = at(stack);
         if (history.steps.size() == 1) return;
         history.steps.pop_back();
         history.current = std::min(history.current, history.steps.size() - 1);
-        callListenerOfChanges(stack);
+        hearChange(stack);
     }
-
     void clear(int stack) {
-        History& history = histories[index(stack)];
-        history.steps.resize(1);
-        history.current = 0;
-        callListenerOfChanges(stack);
+        at(stack).steps.resize(1);
+        at(stack).current = 0;
+        hearChange(stack);
+    }
+    bool canUndo(int stack) const { return at(stack).current > 0; }
+    std::size_t height(int stack) const { return at(stack).steps.size(); }
+    std::string positionIn(int stack) const {
+        return std::to_string(at(stack).current + 1) + "/" + std::to_string(height(stack));
     }
 
     // ---- guards
 
     bool isLogging() const { return attached != none && !isWithin(GuardKind::NoLog); }
     bool isGuardActive() const { return state != Out; }
-    bool isLong() const { return state >= Begin; }
-    bool isEnding() const { return state == End || state == BetweenEnds; }
-    bool isOpen() const { return !guards.empty(); }
+    std::string flags() const {
+        return flagsOf(isLogging(), isGuardActive(), state >= Begin, state == End || state == BetweenEnds);
+    }
+    std::size_t openGuards() const { return guards.size(); }
 
-    void enter(GuardKind kind, int stack, Transition transition) {
+    void enter(GuardKind kind, int stack, Transition transition, bool isQuiet) {
         bool const isOutermost = guards.empty();
         State const next = isOutermost ? stateWithin(transition) : state;
         if (!isOutermost) require(transition == Ko::PiExecParam::NOT_TRANSITION || isRepeated(transition));
@@ -194,24 +189,24 @@ public:
         if (isOutermost && transition == Ko::PiExecParam::BEGIN_TRANSITION) ++longLevel;
         state = next;
         attached = stackThen;
-        guards.push_back(kind);
+        guards.push_back({kind, isQuiet});
     }
-
-    void leave(bool quiet) {
-        FirstError error;
-        if (guards.size() == 1) closeOutermost(quiet, error);
+    void leave() {
+        Ko::LgFirstError error("The model");
+        if (guards.size() == 1) closeOutermost(error);
         guards.pop_back();
         error.rethrow();
     }
-
-    /// Performs something inside a guard of its own.
-    template <class Body>
-    void within(GuardKind kind, int stack, Transition transition, Body body) {
-        enter(kind, stack, transition);
-        FirstError error;
-        error.capture(body);
-        error.capture([this] { leave(false); });
+    void abort(std::size_t count) {
+        Ko::LgFirstError error("The model");
+        error.capture([] { throw std::runtime_error("abort"); });
+        while (count-- > 0)
+            error.capture([this] { leave(); });
         error.rethrow();
+    }
+    template <class Body>
+    void inGuard(int stack, Body body) {
+        within(GuardKind::Plain, stack, body);
     }
 
     void collect(ModelCommand command) {
@@ -233,19 +228,30 @@ public:
     /// @param command what the callback executes when the outermost guard closes.
     void addEndCallback(std::optional<ModelCommand> const& command) { endCallbacks.push_back(command); }
 
-    std::array<History, 2> histories;
-
 private:
     enum State { Out, Within, Begin, BetweenBegins, Transit, BetweenTransits, End, BetweenEnds, Never };
 
-    static std::size_t index(int stack) { return static_cast<std::size_t>(stack); }
-    static std::vector<ModelCommand>::iterator at(History& history, std::size_t position) {
-        return history.steps.begin() + static_cast<long>(position);
+    struct History {
+        std::vector<ModelCommand> steps{ModelCommand()};
+        std::size_t current = 0;
+        std::size_t maximum = 1000;
+    };
+    struct Guard {
+        GuardKind kind;
+        bool isQuiet;
+    };
+
+    History& at(int stack) { return histories[static_cast<std::size_t>(stack)]; }
+    History const& at(int stack) const { return histories[static_cast<std::size_t>(stack)]; }
+    static void erase(History& history, std::size_t oldest) {
+        history.steps.erase(history.steps.begin() + 1, history.steps.begin() + 1 + static_cast<long>(oldest));
     }
     static void require(bool condition) {
-        if (!condition) throw Refused();
+        if (!condition) throw std::runtime_error("refused");
     }
-    bool isWithin(GuardKind kind) const { return std::find(guards.begin(), guards.end(), kind) != guards.end(); }
+    bool isWithin(GuardKind kind) const {
+        return std::any_of(guards.begin(), guards.end(), [kind](Guard const& guard) { return guard.kind == kind; });
+    }
 
     State stateWithin(Transition transition) const {
         // From the state outside of guards, by the transition: none, begin, transition, end.
@@ -253,7 +259,7 @@ private:
             {Never, Never, Never, Never}, {Begin, Begin, Transit, End}, {Never, Never, Never, Never},
             {Transit, Never, Transit, End}, {Never, Never, Never, Never}, {End, Never, Never, End}};
         State const next = table[state][transition];
-        if (next == Never) throw Aborted();
+        if (next == Never) throw std::runtime_error("aborted");
         return next;
     }
     bool isRepeated(Transition transition) const {
@@ -269,13 +275,21 @@ private:
     }
 
     template <class Body>
+    void within(GuardKind kind, int stack, Body body) {
+        enter(kind, stack, Ko::PiExecParam::NOT_TRANSITION, false);
+        Ko::LgFirstError error("The model");
+        error.capture(body);
+        error.capture([this] { leave(); });
+        error.rethrow();
+    }
+    template <class Body>
     void withoutLogging(Body body) {
-        within(GuardKind::NoLog, none, Ko::PiExecParam::NOT_TRANSITION, body);
+        within(GuardKind::NoLog, none, body);
     }
 
     template <class Step, class Success, class Failure>
     void replay(int stack, Step step, Success success, Failure failure) {
-        FirstError error;
+        Ko::LgFirstError error("The model");
         try {
             step();
             success();
@@ -289,34 +303,25 @@ private:
         error.rethrow();
     }
 
-    void closeOutermost(bool quiet, FirstError& error) {
+    void closeOutermost(Ko::LgFirstError& error) {
         State after = state == Within ? Out : static_cast<State>(state + 1);
         int const longLevelAfter = longLevel - (state == End ? 1 : 0);
         if (state == End && longLevelAfter == 0) after = Out;
-        callEndCallbacks(error);
-        if (after == Out) flush(quiet, error);
+        while (!endCallbacks.empty()) {
+            std::optional<ModelCommand> const command = endCallbacks.front();
+            endCallbacks.pop_front();
+            error.capture([&] { hearEnd(command); });
+        }
+        if (after == Out) flush(error);
         state = after;
         longLevel = longLevelAfter;
     }
 
-    void callEndCallbacks(FirstError& error) {
-        while (!endCallbacks.empty()) {
-            std::optional<ModelCommand> const command = endCallbacks.front();
-            endCallbacks.pop_front();
-            journal += "e ";
-            if (command)
-                error.capture([&] {
-                    within(
-                        GuardKind::Plain, none, Ko::PiExecParam::NOT_TRANSITION, [&] { executeAndCollect(*command); });
-                });
-        }
-    }
-
-    void flush(bool quiet, FirstError& error) {
+    void flush(Ko::LgFirstError& error) {
         if (attached != none && !isLogging())
             error.capture([&] {
                 require(collected.empty());
-                if (!quiet) tellProcessed(attached);
+                if (!guards.front().isQuiet) tellProcessed(attached);
             });
         while (!collected.empty()) {
             ModelCommand macro{++lastMacro, std::exchange(collected, {})};
@@ -326,26 +331,18 @@ private:
     }
 
     void tellProcessed(int stack) {
-        FirstError error;
-        error.capture([&] { callListener('p', stack); });
-        error.capture([&] { callListenerOfChanges(stack); });
+        Ko::LgFirstError error("The model");
+        error.capture([&] { hearProcessed(stack); });
+        error.capture([&] { hearChange(stack); });
         error.rethrow();
     }
 
-    void callListenerOfChanges(int stack) {
-        callListener('c', stack);
-        Reaction const once = std::exchange(reaction, Reaction::None);
-        if (once == Reaction::Execute)
-            within(
-                GuardKind::Plain, stack, Ko::PiExecParam::NOT_TRANSITION, [&] { executeAndCollect({++nextNumber}); });
-        if (once == Reaction::Undo && histories[index(stack)].current > 0) undo(stack);
-    }
-
+    std::array<History, 2> histories;
     State state = Out;
     int longLevel = 0;
     int attached = none;
     int lastMacro = std::numeric_limits<int>::max() / 2;
-    std::vector<GuardKind> guards;
+    std::vector<Guard> guards;
     std::vector<ModelCommand> collected;
     std::deque<std::optional<ModelCommand>> endCallbacks;
 };

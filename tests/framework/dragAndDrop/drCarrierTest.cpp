@@ -1,8 +1,7 @@
 #include "framework/dragAndDrop/drCarrier.h"
-#include "base/exBase.h"
 #include "framework/dragAndDrop/drSrcSink.h"
-#include "tests/support/childProcess.h"
 #include "tests/support/items.h"
+#include "tests/support/thrown.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -16,30 +15,19 @@ using namespace KoTest;
 using Point = GePoint2<float>;
 
 TEST(DrCarrier, BeginsWhereItIsPutAndMayBeLaunchedElsewhere) {
-    auto const carrier = DrCarrier::create(SnSelection::create());
-    EXPECT_EQ(Point(), carrier->getLocation());
-    EXPECT_EQ(Point(), carrier->getLaunchLocation());
+    auto const carrier = DrCarrier::create(nullptr);
+    EXPECT_TRUE(carrier->getSelection().isNull());
     carrier->setLocation(Point(1.0f, 2.0f));
-    EXPECT_EQ(Point(1.0f, 2.0f), carrier->getLocation());
     EXPECT_EQ(Point(1.0f, 2.0f), carrier->getLaunchLocation());
     carrier->setLaunchLocation(Point(5.0f, 6.0f));
     EXPECT_EQ(Point(1.0f, 2.0f), carrier->getLocation());
     EXPECT_EQ(Point(5.0f, 6.0f), carrier->getLaunchLocation());
 }
 
-TEST(DrCarrier, SharesItsSelection) {
-    auto const selection = selectionOf({"a"});
-    auto const first = DrCarrier::create(selection), second = DrCarrier::create(selection);
-    first->getSelection()->add(text("b"));
-    EXPECT_EQ("a b", content(*second->getSelection()));
-    EXPECT_TRUE(DrCarrier::create(nullptr)->getSelection().isNull());
-}
-
 TEST(DrCarrier, IsAnItemToo) {
     using Convert = SnItemConvert<RCShdPtr<DrCarrier>>;
     auto const carrier = DrCarrier::create(selectionOf({"a"}));
     RCShdPtr<SnItem const> const item = DrCarrierItem::create(carrier);
-    EXPECT_TRUE(Convert::test(item));
     EXPECT_FALSE(Convert::test(text("a")));
     EXPECT_EQ(carrier, Convert::get(item));
     EXPECT_TRUE(item->isEqual(*DrCarrierItem::create(carrier)));
@@ -52,23 +40,12 @@ TEST(DrCarrier, IsAnItemToo) {
 
 TEST(DrCarrier, AssertsTheApplicationThread) {
     auto const carrier = DrCarrier::create(SnSelection::create());
-    std::function<void()> const operations[] = {
-        [] { DrCarrier::create(nullptr); },
-        [&] { carrier->getSelection(); },
-        [&] { carrier->getLocation(); },
-        [&] { carrier->getLaunchLocation(); },
-        [&] { carrier->setLocation({}); },
-        [&] { carrier->setLaunchLocation({}); },
-    };
+    std::function<void()> const operations[] = {[] { DrCarrier::create(nullptr); }, [&] { carrier->getSelection(); },
+        [&] { carrier->getLocation(); }, [&] { carrier->getLaunchLocation(); }, [&] { carrier->setLocation({}); },
+        [&] { carrier->setLaunchLocation({}); }};
     std::jthread([&] {
         for (auto const& operation : operations)
-            try {
-                operation();
-                ADD_FAILURE();
-            } catch (ExAssertionFailed const& error) {
-                EXPECT_STREQ("PiAppThread::isCurrent()", error.what());
-                EXPECT_STREQ("framework\\dragAndDrop\\src\\drCarrier", error.getFile());
-            }
+            EXPECT_EQ("PiAppThread::isCurrent() [framework\\dragAndDrop\\src\\drCarrier]", thrownBy(operation));
         RCShdPtr<DrCarrier> const shared = carrier; // may be counted anywhere
     }).join();
 }
@@ -83,16 +60,10 @@ TEST(DrCarrier, EndsTheProcessWhenDestroyedOnAnotherThread) {
 }
 
 TEST(DrSrcSink, TakesPartInNothingByDefault) {
-    class View : public DrSrcSink {};
-    auto const view = RCShdPtr<View>::create();
-    auto const carrier = DrCarrier::create(selectionOf({"a"}));
-    EXPECT_FALSE(view->willPopulateSelection());
-    EXPECT_FALSE(view->willConsumeSelection(carrier));
-    view->populateSelection(carrier);
-    view->consumeSelection(carrier);
-    view->dropCompleted(carrier);
-    view->operationCancelled(carrier);
-    EXPECT_EQ("a", content(*carrier->getSelection()));
+    class View : public DrSrcSink {
+    } view;
+    EXPECT_FALSE(view.willPopulateSelection());
+    EXPECT_FALSE(view.willConsumeSelection(nullptr));
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 #include "tests/support/childProcess.h"
 #include "tests/support/items.h"
 
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <thread>
@@ -14,35 +13,32 @@ namespace {
 using namespace Ko;
 using namespace KoTest;
 
+void put(RCShdPtr<SnSelection> const& selection, DrClipboard::SrcAction action) {
+    DrClipboard::getInstance().setContent(DrCarrier::create(selection), action);
+}
 std::string clipboard() {
     DrClipboard& clipboard = DrClipboard::getInstance();
     return content(*clipboard.getContent()->getSelection()) + "/" + std::to_string(clipboard.getSrcAction());
 }
 
-TEST(DrClipboard, KeepsWhatWasLastPutOnIt) {
-    EXPECT_FALSE(DrClipboard::isInitialized());
-    EXPECT_EQ("/0", clipboard());
-    EXPECT_TRUE(DrClipboard::isInitialized());
-
-    auto const carrier = DrCarrier::create(selectionOf({"a", "b"}));
-    DrClipboard::getInstance().setContent(carrier, DrClipboard::Cut);
-    EXPECT_EQ(carrier, DrClipboard::getInstance().getContent());
-    EXPECT_EQ("a b/2", clipboard());
-    DrClipboard::getInstance().setContent(DrCarrier::create(selectionOf({"c"})), DrClipboard::Copy);
-    EXPECT_EQ("c/1", clipboard());
-    DrClipboard::getInstance().clear();
-    EXPECT_EQ("/0", clipboard());
-    EXPECT_EQ("a b", content(*carrier->getSelection()));
-}
-
-TEST(DrClipboard, IsNotWipedByNothing) {
-    DrClipboard& clipboardObject = DrClipboard::getInstance();
-    clipboardObject.setContent(DrCarrier::create(selectionOf({"a"})), DrClipboard::Cut);
-    clipboardObject.setContent(DrCarrier::create(SnSelection::create()), DrClipboard::Copy);
-    EXPECT_EQ("a/2", clipboard());
-    EXPECT_THROW(clipboardObject.setContent(nullptr, DrClipboard::Copy), ExNullPtr);
-    EXPECT_THROW(clipboardObject.setContent(DrCarrier::create(nullptr), DrClipboard::Copy), ExNullPtr);
-    EXPECT_EQ("a/2", clipboard());
+TEST(DrClipboard, KeepsWhatWasLastPutOnItUnlessThatIsNothing) {
+    inChildProcess([] {
+        EXPECT_FALSE(DrClipboard::isInitialized());
+        EXPECT_EQ("/0", clipboard());
+        EXPECT_TRUE(DrClipboard::isInitialized());
+        auto const selection = selectionOf({"a", "b"});
+        put(selection, DrClipboard::Cut);
+        EXPECT_EQ("a b/2", clipboard());
+        put(SnSelection::create(), DrClipboard::Copy);
+        EXPECT_THROW(put(nullptr, DrClipboard::Copy), ExNullPtr);
+        EXPECT_THROW(DrClipboard::getInstance().setContent(nullptr, DrClipboard::Copy), ExNullPtr);
+        EXPECT_EQ("a b/2", clipboard());
+        put(selectionOf({"c"}), DrClipboard::Copy);
+        EXPECT_EQ("c/1", clipboard());
+        DrClipboard::getInstance().clear();
+        EXPECT_EQ("/0", clipboard());
+        EXPECT_EQ("a b", content(*selection));
+    });
 }
 
 /// Is destroyed with what its package has brought, or ends the process.
@@ -60,8 +56,7 @@ TEST(DrClipboard, IsEmptiedBeforeThePackagesEnd) {
         [] {
             auto selection = SnSelection::create();
             selection->add(RCShdPtr<Item>::create());
-            DrClipboard::getInstance().setContent(DrCarrier::create(selection), DrClipboard::Copy);
-            selection.reset();
+            put(std::exchange(selection, nullptr), DrClipboard::Copy);
             InInitMgr::finalize();
             EXPECT_EQ("/0", clipboard());
             std::cerr << "finalised";
@@ -71,15 +66,8 @@ TEST(DrClipboard, IsEmptiedBeforeThePackagesEnd) {
 
 TEST(DrClipboard, LetsTheProcessEndOnAnyThread) {
     inChildProcess([] {
-        DrClipboard::getInstance().setContent(DrCarrier::create(selectionOf({"a"})), DrClipboard::Copy);
+        put(selectionOf({"a"}), DrClipboard::Copy);
         std::thread([] { std::exit(testing::Test::HasFailure() ? 1 : 0); }).join();
-    });
-}
-
-TEST(DrClipboard, IsNotCreatedByTheEndOfTheFramework) {
-    inChildProcess([] {
-        InInitMgr::finalize();
-        EXPECT_FALSE(DrClipboard::isInitialized());
     });
 }
 

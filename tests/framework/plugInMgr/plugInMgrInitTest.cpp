@@ -1,5 +1,4 @@
 #include "framework/plugInMgr/plugInMgrInit.h"
-#include "base/exBase.h"
 #include "base/inInitMgr.h"
 #include "framework/plugInMgr/pimUtils.h"
 #include "tests/fixtures/plugIns/plugInJournal.h"
@@ -18,26 +17,19 @@ using namespace KoTest;
 
 using Names = std::vector<std::string>;
 
-// Starts the framework with a command line and ends it with the scope.
-class Started {
-public:
-    explicit Started(Names arguments) : _arguments(std::move(arguments)) {
-        _arguments.insert(_arguments.begin(), "program");
-        for (std::string& argument : _arguments)
-            _argv.push_back(argument.data());
-        _argv.push_back(nullptr);
-        int argc = static_cast<int>(_arguments.size());
-        InInitMgr::initialize(argc, _argv.data());
-        EXPECT_EQ(1, argc) << "the settings are taken out";
-    }
-    ~Started() { InInitMgr::finalize(); }
-    Started(Started const&) = delete;
-    Started& operator=(Started const&) = delete;
-
-private:
-    Names _arguments;
-    std::vector<char*> _argv;
-};
+// Does something while the framework is started with a command line.
+template <class Body>
+void whileStarted(Names arguments, Body body) {
+    arguments.insert(arguments.begin(), "program");
+    std::vector<char*> argv;
+    for (std::string& argument : arguments)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    int argc = static_cast<int>(arguments.size());
+    InInitScope const scope(argc, argv.data());
+    EXPECT_EQ(1, argc) << "the settings are taken out";
+    body();
+}
 
 // The plug-in directories, without `folder` before them.
 Names directoriesBelow(PlugInFolder const& folder) {
@@ -48,42 +40,37 @@ Names directoriesBelow(PlugInFolder const& folder) {
 }
 
 struct Directories {
-    char const* name;
     // "@" stands for the folder that has "one", "two" and "file" in it, and is the installation directory.
     char const* list;
     Names expected;
     Names warnings;
 };
 
-class PlugInDirectories : public testing::TestWithParam<Directories> {};
-
-TEST_P(PlugInDirectories, AreThoseOfTheListThatExist) {
-    inChildProcess([] {
-        PlugInFolder const folder;
-        for (char const* const file : {"one/x", "two/x", "file", "current/here/x"})
-            folder.write(file, "");
-        std::filesystem::current_path(folder / "current");
-        ::setenv("KO_INSTALL_DIR", (folder / "").c_str(), 1);
-        std::string list = GetParam().list ? GetParam().list : "";
-        for (auto at = list.find('@'); at != std::string::npos; at = list.find('@'))
-            list.replace(at, 1, folder.path().getPath());
-        if (GetParam().list) ::setenv("KO_PLUGINS_DIR", list.c_str(), 1);
-        MessageRecorder const messages;
-        Started const started({});
-        EXPECT_EQ(GetParam().expected, directoriesBelow(folder));
-        // No catalogue is there, so that messages show their names.
-        EXPECT_EQ(GetParam().warnings, messages.texts());
-    });
+TEST(PlugInMgrPackage, TakesThoseDirectoriesOfTheListThatExist) {
+    for (Directories const& row : {Directories{nullptr, {"plugins"}, {}}, Directories{"", {}, {}},
+             Directories{"::@/two::@/one:@/two/:", {"two", "one", "two"}, {}},
+             Directories{"file:@/one:missing:", {"one"},
+                 {"MSG_PLUGIN_PATH_ERROR: file", "MSG_PLUGIN_DIRECTORY_ERROR: missing"}},
+             Directories{"one:here:./two", {"one", "./two"}, {"MSG_PLUGIN_DIRECTORY_ERROR: here"}},
+             Directories{".", {"."}, {}}})
+        inChildProcess([&row] {
+            PlugInFolder const folder;
+            for (char const* const file : {"one/x", "two/x", "file", "current/here/x"})
+                folder.write(file, "");
+            std::filesystem::current_path(folder / "current");
+            ::setenv("KO_INSTALL_DIR", (folder / "").c_str(), 1);
+            std::string list = row.list ? row.list : "";
+            for (auto at = list.find('@'); at != std::string::npos; at = list.find('@'))
+                list.replace(at, 1, folder.path().getPath());
+            if (row.list) ::setenv("KO_PLUGINS_DIR", list.c_str(), 1);
+            MessageRecorder const messages;
+            whileStarted({}, [&] {
+                EXPECT_EQ(row.expected, directoriesBelow(folder));
+                // No catalogue is there, so that messages show their names.
+                EXPECT_EQ(row.warnings, messages.texts());
+            });
+        });
 }
-
-INSTANTIATE_TEST_SUITE_P(Table, PlugInDirectories,
-    testing::Values(Directories{"unset", nullptr, {"plugins"}, {}}, Directories{"empty", "", {}, {}},
-        Directories{"emptyPieces", "::@/two::@/one:@/two/:", {"two", "one", "two"}, {}},
-        Directories{"bad", "file:@/one:missing:", {"one"},
-            {"MSG_PLUGIN_PATH_ERROR: file", "MSG_PLUGIN_DIRECTORY_ERROR: missing"}},
-        Directories{"relative", "one:here:./two", {"one", "./two"}, {"MSG_PLUGIN_DIRECTORY_ERROR: here"}},
-        Directories{"dot", ".", {"."}, {}}),
-    [](auto const& row) { return row.param.name; });
 
 TEST(PlugInMgrPackage, TakesDirectoriesFromTheCommandLineAndWarnsInWords) {
     inChildProcess([] {
@@ -91,8 +78,8 @@ TEST(PlugInMgrPackage, TakesDirectoriesFromTheCommandLineAndWarnsInWords) {
         folder.write("file", "");
         ::setenv("KO_PLUGINS_DIR", "/not this one", 1);
         MessageRecorder const messages;
-        Started const started({"plugins:" + folder.path().getPath() + ":/no/such:" + folder.path("file").getPath()});
-        EXPECT_EQ((Vector<OsFilePath>{folder.path()}), PimUtils::getFilePaths());
+        whileStarted({"plugins:" + folder.path().getPath() + ":/no/such:" + folder.path("file").getPath()},
+            [&] { EXPECT_EQ((Vector<OsFilePath>{folder.path()}), PimUtils::getFilePaths()); });
         ASSERT_EQ(2u, messages.texts().size());
         EXPECT_TRUE(messages.texts()[0].starts_with("The plug-in directory \"/no/such\" does not exist"));
         EXPECT_EQ("The plug-in directory \"" + folder.path("file").getPath() + "\" is no directory and is ignored.",
@@ -101,72 +88,51 @@ TEST(PlugInMgrPackage, TakesDirectoriesFromTheCommandLineAndWarnsInWords) {
 }
 
 struct Rules {
-    char const* name;
     std::string include;
     std::string exclude;
-    Names expected;
+    Names left;
 };
 
-class PlugInRules : public testing::TestWithParam<Rules> {};
-
-TEST_P(PlugInRules, DecideWhatIsLoaded) {
-    inChildProcess([] {
-        PlugInFolder const folder;
-        for (char const* const name :
-            {"ajpx.io.so", "jpeg.io.so", "tiff.io.so", "jpeg.render.so", "io.so", "big.jp.io.so"})
-            folder.add(name, "blur.op.so");
-        Names arguments;
-        if (!GetParam().include.empty()) arguments.push_back("plugins_include:" + GetParam().include);
-        if (!GetParam().exclude.empty()) arguments.push_back("plugins_exclude:" + GetParam().exclude);
-        Started const started(arguments);
-        class : public PimUtils::Callback {
-        public:
-            void notifyLoading(OsFilePath const& path) override { names.push_back(path.getFileName().getPath()); }
-            Names names;
-        } loaded;
-        int const count = PimUtils::loadWildcard(folder.path(), "*.so", InInitMgr::Reinitialization, loaded);
-        EXPECT_EQ(GetParam().expected, loaded.names);
-        EXPECT_EQ(static_cast<int>(loaded.names.size()), count);
-    });
+// Further rules, compared with a model: tests/fuzz/plugInSettingsFuzz.cpp.
+TEST(PlugInMgrPackage, DecidesByItsRulesWhatIsLoaded) {
+    Names const all = {"ajpx.io.so", "big.jp.io.so", "io.so", "jpeg.io.so", "jpeg.render.so", "tiff.io.so"};
+    for (Rules const& row : {Rules{"", "", all},
+             Rules{"io=jp", "", {"ajpx.io.so", "big.jp.io.so", "io.so", "jpeg.io.so", "jpeg.render.so"}},
+             Rules{"io=tif,,io=peg,gen=noise", "", {"io.so", "jpeg.io.so", "jpeg.render.so", "tiff.io.so"}},
+             Rules{"io=all,io=nothing", "", all}, Rules{"io=JPEG", "", {"io.so", "jpeg.render.so"}},
+             Rules{"io=,io,,=", "io,render=, io=jp,.io=all,io=jp=eg", all},
+             Rules{"io=jp", "io=all,render=all", {"io.so"}},
+             Rules{"io=jp", "io=big,io=tiff", {"ajpx.io.so", "io.so", "jpeg.io.so", "jpeg.render.so"}}})
+        inChildProcess([&row, &all] {
+            PlugInFolder const folder;
+            for (std::string const& name : all)
+                folder.add(name, "blur.op.so");
+            Names arguments;
+            if (!row.include.empty()) arguments.push_back("plugins_include:" + row.include);
+            if (!row.exclude.empty()) arguments.push_back("plugins_exclude:" + row.exclude);
+            class : public PimUtils::Callback {
+            public:
+                void notifyLoading(OsFilePath const& path) override { names.push_back(path.getFileName().getPath()); }
+                Names names;
+            } loaded;
+            whileStarted(arguments, [&] {
+                int const count = PimUtils::loadWildcard(folder.path(), "*.so", InInitMgr::Reinitialization, loaded);
+                EXPECT_EQ(static_cast<int>(row.left.size()), count);
+            });
+            EXPECT_EQ(row.left, loaded.names) << row.include << " without " << row.exclude;
+        });
 }
-
-Names without(Names const& dropped) {
-    Names names = {"ajpx.io.so", "big.jp.io.so", "io.so", "jpeg.io.so", "jpeg.render.so", "tiff.io.so"};
-    std::erase_if(
-        names, [&](auto const& name) { return std::find(dropped.begin(), dropped.end(), name) != dropped.end(); });
-    return names;
-}
-
-Names const allIo = {"ajpx.io.so", "big.jp.io.so", "jpeg.io.so", "tiff.io.so"};
-
-INSTANTIATE_TEST_SUITE_P(Table, PlugInRules,
-    testing::Values(Rules{"none", "", "", without({})}, Rules{"includeFragment", "io=jp", "", without({"tiff.io.so"})},
-        Rules{"includeSeveral", "io=tif,io=peg", "", without({"ajpx.io.so", "big.jp.io.so"})},
-        Rules{"includeAll", "io=all,io=nothing", "", without({})}, Rules{"includeOther", "gen=noise", "", without({})},
-        Rules{"includeNothing", "io=JPEG", "", without(allIo)},
-        Rules{"withoutEffect", "io=,io,,=", "io,render=,", without({})},
-        Rules{"emptyTokens", ",,io=jpeg,,", "", without({"ajpx.io.so", "big.jp.io.so", "tiff.io.so"})},
-        Rules{"excludeFragment", "", "io=jp", without({"ajpx.io.so", "big.jp.io.so", "jpeg.io.so"})},
-        Rules{"excludeAll", "io=jp", "io=all,render=all",
-            without({"ajpx.io.so", "big.jp.io.so", "jpeg.io.so", "jpeg.render.so", "tiff.io.so"})},
-        Rules{"excludeAfterInclude", "io=jp", "io=big,io=tiff", without({"big.jp.io.so", "tiff.io.so"})},
-        Rules{"noType", "=x", "io=io", without({"io.so"})}, Rules{"blanksCount", "", "io= jp, io=jp", without({})},
-        Rules{"dotsAreNoTypes", "", ".io=all", without({})}, Rules{"secondEquals", "", "io=jp=eg", without({})}),
-    [](auto const& row) { return row.param.name; });
 
 TEST(PlugInMgrPackage, HasItsLogGroupForTheLengthOfItsLife) {
     inChildProcess([] {
         PlugInFolder const folder;
-        OsFilePath const missing = folder.path("missing.op.so");
-        {
-            Started const started({});
+        auto const lines = [&] {
             LogRecorder const log(5);
-            EXPECT_FALSE(PimUtils::load(missing, InInitMgr::Reinitialization));
-            EXPECT_EQ(1u, log.lines().size());
-        }
-        LogRecorder const log(5);
-        EXPECT_FALSE(PimUtils::load(missing, InInitMgr::Reinitialization));
-        EXPECT_EQ(Names{}, log.lines());
+            EXPECT_FALSE(PimUtils::load(folder.path("missing.op.so"), InInitMgr::Reinitialization));
+            return log.lines().size();
+        };
+        whileStarted({}, [&] { EXPECT_EQ(1u, lines()); });
+        EXPECT_EQ(0u, lines());
     });
 }
 

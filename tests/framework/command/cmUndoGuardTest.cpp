@@ -1,6 +1,7 @@
 #include "framework/command/cmUndoGuard.h"
 #include "base/exBase.h"
 #include "framework/command/cmUndoGuardNoLog.h"
+#include "framework/command/cmUndoGuardNoRedo.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/recordingCommand.h"
 #include "tests/support/thrown.h"
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -41,6 +43,26 @@ TEST_F(CmUndoGuardTest, LogsALongTransactionUnderItsLastDescription) {
         perform("d", last, END_TRANSITION);
         EXPECT_EQ(std::string("0 *") + expected, history(*stack));
     }
+}
+
+TEST_F(CmUndoGuardTest, OfEachKindExecutesAndCollectsInItsWay) {
+    auto const use = [this](auto&& guard, std::string const& names) {
+        auto const command = [&](int index) { return RecordingCommand::create(names.substr(index, 1), journal); };
+        guard.execAndAddUndoCommand(command(0));
+        guard.addUndoCommand(command(1));
+        guard.execUndoCommand(command(2));
+    };
+    {
+        CmUndoGuard guard(stack, MsgSubscription("MSG_STEP"), NOT_TRANSITION);
+        use(guard, "abc");
+        use(CmUndoGuardNoRedo(), "def");
+        use(CmUndoGuardNoLog(false), "ghi");
+    }
+    EXPECT_EQ("0 *MSG_STEP", history(*stack));
+    EXPECT_EQ((Journal{"+a", "+c", "+d", "+f", "+g", "+i"}), std::exchange(journal, {}));
+    stack->undo();
+    stack->redo();
+    EXPECT_EQ((Journal{"-e", "-d", "-b", "-a", "+a", "+b"}), journal);
 }
 
 TEST_F(CmUndoGuardTest, RefusesNestedLongTransactionsWhereTheyAreDisallowed) {

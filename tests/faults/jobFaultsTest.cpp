@@ -1,6 +1,7 @@
 #include "base/evEventManager.h"
 #include "framework/bgTask/bgEx.h"
 #include "framework/bgTask/bgManager.h"
+#include "resmgt/lkEvent.h"
 #include "resmgt/msgServer.h"
 #include "tests/faults/faultsTest.h"
 #include "tests/support/functionProtocol.h"
@@ -33,6 +34,8 @@ private:
 
 class JobFaults : public FaultsTest {
 protected:
+    // Where threads wait is made for the first that has to, which may happen at any time.
+    JobFaults() { LkEvent("Nobody sets it", false).wait(0.0); }
     ~JobFaults() override { MsgProtocol::setHandler(nullptr); }
 
     bool isListed(RCShdPtr<BgJob> const& job) {

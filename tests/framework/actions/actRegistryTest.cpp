@@ -97,7 +97,12 @@ TEST_F(ActRegistryTest, KeepsAnActionThatDropsItselfUntilTheOutermostCallHasRetu
             registry.unregisterAction(action);
     };
     entries->performAction(nullptr);
-    EXPECT_EQ((Journal{"a(2,i)", "a(?,?)", "a(1,i)", "~a"}), journal);
+    EXPECT_EQ((Journal{"a(2,i)", "a(?,?)", "a(1,i)", "~a"}), takeJournal());
+
+    auto* const direct = add({"b", "", "", {}});
+    direct->onPerform = [&] { registry.unregisterAction(direct); };
+    static_cast<ActAction const*>(direct)->performAction();
+    EXPECT_EQ((Journal{"b(?,?)", "~b"}), journal);
 }
 
 TEST_F(ActRegistryTest, GuardsTheInterpreterWhileItAsksForSeveralTargets) {

@@ -87,6 +87,15 @@ TEST_F(CmCommandStackTest, MayBeReleasedByAListener) {
     EXPECT_TRUE(released.isNull());
 }
 
+TEST_F(CmCommandStackTest, ArrivesWhereItMovesThoughAListenerReleasesIt) {
+    logAll("abc");
+    CmCommandStack& moved = *stack;
+    FunctionHandler release([this] { stack.reset(); });
+    moved.addChangeCallback(&release);
+    moved.moveTo(moved.getBegin());
+    EXPECT_EQ((Journal{"-c", "-b", "-a"}), journal);
+}
+
 TEST_F(CmCommandStackTest, RefusesACommandThatChangesTheHistoryWhileItIsUndone) {
     logAll("12");
     at(2)->onUnexecute = [this] { stack->clear(); };

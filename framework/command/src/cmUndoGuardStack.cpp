@@ -123,20 +123,17 @@ void UndoGuardStack::enter(
     }
 }
 
-/// What a guard may do in one state.
-struct UndoGuardStack::Row {
-    static constexpr int none = -1;
-
-    // The next states, by the guard's parameter: NOT_TRANSITION, BEGIN_TRANSITION, TRANSITION, END_TRANSITION.
-    int next[4];
-    // The parameters that a nested guard may have.
-    char const* allowed;
-    // Where an outermost guard is opened.
-    char const* place;
-};
-
 void UndoGuardStack::advance(PiExecParam::Transition transition, bool noRedo) {
-    constexpr int none = Row::none;
+    struct Row {
+        // The next states, by the guard's parameter: NOT_TRANSITION, BEGIN_TRANSITION, TRANSITION, END_TRANSITION.
+        int next[4];
+        // The parameters that a nested guard may have.
+        char const* allowed;
+        // Where an outermost guard is opened.
+        char const* place;
+    };
+    constexpr int none = -1;
+    // What a guard may do, by the state in which it is opened.
     constexpr Row rows[] = {
         {{NO_TXN, BEGIN_TXN, none, none}, nullptr, "outside a long transaction"},
         {{NO_TXN, none, none, none}, "param.get() == PiExecParam::NOT_TRANSITION", nullptr},

@@ -89,7 +89,6 @@ private:
     static constexpr int noLevel = std::numeric_limits<int>::max();
 
     class Entry;
-    struct Row;
 
     static void requireUsable() {
         if (!PiAppThread::isCurrent() || !_instance) [[unlikely]]

@@ -3,6 +3,7 @@
 #include "framework/plugInMgr/pimUtils.h"
 #include "tests/fixtures/plugIns/plugInJournal.h"
 #include "tests/support/childProcess.h"
+#include "tests/support/commandLine.h"
 #include "tests/support/logRecorder.h"
 #include "tests/support/messageRecorder.h"
 #include "tests/support/plugInFolder.h"
@@ -20,13 +21,9 @@ using Names = std::vector<std::string>;
 // Does something while the framework is started with a command line.
 template <class Body>
 void whileStarted(Names arguments, Body body) {
-    arguments.insert(arguments.begin(), "program");
-    std::vector<char*> argv;
-    for (std::string& argument : arguments)
-        argv.push_back(argument.data());
-    argv.push_back(nullptr);
-    int argc = static_cast<int>(arguments.size());
-    InInitScope const scope(argc, argv.data());
+    CommandLine line(std::move(arguments));
+    int argc = line.argc();
+    InInitScope const scope(argc, line.argv());
     EXPECT_EQ(1, argc) << "the settings are taken out";
     body();
 }

@@ -3,6 +3,7 @@
 #include "base/inInitMgr.h"
 #include "base/inPaths.h"
 #include "tests/support/childProcess.h"
+#include "tests/support/commandLine.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <cstdlib>
@@ -12,6 +13,7 @@
 namespace {
 
 using namespace Ko;
+using KoTest::CommandLine;
 using KoTest::inChildProcess;
 using KoTest::TemporaryFolder;
 
@@ -33,17 +35,13 @@ std::string valueFor(std::vector<std::string> arguments, char const* environment
     TemporaryFolder const folder;
     if (environment) ::setenv("KO_TEST_DIR", environment, 1);
     if (file) ::setenv("KO_CONFIG_FILE", folder.write("settings.conf", file).c_str(), 1);
-    arguments.insert(arguments.begin(), "program");
-    std::vector<char*> argv;
-    for (std::string& argument : arguments)
-        argv.push_back(argument.data());
-    argv.push_back(nullptr);
-    int argc = static_cast<int>(arguments.size());
+    CommandLine line(std::move(arguments));
+    int argc = line.argc();
     SettingsInit const package;
-    InInitMgr::initialize(argc, argv.data());
+    InInitMgr::initialize(argc, line.argv());
     std::string result = package.directory.isValid() ? package.directory.get() : "-";
     for (int index = 1; index < argc; ++index)
-        result += std::string(" ") + argv[static_cast<std::size_t>(index)];
+        result += std::string(" ") + line.argv()[static_cast<std::size_t>(index)];
     return result;
 } catch (InInitEx const& error) {
     return error.getReason().substr(error.getReason().rfind('/') + 1);

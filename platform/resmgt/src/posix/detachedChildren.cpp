@@ -108,9 +108,9 @@ private:
     LkEvent _ended{"Detached children", true};
 };
 
-// Shared with the thread, which may outlive the static objects of a host that does not finalise.
 std::atomic<bool> keeperWasMade{false};
 
+// Shared with the thread, which may outlive the static objects of a host that does not finalise.
 std::shared_ptr<Keeper> const& keeper() {
     static auto const instance = std::make_shared<Keeper>();
     keeperWasMade = true;

@@ -1,4 +1,4 @@
-#include "resmgt/src/localTime.h"
+#include "resmgt/src/text/localTime.h"
 
 namespace Ko {
 

@@ -1,4 +1,4 @@
-#include "resmgt/src/mtThread.h"
+#include "resmgt/src/threads/mtThread.h"
 
 #include <climits>
 #include <pthread.h>

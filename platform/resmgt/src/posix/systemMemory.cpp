@@ -1,4 +1,4 @@
-#include "resmgt/src/systemMemory.h"
+#include "resmgt/src/environment/systemMemory.h"
 
 #include <fstream>
 #include <map>

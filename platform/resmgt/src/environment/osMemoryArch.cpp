@@ -1,6 +1,6 @@
 #include "resmgt/osMemoryArch.h"
 
-#include "resmgt/src/systemMemory.h"
+#include "resmgt/src/environment/systemMemory.h"
 
 #include <atomic>
 

@@ -2,7 +2,7 @@
 
 #include "base/assertions.h"
 #include "resmgt/lgFirstError.h"
-#include "resmgt/src/mtThread.h"
+#include "resmgt/src/threads/mtThread.h"
 
 namespace Ko {
 

@@ -1,7 +1,7 @@
 #include "resmgt/liDate.h"
 
 #include "base/assertions.h"
-#include "resmgt/src/localTime.h"
+#include "resmgt/src/text/localTime.h"
 
 #include <array>
 

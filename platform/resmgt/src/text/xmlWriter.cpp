@@ -1,7 +1,7 @@
 #include "resmgt/xmlWriter.h"
 
 #include "base/assertions.h"
-#include "resmgt/src/utf8.h"
+#include "resmgt/src/text/utf8.h"
 
 #include <algorithm>
 #include <iomanip>

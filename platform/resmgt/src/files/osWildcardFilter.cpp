@@ -1,6 +1,6 @@
 #include "resmgt/osWildcardFilter.h"
 
-#include "resmgt/src/utf8.h"
+#include "resmgt/src/text/utf8.h"
 
 #include <algorithm>
 

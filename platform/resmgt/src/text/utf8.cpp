@@ -1,4 +1,4 @@
-#include "resmgt/src/utf8.h"
+#include "resmgt/src/text/utf8.h"
 
 namespace Ko {
 

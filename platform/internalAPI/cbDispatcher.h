@@ -1,9 +1,13 @@
 #pragma once
 
 #include "base/rcBase.h"
+#include "internalAPI/cbSubscription.h"
 #include "internalAPI/internalAPIApi.h"
 #include "resmgt/lgFirstError.h"
 #include "resmgt/liString.h"
+
+#include <functional>
+#include <type_traits>
 
 namespace Ko {
 
@@ -30,6 +34,10 @@ protected:
 template <class Argument>
 class CbDispatcher {
 public:
+    /// What `subscribe` takes: a function of the argument, or of nothing where the argument is empty.
+    using Callable = std::conditional_t<std::is_same_v<Argument, CbEmptyType>, std::function<void()>,
+        std::function<void(Argument const&)>>;
+
     CbDispatcher() = default;
     ~CbDispatcher();
     CbDispatcher(CbDispatcher const&) = delete;
@@ -39,6 +47,8 @@ public:
     void add(CbHandler<Argument>* handler);
     /// Removes one registration of the handler; an unknown handler is ignored.
     void remove(CbHandler<Argument>* handler) noexcept;
+    /// Registers a callable until the result ends; not empty. It takes its turn among the handlers, under the same rules.
+    [[nodiscard]] CbSubscription subscribe(Callable callable);
     /// Whether no handler is registered.
     bool isEmpty() const noexcept { return _handlers.empty(); }
 
@@ -51,10 +61,13 @@ public:
 
 private:
     class Pass;
+    class Connection;
 
     // A handler that is removed during a pass leaves a null pointer, which the outermost pass takes out at its end.
     Vector<CbHandler<Argument>*> _handlers;
     Pass* _innermostPass = nullptr;
+    // The subscriptions, linked in any order, so that they can outlive the dispatcher.
+    Connection* _connections = nullptr;
     bool _hasGaps = false;
 };
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <typeinfo>
+#include <utility>
 
 namespace Ko {
 
@@ -37,8 +38,56 @@ private:
     Pass* _outer;
 };
 
+/// A callable and its place in the dispatcher; owned by the subscription, and by its own call while that runs.
+template <class Argument>
+class CbDispatcher<Argument>::Connection : public CbConnection {
+public:
+    Connection(CbDispatcher& dispatcher, Callable callable) : _handler(*this, std::move(callable)) {
+        dispatcher.add(&_handler);
+        _dispatcher = &dispatcher;
+        _next = std::exchange(dispatcher._connections, this);
+        if (_next) _next->_previous = this;
+    }
+
+    void disconnect() noexcept override {
+        if (!_dispatcher) return;
+        _dispatcher->remove(&_handler);
+        (_previous ? _previous->_next : _dispatcher->_connections) = _next;
+        if (_next) _next->_previous = _previous;
+        _dispatcher = nullptr;
+    }
+    /// The dispatcher is being destroyed.
+    static void abandon(Connection* connection) noexcept {
+        for (; connection; connection = connection->_next)
+            connection->_dispatcher = nullptr;
+    }
+
+private:
+    class Handler : public CbHandler<Argument> {
+    public:
+        Handler(Connection& owner, Callable callable) noexcept : _owner(owner), _callable(std::move(callable)) {}
+        void call(Argument const& argument) override {
+            RCShdPtr<Connection> const alive(&_owner);
+            if constexpr (std::is_same_v<Argument, CbEmptyType>)
+                _callable();
+            else
+                _callable(argument);
+        }
+
+    private:
+        Connection& _owner;
+        Callable _callable;
+    };
+
+    Handler _handler;
+    CbDispatcher* _dispatcher = nullptr;
+    Connection* _previous = nullptr;
+    Connection* _next = nullptr;
+};
+
 template <class Argument>
 CbDispatcher<Argument>::~CbDispatcher() {
+    Connection::abandon(_connections);
     if (_innermostPass) _innermostPass->kill();
 }
 
@@ -46,6 +95,12 @@ template <class Argument>
 void CbDispatcher<Argument>::add(CbHandler<Argument>* handler) {
     if (!handler) RCExUtil::throwExNullPtr(typeid(CbHandler<Argument>).name());
     _handlers.push_back(handler);
+}
+
+template <class Argument>
+CbSubscription CbDispatcher<Argument>::subscribe(Callable callable) {
+    if (!callable) RCExUtil::throwExNullPtr(typeid(Callable).name());
+    return CbSubscription(RCShdPtr<Connection>::create(*this, std::move(callable)));
 }
 
 template <class Argument>

@@ -4,6 +4,9 @@
 
 namespace Ko {
 
+CbConnection::CbConnection() = default;
+CbConnection::~CbConnection() = default;
+
 template class CbDispatcher<CbEmptyType>;
 
 } // namespace Ko

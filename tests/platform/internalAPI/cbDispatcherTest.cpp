@@ -5,6 +5,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
+#include <memory>
 #include <stdexcept>
 
 namespace {
@@ -93,6 +94,45 @@ TEST_F(CbDispatcherTest, CallsAllRethrowsTheFirstErrorAndLogsTheOthers) {
     EXPECT_EQ("abc", calls);
     ASSERT_EQ(1u, log.lines().size());
     EXPECT_NE(std::string::npos, log.lines()[0].find("second"));
+}
+
+TEST_F(CbDispatcherTest, ASubscriptionTakesItsTurnAndEndsWithItsScope) {
+    add("a");
+    {
+        CbSubscription first = dispatcher->subscribe([] { calls += '1'; });
+        CbSubscription const second = dispatcher->subscribe([] { calls += '2'; });
+        add("b");
+        EXPECT_EQ("a12b", call());
+        first = dispatcher->subscribe([] { calls += '3'; });
+        EXPECT_EQ("a2b3", call());
+    }
+    EXPECT_EQ("ab", call());
+}
+
+TEST_F(CbDispatcherTest, ASubscriptionMayEndItselfAndOthersInsideItsCall) {
+    // Writes when it is destroyed, which must not be before the call has returned.
+    auto const witness = [](char name) { return std::shared_ptr<void>(nullptr, [name](void*) { calls += name; }); };
+    CbSubscription own, next;
+    own = dispatcher->subscribe([&own, &next, witness = witness('x')] {
+        own.end();
+        next.end();
+        calls += '1';
+    });
+    next = dispatcher->subscribe([witness = witness('y')] { calls += '2'; });
+    add("a");
+    EXPECT_EQ("y1xa", call());
+    EXPECT_EQ("a", call());
+}
+
+TEST_F(CbDispatcherTest, ASubscriptionMayOutliveTheDispatcherAlsoWhereItDestroysIt) {
+    CbSubscription const bystander = dispatcher->subscribe([] { calls += '1'; });
+    CbSubscription subscription = dispatcher->subscribe([this] {
+        calls += '2';
+        dispatcher.reset();
+    });
+    add("a");
+    EXPECT_EQ("12", call());
+    subscription.end();
 }
 
 } // namespace

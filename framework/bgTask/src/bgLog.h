@@ -1,21 +1,13 @@
 #pragma once
 
-#include "base/oPtr.h"
-#include "resmgt/lgGroups.h"
+#include "resmgt/lgPackageGroup.h"
 
 namespace Ko {
 
-/// The log group "BgTask", which exists while the package is initialised.
+/// The log group "BgTask".
 class BgLog {
 public:
-    static void initialize();
-    static void finalize();
-
-    /// Null outside the package's lifetime.
-    static LgMinorGroup const* getGroup() noexcept { return _group.get(); }
-
-private:
-    static OPtr<LgMinorGroup> _group;
+    static inline constinit LgPackageGroup group{"BgTask"};
 };
 
 } // namespace Ko

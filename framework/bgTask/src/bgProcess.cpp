@@ -47,8 +47,8 @@ constinit EnvIntVar waitTime("KO_BGEXEC_WAIT_TIME", 15, sourceName);
 
 template <class MakeText>
 void log(int level, MakeText const& makeText) {
-    if (LgMinorGroup const* const group = BgLog::getGroup())
-        group->log(level, makeText);
+    if (BgLog::group.exists())
+        BgLog::group.log(level, makeText);
     else
         std::cout << makeText() << '\n';
 }

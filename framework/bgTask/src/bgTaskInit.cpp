@@ -1,5 +1,6 @@
 #include "framework/bgTask/bgTaskInit.h"
 
+#include "base/assertions.h"
 #include "base/baseInit.h"
 #include "base/inPaths.h"
 #include "framework/bgTask/bgEx.h"
@@ -17,6 +18,10 @@ namespace Ko {
 
 namespace {
 
+constexpr AssertionSource source{"framework\\bgTask\\src\\bgTaskInit"};
+constexpr int createdTwice = 74;
+constexpr int neverCreated = 125;
+
 constexpr char const* installationDirectory = "KO_INSTALL_DIR";
 
 // For the external programs that jobs start, which inherit it.
@@ -32,7 +37,8 @@ public:
         : InInit("bgTask", packagesOf<KoInit::internalAPI, KoInit::primitives, KoInit::resmgt, KoInit::base>()) {}
 
     void initialize() override {
-        BgLog::initialize();
+        source.require(!BgLog::group.exists(), "LgGroups::KO_XGLUE( MinorLevel, BgTask ) == 0", createdTwice);
+        BgLog::group.create();
         {
             MsgFileGuard const catalogue("bgTask.msg");
             BgEx::initialize();
@@ -64,7 +70,8 @@ public:
         BgJobComplete::performFinalize();
         BgJobFailed::performFinalize();
         BgEx::finalize();
-        BgLog::finalize();
+        source.require(BgLog::group.exists(), "LgGroups::KO_XGLUE( MinorLevel, BgTask ) != 0", neverCreated);
+        BgLog::group.destroy();
     }
 };
 

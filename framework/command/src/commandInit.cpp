@@ -19,7 +19,7 @@ public:
         : InInit("command", packagesOf<KoInit::internalAPI, KoInit::pluginAPI, KoInit::resmgt, KoInit::base>()) {}
 
     void initialize() override {
-        CmLog::initialize();
+        CmLog::group.create();
         CmCommandStackManager::performInitialize();
         UndoGuardStack::initialize();
         PiUndoGuardFactory::registerFactory(std::make_unique<UndoGuardFactory>());
@@ -29,7 +29,7 @@ public:
         PiUndoGuardFactory::registerFactory(nullptr);
         UndoGuardStack::finalize();
         CmCommandStackManager::performFinalize();
-        CmLog::finalize();
+        CmLog::group.destroy();
     }
 };
 

@@ -1,9 +1,8 @@
 #include "framework/dragAndDrop/drClipboard.h"
 
+#include "base/neverDestroyed.h"
 #include "pluginAPI/piAppThread.h"
 #include "resmgt/lkSingleton.imp.h"
-
-#include <memory>
 
 namespace Ko {
 
@@ -17,7 +16,7 @@ DrClipboard::DrClipboard() {
 // carrier is left to the operating system.
 DrClipboard::~DrClipboard() {
     if (PiAppThread::isCurrent()) return;
-    [[maybe_unused]] static auto const& left = *std::make_unique<RCShdPtr<DrCarrier>>(_content).release();
+    static NeverDestroyed<RCShdPtr<DrCarrier>> left(_content);
 }
 
 DrClipboard& DrClipboard::getInstance() {

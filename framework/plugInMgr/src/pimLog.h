@@ -1,30 +1,23 @@
 #pragma once
 
-#include "base/oPtr.h"
-#include "resmgt/lgGroups.h"
+#include "resmgt/lgPackageGroup.h"
 
 namespace Ko {
 
-/// The log group "PlugInMgr", which exists while the package is initialised.
+/// The log group "PlugInMgr" and its levels.
 class PimLog {
 public:
     static constexpr int failure = 2;
     /// Why a file is not loaded although nothing failed.
     static constexpr int selection = 5;
 
-    /// @throws ExAssertionFailed when the group exists.
-    static void initialize();
-    /// @throws ExAssertionFailed when it does not.
-    static void finalize();
+    static inline constinit LgPackageGroup group{"PlugInMgr"};
 
     /// Writes "[PlugInMgr] " and the text that `makeText()` returns.
     template <class MakeText>
-    static void write(int level, MakeText makeText) {
-        if (_group) _group->log(level, [&] { return "[" + _group->getName() + "] " + makeText(); });
+    static void write(int level, MakeText const& makeText) {
+        group.log(level, [&] { return "[PlugInMgr] " + makeText(); });
     }
-
-private:
-    static OPtr<LgMinorGroup> _group;
 };
 
 } // namespace Ko

@@ -1,5 +1,6 @@
 #include "framework/plugInMgr/plugInMgrInit.h"
 
+#include "base/assertions.h"
 #include "base/baseInit.h"
 #include "base/inPaths.h"
 #include "framework/plugInMgr/pimUtils.h"
@@ -14,6 +15,7 @@ namespace Ko {
 
 namespace {
 
+constexpr AssertionSource source{"framework\\plugInMgr\\src\\plugInMgrInit"};
 constexpr char const* directoryError = "MSG_PLUGIN_DIRECTORY_ERROR";
 constexpr char const* pathError = "MSG_PLUGIN_PATH_ERROR";
 
@@ -22,7 +24,7 @@ public:
     PlugInMgrInit() : InInit("plugInMgr", packagesOf<KoInit::resmgt, KoInit::base>()) {}
 
     void initialize() override;
-    void finalize() override { PimLog::finalize(); }
+    void finalize() override;
 
     PimSettings const settings{*this};
 
@@ -35,9 +37,15 @@ private:
 PlugInMgrInit package;
 
 void PlugInMgrInit::initialize() {
-    PimLog::initialize();
+    source.require(!PimLog::group.exists(), "_group == 0");
+    PimLog::group.create();
     subscribeMessages();
     addDirectories(InPaths::getInstallDir());
+}
+
+void PlugInMgrInit::finalize() {
+    source.require(PimLog::group.exists(), "_group != 0");
+    PimLog::group.destroy();
 }
 
 void PlugInMgrInit::subscribeMessages() {

@@ -2,11 +2,11 @@
 
 #include "base/inInitMgr.h"
 #include "base/inPaths.h"
+#include "base/neverDestroyed.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <memory>
 
 namespace Ko {
 
@@ -28,8 +28,8 @@ std::optional<std::string> nextOf(int argc, char** argv, int index) {
 } // namespace
 
 InConfiguration& InConfiguration::getInstance() {
-    static auto& configuration = *std::make_unique<InConfiguration>().release();
-    return configuration;
+    static NeverDestroyed<InConfiguration> configuration;
+    return *configuration;
 }
 
 void InConfiguration::read(int& argc, char** argv, std::vector<std::string> const& aliases) {

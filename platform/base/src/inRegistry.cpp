@@ -1,6 +1,7 @@
 #include "base/src/inRegistry.h"
 
 #include "base/inVariable.h"
+#include "base/neverDestroyed.h"
 #include "base/src/libraryPath.h"
 #include "base/typeName.h"
 
@@ -115,8 +116,8 @@ struct InRegistry::Batch {
 
 InRegistry& InRegistry::getInstance() {
     // Packages register before, and may leave after, every other static object.
-    static auto& registry = *std::make_unique<InRegistry>().release();
-    return registry;
+    static NeverDestroyed<InRegistry> registry;
+    return *registry;
 }
 
 InOpeningGuard const* InRegistry::enter(InOpeningGuard const* guard) noexcept {

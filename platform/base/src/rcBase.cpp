@@ -1,6 +1,7 @@
 #include "base/rcBase.h"
 
 #include "base/exBase.h"
+#include "base/neverDestroyed.h"
 #include "base/rcWeakPtr.h"
 #include "base/typeName.h"
 
@@ -19,7 +20,9 @@ struct WeakStates {
 };
 
 WeakStates& weakStates(RCBase const* object) {
-    static auto& shards = *std::make_unique<std::array<WeakStates, 16>>().release();
+    using Shards = std::array<WeakStates, 16>;
+    static NeverDestroyed<Shards> instance;
+    Shards& shards = *instance;
     return shards[(reinterpret_cast<std::uintptr_t>(object) >> 6) % shards.size()];
 }
 

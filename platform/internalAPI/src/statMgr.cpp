@@ -1,6 +1,7 @@
 #include "internalAPI/statMgr.h"
 
-#include <memory>
+#include "base/neverDestroyed.h"
+
 #include <mutex>
 #include <utility>
 
@@ -15,8 +16,8 @@ struct Registry {
 };
 
 Registry& registry() {
-    static Registry& instance = *std::make_unique<Registry>().release();
-    return instance;
+    static NeverDestroyed<Registry> instance;
+    return *instance;
 }
 
 /// What one thread has collected, by the counters' indices.

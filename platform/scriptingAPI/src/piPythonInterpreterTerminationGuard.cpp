@@ -1,9 +1,9 @@
 #include "scriptingAPI/piPythonInterpreterTerminationGuard.h"
 
 #include "base/assertions.h"
+#include "base/neverDestroyed.h"
 
 #include <condition_variable>
-#include <memory>
 #include <mutex>
 
 namespace Ko {
@@ -21,8 +21,8 @@ struct Holders {
 
 // Never destroyed: threads may hold guards until the process has ended.
 Holders& holders() {
-    static Holders& instance = *std::make_unique<Holders>().release();
-    return instance;
+    static NeverDestroyed<Holders> instance;
+    return *instance;
 }
 
 thread_local int guardsOfThisThread = 0;

@@ -1,6 +1,6 @@
 #include "resmgt/envIntVar.h"
 
-#include "resmgt/lgGroups.h"
+#include "resmgt/lgPackageGroup.h"
 #include "resmgt/osEnv.h"
 
 #include <charconv>
@@ -22,10 +22,10 @@ void EnvIntVar::read() {
         _value = value;
         return;
     }
-    LgMinorGroup group(LgMajorGroup::getInstanceForName("Framework"), "Environment");
-    group.write(1, LiString("The environment variable ") + _name + " is \"" + text +
-                       "\", which is no whole number from -2147483648 to 2147483647; " + std::to_string(_value) +
-                       " is used (" + _source + ").");
+    LgPackageGroup::write("Environment", 1,
+        LiString("The environment variable ") + _name + " is \"" + text +
+            "\", which is no whole number from -2147483648 to 2147483647; " + std::to_string(_value) + " is used (" +
+            _source + ").");
 }
 
 } // namespace Ko

@@ -1,7 +1,7 @@
 #include "resmgt/lgFirstError.h"
 
 #include "base/exBase.h"
-#include "resmgt/lgGroups.h"
+#include "resmgt/lgPackageGroup.h"
 
 namespace Ko {
 
@@ -30,8 +30,7 @@ void LgFirstError::keep() noexcept {
 
 void LgFirstError::write(std::exception_ptr const& error) const noexcept {
     try {
-        LgMinorGroup group(LgMajorGroup::getInstanceForName("Framework"), "Errors");
-        group.write(0, LiString(_context) + " failed: " + describe(error));
+        LgPackageGroup::write("Errors", 0, LiString(_context) + " failed: " + describe(error));
     } catch (...) {
         // Nothing is left to tell it to.
     }

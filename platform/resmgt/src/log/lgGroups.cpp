@@ -1,6 +1,8 @@
 #include "resmgt/lgGroups.h"
 
 #include "base/assertions.h"
+#include "base/neverDestroyed.h"
+#include "resmgt/lgPackageGroup.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -122,13 +124,13 @@ void Log::changeSinks(Change change) {
 }
 
 Log& theLog() {
-    static auto& log = *std::make_unique<Log>().release();
-    return log;
+    static NeverDestroyed<Log> log;
+    return *log;
 }
 
 void logFatalError(std::string const& text) noexcept {
     try {
-        LgMinorGroup(LgMajorGroup::getInstanceForName("Framework"), "Errors").write(0, text);
+        LgPackageGroup::write("Errors", 0, text);
     } catch (...) {
         std::cerr << text << std::endl;
     }

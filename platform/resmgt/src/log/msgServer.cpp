@@ -1,8 +1,9 @@
 #include "resmgt/msgServer.h"
 
 #include "base/inPaths.h"
+#include "base/neverDestroyed.h"
 #include "resmgt/lgFirstError.h"
-#include "resmgt/lgGroups.h"
+#include "resmgt/lgPackageGroup.h"
 
 #include <fstream>
 #include <iostream>
@@ -51,8 +52,8 @@ std::optional<Entry> parse(LiString const& line) {
 }
 
 void report(LiString const& path, int line) {
-    LgMinorGroup group(LgMajorGroup::getInstanceForName("Framework"), "Messages");
-    group.write(1, path + ":" + std::to_string(line) + ": expected MSG_ID \"text\"; the line is skipped.");
+    LgPackageGroup::write(
+        "Messages", 1, path + ":" + std::to_string(line) + ": expected MSG_ID \"text\"; the line is skipped.");
 }
 
 LiString substituted(LiString const& text, Vector<LiString> const& substitutions) {
@@ -92,8 +93,8 @@ struct DisplayHandler {
 };
 
 DisplayHandler& displayHandler() {
-    static auto& current = *std::make_unique<DisplayHandler>().release();
-    return current;
+    static NeverDestroyed<DisplayHandler> current;
+    return *current;
 }
 
 std::shared_ptr<MsgProtocol::Handler const> currentHandler() {
@@ -104,8 +105,8 @@ std::shared_ptr<MsgProtocol::Handler const> currentHandler() {
 } // namespace
 
 MsgServer& MsgServer::getInstance() {
-    static auto& server = *std::make_unique<MsgServer>().release();
-    return server;
+    static NeverDestroyed<MsgServer> server;
+    return *server;
 }
 
 MsgServer::OpenCatalogue MsgServer::open(LiString const& catalogue) {

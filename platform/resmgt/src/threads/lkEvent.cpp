@@ -1,9 +1,10 @@
 #include "resmgt/lkEvent.h"
 
+#include "base/neverDestroyed.h"
+
 #include <array>
 #include <condition_variable>
 #include <functional>
-#include <memory>
 #include <mutex>
 
 namespace Ko {
@@ -19,7 +20,8 @@ struct Place {
 Place& placeOf(void const* event) noexcept {
     using Places = std::array<Place, 64>;
     // Never destroyed: threads may wait until the process has ended.
-    static Places& places = *std::make_unique<Places>().release();
+    static NeverDestroyed<Places> instance;
+    Places& places = *instance;
     return places[std::hash<std::uintptr_t>()(reinterpret_cast<std::uintptr_t>(event) >> 4) % places.size()];
 }
 

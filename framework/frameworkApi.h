@@ -1,12 +1,10 @@
 #pragma once
 
+#include "base/export.h"
+
 /// Marks what libKOframework exports.
-#if defined(_WIN32)
 #if defined(KO_BUILDING_FRAMEWORK)
-#define KO_FRAMEWORK_API __declspec(dllexport)
+#define KO_FRAMEWORK_API KO_EXPORT
 #else
-#define KO_FRAMEWORK_API __declspec(dllimport)
-#endif
-#else
-#define KO_FRAMEWORK_API __attribute__((visibility("default")))
+#define KO_FRAMEWORK_API KO_IMPORT
 #endif

@@ -6,6 +6,10 @@ BEGIN {
     for (i in words) isRole[words[i]] = 1
     systemMacro = "(^|[^A-Za-z0-9_])(_WIN32|_WIN64|__MINGW32__|_MSC_VER|__linux__|__linux|__gnu_linux__|__APPLE__|" \
         "__unix__|__unix|__FreeBSD__|_POSIX_VERSION)([^A-Za-z0-9_]|$)"
+    # Smart pointers, singletons and deleters: what owns memory on behalf of all other code.
+    memoryOwner = "^(platform/base/(src/rcBase\\.cpp|rcShdPtr\\.h|inSingleton\\.imp\\.h)|platform/resmgt/lkSingleton\\.imp\\.h|" \
+        "framework/actions/src/actAction\\.cpp)$"
+    nakedMemory = "(^|[^A-Za-z0-9_])(new +[A-Za-z_:]|delete(\\[\\])? +[A-Za-z_:*(])"
     systemHeader = "^(unistd|dlfcn|[Ww]indows|pthread|fcntl|spawn|signal|poll|dirent|fnmatch|glob|link|termios|" \
         "wordexp)\\.h$|^(sys|linux|mach|mach-o)/"
 }
@@ -92,13 +96,14 @@ phase == "files" {
         refuse($0 ":1", "is not listed in " roomOf($0) "/CMakeLists.txt")
 }
 
-# ---- phase sources: includes and conditionals
+# ---- phase sources: includes, conditionals, memory
 
 phase == "sources" && FNR == 1 {
     own = roomOf(FILENAME)
     isPrivate = FILENAME ~ /\/src\//
     isSystemHalf = FILENAME ~ /^platform\/[^\/]+\/src\/(posix|windows)\//
-    isExportHeader = FILENAME ~ /Api\.h$/ && !isPrivate
+    isExportHeader = FILENAME == "platform/base/export.h"
+    isMemoryOwner = FILENAME ~ memoryOwner
 }
 
 phase == "sources" && /^[ \t]*#[ \t]*include[ \t]*["<]/ {
@@ -112,6 +117,12 @@ phase == "sources" && /^[ \t]*#[ \t]*include[ \t]*["<]/ {
 
 phase == "sources" && /^[ \t]*#[ \t]*(if|ifdef|ifndef|elif)[^A-Za-z0-9_]/ && $0 ~ systemMacro {
     if (!isSystemHalf && !isExportHeader) refuse(here(), "a system conditional outside src/posix/ and src/windows/")
+}
+
+phase == "sources" && !isMemoryOwner && /new|delete/ {
+    code = $0
+    gsub(/"([^"\\]|\\.)*"|\/\/.*/, "", code)
+    if (code ~ nakedMemory) refuse(here(), "a naked new or delete")
 }
 
 function checkSystemInclude(path) {
@@ -128,6 +139,8 @@ function checkInclude(path, file, target) {
         return
     }
     if (folderOf(file) == "framework" && startsWith(own, "framework/")) return
+    # The export header of the framework belongs to no room.
+    if (file == "platform/base/export.h" && folderOf(FILENAME) == "framework") return
     target = roomOf(file)
     if (target != own && !((own, nameOf[target]) in mayUse))
         refuse(here(), nameOf[own] " may not include " nameOf[target] ", which is no neighbour of it: \"" path "\"")

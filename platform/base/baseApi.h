@@ -1,12 +1,10 @@
 #pragma once
 
+#include "base/export.h"
+
 /// Marks what libKObase exports.
-#if defined(_WIN32)
 #if defined(KO_BUILDING_BASE)
-#define KO_BASE_API __declspec(dllexport)
+#define KO_BASE_API KO_EXPORT
 #else
-#define KO_BASE_API __declspec(dllimport)
-#endif
-#else
-#define KO_BASE_API __attribute__((visibility("default")))
+#define KO_BASE_API KO_IMPORT
 #endif

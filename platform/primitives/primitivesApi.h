@@ -1,12 +1,10 @@
 #pragma once
 
+#include "base/export.h"
+
 /// Marks what libKOprimitives exports.
-#if defined(_WIN32)
 #if defined(KO_BUILDING_PRIMITIVES)
-#define KO_PRIMITIVES_API __declspec(dllexport)
+#define KO_PRIMITIVES_API KO_EXPORT
 #else
-#define KO_PRIMITIVES_API __declspec(dllimport)
-#endif
-#else
-#define KO_PRIMITIVES_API __attribute__((visibility("default")))
+#define KO_PRIMITIVES_API KO_IMPORT
 #endif

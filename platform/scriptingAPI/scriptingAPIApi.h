@@ -1,12 +1,10 @@
 #pragma once
 
+#include "base/export.h"
+
 /// Marks what libKOscriptingAPI exports.
-#if defined(_WIN32)
 #if defined(KO_BUILDING_SCRIPTINGAPI)
-#define KO_SCRIPTINGAPI_API __declspec(dllexport)
+#define KO_SCRIPTINGAPI_API KO_EXPORT
 #else
-#define KO_SCRIPTINGAPI_API __declspec(dllimport)
-#endif
-#else
-#define KO_SCRIPTINGAPI_API __attribute__((visibility("default")))
+#define KO_SCRIPTINGAPI_API KO_IMPORT
 #endif

@@ -19,12 +19,16 @@ build_house() {
     room platform resmgt ko_platform_library base
     room framework command ko_module "resmgt base"
     room framework actions ko_module "command base"
-    printf '#if defined(_WIN32)\n#endif\n' >framework/frameworkApi.h
+    printf '#include "base/export.h"\n' >framework/frameworkApi.h
+    printf '#if defined(_WIN32)\n#endif\n' >platform/base/export.h
+    sed -i 's|PUBLIC_HEADERS|PUBLIC_HEADERS export.h|' platform/base/CMakeLists.txt
+    printf 'int* a = new int; delete a;\n' >platform/base/rcShdPtr.h
+    sed -i 's|PUBLIC_HEADERS|PUBLIC_HEADERS rcShdPtr.h|' platform/base/CMakeLists.txt
     printf '#include "framework/frameworkApi.h"\n#include "base/base.h"\n' >framework/command/command.h
     printf '#include "framework/command/command.h"\n#include <vector>\n' >framework/actions/actions.h
     mkdir platform/base/src/windows
     printf '#ifdef _WIN32\n#include <windows.h>\n#endif\n' >platform/base/src/windows/half.cpp
-    printf '#include <unistd.h>\n' >platform/base/src/posix/half.cpp
+    printf '#include <unistd.h>\nhalf() = delete; // a new half, to delete x\ntext = "new x, delete x";\n' >platform/base/src/posix/half.cpp
     sed -i 's|NEIGHBOURS|POSIX_SOURCES src/posix/half.cpp WINDOWS_SOURCES src/windows/half.cpp NEIGHBOURS|' \
         platform/base/CMakeLists.txt
 }
@@ -63,7 +67,7 @@ refused() {
 }
 
 build_house
-words=$("$check" "$scratch/house" 2>&1) || report "the house in order" "15 files in 4 rooms keep to the layers." "$words"
+words=$("$check" "$scratch/house" 2>&1) || report "the house in order" "17 files in 4 rooms keep to the layers." "$words"
 
 append() { printf '%s\n' "$2" >>"$1"; }
 
@@ -124,6 +128,15 @@ refused "a system conditional in a source" \
 refused "a system conditional in a public header" \
     'platform/base/base.h:1: a system conditional' \
     'append platform/base/base.h "#ifndef _WIN32" && append platform/base/base.h "#endif"'
+refused "a system conditional in an export header" \
+    'framework/frameworkApi.h:2: a system conditional' \
+    'append framework/frameworkApi.h "#ifdef _WIN32" && append framework/frameworkApi.h "#endif"'
+refused "a naked new" \
+    'framework/command/src/command.cpp:3: a naked new or delete' \
+    'append framework/command/src/command.cpp "int* a = new int(1);"'
+refused "a naked delete" \
+    'framework/command/command.h:3: a naked new or delete' \
+    'append framework/command/command.h "delete[] a;"'
 refused "a system header in a source" \
     'framework/command/src/command.cpp:3: a system header outside src/posix/ and src/windows/: <sys/wait.h>' \
     'append framework/command/src/command.cpp "#include <sys/wait.h>"'

@@ -35,6 +35,11 @@ present() {
     libgmock-dev) has_header gmock/gmock.h ;;
     libpng-dev) has_header png.h ;;
     clang-14) has_program clang++-14 ;;
+    clang-19) has_program clang++-19 ;;
+    libc++-19-dev) [[ -e /usr/lib/llvm-19/include/c++/v1/version ]] ;;
+    libc++abi-19-dev) [[ -e /usr/lib/llvm-19/lib/libc++abi.a ]] ;;
+    graphviz) has_program dot ;;
+    doxygen-awesome-css) [[ -e /usr/share/doxygen-awesome-css/doxygen-awesome.css ]] ;;
     libclang-rt-14-dev) [[ -e $(clang++-14 -print-file-name="libclang_rt.fuzzer-$(uname -m).a" 2>/dev/null) ]] ;;
     libbenchmark-dev) has_header benchmark/benchmark.h ;;
     *) has_program "$1" ;;

@@ -19,9 +19,9 @@ using namespace Ko;
 using namespace KoTest;
 using Launch = OsChildProcess::Launch;
 
-constexpr double forEver = 1e6;
+constexpr double forever = 1e6;
 
-/// A child that was launched, and what was read of it.
+/// A launched child with all output that was read.
 class Child : public OsChildProcess {
 public:
     Child(std::string const& commandLine, Vector<LiString> const& environment = OsEnv::getEntries()) {
@@ -36,7 +36,7 @@ public:
     }
     int readToEnd() {
         int exitCode = stillActive;
-        for (; exitCode == stillActive; nap(forEver)) {
+        for (; exitCode == stillActive; nap(forever)) {
             readAll();
             EXPECT_TRUE(getExitCode(exitCode));
         }
@@ -55,7 +55,7 @@ std::string outputOf(std::string const& steps) {
     return child.output;
 }
 
-/// Stands for another process, whoever gets its number later.
+/// Another process, safe against reuse of its number.
 class Process {
 public:
     explicit Process(pid_t number) : _descriptor(static_cast<int>(syscall(SYS_pidfd_open, number, 0))) {}
@@ -77,7 +77,7 @@ std::ptrdiff_t count(char const* folder) {
     return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
 }
 
-TEST(OsChildProcess, HasItsLineCutIntoWordsAsByAShell) {
+TEST(OsChildProcess, SplitsItsCommandLineLikeAShell) {
     for (auto const& [line, words] : std::vector<std::pair<std::string, std::string>>{
              {" a \t b\nc ", "[a]\n[b]\n[c]\n"}, {R"('a  b' '\"$x' '')", "[a  b]\n[\\\"$x]\n[]\n"},
              {R"("a  'b'" "\"\\\$\`\n" "")", "[a  'b']\n[\"\\$`\\n]\n[]\n"}, {R"(a\ b \'c\\)", "[a b]\n['c\\]\n"},
@@ -86,7 +86,7 @@ TEST(OsChildProcess, HasItsLineCutIntoWordsAsByAShell) {
         EXPECT_EQ(words, outputOf("arguments " + line));
 }
 
-TEST(OsChildProcess, HasEveryByteThatTheChildWrote) {
+TEST(OsChildProcess, ReadsEveryByteThatTheChildWrote) {
     Child child(childCommand(R"(flood 3000000 50 floodErr 300000 2 out 'a\0b\r\nlast' err 'x\0' exit 3)"));
     EXPECT_EQ(3, child.readToEnd());
     EXPECT_EQ(3000000u + 9, child.output.size());
@@ -97,16 +97,29 @@ TEST(OsChildProcess, HasEveryByteThatTheChildWrote) {
     EXPECT_EQ(0u, child.countUnreadOutput());
 }
 
-TEST(OsChildProcess, CountsWhatWasNotReadYet) {
+TEST(OsChildProcess, StartsAgainWhenTheChildTruncatesItsOutput) {
+    for (char const* const next : {"x", "FIRST\n", "longer than before"}) {
+        NamedPipe pipe;
+        Child child(childCommand("out 'first\\n'" + pipe.tell() + pipe.await() + "reopen out '" + next + "'"));
+        pipe.hear();
+        child.readAll();
+        EXPECT_EQ("first\n", child.output);
+        pipe.release();
+        EXPECT_EQ(0, child.readToEnd());
+        EXPECT_EQ(std::string("first\n") + next, child.output);
+    }
+}
+
+TEST(OsChildProcess, CountsUnreadOutput) {
     Child child(childCommand("out 12345"));
-    for (int exitCode = OsChildProcess::stillActive; exitCode == OsChildProcess::stillActive; child.nap(forEver))
+    for (int exitCode = OsChildProcess::stillActive; exitCode == OsChildProcess::stillActive; child.nap(forever))
         ASSERT_TRUE(child.getExitCode(exitCode));
     EXPECT_EQ(5u, child.countUnreadOutput());
     EXPECT_EQ("1234", child.readOutput(4));
     EXPECT_EQ(1u, child.countUnreadOutput());
 }
 
-TEST(OsChildProcess, TellsHowTheChildEnded) {
+TEST(OsChildProcess, ReportsTheExitCode) {
     for (auto const& [steps, exitCode] : std::vector<std::pair<char const*, int>>{
              {"", 0}, {"exit 255", 255}, {"signal 9", 137}, {"signal 2", static_cast<int>(0xC000013A)}}) {
         Child child(childCommand(steps));
@@ -138,25 +151,25 @@ TEST(OsChildProcess, EndsByABreakUnlessItIgnoresIt) {
     EXPECT_EQ(OsChildProcess::endedByBreak, halted.readToEnd());
 }
 
-TEST(OsChildProcess, ReachesNobodyAfterItsEnd) {
+TEST(OsChildProcess, ReachesNoProcessAfterItsEnd) {
     Child child(childCommand("out 12 exit 4"));
     EXPECT_EQ(4, child.readToEnd());
     EXPECT_TRUE(child.terminate(9));
     int exitCode = 0;
     EXPECT_TRUE(child.getExitCode(exitCode));
-    EXPECT_EQ(4, exitCode) << "it ended before";
+    EXPECT_EQ(4, exitCode) << "the child ended before";
     EXPECT_TRUE(child.forget());
     EXPECT_FALSE(child.sendBreak());
     EXPECT_FALSE(child.terminate(9));
     child.detach();
     EXPECT_EQ(Launch::Started, child.launch(childCommand("out 3 signal 9"), {}));
-    EXPECT_THROW(child.launch(childCommand("exit 6"), {}), ExAssertionFailed);
-    EXPECT_EQ(137, child.readToEnd()) << "what was asked of the one before is forgotten";
+    EXPECT_THROW(static_cast<void>(child.launch(childCommand("exit 6"), {})), ExAssertionFailed);
+    EXPECT_EQ(137, child.readToEnd()) << "a request to the previous child is forgotten";
     EXPECT_EQ("123", child.output);
 }
 
-// The leader ends by the break, or by the termination; the other one hears neither but belongs to the group.
-TEST(OsChildProcess, TakesItsGroupWithIt) {
+// The leader ends by the break or the termination. The other member ignores the break and has no parent left.
+TEST(OsChildProcess, EndsWithItsGroupWhenAskedTo) {
     for (bool const terminates : {false, true}) {
         NamedPipe otherTells, lastTells;
         Child child("sh -c '" KO_TEST_CHILD " ignoreBreak" + otherTells.tell() + "pause & " KO_TEST_CHILD +
@@ -170,7 +183,7 @@ TEST(OsChildProcess, TakesItsGroupWithIt) {
     }
 }
 
-TEST(OsChildProcess, LeavesTheRestOfItsGroupAloneWhenItEndsByItself) {
+TEST(OsChildProcess, EndsAloneWhenItEndsByItself) {
     NamedPipe hears, releases;
     {
         Child child(childCommand("orphan" + releases.await() + hears.tell()));
@@ -181,7 +194,18 @@ TEST(OsChildProcess, LeavesTheRestOfItsGroupAloneWhenItEndsByItself) {
     EXPECT_NE(0, hears.hear());
 }
 
-TEST(OsChildProcess, StartsWithNothingOfThisProcessButItsDirectory) {
+// Without a reader a process that writes errors gets SIGPIPE; it must not block on a full pipe.
+TEST(OsChildProcess, LeavesNoReaderOfItsErrors) {
+    NamedPipe hears, releases;
+    Child child(childCommand("orphan leaveGroup" + hears.tell() + releases.await() + "floodErr 3000000 50 pause"));
+    EXPECT_EQ(0, child.readToEnd());
+    Process const orphan(hears.hear());
+    EXPECT_TRUE(child.forget());
+    releases.release();
+    orphan.awaitEnd();
+}
+
+TEST(OsChildProcess, InheritsOnlyTheDirectory) {
     inChildProcess([] {
         std::signal(SIGINT, SIG_IGN);
         std::signal(SIGPIPE, SIG_IGN);
@@ -197,14 +221,14 @@ TEST(OsChildProcess, StartsWithNothingOfThisProcessButItsDirectory) {
         EXPECT_EQ("B=2\nA=1=2\n", child.output);
         sigset_t now;
         pthread_sigmask(SIG_BLOCK, nullptr, &now);
-        EXPECT_TRUE(sigismember(&now, SIGTERM)) << "this thread's own signals are as they were";
+        EXPECT_TRUE(sigismember(&now, SIGTERM)) << "this thread's signal mask is unchanged";
         for (int const descriptor : {inheritable, 0, 1})
             ::close(descriptor);
-        EXPECT_EQ("0 1 2 \n", outputOf("descriptors")) << "although this process has no standard streams";
+        EXPECT_EQ("0 1 2 \n", outputOf("descriptors")) << "also when this process has no standard streams";
     });
 }
 
-TEST(OsChildProcess, IsLookedForInThePathOfItsEnvironment) {
+TEST(OsChildProcess, IsSearchedForInThePathOfItsEnvironment) {
     TemporaryFolder const folder;
     std::filesystem::create_symlink(KO_TEST_CHILD, folder / "played");
     folder.write("hidden/played", "not executable");
@@ -215,28 +239,39 @@ TEST(OsChildProcess, IsLookedForInThePathOfItsEnvironment) {
     EXPECT_EQ("found", child.output);
 }
 
-TEST(OsChildProcess, SaysWhyItCannotBeStarted) {
+TEST(OsChildProcess, SaysWhyALaunchFailed) {
     TemporaryFolder const folder;
     std::string const text = folder.write("text", "no program").string();
     constexpr char const* malformed = "The command line names no program, or has a quotation without an end";
+    std::string const zero("\0x", 2);
+    struct Row {
+        std::string commandLine;
+        std::string error;
+        Vector<LiString> environment = {};
+    };
     auto const descriptors = count("/proc/self/fd");
-    for (auto const& [commandLine, error] : std::vector<std::pair<std::string, char const*>>{
-             {"no-such-program x", "No such file or directory"}, {"''", "No such file or directory"},
-             {text, "Permission denied"}, {"  ", malformed}, {"'a", malformed}, {std::string("a\0b", 3), malformed}}) {
+    for (Row const& row : {Row{"no-such-program x", "No such file or directory"},
+             Row{"''", "No such file or directory"}, Row{text, "Permission denied"}, Row{"  ", malformed},
+             Row{"'a", malformed}, Row{KO_TEST_CHILD + zero, "The command line contains a zero byte"},
+             Row{childCommand(""), "The environment variable \"A\" contains a zero byte", {"B=1", "A=1" + zero}},
+             Row{childCommand(""), "The environment variable \"A\" contains a zero byte", {"A" + zero + "=1"}}}) {
+        SCOPED_TRACE(row.commandLine);
         OsChildProcess child;
-        EXPECT_EQ(Launch::Failed, child.launch(commandLine, {})) << commandLine;
-        EXPECT_EQ(error, child.getLaunchError()) << commandLine;
-        EXPECT_EQ(Launch::Started, child.launch(childCommand(""), {})) << "another one can be";
+        EXPECT_EQ(Launch::Failed, child.launch(row.commandLine, row.environment));
+        EXPECT_EQ(row.error, child.getLaunchError());
+        EXPECT_EQ(Launch::Started, child.launch(childCommand(""), {})) << "the next launch works";
     }
     EXPECT_EQ(descriptors, count("/proc/self/fd"));
 }
 
-TEST(OsChildProcess, NeedsADirectoryForItsOutput) {
+TEST(OsChildProcess, NeedsAFolderForItsOutput) {
     inChildProcess([] {
         TemporaryFolder const folder;
         OsChildProcess child;
         ::setenv("TMPDIR", "/nowhere", 1);
         EXPECT_EQ(Launch::Failed, child.launch(childCommand(""), {}));
+        EXPECT_EQ("The file for the output cannot be created in \"/nowhere\": No such file or directory",
+            child.getLaunchError());
         ::setenv("TMPDIR", "/proc", 1);
         EXPECT_EQ(Launch::Failed, child.launch(childCommand(""), {}));
         ::setenv("TMPDIR", (folder / ".").c_str(), 1);
@@ -245,22 +280,22 @@ TEST(OsChildProcess, NeedsADirectoryForItsOutput) {
     });
 }
 
-TEST(OsChildProcess, EndsANapByItsEndByAnErrorAndByBeingDetached) {
+TEST(OsChildProcess, EndsANapByAnErrorItsEndOrItsDetachment) {
     NamedPipe writes, ends;
     Child child(childCommand(writes.await() + "err x closeErr" + ends.await()));
     int exitCode = 0;
     writes.release();
-    child.nap(forEver);
+    child.nap(forever);
     child.readAll();
-    // That it closes its standard error may end one nap, but not all that follow.
+    // Closing standard error may end one nap, but not every further one.
     child.nap(0.2);
     std::jthread const lets([&] { ends.release(); });
-    child.nap(forEver);
+    child.nap(forever);
     EXPECT_TRUE(child.getExitCode(exitCode));
     EXPECT_EQ(0, exitCode);
     Child other(childCommand("readInput"));
     other.detach();
-    other.nap(forEver);
+    other.nap(forever);
 }
 
 TEST(OsChildProcess, LeavesNothingBehind) {
@@ -273,11 +308,11 @@ TEST(OsChildProcess, LeavesNothingBehind) {
         { Child const forgotten(childCommand("pause")); }
         EXPECT_EQ(descriptors, count("/proc/self/fd"));
         EXPECT_EQ(threads, count("/proc/self/task"));
-        EXPECT_EQ(-1, ::waitpid(-1, nullptr, WNOHANG)) << "there are no children any more";
+        EXPECT_EQ(-1, ::waitpid(-1, nullptr, WNOHANG)) << "no child is left";
     });
 }
 
-TEST(OsChildProcess, LivesOnDetachedAndBecomesNoZombie) {
+TEST(OsChildProcess, RunsOnDetachedAndBecomesNoZombie) {
     NamedPipe hears, releases;
     {
         Child child(
@@ -294,7 +329,7 @@ TEST(OsChildProcess, LivesOnDetachedAndBecomesNoZombie) {
         while (process.exists())
             std::this_thread::yield();
     }
-    // Those of a process that has no more time for them.
+    // A child that is detached when this process finalises.
     Child other(childCommand(releases.await()));
     other.detach();
     EXPECT_TRUE(other.forget());
@@ -303,12 +338,12 @@ TEST(OsChildProcess, LivesOnDetachedAndBecomesNoZombie) {
     EXPECT_EQ(1, ::waitpid(-1, nullptr, 0) > 0);
 }
 
-TEST(OsChildProcess, EndsWithThisProcessUnlessItWasDetached) {
+TEST(OsChildProcess, EndsWithThisProcessUnlessDetached) {
     NamedPipe attachedTells, memberTells, detachedTells, hostTells, releases;
     std::string const attached =
         childCommand("ignoreBreak" + attachedTells.tell() + "member" + memberTells.tell() + "pause");
     std::string const detached =
-        childCommand(detachedTells.tell() + releases.await() + "floodErr 100000 50" + detachedTells.tell());
+        childCommand(detachedTells.tell() + releases.await() + "floodErr 3000000 50" + detachedTells.tell());
     Child host("'" KO_TEST_CHILD_HOST "' \"" + attached + "\" \"" + detached + "\" " + hostTells.path());
     Process const leader(attachedTells.hear());
     Process const member(memberTells.hear());

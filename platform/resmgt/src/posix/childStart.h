@@ -7,24 +7,26 @@
 
 namespace Ko {
 
-/// What a new child is made of.
+/// The parts of a new child.
 struct ChildStart {
     Vector<LiString> const& words;
     Vector<LiString> const& environment;
     Descriptor const& input;
     Descriptor const& output;
     Descriptor const& error;
+    /// One that is not open lets the child outlive this process.
     Lifeline const& lifeline;
 };
 
-/// A child that was started; its end is not waited for yet.
+/// A child that was started and not reaped yet.
 struct StartedChild {
     pid_t number = 0;
+    /// A pidfd.
     Descriptor process;
 };
 
 /// Starts the program `words[0]` as the leader of a process group of its own.
-/// @returns 0, or the system's number for the reason of the failure; there is no child then.
-int startChild(ChildStart const& start, StartedChild& child);
+/// @returns 0, or the error number of the failure; there is no child then.
+[[nodiscard]] int startChild(ChildStart const& start, StartedChild& child);
 
 } // namespace Ko

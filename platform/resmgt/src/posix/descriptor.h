@@ -4,7 +4,7 @@
 
 namespace Ko {
 
-/// Owns an open file of the system. Not handed on to programs that are started.
+/// Owns a file descriptor. Started programs do not inherit it.
 class Descriptor {
 public:
     Descriptor() noexcept = default;
@@ -21,7 +21,7 @@ public:
     int get() const noexcept { return _number; }
     void reset(int number = -1) noexcept;
 
-    /// The same open file under a number that no standard stream has; a host may have closed its own ones.
+    /// The same open file under a number above those of the standard streams, which a host may have closed.
     static Descriptor aboveStandard(int number) noexcept;
 
 private:
@@ -32,15 +32,9 @@ struct Pipe {
     Descriptor readEnd;
     Descriptor writeEnd;
 
-    /// @returns a pipe without ends when the system has no more.
+    /// @returns a pipe without ends when the system fails; `errno` says why.
     static Pipe create() noexcept;
     bool isOpen() const noexcept { return readEnd.isOpen() && writeEnd.isOpen(); }
 };
-
-/// A new empty file without a name, for this user alone, in the directory for temporary files. Not open on failure.
-Descriptor createTemporaryFile();
-
-/// An end of the pipe for writing, whose owner is not ended by the system when nobody reads any more.
-Descriptor openSafeWriteEnd(Pipe& pipe);
 
 } // namespace Ko

@@ -1,11 +1,12 @@
 #include "resmgt/src/posix/detachedChildren.h"
 
-#include "resmgt/liString.h"
 #include "resmgt/lkEvent.h"
+#include "resmgt/src/posix/childStart.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
+#include <cstdlib>
+#include <fcntl.h>
 #include <memory>
 #include <mutex>
 #include <poll.h>
@@ -18,34 +19,20 @@ namespace Ko {
 
 namespace {
 
-struct DetachedChild {
-    Descriptor process;
-    Descriptor error;
-};
-
-bool hasEnded(DetachedChild const& child) {
+bool hasEnded(Descriptor const& child) {
     siginfo_t info{};
-    auto const process = static_cast<id_t>(child.process.get());
-    return ::waitid(P_PIDFD, process, &info, WEXITED | WNOHANG) != 0 || info.si_pid != 0;
-}
-
-// What a child writes after its job has gone interests nobody.
-void readAndDrop(DetachedChild& child, short events) {
-    if (events == 0) return;
-    std::array<char, 4096> dropped;
-    bool const isAtEnd = (events & POLLIN) == 0 || ::read(child.error.get(), dropped.data(), dropped.size()) <= 0;
-    if (isAtEnd) child.error.reset();
+    return ::waitid(P_PIDFD, static_cast<id_t>(child.get()), &info, WEXITED | WNOHANG) != 0 || info.si_pid != 0;
 }
 
 class Keeper {
 public:
-    void adopt(DetachedChild child) {
+    void adopt(Descriptor child) {
         std::lock_guard const guard(_lock);
         _arrived.push_back(std::move(child));
         wake();
     }
 
-    // Whether a thread has to be started; it is counted as running from now on.
+    // Whether the caller has to start a thread, which counts as running from now on.
     bool needsThread() {
         std::lock_guard const guard(_lock);
         if (!_ended.isSet() || _arrived.empty()) return false;
@@ -73,7 +60,7 @@ public:
 private:
     void wake() { ::eventfd_write(_wake.get(), 1); }
 
-    // False when there is nothing more to do; whoever adopts a child then starts another thread.
+    // False when the thread has to end; the next adoption then starts another one.
     bool takeArrived() {
         std::lock_guard const guard(_lock);
         eventfd_t ignored;
@@ -88,45 +75,64 @@ private:
 
     void watch() {
         Vector<pollfd> watched{{_wake.get(), POLLIN, 0}};
-        for (DetachedChild const& child : _children) {
-            watched.push_back({child.process.get(), POLLIN, 0});
-            watched.push_back({child.error.get(), POLLIN, 0});
-        }
+        for (Descriptor const& child : _children)
+            watched.push_back({child.get(), POLLIN, 0});
         ::poll(watched.data(), watched.size(), -1);
-        for (std::size_t index = 0; index < _children.size(); ++index)
-            readAndDrop(_children[index], watched[2 * index + 2].revents);
         std::erase_if(_children, hasEnded);
     }
 
     Descriptor _wake{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
     std::mutex _lock;
-    // Guarded by the lock, as the order to end.
-    Vector<DetachedChild> _arrived;
+    // Guarded by the lock.
+    Vector<Descriptor> _arrived;
     bool _isToEnd = false;
-    // The thread's alone.
-    Vector<DetachedChild> _children;
+    // For the thread only.
+    Vector<Descriptor> _children;
     LkEvent _ended{"Detached children", true};
 };
 
 std::atomic<bool> keeperWasMade{false};
 
-// Shared with the thread, which may outlive the static objects of a host that does not finalise.
+// Shared with the thread, which outlives the static objects when a host does not finalise.
 std::shared_ptr<Keeper> const& keeper() {
     static auto const instance = std::make_shared<Keeper>();
     keeperWasMade = true;
     return instance;
 }
 
+// An open file of its own: the one of this process does not wait for bytes.
+Descriptor openBlocking(Descriptor const& pipeEnd) {
+    LiString const name = "/proc/self/fd/" + std::to_string(pipeEnd.get());
+    // A plain open would wait while the pipe has no writer.
+    Descriptor opened = Descriptor::aboveStandard(::open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    ::fcntl(opened.get(), F_SETFL, 0);
+    return opened;
+}
+
+Vector<LiString> searchPath() {
+    char const* const path = std::getenv("PATH");
+    return path ? Vector<LiString>{LiString("PATH=") + path} : Vector<LiString>{};
+}
+
 } // namespace
 
-void DetachedChildren::adopt(Descriptor process, Descriptor error) {
-    keeper()->adopt({std::move(process), std::move(error)});
+void DetachedChildren::adopt(Descriptor process) {
+    keeper()->adopt(std::move(process));
     if (!keeper()->needsThread()) return;
     try {
         std::thread([shared = keeper()] { shared->work(); }).detach();
     } catch (std::system_error const&) {
-        keeper()->threadIsMissing(); // The next one that is adopted tries again.
+        keeper()->threadIsMissing(); // The next adoption tries again.
     }
+}
+
+void DetachedChildren::drain(Descriptor const& error) {
+    Descriptor const input = openBlocking(error);
+    Descriptor const nowhere = Descriptor::aboveStandard(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+    Lifeline const none;
+    StartedChild reader;
+    if (startChild({{"cat"}, searchPath(), input, nowhere, nowhere, none}, reader) == 0)
+        adopt(std::move(reader.process));
 }
 
 void DetachedChildren::finalize() {

@@ -4,12 +4,17 @@
 
 namespace Ko {
 
-/// The children that live on by themselves while this process runs: lets the system forget each one when it has ended,
-/// and reads what it writes to its standard error, so that it never waits. A thread does that while there are any.
+/// Keeps detached children from becoming zombies, and from being ended or blocked when they write to standard error.
+///
+/// A thread collects the exit status of each child. It runs only while there are detached children.
 class DetachedChildren {
 public:
-    /// @param process stands for the child. @param error the end of the pipe for reading.
-    static void adopt(Descriptor process, Descriptor error);
+    /// @param process the pidfd of the child.
+    static void adopt(Descriptor process);
+    /// Starts a program that reads a child's standard error and drops it up to its end, also after the end of this
+    /// process. Without such a reader the system ends the child by SIGPIPE at its next error.
+    /// @param error the read end of the pipe.
+    static void drain(Descriptor const& error);
     /// Ends the thread; the children stay.
     static void finalize();
 };

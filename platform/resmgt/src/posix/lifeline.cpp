@@ -8,7 +8,7 @@ namespace Ko {
 bool Lifeline::open() noexcept {
     _pipe = Pipe::create();
     if (!_pipe.isOpen()) return false;
-    // Both ends, because nobody says which one is closed first.
+    // Both ends, because the system may close either one first.
     for (int const end : {_pipe.readEnd.get(), _pipe.writeEnd.get()}) {
         ::fcntl(end, F_SETSIG, SIGKILL);
         ::fcntl(end, F_SETFL, ::fcntl(end, F_GETFL) | O_ASYNC);

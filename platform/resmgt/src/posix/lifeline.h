@@ -6,15 +6,15 @@
 
 namespace Ko {
 
-/// Ends a process group when this process ends, however that happens: a pipe that only this process holds. The system
-/// sends the signal that ends the group when it closes the first of the two ends.
+/// Kills a process group when this process ends, in whatever way: a pipe whose ends only this process holds. When the
+/// system closes the first end, the other end sends the signal.
 class Lifeline {
 public:
-    /// @returns false when the system has no more pipes.
+    /// @returns false when the system cannot create a pipe; `errno` says why.
     bool open() noexcept;
-    /// Called by the leader of the group that is to be ended, in its first moments; calls the system only.
+    /// Called by the leader of the group before its program starts. Makes system calls only.
     void tieTo(pid_t leader) const noexcept;
-    /// Lets the group live on.
+    /// Lets the group outlive this process.
     void cut() noexcept;
 
 private:

@@ -2,9 +2,11 @@
 
 #include "base/assertions.h"
 #include "base/lkLock.h"
+#include "resmgt/src/posix/childOutput.h"
 #include "resmgt/src/posix/childStart.h"
 #include "resmgt/src/posix/commandLine.h"
 #include "resmgt/src/posix/detachedChildren.h"
+#include "resmgt/src/posix/interruptedCall.h"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +19,6 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -27,18 +28,8 @@ namespace {
 
 constexpr AssertionSource source{"resmgt\\src\\osChildProcess"};
 constexpr int firstSignalCode = 128;
-constexpr std::size_t bufferSize = 64 * 1024;
-constexpr int largestPipe = 1024 * 1024;
 constexpr char const* malformed = "The command line names no program, or has a quotation without an end";
-
-// A call of the system that a signal of the host may interrupt.
-template <class Call>
-auto untilDone(Call call) {
-    auto result = call();
-    while (result == -1 && errno == EINTR)
-        result = call();
-    return result;
-}
+constexpr char const* withZeroByte = " contains a zero byte";
 
 std::size_t countOf(ssize_t result) {
     return result > 0 ? static_cast<std::size_t>(result) : 0;
@@ -54,16 +45,15 @@ timespec toTime(double seconds) {
 class OsChildProcess::Imp {
 public:
     Launch launch(LiString const& commandLine, Vector<LiString> const& environment);
-    Launch fail(Launch step, char const* reason);
+    Launch fail(Launch step, LiString const& reason);
     int getExitCodeOf(siginfo_t const& end) const;
     bool signalGroup(int signal) const { return _isAttached && ::kill(-_child.number, signal) == 0; }
-    void readAhead();
     bool reap() const;
     void release();
 
-    // For all that follows up to the descriptors, which belong to the thread that watches.
+    // For all members up to the descriptors, which belong to the watching thread.
     mutable LkLock _lock{"OsChildProcess"};
-    // While it is, the system keeps the child's number, also after its end: it is still to be waited for.
+    // As long as it is true, the child is not reaped and the system gives its number to no other process.
     bool _isAttached = false;
     bool _isAskedToEnd = false;
     std::optional<int> _terminationCode;
@@ -71,44 +61,64 @@ public:
 
     StartedChild _child;
     Descriptor _input;
-    Descriptor _output;
+    ChildOutput _output;
     Descriptor _error;
     Descriptor _wake;
     bool _errorIsOpen = false;
-    // Where the next bytes of the output are, behind those that are ready in the buffer.
-    std::int64_t _position = 0;
-    std::string_view _ready;
-    std::unique_ptr<char[]> _buffer;
     std::array<char, 1024> _errorBuffer;
     LiString _launchError;
+
+private:
+    Launch prepare(Pipe& input, Pipe& error);
+    static LiString findZeroByte(LiString const& commandLine, Vector<LiString> const& environment);
 };
 
 OsChildProcess::Launch OsChildProcess::Imp::launch(LiString const& commandLine, Vector<LiString> const& environment) {
-    Pipe input = Pipe::create();
-    if (!input.isOpen()) return fail(Launch::NoInputPipe, std::strerror(errno));
-    Pipe error = Pipe::create();
-    if (!error.isOpen()) return fail(Launch::NoErrorPipe, std::strerror(errno));
-    _output = createTemporaryFile();
-    if (!_output.isOpen()) return fail(Launch::Failed, std::strerror(errno));
-    _wake = Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    if (!_wake.isOpen() || !_lifeline.open()) return fail(Launch::Failed, std::strerror(errno));
-
-    _buffer = std::make_unique_for_overwrite<char[]>(bufferSize);
+    if (LiString const holder = findZeroByte(commandLine, environment); !holder.empty())
+        return fail(Launch::Failed, holder + withZeroByte);
     Vector<LiString> words;
     if (!splitCommandLine(commandLine, words) || words.empty()) return fail(Launch::Failed, malformed);
-    Descriptor const childError = openSafeWriteEnd(error);
-    int const problem = startChild({words, environment, input.readEnd, _output, childError, _lifeline}, _child);
+
+    Pipe input, error;
+    if (Launch const result = prepare(input, error); result != Launch::Started) return result;
+    int const problem =
+        startChild({words, environment, input.readEnd, _output.getFile(), error.writeEnd, _lifeline}, _child);
     if (problem != 0) return fail(Launch::Failed, std::strerror(problem));
 
     _input = std::move(input.writeEnd);
     _error = std::move(error.readEnd);
     _errorIsOpen = true;
-    _position = 0;
     _isAttached = true;
     return Launch::Started;
 }
 
-OsChildProcess::Launch OsChildProcess::Imp::fail(Launch step, char const* reason) {
+// A child would see only the bytes before it. Returns a name for the text that contains it; none when there is none.
+LiString OsChildProcess::Imp::findZeroByte(LiString const& commandLine, Vector<LiString> const& environment) {
+    auto const hasZeroByte = [](LiString const& text) { return text.find('\0') != LiString::npos; };
+    if (hasZeroByte(commandLine)) return "The command line";
+    auto const entry = std::ranges::find_if(environment, hasZeroByte);
+    if (entry == environment.end()) return {};
+    return "The environment variable \"" + LiString(entry->c_str()).substr(0, entry->find('=')) + "\"";
+}
+
+OsChildProcess::Launch OsChildProcess::Imp::prepare(Pipe& input, Pipe& error) {
+    input = Pipe::create();
+    if (!input.isOpen()) return fail(Launch::NoInputPipe, std::strerror(errno));
+    error = Pipe::create();
+    if (!error.isOpen()) return fail(Launch::NoErrorPipe, std::strerror(errno));
+    // The child's descendants may take bytes from the pipe between a peek and a read.
+    ::fcntl(error.readEnd.get(), F_SETFL, O_NONBLOCK);
+    if (!_output.create()) {
+        char const* const reason = std::strerror(errno);
+        return fail(Launch::Failed,
+            "The file for the output cannot be created in \"" + ChildOutput::getDirectory() + "\": " + reason);
+    }
+    _wake = Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!_wake.isOpen() || !_lifeline.open()) return fail(Launch::Failed, std::strerror(errno));
+    return Launch::Started;
+}
+
+OsChildProcess::Launch OsChildProcess::Imp::fail(Launch step, LiString const& reason) {
     _launchError = reason;
     release();
     return step;
@@ -119,14 +129,6 @@ int OsChildProcess::Imp::getExitCodeOf(siginfo_t const& end) const {
     if (end.si_status == SIGINT) return endedByBreak;
     if (end.si_status == SIGKILL && _terminationCode) return *_terminationCode;
     return firstSignalCode + end.si_status;
-}
-
-// At a place of its own: the child and this process share one open file, whose own place is where the child writes.
-void OsChildProcess::Imp::readAhead() {
-    std::size_t const count =
-        countOf(untilDone([&] { return ::pread(_output.get(), _buffer.get(), bufferSize, _position); }));
-    _position += static_cast<std::int64_t>(count);
-    _ready = {_buffer.get(), count};
 }
 
 bool OsChildProcess::Imp::reap() const {
@@ -141,9 +143,8 @@ void OsChildProcess::Imp::release() {
     _terminationCode.reset();
     _lifeline.cut();
     _child = {};
-    _ready = {};
-    _buffer.reset();
-    for (Descriptor* const descriptor : {&_input, &_output, &_error, &_wake})
+    _output = {};
+    for (Descriptor* const descriptor : {&_input, &_error, &_wake})
         descriptor->reset();
 }
 
@@ -165,16 +166,11 @@ LiString const& OsChildProcess::getLaunchError() const noexcept {
 }
 
 std::string_view OsChildProcess::readOutput(std::size_t size) {
-    if (_imp->_ready.empty()) _imp->readAhead();
-    std::string_view const result = _imp->_ready.substr(0, size);
-    _imp->_ready.remove_prefix(result.size());
-    return result;
+    return _imp->_output.read(size);
 }
 
 std::uint64_t OsChildProcess::countUnreadOutput() const {
-    struct stat status {};
-    bool const hasMore = ::fstat(_imp->_output.get(), &status) == 0 && status.st_size > _imp->_position;
-    return _imp->_ready.size() + (hasMore ? static_cast<std::uint64_t>(status.st_size - _imp->_position) : 0);
+    return _imp->_output.countUnread();
 }
 
 bool OsChildProcess::peekError(std::size_t& waiting) const {
@@ -193,7 +189,7 @@ std::string_view OsChildProcess::readError(std::size_t size) {
 bool OsChildProcess::getExitCode(int& exitCode) const {
     auto const process = static_cast<id_t>(_imp->_child.process.get());
     siginfo_t end{};
-    // The child stays known to the system, so that nobody else gets its number before it is forgotten.
+    // Without reaping the child: the system must not give its number to another process before `forget()`.
     if (::waitid(P_PIDFD, process, &end, WEXITED | WNOHANG | WNOWAIT) != 0) return false;
     std::lock_guard const guard(_imp->_lock);
     exitCode = end.si_pid == 0 ? stillActive : _imp->getExitCodeOf(end);
@@ -205,7 +201,7 @@ void OsChildProcess::nap(double seconds) {
         {_imp->_errorIsOpen ? _imp->_error.get() : -1, POLLIN, 0}, {_imp->_wake.get(), POLLIN, 0}};
     timespec const time = toTime(seconds);
     if (::ppoll(watched, std::size(watched), &time, nullptr) <= 0) return;
-    // When the child has closed its end, the pipe is ready all the time.
+    // A pipe whose write ends are all closed is always ready: polling it again would end every nap.
     if ((watched[1].revents & (POLLIN | POLLHUP)) == POLLHUP) _imp->_errorIsOpen = false;
     eventfd_t ignored;
     if (watched[2].revents) ::eventfd_read(_imp->_wake.get(), &ignored);
@@ -220,7 +216,7 @@ bool OsChildProcess::sendBreak() {
     std::lock_guard const guard(_imp->_lock);
     _imp->_isAskedToEnd = _imp->_isAttached;
     bool const wasSent = _imp->signalGroup(SIGINT);
-    // Who was halted hears it only when it goes on.
+    // A stopped process handles signals only after SIGCONT.
     _imp->signalGroup(SIGCONT);
     return wasSent;
 }
@@ -236,8 +232,7 @@ void OsChildProcess::detach() {
     std::lock_guard const guard(_imp->_lock);
     if (!_imp->_isAttached) return;
     _imp->_isAttached = false;
-    // For the time after the end of this process, when nobody reads any more.
-    ::fcntl(_imp->_error.get(), F_SETPIPE_SZ, largestPipe);
+    DetachedChildren::drain(_imp->_error);
     _imp->_lifeline.cut();
     ::eventfd_write(_imp->_wake.get(), 1);
 }
@@ -248,7 +243,7 @@ bool OsChildProcess::forget() {
     if (!_imp->_child.process.isOpen()) return true;
     bool isKnown = true;
     if (!_imp->_isAttached) {
-        DetachedChildren::adopt(std::move(_imp->_child.process), std::move(_imp->_error));
+        DetachedChildren::adopt(std::move(_imp->_child.process));
     } else {
         if (_imp->_isAskedToEnd) _imp->signalGroup(SIGKILL);
         isKnown = _imp->reap();
@@ -257,7 +252,7 @@ bool OsChildProcess::forget() {
     return isKnown;
 }
 
-// Without the lock, so that others can still ask the child to end.
+// Without the lock, so that other threads can still ask the child to end.
 void OsChildProcess::waitForEnd() {
     constexpr double longTime = 3600.0;
     _imp->_errorIsOpen = false;

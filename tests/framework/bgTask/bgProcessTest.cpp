@@ -1,6 +1,9 @@
 #include "framework/bgTask/bgProcess.h"
 
 #include "framework/bgTask/bgEx.h"
+#include "framework/bgTask/bgManager.h"
+#include "framework/bgTask/src/bgLaunchTurn.h"
+#include "framework/bgTask/src/bgMemoryGate.h"
 #include "resmgt/osEnv.h"
 #include "resmgt/osMemoryArch.h"
 #include "tests/support/childCommand.h"
@@ -27,7 +30,7 @@ void setLaunchThrottle(int seconds) {
     OsEnv::putVariable("KO_BGEXEC_WAIT_TIME=" + std::to_string(seconds));
 }
 
-/// Records what a program writes and how it ends, and does what a test asks with each record.
+/// Records what a program writes and its exit code, and calls the test's hook with each record.
 class Program : public BgProcess {
 public:
     using Hook = std::function<void(Program&, std::string const&)>;
@@ -84,7 +87,7 @@ constexpr std::uint64_t megabyte = 1 << 20;
 constexpr OsMemoryArch::Memory noMemory{0, 1000 * megabyte, 0};
 constexpr OsMemoryArch::Memory plenty{900 * megabyte, 1000 * megabyte, 9000 * megabyte};
 
-/// Knows of as much memory as a test says until that is relieved, and lets it wait until somebody has asked.
+/// Reports as much memory as the test says, and plenty after `relieve()`. Counts the calls.
 class Memory : public OsMemoryArch {
 public:
     explicit Memory(OsMemoryArch::Memory memory) : _memory(memory) { setInstance(this); }
@@ -172,6 +175,17 @@ TEST_F(BgProcessTest, GivesTheEnvironmentOfItsConstructionAndMore) {
         EXPECT_THAT(program.records, Contains(line));
 }
 
+TEST_F(BgProcessTest, RefusesVariablesThatTheSystemCannotPass) {
+    std::string const zero("A\0", 2), inName = " contains \"=\" or a zero byte.";
+    std::array<std::string, 3> const rows[] = {{"", "x", "The name of an environment variable is empty."},
+        {"A=B", "x", "The name of the environment variable \"A=B\"" + inName},
+        {zero, "x", "The name of the environment variable \"" + zero + "\"" + inName},
+        {"A", zero, "The value of the environment variable \"A\" contains a zero byte."}};
+    BgProcess process("", "test");
+    for (auto const& [name, value, reason] : rows)
+        EXPECT_EQ(reason, caught<ExInternalError>([&] { process.addEnvironmentVariable(name, value); }).getReason());
+}
+
 TEST_F(BgProcessTest, LosesNothingAndMixesNothingUp) {
     class Counting : public BgProcess {
     public:
@@ -197,6 +211,37 @@ TEST_F(BgProcessTest, LosesNothingAndMixesNothingUp) {
     EXPECT_EQ(1000600, program.errorBytes);
 }
 
+TEST_F(BgProcessTest, PassesOnlyABoundedRestAfterAStop) {
+    NamedPipe pipe;
+    constexpr std::ptrdiff_t written = 3000000, lineLength = 50;
+    std::pair<std::string, char const*> const rows[] = {
+        {"flood 3000000 50" + pipe.tell() + "readInput", "%d bytes of its output and 0 bytes of its errors"},
+        {"ignoreBreak err '\n'" + pipe.tell() + "floodErr 3000000 50",
+            "0 bytes of its output and %d bytes of its errors"}};
+    for (auto const& [steps, dropped] : rows) {
+        SCOPED_TRACE(steps);
+        LogRecorder const log;
+        ProgramRun run(steps, [&](Program& program, std::string const&) {
+            if (program.records.size() > 1) return;
+            pipe.hear();
+            program.stop();
+        });
+        EXPECT_EQ("Complete", run.await());
+        auto const passed = std::ranges::count_if(run.program->records, [](auto const& record) {
+            return record.size() > 40;
+        }) * lineLength;
+        EXPECT_LT(passed, 1100000);
+        ASSERT_EQ(1u, log.lines().size());
+        std::string const& line = log.lines().front();
+        auto const place = line.find(" was stopped: ");
+        ASSERT_NE(std::string::npos, place);
+        std::string const text = line.substr(place + 14);
+        int number = 0;
+        EXPECT_EQ(1, std::sscanf(text.c_str(), dropped, &number)) << line;
+        EXPECT_LT(std::abs(written - passed - number), lineLength) << "less than the line that was cut";
+    }
+}
+
 TEST_F(BgProcessTest, LeavesNothingBehind) {
     auto const count = [](char const* folder) {
         return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
@@ -220,16 +265,42 @@ TEST_F(BgProcessTest, EndsAlthoughAnotherOneHoldsItsPipe) {
     ends.release();
 }
 
-TEST_F(BgProcessTest, MayEndInItsOwnWayWhenItIsStopped) {
-    NamedPipe tells, ends;
-    ProgramRun run("ignoreBreak tell " + tells.path() + " await " + ends.path() + " out done");
-    tells.hear();
-    std::jthread const stopper([&] { run.job->stop(); });
-    while (run.job->getState()->state() != "Stopping")
-        std::this_thread::yield();
-    ends.release();
-    EXPECT_EQ("Stopped", run.await());
-    EXPECT_THAT(run.program->records, ElementsAre("out:done", "exit:0"));
+/// A program that ignores one break and ends when the test says so. Killed, or asked twice, it would not write "done".
+class Stubborn {
+public:
+    Stubborn() : run("ignoreOneBreak" + _tells.tell() + _ends.await() + "out done") { _tells.hear(); }
+
+    void awaitStopping() const {
+        while (run.job->getState()->state() != "Stopping")
+            std::this_thread::yield();
+    }
+    void end() {
+        _ends.release();
+        EXPECT_EQ("Stopped", run.await());
+        EXPECT_THAT(run.program->records, ElementsAre("out:done", "exit:0"));
+    }
+
+private:
+    NamedPipe _tells, _ends;
+
+public:
+    ProgramRun run;
+};
+
+TEST_F(BgProcessTest, HoldsUpNoOtherOneWhileAStopWaits) {
+    Stubborn stubborn;
+    std::jthread const stopper([&] { stubborn.run.job->stop(); });
+    stubborn.awaitStopping();
+    EXPECT_EQ("Complete", ProgramRun("").await()) << "another one is launched";
+    ProgramRun other("out 'a\n' readInput", [&](Program& program, std::string const& record) {
+        if (record != "out:a") return;
+        stubborn.run.program->stop();
+        stubborn.run.job->stop();
+        program.stop();
+    });
+    EXPECT_EQ("Complete", other.await()) << "a hook never waits";
+    EXPECT_THAT(other.program->records, ElementsAre("out:a", "exit:-1073741510"));
+    stubborn.end();
 }
 
 TEST_F(BgProcessTest, EndsAllThatIgnoreTheBreakAfterAWhile) {
@@ -242,14 +313,6 @@ TEST_F(BgProcessTest, EndsAllThatIgnoreTheBreakAfterAWhile) {
     EXPECT_THAT(run.program->records, ElementsAre("exit:0"));
     while (::kill(member, 0) == 0)
         std::this_thread::yield();
-}
-
-TEST_F(BgProcessTest, CanBeStoppedByItsOwnHooks) {
-    ProgramRun run("out 'a\n' readInput", [](Program& program, std::string const& record) {
-        if (record == "out:a") program.stop();
-    });
-    EXPECT_EQ("Complete", run.await());
-    EXPECT_THAT(run.program->records, ElementsAre("out:a", "exit:-1073741510"));
 }
 
 TEST_F(BgProcessTest, FailsByAHookThatThrowsAndEndsTheProgram) {
@@ -375,6 +438,45 @@ TEST_F(BgProcessTest, WaitsForMemoryUntilItIsAloneOrStopped) {
         first.end();
         EXPECT_EQ("Complete", third.await());
     });
+}
+
+TEST(BgLaunchTurn, IsFreedByItsDeadlineWhileItsHolderIsBusy) {
+    BgLaunchTurn turn("test");
+    auto const always = [] { return true; };
+    BgLaunchTurn::Holder busy(turn, always);
+    std::atomic<bool> isChecked = false;
+    std::jthread const next([&] {
+        auto const check = [&] {
+            isChecked = true;
+            return true;
+        };
+        BgLaunchTurn::Holder holder(turn, check);
+        EXPECT_TRUE(holder.wasTaken());
+        busy.release();
+        BgLaunchTurn::Holder const stopped(turn, [] { return false; });
+        EXPECT_FALSE(stopped.wasTaken()) << "only its present holder releases it";
+    });
+    while (!isChecked)
+        std::this_thread::yield();
+    busy.releaseAt(BgLaunchTurn::Clock::now());
+}
+
+TEST(BgMemoryGate, ChecksAgainWhenAProgramEnds) {
+    BgMemoryGate gate;
+    auto const always = [] { return true; };
+    auto first = std::make_optional<BgMemoryGate::Running>(gate);
+    auto second = std::make_optional<BgMemoryGate::Running>(gate);
+    std::atomic<int> checks = 0;
+    auto const awaitCheck = [&](int number) {
+        while (checks < number)
+            std::this_thread::yield();
+    };
+    auto const isEnough = [&] { return ++checks > 10; };
+    std::jthread const waiting([&] { EXPECT_TRUE(gate.pass(always, isEnough, 1e6)); });
+    awaitCheck(1);
+    second.reset();
+    awaitCheck(2);
+    first.reset();
 }
 
 } // namespace

@@ -11,12 +11,12 @@
 
 using namespace Ko;
 
-/// Shows a line, on the application thread.
+/// Shows a line on the application thread.
 void show(std::string const& line) {
     EvEventManager::getInstance().postRequest([line] { std::cout << line << '\n'; });
 }
 
-/// Encodes a film with a program that says "frame 3 of 8" while it works.
+/// Encodes a film with a program that writes lines such as "frame 3 of 8".
 class Encode : public BgProcess {
 public:
     Encode(std::string const& film, std::string const& program) : BgProcess("Encode " + film, program, "encode") {
@@ -24,7 +24,7 @@ public:
     }
 
 protected:
-    // All of these on the worker, one after the other.
+    // The worker calls these hooks, one at a time.
     void processOutputString(std::string const& line) override {
         int done = 0, total = 0;
         if (takeNumber(line, "frame ", done) && takeNumber(line, " of ", total)) reportProgress(done, total);
@@ -47,7 +47,7 @@ private:
 
 LkEvent awake("Host", true);
 
-/// Stands for the host's loop.
+/// Processes events until the job has ended, like a host's loop, and deletes the job.
 void runToTheEnd(RCShdPtr<BgJob> const& job) {
     while (job->isRunning()) {
         awake.wait();
@@ -55,7 +55,7 @@ void runToTheEnd(RCShdPtr<BgJob> const& job) {
         EvEventManager::getInstance().processEvents();
     }
     LiString const state = job->getState()->state();
-    // From here on nothing comes from the job any more.
+    // The last events of the job are posted when this returns.
     BgManager::getInstance().stopAndDeleteJob(job);
     EvEventManager::getInstance().processEvents();
     std::cout << "  " << state << '\n';

@@ -32,6 +32,7 @@ public:
     /// @param execStr the command line. An empty one makes a job that does nothing.
     /// @throws ExAssertionFailed when this process's environment has an entry without "=", or outside the package's lifetime.
     BgProcess(std::string const& execStr, std::string const& description);
+    /// @param name the job's name. The rest as above.
     BgProcess(std::string const& name, std::string const& execStr, std::string const& description);
     ~BgProcess() override;
 

@@ -6,19 +6,18 @@
 
 namespace Ko {
 
-/// How much memory the machine has. Any thread.
+/// The memory figures of the machine. Any thread.
 ///
-/// What a program asks through `getInstance()` can be answered by another object, for a test or for a host that knows
-/// better how much it may use.
+/// A test, or a host whose memory is limited, can replace the system's figures by `setInstance()`.
 class KO_RESMGT_API OsMemoryArch {
 public:
     /// All in bytes.
     struct Memory {
-        /// What new work can have without other memory being moved to the page file.
+        /// Memory that new work can get without moving other memory to the page file.
         std::uint64_t freePhysical = 0;
-        /// What the machine has.
+        /// Memory of the machine.
         std::uint64_t totalPhysical = 0;
-        /// What may still be promised to processes, the free physical memory included.
+        /// Memory that may still be promised to processes, including the free physical memory.
         std::uint64_t freePageFile = 0;
     };
 
@@ -27,12 +26,13 @@ public:
     OsMemoryArch(OsMemoryArch const&) = delete;
     OsMemoryArch& operator=(OsMemoryArch const&) = delete;
 
-    /// The figures of this moment.
-    virtual Memory getMemory() const = 0;
+    /// The present figures.
+    [[nodiscard]] virtual Memory getMemory() const = 0;
 
-    /// The system's own figures unless others were set.
+    /// The object that was set; initially one that asks the system.
     static OsMemoryArch const& getInstance() noexcept;
-    /// @param service is not owned; null for the system's own figures.
+    /// Replaces the object.
+    /// @param service not owned; null for the system's own figures.
     static void setInstance(OsMemoryArch const* service) noexcept;
 };
 

@@ -1,4 +1,4 @@
-// Input: how long the pieces are, a letter each, and in the next field what a program has written.
+// Input: the lengths of the pieces, one byte each; in the next field the output of a program.
 #include "framework/bgTask/src/bgLines.h"
 #include "tests/fuzz/fuzzing.h"
 
@@ -29,7 +29,7 @@ Lines splitInPieces(std::string_view text, std::string const& lengths) {
     for (std::size_t index = 0; !text.empty(); ++index) {
         std::size_t const length =
             lengths.empty() ? text.size() : static_cast<unsigned char>(lengths[index % lengths.size()]);
-        // A copy that ends where the piece does, so that a read behind it is noticed.
+        // A copy of exactly the piece, so that the address sanitizer notices a read past its end.
         std::vector<char> const piece(
             text.begin(), text.begin() + static_cast<std::ptrdiff_t>(std::min(length + 1, text.size())));
         splitter.add({piece.data(), piece.size()}, [&](std::string const& line) { lines.whole.push_back(line); });
@@ -43,7 +43,6 @@ Lines splitInPieces(std::string_view text, std::string const& lengths) {
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     auto const fields = fieldsOf(textOf(data, size), 2);
-    expect(
-        splitInPieces(fields[1], fields[0]) == modelSplit(fields[1]), "lines are the same however they come in pieces");
+    expect(splitInPieces(fields[1], fields[0]) == modelSplit(fields[1]), "the lines do not depend on the pieces");
     return 0;
 }

@@ -15,23 +15,24 @@ inline std::string childCommand(std::string const& steps) {
     return "'" KO_TEST_CHILD "' " + steps;
 }
 
-/// A pipe with a name, by which a test and a child wait for each other; once in each direction, one after the other.
+/// A named pipe with which a test and a child wait for each other.
 class NamedPipe {
 public:
     NamedPipe() { ::mkfifo(path().c_str(), 0600); }
 
     std::string path() const { return _folder / "pipe"; }
-    /// Steps of a child:
+    /// The step with which a child sends its process number to `hear()`.
     std::string tell() const { return " tell " + path() + " "; }
+    /// The step with which a child waits for `release()`.
     std::string await() const { return " await " + path() + " "; }
-    /// Waits for a child that tells its process number.
+    /// Waits for the step `tell()`. @returns the child's process number.
     pid_t hear() const {
         std::ifstream pipe(path());
         pid_t number = 0;
         pipe >> number;
         return number;
     }
-    /// Waits for a child that awaits the pipe, and lets it go on.
+    /// Waits for the step `await()`, and lets the child go on.
     void release() const { ::close(::open(path().c_str(), O_WRONLY)); }
 
 private:

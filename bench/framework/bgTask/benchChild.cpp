@@ -1,8 +1,8 @@
 // The children of the bench:
 //
 //   flood BYTES LENGTH   writes lines of LENGTH bytes, their ends included, in large pieces
-//   end                  waits a while, writes the time, and ends
-//   error                waits a while, and writes the time to standard error
+//   end                  waits 1.2 s, writes the time, and exits
+//   error                waits 1.2 s, and writes the time to standard error
 
 #include <chrono>
 #include <string>

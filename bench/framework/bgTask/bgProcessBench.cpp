@@ -1,4 +1,4 @@
-// What external programs cost as jobs, beside the least: a program that is started and waited for, and a loop that reads.
+// The cost of external programs as jobs, compared with the least: starting a program and waiting for it, and a loop that reads.
 
 #include "base/inInitMgr.h"
 #include "framework/bgTask/bgJob.h"
@@ -22,7 +22,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::int64_t children = 200;
 constexpr std::int64_t floodSize = 100'000'000;
 
-// What a host holds, as pages that are really there.
+// Memory of a host, with pages that are really allocated.
 class HeldMemory {
 public:
     explicit HeldMemory(std::int64_t megabytes) : _pages(static_cast<std::size_t>(megabytes) << 20, 1) {}
@@ -109,7 +109,7 @@ void ReadLeast(benchmark::State& state) {
     check(state, bytes);
 }
 
-// The same by a file without a name, as jobs do it: the loop waits only for the end.
+// The same through a file without a name, which jobs use; read after the end of the program.
 void ReadFileLeast(benchmark::State& state) {
     std::size_t bytes = 0;
     std::vector<char> buffer(64 * 1024);
@@ -126,7 +126,7 @@ void ReadFileLeast(benchmark::State& state) {
     check(state, bytes);
 }
 
-// Takes the times that a child writes.
+// Reads the time that a child writes, and notes when it arrives.
 class Listener : public BgProcess {
 public:
     explicit Listener(char const* mode) : BgProcess(std::string(KO_BENCH_CHILD) + " " + mode, "bench") {}
@@ -148,7 +148,7 @@ double secondsBetween(Clock::time_point begin, Clock::time_point end) {
     return std::chrono::duration<double>(end - begin).count();
 }
 
-// Also what the child takes to end after it has written the time.
+// Includes the time that the child needs to exit after it has written the time.
 void ExitToComplete(benchmark::State& state) {
     for (auto _ : state) {
         auto owned = std::make_unique<Listener>("end");

@@ -8,16 +8,17 @@
 
 namespace Ko {
 
-/// Makes lines of what comes in pieces.
+/// Splits a text that arrives in pieces into lines.
 class BgLines {
 public:
-    /// Hands each line that ends in the piece to `handleLine`, without "\n" or "\r\n"; keeps what follows.
+    /// Calls `handleLine` with each line that ends in the piece, without "\n" or "\r\n". Keeps the unfinished rest.
     template <class HandleLine>
     void add(std::string_view piece, HandleLine const& handleLine) {
         if (!_unfinished.empty()) piece = finishLine(piece, handleLine);
         if (!piece.empty()) _unfinished += cutLines(piece, handleLine);
     }
 
+    /// The text after the last line end.
     std::string const& getUnfinished() const noexcept { return _unfinished; }
 
 private:
@@ -25,7 +26,7 @@ private:
     static constexpr std::ptrdiff_t wordSize = sizeof(Word);
     static_assert(std::endian::native == std::endian::little, "the first byte of a word is its lowest");
 
-    // The line that began in a piece before. Returns what follows it.
+    // Completes the line that began in a previous piece. Returns the text after it.
     template <class HandleLine>
     std::string_view finishLine(std::string_view piece, HandleLine const& handleLine) {
         auto const length = piece.find('\n');
@@ -38,8 +39,8 @@ private:
         return piece.substr(length + 1);
     }
 
-    // Looks for the ends of several short lines at once, because a search for each costs more than all the rest; the end of
-    // a long line is found faster by the library. Returns what follows the last end.
+    // Finds the ends of several short lines in one word, because a search per line would dominate the cost; `memchr` is
+    // faster for long lines. Returns the text after the last line end.
     template <class HandleLine>
     std::string_view cutLines(std::string_view text, HandleLine const& handleLine) {
         char const* begin = text.data();
@@ -58,7 +59,7 @@ private:
         }
     }
 
-    // Returns where the next line begins.
+    // Returns the start of the next line.
     template <class HandleLine>
     char const* cutLine(char const* begin, char const* end, HandleLine const& handleLine) {
         _line.assign(begin, end != begin && end[-1] == '\r' ? end - 1 : end);
@@ -66,7 +67,7 @@ private:
         return end + 1;
     }
 
-    // A word with the highest bit of those bytes set that end a line.
+    // Sets the highest bit of each byte that is a line end, and clears all other bits.
     static Word findEnds(char const* bytes) noexcept {
         constexpr Word lineEnds = 0x0A0A0A0A0A0A0A0A;
         constexpr Word lowBits = 0x7F7F7F7F7F7F7F7F;

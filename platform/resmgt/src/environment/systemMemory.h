@@ -5,6 +5,6 @@
 namespace Ko {
 
 /// The system's own figures.
-OsMemoryArch::Memory readSystemMemory();
+[[nodiscard]] OsMemoryArch::Memory readSystemMemory();
 
 } // namespace Ko

@@ -12,7 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-// The C library's own name for `clone`, which thread checkers do not take for a fork.
+// The C library's internal name for `clone`, which thread checkers do not intercept as a fork.
 extern "C" [[gnu::weak]] int __clone(
     int (*)(void*), void*, int, void*, ...) noexcept; // NOLINT(bugprone-reserved-identifier)
 
@@ -22,7 +22,7 @@ namespace {
 
 constexpr int lowestPriority = 19;
 constexpr std::size_t stackSize = 32 * 1024;
-// The system's own set of signals and its description of a reaction, each all zero: none blocked, the usual reaction.
+// Serves as the system call's signal set (no signal blocked) and as its signal action (the default one).
 constexpr std::size_t signalSetSize = NSIG / 8;
 constexpr std::array<std::byte, 256> allZero{};
 
@@ -42,29 +42,29 @@ std::string_view searchPathOf(Vector<LiString> const& environment) {
     return "/usr/local/bin:/usr/bin:/bin";
 }
 
-// Where a program may be found; an empty folder stands for the current one.
-Vector<LiString> findPlaces(LiString const& program, std::string_view searchPath) {
+// The paths at which a program may lie; an empty folder in the search path stands for the current one.
+Vector<LiString> findPaths(LiString const& program, std::string_view searchPath) {
     if (program.empty() || program.find('/') != LiString::npos) return {program};
-    Vector<LiString> places;
+    Vector<LiString> paths;
     for (bool isLast = false; !isLast;) {
         auto const length = std::min(searchPath.find(':'), searchPath.size());
         std::string_view const folder = searchPath.substr(0, length);
-        places.push_back((folder.empty() ? "." : LiString(folder)) + "/" + program);
+        paths.push_back((folder.empty() ? "." : LiString(folder)) + "/" + program);
         isLast = length == searchPath.size();
         searchPath.remove_prefix(isLast ? length : length + 1);
     }
-    return places;
+    return paths;
 }
 
-// Everything is made ready here, because the child must not allocate.
+// Everything that needs memory is prepared here, because the child must not allocate.
 struct Preparation {
     explicit Preparation(ChildStart const& childStart)
-        : start(childStart), places(findPlaces(start.words.front(), searchPathOf(start.environment))),
-          paths(pointersTo(places)), arguments(pointersTo(start.words)), environment(pointersTo(start.environment)),
+        : start(childStart), pathTexts(findPaths(start.words.front(), searchPathOf(start.environment))),
+          paths(pointersTo(pathTexts)), arguments(pointersTo(start.words)), environment(pointersTo(start.environment)),
           mostDescriptors(::sysconf(_SC_OPEN_MAX)) {}
 
     ChildStart const& start;
-    Vector<LiString> const places;
+    Vector<LiString> const pathTexts;
     Vector<char*> const paths;
     Vector<char*> const arguments;
     Vector<char*> const environment;
@@ -72,9 +72,9 @@ struct Preparation {
     int error = 0;
 };
 
-// The functions below run in the child, which shares this process's memory and has a stack of its own, while the thread
-// that launches it stands still until the program has taken over. They call the system only, and by number where the
-// functions of libraries and checkers keep books that are the parent's.
+// The functions below run in the child, which shares this process's memory and has a stack of its own; the launching thread
+// is suspended until the program has replaced the child. They make system calls only. They make them by number where the
+// library's or a checker's function would change bookkeeping that belongs to the parent.
 
 [[gnu::no_sanitize_address, gnu::no_sanitize_thread]] void setStandardStreams(ChildStart const& start) {
     syscall(SYS_dup3, start.input.get(), STDIN_FILENO, 0);
@@ -89,14 +89,14 @@ struct Preparation {
         syscall(SYS_close, number);
 }
 
-// A host may ignore signals that end programs, or block them on this thread; handlers of the host must not run here.
+// The host may ignore or block signals that end programs, and its handlers must not run in the child.
 [[gnu::no_sanitize_address, gnu::no_sanitize_thread]] void resetSignals() {
     for (int signal = 1; signal < NSIG; ++signal)
         syscall(SYS_rt_sigaction, signal, allZero.data(), nullptr, signalSetSize);
     syscall(SYS_rt_sigprocmask, SIG_SETMASK, allZero.data(), nullptr, signalSetSize);
 }
 
-// As a shell looks for a program: what cannot be executed does not hide what comes later.
+// Searches like a shell: a file that cannot be executed does not hide an executable later in the search path.
 [[gnu::no_sanitize_address, gnu::no_sanitize_thread]] int executeFirst(Preparation const& preparation) {
     int error = ENOENT;
     for (char* const path : preparation.paths) {
@@ -136,7 +136,7 @@ private:
     sigset_t _before;
 };
 
-// Nothing of this process is copied but its table of descriptors, so that the price does not grow with its memory.
+// Copies only the descriptor table of this process, so that the cost does not grow with its memory.
 pid_t cloneInto(Preparation& preparation, int& process) {
     auto const stack = std::make_unique_for_overwrite<std::byte[]>(stackSize);
     constexpr int shared = CLONE_VM | CLONE_VFORK | CLONE_PIDFD | SIGCHLD;

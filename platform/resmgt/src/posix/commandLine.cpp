@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::string_view blanks = " \t\n\r\f\v";
 
-// Reads one command line from its begin to its end.
+// Reads one command line from start to end.
 class Splitter {
 public:
     explicit Splitter(std::string_view text) : _rest(text) {}
@@ -20,7 +20,7 @@ public:
     }
 
 private:
-    // A line that goes on in the next one begins no word by that.
+    // A line continuation starts no word.
     bool skipBlanks() {
         for (;;) {
             _rest.remove_prefix(std::min(_rest.find_first_not_of(blanks), _rest.size()));
@@ -57,7 +57,7 @@ private:
         return true;
     }
 
-    // In double quotes a backslash stays unless it stands before a character that it takes the meaning from.
+    // In double quotes a backslash is kept unless the next character has a special meaning there.
     bool readDoubleQuoted(LiString& word) {
         while (!_rest.empty()) {
             char const next = take();
@@ -72,7 +72,7 @@ private:
         return false;
     }
 
-    // A line that ends with a backslash goes on in the next one.
+    // A backslash at the end of a line continues it on the next line.
     bool readEscaped(LiString& word) {
         if (_rest.empty()) return false;
         if (char const next = take(); next != '\n') word += next;

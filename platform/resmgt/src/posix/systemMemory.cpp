@@ -27,16 +27,16 @@ std::uint64_t countPages(int variable) {
     return pages < 0 ? 0 : static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
-bool isPromisedMemoryLimited() {
+bool hasCommitLimit() {
     int mode = 0;
     std::ifstream("/proc/sys/vm/overcommit_memory") >> mode;
     return mode == 2;
 }
 
-// Only a system that limits what it promises knows the figure. Elsewhere page file and physical memory both stand behind
-// promises, beyond the free physical memory that new work takes first.
+// Only a system with a commit limit knows the figure. Otherwise physical memory and page file back the promises, beyond the
+// free physical memory that new work takes first.
 std::uint64_t promisable(Figures& figures) {
-    if (!isPromisedMemoryLimited()) return 2 * figures["MemAvailable:"] + figures["SwapFree:"];
+    if (!hasCommitLimit()) return 2 * figures["MemAvailable:"] + figures["SwapFree:"];
     std::uint64_t const limit = figures["CommitLimit:"];
     std::uint64_t const promised = figures["Committed_AS:"];
     return limit > promised ? limit - promised : 0;

@@ -5,6 +5,7 @@
 #include "base/inSingleton.h"
 #include "base/lkLock.h"
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -15,58 +16,68 @@ namespace Ko {
 class EvEventManager;
 extern template class KO_BASE_API InSingleton<EvEventManager>;
 
-/// Brings work from any thread to the application thread.
+/// Passes work from any thread to the application thread.
 ///
-/// The framework has no loop. A host calls `processEvents()` from its own one, and sets a wake-up handler to be told when
-/// that has something to do:
+/// The framework has no event loop. A host calls `processEvents()` from its own loop, and sets a wake-up handler that wakes
+/// this loop when events wait:
 ///
-///     EvEventManager::getInstance().setWakeUpHandler([] { myLoop.wake(); }); // which calls processEvents()
+///     EvEventManager::getInstance().setWakeUpHandler([] { myLoop.wake(); }); // then myLoop calls processEvents()
 ///
-/// It exists while the package "base" is initialised. Events that are still waiting then are destroyed, not processed.
+/// Exists while the package "base" is initialised. Events that still wait at its end are destroyed without being processed.
 class KO_BASE_API EvEventManager : public InSingleton<EvEventManager> {
 public:
-    /// Tells the host's loop that there are events to process.
+    /// Wakes the host's loop.
     using WakeUpHandler = std::function<void()>;
 
     EvEventManager(EvEventManager const&) = delete;
     EvEventManager& operator=(EvEventManager const&) = delete;
 
-    /// Events run in the order in which they were posted. Any thread.
+    /// Appends an event to the queue. Events run in the order in which they were posted. Any thread.
     void post(EvRequestEvent event);
-    /// Posts a function object to be called.
+    /// Posts a function object, which is called without arguments. Any thread.
     template <class Request>
     void postRequest(Request&& request) {
         post(EvRequestEvent(std::forward<Request>(request)));
     }
 
-    /// Processes the events that wait now; those that are posted meanwhile wait for the next call. May be called again by
-    /// an event: the inner call goes on where the outer one is. Application thread only.
-    /// @returns how many it processed.
-    /// @throws what an event throws. That event is done; the wake-up handler is called for those behind it. Also where memory
-    ///   runs out, all events that are not done wait for the next call.
+    /// Processes the events that are in the queue at present; those that are posted meanwhile wait for the next call. An
+    /// event may call it again, from a nested loop for example: the inner call then processes the remaining events of the
+    /// outer one first. Application thread only.
+    /// @returns the number of processed events.
+    /// @throws what an event throws. That event counts as processed; the remaining ones, also when memory runs out, wait for
+    ///   the next call, and the wake-up handler is called for them.
     std::size_t processEvents();
 
-    /// The handler is called whenever there is something to process where there was nothing before: without a lock, on the
-    /// thread that posts. It must not throw. The one set before may still be running on another thread. Any thread.
-    /// @param handler none stands for nothing.
+    /// Sets the handler that is called, without a lock, whenever the host's loop has to call `processEvents()`:
+    /// on the posting thread, when the queue was empty;
+    /// on the application thread, before the first of several events runs, so that a nested loop in it wakes up for the
+    /// others;
+    /// in this function, when events wait already.
+    ///
+    /// So a loop may be woken once without finding an event. The handler must not throw. The previous handler may still be
+    /// running on another thread when this returns. Any thread.
+    /// @param handler empty for none.
     void setWakeUpHandler(WakeUpHandler handler);
 
 private:
     friend class InSingleton<EvEventManager>;
 
     EvEventManager() = default;
-    ~EvEventManager() = default;
+    ~EvEventManager();
 
     void takePosted();
+    void processTaken(std::size_t& processed);
     bool hasEvents() const;
     void wakeUp() const;
 
     mutable LkLock _lock{"EvEventManager"};
     std::vector<EvRequestEvent> _posted;
     std::shared_ptr<WakeUpHandler const> _wakeUpHandler;
-    // Taken over for processing, and the next of them; the application thread's alone.
+    // The events that are being processed, and the index of the next one. Only used by the application thread.
     std::vector<EvRequestEvent> _taken;
     std::size_t _next = 0;
+    // How many of them have not run yet; read by any thread.
+    std::atomic<std::size_t> _numRemaining{0};
 };
 
 } // namespace Ko

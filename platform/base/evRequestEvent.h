@@ -8,11 +8,11 @@
 
 namespace Ko {
 
-/// Something to be done on the application thread: a function object, called once. It may be one that cannot be copied; a
-/// small one takes no memory of its own.
+/// A function object to be called once on the application thread. It need not be copyable. A small one, which can be moved
+/// without exceptions, is stored without an allocation; the queue may then call its move constructor under a lock.
 class EvRequestEvent {
 public:
-    /// @param request is called without arguments.
+    /// Stores a function object, which is called without arguments.
     template <class Request>
     requires(!std::is_same_v<std::remove_cvref_t<Request>, EvRequestEvent>) explicit EvRequestEvent(Request&& request) {
         using Stored = std::decay_t<Request>;
@@ -33,7 +33,7 @@ public:
     }
     ~EvRequestEvent() { _operations->destroy(&_storage); }
 
-    /// Calls the function object; what that throws passes on.
+    /// Calls the function object. @throws what the function object throws.
     void operator()() { _operations->call(&_storage); }
 
 private:

@@ -12,13 +12,15 @@ public:
     /// @param name is not copied and must live as long as the lock.
     explicit LkLock(char const* name) noexcept : _name(name) {}
 
-    /// What the standard guards call:
+    /// Waits until the lock is free, and takes it. Called by the standard guards.
     void lock() {
         if (!_mutex.try_lock()) lockPatiently();
     }
-    bool try_lock() { return _mutex.try_lock(); }
+    /// Takes the lock if it is free. @returns whether it did.
+    [[nodiscard]] bool try_lock() { return _mutex.try_lock(); }
+    /// Releases the lock. Called by the standard guards.
     void unlock() { _mutex.unlock(); }
-    /// As it was given.
+    /// The name given to the constructor.
     char const* getName() const noexcept { return _name; }
 
 private:

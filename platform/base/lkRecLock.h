@@ -4,17 +4,20 @@
 
 namespace Ko {
 
-/// A lock with a name that the thread holding it may take again; it is free when it was given back as often.
+/// A recursive mutual-exclusion lock with a name for diagnosis: the thread that holds it may take it again, and releases it
+/// as often.
 class LkRecLock {
 public:
     /// @param name is not copied and must live as long as the lock.
     explicit LkRecLock(char const* name) noexcept : _name(name) {}
 
-    /// What the standard guards call:
+    /// Waits until no other thread holds the lock, and takes it. Called by the standard guards.
     void lock() { _mutex.lock(); }
-    bool try_lock() { return _mutex.try_lock(); }
+    /// Takes the lock if no other thread holds it. @returns whether it did.
+    [[nodiscard]] bool try_lock() { return _mutex.try_lock(); }
+    /// Releases the lock once. Called by the standard guards.
     void unlock() { _mutex.unlock(); }
-    /// As it was given.
+    /// The name given to the constructor.
     char const* getName() const noexcept { return _name; }
 
 private:

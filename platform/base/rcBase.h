@@ -12,19 +12,22 @@ class RCWeakState;
 
 /// Base of every object that is owned through `RCShdPtr`: it carries its own reference count.
 ///
-/// The count may be changed from any thread. A new object has no owner; the first `RCShdPtr` becomes its owner and the
-/// last one deletes it. Objects are made with `RCShdPtr<T>::create(...)`. Copying an object does not copy its owners.
+/// The count may be changed on any thread. A new object has no owner; the last `RCShdPtr` to it deletes it. Objects are made
+/// with `RCShdPtr<T>::create(...)`. A copy of an object starts without owners.
 class KO_BASE_API RCBase {
 public:
-    /// For pointers: there is one owner more, or one less, and the last one deletes the object:
+    /// Adds an owner. Called by pointers.
     void addReference() const noexcept { _references.fetch_add(1, std::memory_order_relaxed); }
+    /// Removes an owner; the last one deletes the object. Called by pointers.
     void removeReference() const noexcept {
-        // Release: what this owner wrote is seen by the one that deletes; acquire: by this one if it is the last.
+        // Release: the deleting thread sees the writes of this owner. Acquire: needed if this is the deleting thread.
         std::uint32_t const before = _references.fetch_sub(1, std::memory_order_acq_rel);
         if ((before & countMask) == 1) destroy(before);
     }
-    /// The number of owners; for diagnosis, where other threads have some.
-    std::uint32_t getReferenceCount() const noexcept { return _references.load(std::memory_order_relaxed) & countMask; }
+    /// The number of owners. Only for diagnosis if other threads own the object too.
+    [[nodiscard]] std::uint32_t getReferenceCount() const noexcept {
+        return _references.load(std::memory_order_relaxed) & countMask;
+    }
 
 protected:
     RCBase() noexcept = default;
@@ -40,14 +43,14 @@ private:
 
     void destroy(std::uint32_t before) const noexcept;
 
-    // The number of owners; the flag tells that weak references exist, which are kept aside.
+    // The number of owners. The flag means that a table outside the object holds its weak references.
     mutable std::atomic<std::uint32_t> _references{0};
 };
 
-/// What reference-counting pointers raise.
+/// Raises the exceptions of reference-counted pointers.
 class KO_BASE_API RCExUtil {
 public:
-    /// @param type mangled name of the type that the null pointer was to point to, as of `typeid(T).name()`.
+    /// @param type mangled name of the type of the missing object, from `typeid(T).name()`.
     /// @throws ExNullPtr
     [[noreturn]] static void throwExNullPtr(char const* type);
 };

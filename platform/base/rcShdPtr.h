@@ -12,26 +12,27 @@
 
 namespace Ko {
 
-/// What all reference-counted pointers to `T` share: access to the object.
+/// Common base of reference-counted pointers to `T`: gives access to the object.
 template <class T>
 class RCBasePtr {
 public:
-    /// The object, which may be null:
-    T* get() const noexcept { return _object; }
-    bool isNull() const noexcept { return _object == nullptr; }
+    /// The object; may be null.
+    [[nodiscard]] T* get() const noexcept { return _object; }
+    /// Whether the pointer is null.
+    [[nodiscard]] bool isNull() const noexcept { return _object == nullptr; }
+    /// Whether the pointer is not null.
     explicit operator bool() const noexcept { return _object != nullptr; }
 
-    /// @throws ExNullPtr when the pointer is null.
+    /// The object. @throws ExNullPtr if the pointer is null.
     T* operator->() const { return &**this; }
-    /// @throws ExNullPtr when the pointer is null.
+    /// The object. @throws ExNullPtr if the pointer is null.
     T& operator*() const {
         if (!_object) [[unlikely]]
             RCExUtil::throwExNullPtr(typeid(T).name());
         return *_object;
     }
 
-    /// Writes the object for diagnosis, as the `dumpObject(std::ostream&, T const&)` found for its class does; "null"
-    /// for a null pointer.
+    /// Writes the object for diagnosis, by the `dumpObject(std::ostream&, T const&)` of its class; "null" for a null pointer.
     template <class Stream>
     void dump(Stream& stream) const {
         if (_object)
@@ -41,7 +42,7 @@ public:
     }
 
 protected:
-    /// The derived class counts.
+    /// Does not count: the derived class does.
     explicit RCBasePtr(T* object) noexcept : _object(object) {}
     ~RCBasePtr() = default;
 
@@ -51,14 +52,14 @@ protected:
 
 /// Shares the ownership of a reference-counted object.
 ///
-/// As safe across threads as a plain pointer: different pointers to one object may be used on different threads, one
-/// pointer only by one at a time.
+/// Thread-safe like a plain pointer: different pointers to one object may be used by different threads at once, one pointer
+/// by one thread at a time.
 template <class T>
 class RCShdPtr : public RCBasePtr<T> {
 public:
-    /// Makes an object that the result owns. A class whose constructor is protected befriends `RCShdPtr<Class>`.
+    /// Makes an object and returns its first owner. A class with a protected constructor befriends `RCShdPtr<Class>`.
     template <class... Args>
-    static RCShdPtr create(Args&&... args) {
+    [[nodiscard]] static RCShdPtr create(Args&&... args) {
         return RCShdPtr(new T(std::forward<Args>(args)...));
     }
 
@@ -88,14 +89,14 @@ public:
         return *this;
     }
 
-    /// Gives up the object.
+    /// Releases the object and becomes null.
     void reset() noexcept { RCShdPtr().swap(*this); }
-    /// Without counting.
+    /// Swaps the objects of both pointers.
     void swap(RCShdPtr& other) noexcept { std::swap(this->_object, other._object); }
 
-    /// A pointer to the same object if it is a `U`, a null pointer otherwise.
+    /// A pointer to the same object if that is a `U`; null otherwise.
     template <class U>
-    RCShdPtr<U> dynamicCast() const {
+    [[nodiscard]] RCShdPtr<U> dynamicCast() const {
         return RCShdPtr<U>(dynamic_cast<U*>(this->_object));
     }
 
@@ -106,7 +107,7 @@ private:
     friend class RCWeakPtr;
 
     struct Adopt {};
-    // Takes over a reference that was already added.
+    // Takes over a reference that is counted already.
     RCShdPtr(T* object, Adopt) noexcept : RCBasePtr<T>(object) {}
 
     void retain() const noexcept {
@@ -115,7 +116,7 @@ private:
     T* detach() noexcept { return std::exchange(this->_object, nullptr); }
 };
 
-/// Whether both point to the same object, or to none.
+/// Whether both point to the same object or are null.
 template <class T, class U>
 bool operator==(RCShdPtr<T> const& a, RCShdPtr<U> const& b) noexcept {
     return a.get() == b.get();
@@ -127,9 +128,9 @@ bool operator==(RCShdPtr<T> const& a, std::nullptr_t) noexcept {
 
 } // namespace Ko
 
-/// By the object's identity, as `==` compares.
+/// Hashes the address of the object, consistent with `==`.
 template <class T>
 struct std::hash<Ko::RCShdPtr<T>> {
-    /// The same for pointers to one object.
+    /// The same value for all pointers to one object.
     std::size_t operator()(Ko::RCShdPtr<T> const& pointer) const noexcept { return std::hash<T*>()(pointer.get()); }
 };

@@ -1,16 +1,16 @@
 #pragma once
 
+#include "resmgt/lkDeadline.h"
 #include "resmgt/resmgtApi.h"
 
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 
 namespace Ko {
 
-/// Something that has happened, for threads that wait for it: once set, it stays set until it is reset. Any thread.
+/// A flag that threads can wait for. Once set, it stays set until it is reset. Any thread.
 ///
-/// May be destroyed as soon as the last wait has returned, also while the `set()` that ended it is still returning.
+/// May be destroyed as soon as the last wait has returned, also while the `set()` that ended it has not returned yet.
 class KO_RESMGT_API LkEvent {
 public:
     /// @param name is not copied and must live as long as the event.
@@ -18,31 +18,31 @@ public:
     LkEvent(LkEvent const&) = delete;
     LkEvent& operator=(LkEvent const&) = delete;
 
-    /// Lets all go on that wait, and those that will.
+    /// Sets the event and wakes all waiting threads. They see all writes made before this call.
     void set() noexcept {
-        // Release: what happened before is seen by those that wait.
         if (_state.exchange(State::Set, std::memory_order_acq_rel) == State::Awaited) wakeAll(this);
     }
-    /// From now on threads wait again.
+    /// Resets the event: from now on threads wait again.
     void reset() noexcept {
         State set = State::Set;
         _state.compare_exchange_strong(set, State::Unset, std::memory_order_acq_rel);
     }
-    /// Who sees it set sees what happened before `set()`.
+    /// Whether the event is set. If so, the caller sees all writes made before `set()`.
     bool isSet() const noexcept { return _state.load(std::memory_order_acquire) == State::Set; }
 
-    /// Returns when the event is set, at once if it is.
-    void wait() const { waitUntil(std::chrono::steady_clock::time_point::max()); }
-    /// Waits no longer than to the deadline. @returns whether the event was set.
-    bool waitUntil(std::chrono::steady_clock::time_point deadline) const;
-    /// Waits no longer than so many seconds. @returns whether the event was set.
+    /// Waits until the event is set.
+    void wait() const { waitUntil(LkDeadline::never); }
+    /// Waits until the event is set or the deadline has passed. @returns whether the event was set.
+    bool waitUntil(LkDeadline::Time deadline) const;
+    /// Waits until the event is set or so many seconds have passed; infinity and NaN mean without time limit.
+    /// @returns whether the event was set.
     bool wait(double seconds) const;
 
-    /// As it was given.
+    /// The name given to the constructor.
     char const* getName() const noexcept { return _name; }
 
 private:
-    /// Awaited: not set, and somebody waits.
+    /// Awaited: not set, and a thread waits.
     enum class State : std::uint32_t { Unset, Set, Awaited };
 
     static void wakeAll(void const* event) noexcept;

@@ -10,7 +10,7 @@
 namespace Ko {
 
 namespace LkSingletonSource {
-// Under which the misuse of every singleton is reported, whichever source instantiates it.
+// Misuse of all singletons is reported with this source and these lines, wherever they are instantiated.
 constexpr AssertionSource source{".\\resmgt/lkSingleton.imp.h"};
 constexpr int neverRecreated = 124;
 constexpr int created = 128;
@@ -27,10 +27,10 @@ class LkSingleton<T>::Destroyer {
 public:
     ~Destroyer() {
         std::lock_guard const guard(lockAt(_finalLock, "LkSingletonDestroyer final lock"));
-        // What the object owns may still ask for it while it goes.
+        // Deleted before the state changes: the destructor may still use the singleton.
         if (_state == INITIALIZED) delete _pointee.load();
         _pointee = nullptr;
-        // Also where there never was an object: a later use must fail rather than create one.
+        // Also if the object was never created: a later use must fail rather than create it.
         _state = DESTROYED;
     }
 
@@ -99,7 +99,7 @@ void LkSingleton<T>::initSingleton() {
     _state.store(INITIALIZED, std::memory_order_release);
 }
 
-// The first thread to come installs the lock, which is never freed.
+// The first thread installs the lock, which is never freed.
 template <class T>
 LkLock& LkSingleton<T>::lockAt(std::atomic<LkLock*>& lock, char const* name) {
     if (LkLock* const installed = lock) return *installed;

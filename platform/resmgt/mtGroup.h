@@ -11,38 +11,39 @@
 
 namespace Ko {
 
-/// Told of every task that a worker takes out of a group's queue.
+/// Observes a group: called for every task that a worker takes from the queue.
 template <class Container>
 class MtContainerObserver : public RCBase {
 public:
     /// Called on the worker, before it executes the task. Must not throw.
-    /// @param container tells which one; other threads change it meanwhile.
+    /// @param container identifies the group. Must not be read: other threads change it at the same time.
     virtual void taken(Container const& container, MtTask const& task) = 0;
 };
 
-/// A queue of tasks and the workers that execute them, first come, first served.
+/// A first-in-first-out queue of tasks, and the workers that execute them.
 ///
-/// Tasks may be added from any thread. The destructor returns when the workers have ended; what is still waiting then is
-/// not executed. To have all executed first, call `waitForRequests()`.
+/// Any thread may add tasks. The destructor waits until the workers have ended, and discards the tasks that still wait in the
+/// queue. To have all tasks executed first, call `waitForRequests()`.
 ///
-/// The header that introduces a container declares the instantiation, and one source that includes `mtGroup.imp.h` makes
-/// it.
+/// The header that introduces a container declares the instantiation; one source that includes `mtGroup.imp.h` defines it.
 template <class Container>
 class MtGroup : public MtThreadPool {
 public:
-    /// The workers start at once. @throws ExAssertionFailed unless there is at least one.
+    /// Starts the workers. @throws ExAssertionFailed unless there is at least one, and ExInternalError if the system cannot
+    ///   start them.
     MtGroup(LiString name, int numThreads) : MtGroup(std::move(name), numThreads, unlimited) {}
-    /// @param containerSize how many tasks may wait; whoever adds one more waits as well.
+    /// Starts the workers of a queue of limited size.
+    /// @param containerSize capacity of the queue; while it is full, `add()` waits.
     MtGroup(LiString name, int numThreads, std::ptrdiff_t containerSize);
     ~MtGroup() override;
 
-    /// @throws ExNullPtr for a null pointer.
+    /// Appends a task to the queue. @throws ExNullPtr for a null pointer.
     void add(RCShdPtr<MtTaskImp> imp);
-    /// How many tasks wait or are being executed.
-    std::uint32_t getNumRequests() const noexcept { return MtRequestMgr::getCount(_groupTag); }
-    /// Returns when no task waits or is being executed.
+    /// The number of tasks that wait or are being executed.
+    [[nodiscard]] std::uint32_t getNumRequests() const noexcept { return MtRequestMgr::getCount(_groupTag); }
+    /// Waits until no task waits or is being executed.
     void waitForRequests() const noexcept { MtRequestMgr::waitForZero(_groupTag); }
-    /// A null pointer stands for none.
+    /// Sets the observer of the group; null for none.
     void setContainerObserver(RCShdPtr<MtContainerObserver<Container>> observer);
 
 protected:
@@ -68,8 +69,8 @@ private:
 
     bool _stopping = false;
     int _waitingProducers = 0;
-    // Workers are woken one after the other: the one that comes awake wakes the next if tasks are left. A producer that is
-    // faster than its workers then signals once, not at each task.
+    // Workers wake one after the other: each wakes the next one if tasks are left. So a producer that is faster than its
+    // workers signals once, not for each task.
     int _sleepingWorkers = 0;
     bool _workerIsWaking = false;
 };

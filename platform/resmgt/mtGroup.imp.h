@@ -10,7 +10,7 @@
 namespace Ko {
 
 namespace MtGroupSource {
-// Under which the broken invariants of every group are reported, whichever source instantiates it.
+// Broken invariants of all groups are reported with this source and these lines, wherever they are instantiated.
 constexpr AssertionSource source{".\\resmgt/mtGroup.imp.h"};
 constexpr int tagAcquired = 66;
 constexpr int tagOfThisGroup = 89;
@@ -57,7 +57,7 @@ void MtGroup<Container>::add(RCShdPtr<MtTaskImp> imp) {
             --_waitingProducers;
         }
         _container.push(MtTask(std::move(imp), _groupTag));
-        // Here, where the lock has brought it into this processor's cache.
+        // Counted under the lock, which has brought the counter into the cache of this processor.
         MtRequestMgr::increment(_groupTag);
         wakes = needsWorker();
     }
@@ -81,7 +81,7 @@ bool MtGroup<Container>::obtainTask(MtTask& task) {
 template <class Container>
 bool MtGroup<Container>::takeTask(MtTask& task, RCShdPtr<MtContainerObserver<Container>>& observer) {
     bool const hasExecuted = !task.isNull();
-    // What the task owns may take its time to go, and may use this group.
+    // Destroying the work may be slow and may use this group, so it happens before the lock is taken.
     task = {};
     bool wakes = false;
     bool makesRoom = false;
@@ -106,7 +106,7 @@ bool MtGroup<Container>::takeTask(MtTask& task, RCShdPtr<MtContainerObserver<Con
     return true;
 }
 
-// Called under the lock. The caller signals the condition if the result is true.
+// Called under the lock. If true, the caller signals `_nonEmpty` after the unlock.
 template <class Container>
 bool MtGroup<Container>::needsWorker() noexcept {
     if (_workerIsWaking || _sleepingWorkers == 0) return false;
@@ -126,8 +126,10 @@ void MtGroup<Container>::stopWorkers() {
 
 template <class Container>
 void MtGroup<Container>::discardTasks() {
-    for (; !_container.empty(); _container.pop()) {
+    while (!_container.empty()) {
+        // Removed first: its destructor may add tasks, which are discarded too.
         MtTask const v = std::move(_container.front());
+        _container.pop();
         MtGroupSource::source.require(
             v.getTag() == _groupTag, "v.getTag() == _groupTag", MtGroupSource::tagOfThisGroup);
         MtRequestMgr::decrement(_groupTag);

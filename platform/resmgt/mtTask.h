@@ -10,24 +10,25 @@
 
 namespace Ko {
 
-/// What a task does.
+/// The work of a task.
 class KO_RESMGT_API MtTaskImp : public RCBase {
 public:
     ~MtTaskImp() override;
-    /// Called on a worker. What it throws is logged; the worker goes on.
+    /// Does the work. Called on a worker, which logs an exception and goes on.
     virtual void execute() = 0;
 
 protected:
     MtTaskImp() = default;
 };
 
-/// Tells the requests of one group from those of others.
+/// Identifies the requests of one group.
 class MtGroupTag {
 public:
+    /// An invalid tag.
     MtGroupTag() = default;
-    /// Whether it is a group's.
-    bool isValid() const noexcept { return _requests != nullptr; }
-    /// Whether both are the same group's.
+    /// Whether the tag belongs to a group.
+    [[nodiscard]] bool isValid() const noexcept { return _requests != nullptr; }
+    /// Whether both tags belong to the same group, or both are invalid.
     bool operator==(MtGroupTag const&) const noexcept = default;
 
 private:
@@ -39,28 +40,33 @@ private:
     Requests* _requests = nullptr;
 };
 
-/// Counts the requests that are under way, for each tag. Any thread.
+/// Counts the open requests of each tag. Any thread.
 class KO_RESMGT_API MtRequestMgr {
 public:
     MtRequestMgr() = default;
     MtRequestMgr(MtRequestMgr const&) = delete;
     MtRequestMgr& operator=(MtRequestMgr const&) = delete;
 
-    /// A tag under which no request is counted yet.
-    MtGroupTag acquireTag();
-    /// The tag must not be used any more, and becomes invalid. An invalid tag is ignored.
+    /// A new tag, with a count of zero.
+    [[nodiscard]] MtGroupTag acquireTag();
+    /// Frees a tag, which becomes invalid and of which no copy may be used any more. Ignores an invalid tag.
     void releaseTag(MtGroupTag& tag);
 
-    /// For valid tags: one request more, one less, how many there are, and the wait until there are none:
+    /// Counts a new request of a valid tag.
     static void increment(MtGroupTag tag) noexcept {
-        // Whoever hands the request on orders it before its end.
+        // Relaxed: passing the request on orders this before its end.
         tag._requests->fetch_add(1, std::memory_order_relaxed);
     }
+    /// Counts the end of a request of a valid tag.
     static void decrement(MtGroupTag tag) noexcept {
-        // Release: whoever sees zero sees all that the requests did.
+        // Release: a thread that sees zero sees all writes of the requests.
         if (tag._requests->fetch_sub(1, std::memory_order_release) == 1) tag._requests->notify_all();
     }
-    static std::uint32_t getCount(MtGroupTag tag) noexcept { return tag._requests->load(std::memory_order_acquire); }
+    /// The number of open requests of a valid tag.
+    [[nodiscard]] static std::uint32_t getCount(MtGroupTag tag) noexcept {
+        return tag._requests->load(std::memory_order_acquire);
+    }
+    /// Waits until a valid tag has no open requests.
     static void waitForZero(MtGroupTag tag) noexcept {
         while (std::uint32_t const count = getCount(tag))
             tag._requests->wait(count, std::memory_order_acquire);
@@ -71,18 +77,20 @@ private:
     std::list<MtGroupTag::Requests> _requests;
 };
 
-/// A request to execute something, tagged with the group that it belongs to.
+/// A request to execute some work, with the tag of the group that it belongs to.
 class MtTask {
 public:
+    /// A null task.
     MtTask() = default;
-    /// @param tag that of the group that the task belongs to.
+    /// @param tag the tag of the group that the task belongs to.
     MtTask(RCShdPtr<MtTaskImp> imp, MtGroupTag tag) noexcept : _imp(std::move(imp)), _tag(tag) {}
 
-    /// Throws what the task does. @throws ExNullPtr for a null task.
+    /// Does the work on this thread. @throws what the work throws, and ExNullPtr for a null task.
     void execute() const { _imp->execute(); }
-    /// What the task was made of:
-    MtGroupTag getTag() const noexcept { return _tag; }
-    bool isNull() const noexcept { return _imp.isNull(); }
+    /// The tag of the task's group.
+    [[nodiscard]] MtGroupTag getTag() const noexcept { return _tag; }
+    /// Whether the task has no work.
+    [[nodiscard]] bool isNull() const noexcept { return _imp.isNull(); }
 
 private:
     RCShdPtr<MtTaskImp> _imp;

@@ -11,34 +11,35 @@ namespace Ko {
 
 class MtThread;
 
-/// Threads that execute the tasks that a derived class hands to them. They live from `start()` to `stop()`, and sleep
-/// where the derived class waits.
+/// Threads that execute the tasks of a derived class. They run from `start()` to `stop()`, and sleep while the derived class
+/// waits for a task.
 class KO_RESMGT_API MtThreadPool {
 public:
     MtThreadPool(MtThreadPool const&) = delete;
     MtThreadPool& operator=(MtThreadPool const&) = delete;
 
-    /// As they were given:
-    LiString const& getName() const noexcept { return _name; }
-    int getNumThreads() const noexcept { return _numThreads; }
+    /// The name of the pool.
+    [[nodiscard]] LiString const& getName() const noexcept { return _name; }
+    /// The number of threads.
+    [[nodiscard]] int getNumThreads() const noexcept { return _numThreads; }
 
 protected:
-    /// @param name also that of the threads, as far as the system has room for it.
-    /// @param yieldsToOthers whether the threads only get the processor time that nothing else in the system wants.
-    /// @param stackSize in bytes; 0 for the system's own choice.
+    /// @param name of the pool and of its threads; the system may shorten the latter.
+    /// @param yieldsToOthers whether the threads only get processor time that no other thread of the system needs.
+    /// @param stackSize in bytes; 0 for the default of the system.
     /// @throws ExAssertionFailed unless there is at least one thread.
     MtThreadPool(LiString name, int numThreads, bool yieldsToOthers, std::size_t stackSize);
     virtual ~MtThreadPool();
 
-    /// Called by the constructor of the derived class, whose `obtainTask()` is used from now on.
-    /// @throws std::system_error when the system has no more threads; none is left running then.
+    /// Starts the threads, which call `obtainTask()` from now on. Called by the constructor of the derived class.
+    /// @throws ExInternalError if the system cannot start a thread. The threads that were started run until `stop()` then.
     void start();
-    /// Called by the destructor of the derived class, after it has made `obtainTask()` return false. Returns when all
-    /// threads have ended. May be called again.
+    /// Waits until all threads have ended. Called by the destructor of the derived class, after it has made `obtainTask()`
+    /// return false. May be called again.
     void stop() noexcept;
 
-    /// Called by each thread when it has time, until the result is false: waits for a task and puts it into `task`, which
-    /// holds the one that the thread has executed before, if any. Must not throw.
+    /// Waits for a task. Called by each idle thread until the result is false. Must not throw.
+    /// @param task receives the task; on entry it holds the one that the thread executed before, if any.
     virtual bool obtainTask(MtTask& task) = 0;
 
 private:

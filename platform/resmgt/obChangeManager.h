@@ -16,23 +16,23 @@ template <class Tag>
 class ObObserver;
 struct ObLink;
 
-/// What the change manager keeps in a subject: the links to its observers.
+/// The data of the change manager in a subject: the links to its observers.
 class KO_RESMGT_API ObSubjectLinks {
 public:
-    /// Whether a notification would reach anybody now. Any thread.
-    bool hasObservers() const noexcept { return _first.load(std::memory_order_relaxed) != nullptr; }
+    /// Whether the subject has observers at present. Any thread.
+    [[nodiscard]] bool hasObservers() const noexcept { return _first.load(std::memory_order_relaxed) != nullptr; }
 
 protected:
     ObSubjectLinks() = default;
     ~ObSubjectLinks() = default;
-    /// Whether the change manager knows the subject.
+    /// Whether the subject has ever had an observer.
     bool wasLinked() const noexcept { return _wasLinked; }
 
 private:
     friend class ObChangeManagerImp;
 
-    // Held for some nanoseconds at a time, and taken once for each observer that is told; a mutex would double the cost of
-    // a notification.
+    // Taken once for each observer in a notification, and held for some nanoseconds. A mutex would double the cost of a
+    // notification.
     class Lock {
     public:
         void lock() noexcept {
@@ -52,14 +52,14 @@ private:
     ObLink* _last = nullptr;
 };
 
-/// What the change manager keeps in an observer: the links to its subjects.
+/// The data of the change manager in an observer: the links to its subjects.
 class KO_RESMGT_API ObObserverLinks {
 protected:
     ObObserverLinks() = default;
     ~ObObserverLinks() = default;
-    /// From now on no notification chooses the observer.
+    /// Excludes the observer from all notifications from now on.
     void disable() noexcept { _updatesEnabled = false; }
-    /// Whether the change manager knows the observer.
+    /// Whether the observer was ever attached.
     bool wasLinked() const noexcept { return _wasLinked; }
 
 private:
@@ -70,17 +70,19 @@ private:
     bool _wasLinked = false;
 };
 
-/// How a change manager reaches the observers of its tag.
+/// Calls the observers of one tag, for the change manager.
 class KO_RESMGT_API ObNotifierBase {
 public:
     virtual ~ObNotifierBase();
-    /// Call the functions of `ObObserver` that have these names:
+    /// Calls `ObObserver::attachedTo`.
     virtual void attachedTo(ObObserverLinks& observer, ObSubjectLinks& subject) = 0;
+    /// Calls `ObObserver::detachedFrom`.
     virtual void detachedFrom(ObObserverLinks& observer, ObSubjectLinks& subject) = 0;
+    /// Calls `ObObserver::update`.
     virtual void update(ObObserverLinks& observer, ObHints const& hints) = 0;
 };
 
-/// The one for the observers of `Tag`.
+/// Calls the observers of the tag `Tag`.
 template <class Tag>
 class ObNotifier final : public ObNotifierBase {
 public:
@@ -89,10 +91,10 @@ public:
     void update(ObObserverLinks& observer, ObHints const& hints) override;
 };
 
-/// Which observers are attached to which subjects, and their notification. Any thread.
+/// Links observers to subjects, and notifies them. Any thread.
 ///
-/// No lock is held while an observer is called. A notification costs what its own subject's observers cost; to attach and
-/// to detach cost the same however many subjects and observers there are.
+/// No lock is held while an observer is called. The cost of a notification depends only on the number of observers of its
+/// subject; the costs of attaching and detaching do not depend on the number of other subjects and observers.
 class KO_RESMGT_API ObChangeManagerImp {
 public:
     /// @param notifier is not owned.
@@ -100,12 +102,17 @@ public:
     ObChangeManagerImp(ObChangeManagerImp const&) = delete;
     ObChangeManagerImp& operator=(ObChangeManagerImp const&) = delete;
 
-    /// What the functions of subjects and observers do, which say what to expect of them:
+    /// Implements `ObSubject::attachObserver`.
     bool attach(ObSubjectLinks& subject, ObObserverLinks& observer);
+    /// Implements `ObSubject::detachObserver`.
     bool detach(ObSubjectLinks& subject, ObObserverLinks& observer);
+    /// Implements `ObSubject::notify`.
     void notify(ObSubjectLinks& subject, ObHints const& hints);
+    /// Implements `ObObserver::disableUpdates`.
     void disableUpdates(ObObserverLinks& observer);
+    /// Implements the destructor of `ObSubject`.
     void forget(ObSubjectLinks& subject) noexcept;
+    /// Implements the destructor of `ObObserver`.
     void forget(ObObserverLinks& observer) noexcept;
 
 private:
@@ -122,19 +129,19 @@ private:
     static void leaveSubject(ObLink& link) noexcept;
     static void leaveObserver(ObLink& link) noexcept;
     void waitForOthers(Guard& guard, ObLink& link) noexcept;
-    void stepOff(ObLink& link) noexcept;
+    void leaveLink(ObLink& link) noexcept;
 
     ObNotifierBase& _notifier;
-    // For every change of what is linked. A subject's own lock is taken within it, never the other way round.
+    // Guards all links. The lock of a subject is taken while this one is held, never the other way round.
     std::mutex _mutex;
-    std::condition_variable _someoneSteppedOff;
+    std::condition_variable _linkIsUnused;
     std::uint64_t _lastNumber = 0;
 };
 
-/// The change manager of the tag `Tag`: one in a process, created on first use.
+/// The change manager of the tag `Tag`: one per process, created on first use.
 ///
 /// The header that introduces a tag declares the instantiations, in this order, and one source that includes
-/// `obChangeManager.imp.h` makes them:
+/// `obChangeManager.imp.h` defines them:
 ///
 ///     extern template class KO_FRAMEWORK_API LkSingleton<ObChangeManager<Tag>>;
 ///     extern template class KO_FRAMEWORK_API ObChangeManager<Tag>;
@@ -142,13 +149,17 @@ private:
 template <class Tag>
 class ObChangeManager : public LkSingleton<ObChangeManager<Tag>> {
 public:
-    /// What the functions of subjects and observers do, which say what to expect of them:
+    /// Implements `ObSubject::attachObserver`.
     bool attachObserver(ObSubject<Tag>& subject, ObObserver<Tag>* observer);
+    /// Implements `ObSubject::detachObserver`.
     bool detachObserver(ObSubject<Tag>& subject, ObObserver<Tag>* observer);
+    /// Implements `ObSubject::notify`.
     void notify(ObSubject<Tag>& subject, ObHints const& hints);
+    /// Implements `ObObserver::disableUpdates`.
     void disableUpdates(ObObserver<Tag>& observer);
-    /// For their destructors:
+    /// Implements the destructor of `ObSubject`.
     static void forget(ObSubject<Tag>& subject) noexcept;
+    /// Implements the destructor of `ObObserver`.
     static void forget(ObObserver<Tag>& observer) noexcept;
 
 private:

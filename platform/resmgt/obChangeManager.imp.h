@@ -47,7 +47,7 @@ void ObChangeManager<Tag>::disableUpdates(ObObserver<Tag>& observer) {
     _imp.disableUpdates(observer);
 }
 
-// What outlives the change manager, at the end of the process, has nobody left to be forgotten by.
+// May outlive the change manager at process exit.
 template <class Tag>
 void ObChangeManager<Tag>::forget(ObSubject<Tag>& subject) noexcept {
     if (ObChangeManager::getState() == ObChangeManager::INITIALIZED)

@@ -6,8 +6,9 @@ namespace Ko {
 
 /// Base of receivers of notifications of the tag `Tag`. A class may observe several tags.
 ///
-/// `update` is called on the thread that notifies, on several at once if several notify, and without a lock. There an
-/// observer may attach and detach observers, itself included, and may destroy itself.
+/// `update` is called on the notifying thread, without a lock, and by several threads at once if several notify. It may
+/// attach and detach observers, including this one. It may destroy this observer if no other thread can be inside its
+/// `update` at that time: no function can wait for those threads there, as they might wait for this one in the same way.
 template <class Tag>
 class ObObserver : public ObObserverLinks {
 public:
@@ -16,16 +17,17 @@ public:
 
 protected:
     ObObserver() = default;
-    /// Detaches the observer from all subjects; `detachedFrom` is not called any more.
+    /// Detaches the observer from all subjects, without calls of `detachedFrom`.
     virtual ~ObObserver() {
         if (wasLinked()) ObChangeManager<Tag>::forget(*this);
     }
 
-    /// No `update` of this observer runs after this, unless the caller is inside one, and none will come. A destructor of
-    /// a derived class calls it first where notifications may come from other threads.
+    /// Ends all notifications of this observer: no `update` runs after this call, which waits for those on other threads. A
+    /// call from inside an `update` of this observer does not wait. The destructor of a derived class calls it first if other
+    /// threads may notify.
     void disableUpdates() {
         disable();
-        // Without a change manager, at the begin and at the end of the process, nobody is inside.
+        // Without a change manager, at the start and the end of the process, no notification runs.
         using Manager = ObChangeManager<Tag>;
         if (Manager::getState() == Manager::INITIALIZED) Manager::getInstance().disableUpdates(*this);
     }
@@ -33,11 +35,13 @@ protected:
 private:
     friend class ObNotifier<Tag>;
 
-    /// Called after the observer was attached, on the thread that did it.
+    /// Called after the observer was attached to a subject, on the attaching thread.
     virtual void attachedTo(ObSubject<Tag>* subject);
-    /// Called after the observer was detached, also by the subject's end; the subject may be used as a name only then.
+    /// Called after the observer was detached from a subject, also by the destructor of the subject: use the pointer only as
+    /// an identifier.
     virtual void detachedFrom(ObSubject<Tag>* subject);
-    /// @param observer this observer, as the change manager knows it.
+    /// Called for each notification of a subject. An exception is logged, and the other observers are notified.
+    /// @param observer this observer.
     virtual void update(ObObserver const* observer, ObHints const& hints) = 0;
 };
 

@@ -4,28 +4,29 @@
 
 namespace Ko {
 
-/// Base of what observers are told about: the sender of notifications of the tag `Tag`.
+/// Base of senders of notifications of the tag `Tag`.
 ///
-/// The destructor detaches all observers. It may run inside an `update` that the subject itself has caused; the observers
-/// that were still to be told are not told then.
+/// The destructor detaches all observers. It may run inside a notification of the subject; the remaining observers are not
+/// notified then.
 template <class Tag>
 class ObSubject : public ObSubjectLinks {
 public:
     ObSubject(ObSubject const&) = delete;
     ObSubject& operator=(ObSubject const&) = delete;
 
-    /// Any thread. @returns false when the observer was attached already. @throws ExNullPtr for a null pointer.
+    /// Attaches an observer. Any thread. @returns false if it was attached already. @throws ExNullPtr for a null pointer.
     bool attachObserver(ObObserver<Tag>* observer) {
         return ObChangeManager<Tag>::getInstance().attachObserver(*this, observer);
     }
-    /// After this no `update` of the observer for this subject runs, unless the caller is inside an `update` of it, and
-    /// none will come. Any thread. @returns false when the observer was not attached.
+    /// Detaches an observer. After this, no `update` of the observer for this subject runs: the call waits for those on other
+    /// threads, unless it comes from inside an `update` of that observer. Two threads that are each inside an `update` of one
+    /// observer and detach the other thread's observer wait for each other for ever. Any thread.
+    /// @returns false if the observer was not attached. @throws ExNullPtr for a null pointer.
     bool detachObserver(ObObserver<Tag>* observer) {
         return ObChangeManager<Tag>::getInstance().detachObserver(*this, observer);
     }
-    /// Calls `update` of the observers that are attached now, in the order in which they were attached, on this thread and
-    /// without a lock. Those that are attached meanwhile are told the next time. What an observer throws is logged, and
-    /// the others are told. Any thread.
+    /// Calls `update` of all attached observers on this thread, in the order of their attachment and without a lock. Observers
+    /// that are attached meanwhile are notified the next time. An exception from an observer is logged. Any thread.
     void notify(ObHints const& hints) {
         if (hasObservers()) ObChangeManager<Tag>::getInstance().notify(*this, hints);
     }

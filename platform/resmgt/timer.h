@@ -4,16 +4,17 @@
 
 namespace Ko {
 
-/// Measures intervals on the system's steady clock.
+/// Measures intervals with the steady clock of the system.
 class HwIntervalTimer {
 public:
-    /// Begins an interval.
+    /// Starts an interval.
     void start() noexcept { _begin = Clock::now(); }
-    /// Ends the interval.
-    /// @returns its length in seconds.
+    /// Ends the interval. @returns its length in seconds.
     double stop() noexcept { return getSecondsSoFar(); }
     /// Seconds since `start()`.
-    double getSecondsSoFar() const noexcept { return std::chrono::duration<double>(Clock::now() - _begin).count(); }
+    [[nodiscard]] double getSecondsSoFar() const noexcept {
+        return std::chrono::duration<double>(Clock::now() - _begin).count();
+    }
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -24,26 +25,26 @@ private:
 template <class IntervalTimer>
 class Timer {
 public:
-    /// @param name is not copied.
+    /// @param name is not copied and must live as long as the timer.
     explicit Timer(char const* name) noexcept : _name(name) {}
 
-    /// As it was given.
+    /// The name given to the constructor.
     char const* getName() const noexcept { return _name; }
-    /// Forgets the intervals that have ended.
+    /// Sets the sum of the ended intervals to zero.
     void reset() noexcept { _accumulatedSeconds = 0.0; }
-    /// Begins an interval; one that is running is dropped.
+    /// Starts an interval. An interval that is running is discarded.
     void start() noexcept {
         _stopped = 0;
         _clock.start();
     }
-    /// Without effect on a timer that is not running.
+    /// Ends the running interval, if any, and adds it to the sum.
     void stop() noexcept {
         if (_stopped) return;
         _stopped = 1;
         _accumulatedSeconds += _clock.stop();
     }
-    /// The sum of all intervals since the last reset, in seconds, the running one included.
-    double getSeconds() const noexcept {
+    /// The sum of all intervals since the last reset, including the running one, in seconds.
+    [[nodiscard]] double getSeconds() const noexcept {
         return _stopped ? _accumulatedSeconds : _accumulatedSeconds + _clock.getSecondsSoFar();
     }
 

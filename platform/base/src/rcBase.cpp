@@ -13,7 +13,7 @@ namespace Ko {
 
 namespace {
 
-// Where objects find the state that their weak references share. Never destroyed: objects may die at process end.
+// Maps objects to the common state of their weak references. Never destroyed: objects may die at process end.
 struct WeakStates {
     std::mutex mutex;
     std::unordered_map<RCBase const*, std::shared_ptr<RCWeakState>> states;
@@ -50,7 +50,7 @@ std::shared_ptr<RCWeakState> RCWeakState::of(RCBase const* object) {
 bool RCWeakState::retain() noexcept {
     std::lock_guard const guard(_mutex);
     if (!_object) return false;
-    // An object whose last owner has let go is not brought back.
+    // Without an owner, the object is about to be deleted on another thread, which has not expired it yet.
     std::uint32_t references = _object->_references.load(std::memory_order_relaxed);
     while ((references & RCBase::countMask) != 0)
         if (_object->_references.compare_exchange_weak(references, references + 1, std::memory_order_relaxed))

@@ -39,16 +39,44 @@ TEST_F(EvEventManagerTest, ProcessesInTheOrderOfPostingAndWakesUpOncePerBatch) {
     events.postRequest([this] { post('c'); });
     post('b');
     EXPECT_EQ(1, wakeUps);
-    EXPECT_EQ(3u, events.processEvents()) << "what is posted meanwhile is left for the next call";
-    EXPECT_EQ(2, wakeUps);
+    EXPECT_EQ(3u, events.processEvents()) << "events posted meanwhile wait for the next call";
+    EXPECT_EQ(3, wakeUps) << "for a nested loop in one of the three, and for the event that they post";
     EXPECT_EQ(1u, events.processEvents());
     EXPECT_EQ("abc", processed);
     events.setWakeUpHandler({});
     post('d');
-    EXPECT_EQ(2, wakeUps);
+    EXPECT_EQ(3, wakeUps);
+    events.setWakeUpHandler([this] { ++wakeUps; });
+    EXPECT_EQ(4, wakeUps) << "an event waits when the handler is set";
 }
 
-TEST_F(EvEventManagerTest, GoesOnInAnInnerLoopWhereTheOuterOneIs) {
+// The nested loops sleep until they are woken, as that of a modal dialog.
+TEST_F(EvEventManagerTest, WakesANestedLoopForTheRemainingEvents) {
+    bool isAwake = false;
+    events.setWakeUpHandler([&] { isAwake = true; });
+    for (int dialog = 0; dialog < 3; ++dialog)
+        events.postRequest([&] {
+            processed += '(';
+            while (std::exchange(isAwake, false))
+                events.processEvents();
+            processed += ')';
+        });
+    isAwake = false;
+    events.processEvents();
+    EXPECT_EQ("((()))", processed);
+    // The same for a handler that is set inside the event.
+    events.setWakeUpHandler({});
+    events.postRequest([&] {
+        events.setWakeUpHandler([&] { isAwake = true; });
+        EXPECT_TRUE(isAwake);
+    });
+    post('a');
+    isAwake = false;
+    events.processEvents();
+    events.setWakeUpHandler({});
+}
+
+TEST_F(EvEventManagerTest, ProcessesTheRemainingEventsInANestedCall) {
     post('a');
     events.postRequest([this] {
         for (char const name : {'d', 'e', 'f', 'g'})
@@ -64,21 +92,21 @@ TEST_F(EvEventManagerTest, GoesOnInAnInnerLoopWhereTheOuterOneIs) {
     EXPECT_EQ(0u, events.processEvents());
 }
 
-TEST_F(EvEventManagerTest, KeepsWhatStandsBehindAnEventThatThrows) {
+TEST_F(EvEventManagerTest, KeepsTheEventsAfterOneThatThrows) {
     events.postRequest([] { throw std::runtime_error("bad event"); });
     post('a');
     EXPECT_THROW(events.processEvents(), std::runtime_error);
-    EXPECT_EQ(2, wakeUps) << "there is still something to process";
+    EXPECT_EQ(3, wakeUps) << "one event is left";
     post('b');
     EXPECT_EQ(2u, events.processEvents());
     EXPECT_EQ("ab", processed);
 }
 
-TEST_F(EvEventManagerTest, BelongsToTheApplicationThread) {
+TEST_F(EvEventManagerTest, ProcessesOnlyOnTheApplicationThread) {
     std::thread([this] { EXPECT_THROW(events.processEvents(), ExAssertionFailed); }).join();
 }
 
-TEST_F(EvEventManagerTest, KeepsTheOrderOfEachOfManyPosters) {
+TEST_F(EvEventManagerTest, KeepsTheOrderOfEachPostingThread) {
     constexpr int posters = 4, posts = 5000;
     std::array<int, posters> next{};
     int processedEvents = 0;
@@ -95,7 +123,7 @@ TEST_F(EvEventManagerTest, KeepsTheOrderOfEachOfManyPosters) {
         events.processEvents();
 }
 
-TEST(EvRequestEvent, HoldsFunctionsOfAnySizeThatCannotBeCopiedUntilAnotherIsMovedIntoIt) {
+TEST(EvRequestEvent, HoldsMoveOnlyFunctionsOfAnySize) {
     auto const small = std::make_shared<int>(1);
     auto const large = std::make_shared<int>(2);
     int sum = 0;
@@ -112,10 +140,14 @@ TEST(EvRequestEvent, HoldsFunctionsOfAnySizeThatCannotBeCopiedUntilAnotherIsMove
     EXPECT_EQ(23, sum);
 }
 
-TEST(EvEventManagerLifetime, DestroysWhatWaitsAtTheEnd) {
+TEST(EvEventManagerLifetime, DestroysWaitingEventsAtTheEnd) {
     inChildProcess([] {
         auto const token = std::make_shared<int>(5);
         EvEventManager::getInstance().postRequest([token] { ADD_FAILURE(); });
+        // Its destructor posts another event while the queue is destroyed.
+        std::shared_ptr<void> poster(
+            nullptr, [token](void*) { EvEventManager::getInstance().postRequest([token] { ADD_FAILURE(); }); });
+        EvEventManager::getInstance().postRequest([poster = std::move(poster)] { ADD_FAILURE(); });
         InInitMgr::finalize();
         EXPECT_EQ(1, token.use_count());
         EXPECT_THROW(EvEventManager::getInstance(), InSingletonEx::ExNotInitialized);

@@ -36,7 +36,7 @@ TEST(RCShdPtr, SharesOwnershipAcrossTypesAndDeletesOnce) {
     EXPECT_EQ(0, Base::alive);
 }
 
-TEST(RCShdPtr, RaisesTheNullPointerExceptionNamingTheType) {
+TEST(RCShdPtr, ThrowsForANullPointerAndNamesTheType) {
     auto const error = KoTest::caught<ExNullPtr>([] { static_cast<void>(RCShdPtr<Derived>()->value); });
     EXPECT_NE(std::string::npos, error.getReason().find("Derived"));
 }
@@ -62,7 +62,17 @@ TEST(RCWeakPtr, GivesNoOwnerWhileTheObjectDies) {
     owner.reset();
 }
 
-TEST(RCWeakPtr, SurvivesOwnersThatLetGoWhileOthersLock) {
+// The state between the release of the last owner and the deletion, as another thread may find it.
+TEST(RCWeakPtr, AddsNoOwnerToAnObjectWithoutOwners) {
+    Base* const object = std::make_unique<Base>().release();
+    auto const state = RCWeakState::of(object);
+    EXPECT_FALSE(state->retain());
+    RCShdPtr<Base> const owner(object);
+    EXPECT_TRUE(state->retain());
+    object->removeReference();
+}
+
+TEST(RCWeakPtr, CanBeLockedWhileOtherThreadsReleaseTheLastOwners) {
     constexpr int threads = 4, rounds = 500;
     std::vector<RCShdPtr<Base>> owners(threads);
     RCWeakPtr<Base> weak;

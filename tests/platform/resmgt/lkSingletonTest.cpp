@@ -26,14 +26,14 @@ public:
     Lazy() {
         if (std::exchange(fails, false)) throw std::runtime_error("not yet");
         for (int times = 0; times < 100; ++times)
-            std::this_thread::yield(); // so that others come meanwhile
+            std::this_thread::yield(); // so that other threads arrive
         ++created;
     }
-    // It is there until this is done, as what it owns may need to find it.
+    // The object exists until its destructor has returned, as its members may need it.
     ~Lazy() { destroyed += &LkSingleton<Lazy>::getInstance() == this ? 1 : 100; }
 };
 
-TEST(LkSingleton, IsCreatedOnceHoweverManyThreadsAskAlsoWhenAConstructorThrewBefore) {
+TEST(LkSingleton, IsCreatedOnceByManyThreadsAlsoAfterAConstructorThrew) {
     using Singleton = LkSingleton<Lazy<1>>;
     Lazy<1>::fails = true;
     EXPECT_THROW(Singleton::getInstance(), std::runtime_error);
@@ -52,11 +52,11 @@ TEST(LkSingleton, IsCreatedOnceHoweverManyThreadsAskAlsoWhenAConstructorThrewBef
     EXPECT_NO_THROW(Singleton::checkClassInvariants());
 }
 
-TEST(LkSingleton, IsOneForAllLibrariesOfTheProcess) {
+TEST(LkSingleton, IsTheSameInAllLibrariesOfTheProcess) {
     EXPECT_EQ(&LkSingleton<KoTest::SharedSingleton>::getInstance(), &KoTest::seenFromAnotherLibrary());
 }
 
-// Says at process end, after all singletons were destroyed, what became of one: constructed before their destroyers, it is
+// Prints the state of a singleton at process end. Constructed before the destroyers of the singletons, so that it is
 // destroyed after them.
 template <int number>
 struct Reporter {

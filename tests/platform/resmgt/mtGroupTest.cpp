@@ -4,9 +4,11 @@
 #include "resmgt/sleeper.h"
 #include "tests/support/logRecorder.h"
 
+#include <cmath>
 #include <functional>
 #include <gtest/gtest.h>
 #include <latch>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <thread>
@@ -61,7 +63,7 @@ TEST(MtGroup, ExecutesTasksOfAllProducersOnceAndThoseOfEachInOrder) {
 TEST(MtGroup, PutsAllWorkersToWork) {
     Group group("Six", 6);
     for (int round = 0; round < 200; ++round) {
-        // Each task waits for the others: it takes six workers at once.
+        // Each task waits for the others, so all six workers have to run at once.
         std::latch together(6);
         for (int task = 0; task < 6; ++task)
             add(group, [&] { together.arrive_and_wait(); });
@@ -81,7 +83,7 @@ TEST(MtGroup, MakesProducersWaitForRoom) {
     });
     while (added < 2)
         std::this_thread::yield();
-    EXPECT_EQ(3u, group.getNumRequests()) << "one is executed, two wait, and there is no room for more";
+    EXPECT_EQ(3u, group.getNumRequests()) << "one is executed, two wait, and the queue is full";
     EXPECT_EQ(2, added);
     gate.opened.set();
     while (added < 50)
@@ -89,7 +91,7 @@ TEST(MtGroup, MakesProducersWaitForRoom) {
     group.waitForRequests();
 }
 
-TEST(MtGroup, DiscardsWhatWaitsAtItsEnd) {
+TEST(MtGroup, DiscardsWaitingTasksAtItsEnd) {
     auto const token = std::make_shared<int>(1);
     std::optional<Group> group(std::in_place, "Ending", 1);
     Gate gate(*group);
@@ -97,24 +99,34 @@ TEST(MtGroup, DiscardsWhatWaitsAtItsEnd) {
         add(*group, [token] {});
     gate.opened.set();
     group.reset();
-    EXPECT_EQ(1, token.use_count()) << "nothing of a task is left";
+    EXPECT_EQ(1, token.use_count()) << "all tasks are destroyed";
+}
+
+TEST(MtThreadPool, ThrowsIfAThreadCannotBeStarted) {
+    struct Huge : MtThreadPool {
+        Huge() : MtThreadPool("Huge", 1, false, std::size_t{1} << 60) {}
+        ~Huge() override { stop(); }
+        using MtThreadPool::start;
+        bool obtainTask(MtTask&) override { return false; }
+    } pool;
+    EXPECT_THROW(pool.start(), ExInternalError);
 }
 
 TEST(MtGroup, SurvivesTasksThatThrow) {
     LogRecorder const log;
     auto const token = std::make_shared<int>(1);
     Group group("Throwing", 1);
-    add(group, [token] { throw std::runtime_error("spilt milk"); });
+    add(group, [token] { throw std::runtime_error("task failed"); });
     group.waitForRequests();
-    EXPECT_EQ(1, token.use_count()) << "nothing of the task is left";
+    EXPECT_EQ(1, token.use_count()) << "the task is destroyed";
     bool executed = false;
     add(group, [&] { executed = true; });
     group.waitForRequests();
     EXPECT_TRUE(executed);
-    EXPECT_EQ((std::vector<std::string>{"Errors:0 A task failed: spilt milk"}), log.lines());
+    EXPECT_EQ((std::vector<std::string>{"Errors:0 A task failed: task failed"}), log.lines());
 }
 
-TEST(MtGroup, TellsItsObserverOfEveryTask) {
+TEST(MtGroup, CallsItsObserverForEveryTask) {
     struct Counter : MtContainerObserver<std::queue<MtTask>> {
         void taken(std::queue<MtTask> const&, MtTask const&) override { ++count; }
         std::atomic<int> count{0};
@@ -131,14 +143,14 @@ TEST(MtGroup, TellsItsObserverOfEveryTask) {
     EXPECT_EQ(100, counter->count);
 }
 
-TEST(MtGroup, RefusesWhatCannotWork) {
+TEST(MtGroup, RejectsInvalidArguments) {
     EXPECT_THROW(Group("None", 0), ExAssertionFailed);
     EXPECT_THROW(Group("Negative", 1, -1), ExAssertionFailed);
     Group group("Null", 1);
     EXPECT_THROW(group.add(nullptr), ExNullPtr);
 }
 
-TEST(MtGroup, StartsAndEndsAtAnyTime) {
+TEST(MtGroup, CanBeDestroyedAtAnyTime) {
     for (int round = 0; round < 300; ++round) {
         Group group("Short", 6);
         for (int task = 0; task < round % 10; ++task)
@@ -157,7 +169,7 @@ TEST(MtRequestMgr, CountsForEachTag) {
     EXPECT_FALSE(second.isValid());
 }
 
-TEST(Sleeper, IsWokenOnceByAllThatCameBeforeOrByTime) {
+TEST(Sleeper, WakesOnceForAllEarlierWakesOrAfterTheTime) {
     Sleeper sleeper("Test");
     EXPECT_FALSE(sleeper.sleep(0.001));
     EXPECT_FALSE(sleeper.sleep(-1));
@@ -167,6 +179,25 @@ TEST(Sleeper, IsWokenOnceByAllThatCameBeforeOrByTime) {
     EXPECT_FALSE(sleeper.sleep(0));
     std::jthread const wakes([&] { sleeper.wake(); });
     EXPECT_TRUE(sleeper.sleep(1e6));
+}
+
+TEST(LkDeadline, SaturatesForLongWaits) {
+    for (double const seconds : {1e9, 1e12, 1e300, std::numeric_limits<double>::infinity(), std::nan("")}) {
+        EXPECT_EQ(LkDeadline::never, LkDeadline::after(seconds)) << seconds;
+        LkEvent event("event", false);
+        Sleeper sleeper("sleeper");
+        std::latch waiting(1);
+        std::jthread const ends([&] {
+            waiting.wait();
+            event.set();
+            sleeper.wake();
+        });
+        waiting.count_down();
+        EXPECT_TRUE(event.wait(seconds)) << seconds;
+        EXPECT_TRUE(sleeper.sleep(seconds)) << seconds;
+    }
+    for (double const seconds : {0.0, -1e12, -std::numeric_limits<double>::infinity()})
+        EXPECT_FALSE(LkEvent("event", false).wait(seconds)) << seconds;
 }
 
 TEST(LkEvent, StaysSetUntilReset) {
@@ -182,7 +213,7 @@ TEST(LkEvent, StaysSetUntilReset) {
     EXPECT_TRUE(event.wait(0.0));
 }
 
-TEST(LkEvent, WakesAllAndMayGoAsSoonAsTheyAreAwake) {
+TEST(LkEvent, WakesAllThreadsAndCanBeDestroyedThen) {
     for (int round = 0; round < 1000; ++round) {
         auto event = std::make_unique<LkEvent>("event", false);
         int value = 0;
@@ -191,7 +222,7 @@ TEST(LkEvent, WakesAllAndMayGoAsSoonAsTheyAreAwake) {
         for (int thread = 0; thread < 2; ++thread)
             waiting.emplace_back([&] {
                 event->wait();
-                EXPECT_EQ(round, value) << "what happened before is seen";
+                EXPECT_EQ(round, value) << "earlier writes are visible";
                 awake.count_down();
             });
         std::jthread const setter([&] {

@@ -19,14 +19,14 @@ class Subject : public ObSubject<Tag> {};
 class Hint : public ObHint {};
 class DerivedHint : public Hint {};
 
-/// Does what the test asks.
+/// Calls a function of the test for each update.
 struct Actor : ObObserver<Tag> {
     explicit Actor(std::function<void()> then = {}) : onUpdate(std::move(then)) {}
     ~Actor() override { disableUpdates(); }
     using ObObserver::disableUpdates;
     void update(ObObserver const* observer, ObHints const&) override {
         EXPECT_EQ(this, observer);
-        auto const then = onUpdate; // kept alive, also if the observer ends here
+        auto const then = onUpdate; // outlives the observer if the function destroys it
         if (then) then();
     }
     std::function<void()> onUpdate;
@@ -83,7 +83,7 @@ TEST(ObHints, FindsTheFirstHintOfExactlyItsClass) {
     EXPECT_THROW(hints.add(nullptr), ExNullPtr);
 }
 
-TEST_F(ObTest, TellsInTheOrderOfAttachmentUntilDetached) {
+TEST_F(ObTest, NotifiesInTheOrderOfAttachmentUntilDetached) {
     EXPECT_TRUE(subject.attachObserver(&a));
     EXPECT_TRUE(subject.attachObserver(&b));
     EXPECT_FALSE(subject.attachObserver(&a));
@@ -100,7 +100,7 @@ TEST_F(ObTest, TellsInTheOrderOfAttachmentUntilDetached) {
     EXPECT_THROW(subject.detachObserver(nullptr), ExNullPtr);
 }
 
-TEST_F(ObTest, EndsWithTheSubjectOrTheObserverWhicheverGoesFirst) {
+TEST_F(ObTest, DetachesAtTheEndOfTheSubjectOrTheObserver) {
     auto ending = std::make_unique<Observer>("e", journal);
     auto other = std::make_unique<Subject>();
     for (Subject* const attached : {&subject, other.get()})
@@ -112,17 +112,17 @@ TEST_F(ObTest, EndsWithTheSubjectOrTheObserverWhicheverGoesFirst) {
     EXPECT_EQ("b", notify());
 }
 
-TEST_F(ObTest, LetsObserversAttachAndDetachWhileTheyAreTold) {
+TEST_F(ObTest, AllowsAttachingAndDetachingInAnUpdate) {
     Observer d("d", journal), late("l", journal);
     attach(subject, {&a, &b, &c, &d});
     b.onUpdate = [&] {
-        subject.detachObserver(&c); // comes next
+        subject.detachObserver(&c); // the next one
         subject.detachObserver(&b); // itself
         subject.attachObserver(&late);
     };
     EXPECT_EQ("ab-c-b+ld", notify());
     EXPECT_EQ("adl", notify());
-    // Detached and attached again: told the next time.
+    // Detached and attached again: notified the next time.
     a.onUpdate = [&] {
         subject.detachObserver(&a);
         subject.attachObserver(&a);
@@ -131,7 +131,7 @@ TEST_F(ObTest, LetsObserversAttachAndDetachWhileTheyAreTold) {
     EXPECT_EQ("dla-a+a", notify());
 }
 
-TEST_F(ObTest, LetsObserversEndWhileTheyAreTold) {
+TEST_F(ObTest, AllowsDestroyingObserversInAnUpdate) {
     auto first = std::make_unique<Observer>("1", journal);
     auto second = std::make_unique<Observer>("2", journal);
     attach(subject, {first.get(), second.get(), &c});
@@ -143,12 +143,12 @@ TEST_F(ObTest, LetsObserversEndWhileTheyAreTold) {
     EXPECT_EQ("c", notify());
 }
 
-TEST_F(ObTest, LetsTheSubjectEndWhileItTells) {
+TEST_F(ObTest, AllowsDestroyingTheSubjectInAnUpdate) {
     auto ending = std::make_unique<Subject>();
     a.onUpdate = [&] { ending.reset(); };
     attach(*ending, {&a, &b});
     EXPECT_EQ("a-a-b", notify(*ending));
-    // An observer may also end with its subject.
+    // An observer can also be destroyed in `detachedFrom`.
     auto leaving = std::make_unique<Observer>("l", journal);
     ending = std::make_unique<Subject>();
     leaving->onDetached = [&] { std::make_unique<Observer>("x", journal).swap(leaving); };
@@ -158,7 +158,7 @@ TEST_F(ObTest, LetsTheSubjectEndWhileItTells) {
     EXPECT_EQ("-l-b", journal);
 }
 
-TEST_F(ObTest, NestsNotifications) {
+TEST_F(ObTest, AllowsNestedNotifications) {
     a.onUpdate = [&] {
         a.onUpdate = nullptr;
         subject.notify(ObHints());
@@ -167,7 +167,7 @@ TEST_F(ObTest, NestsNotifications) {
     EXPECT_EQ("aabb", notify());
 }
 
-TEST_F(ObTest, LogsWhatAnObserverThrowsAndTellsTheOthers) {
+TEST_F(ObTest, LogsExceptionsAndNotifiesTheOtherObservers) {
     LogRecorder const log;
     a.onUpdate = [] { throw std::runtime_error("first"); };
     b.onUpdate = [] { throw 5; };
@@ -176,7 +176,7 @@ TEST_F(ObTest, LogsWhatAnObserverThrowsAndTellsTheOthers) {
     EXPECT_EQ(2u, log.lines().size());
 }
 
-// An observer that notices an update after its end, or one that is still running then.
+// Detects an update that runs during or after the destruction.
 struct Mortal : ObObserver<Tag> {
     ~Mortal() override {
         disableUpdates();
@@ -190,11 +190,11 @@ struct Mortal : ObObserver<Tag> {
         EXPECT_TRUE(isAlive);
         inside.fetch_sub(1, std::memory_order_relaxed);
     }
-    bool isAlive = true; // unsafe to be read when the destructor has begun
+    bool isAlive = true; // not atomic: a read during the destructor is a race
     std::atomic<int> inside{0};
 };
 
-/// Ten threads that notify while the test does something.
+/// Ten threads that notify during the lifetime of this object.
 class Notifiers {
 public:
     explicit Notifiers(std::vector<Subject>& subjects) {
@@ -215,7 +215,7 @@ private:
     std::vector<std::jthread> _threads;
 };
 
-TEST(ObRace, NoUpdateRunsAfterADetachmentOrTheEndOfAnObserver) {
+TEST(ObRace, NoUpdateRunsAfterADetachmentOrADestruction) {
     std::vector<Subject> subjects(3);
     Notifiers const notifiers(subjects);
     for (int round = 0; round < 100; ++round) {
@@ -230,7 +230,7 @@ TEST(ObRace, NoUpdateRunsAfterADetachmentOrTheEndOfAnObserver) {
     }
 }
 
-TEST(ObRace, ObserversComeAndGoFromInsideUpdatesOnAllThreads) {
+TEST(ObRace, UpdatesOnAllThreadsAttachAndDetachObservers) {
     std::vector<Subject> subjects(2);
     std::vector<std::unique_ptr<Mortal>> guests;
     for (int guest = 0; guest < 4; ++guest)
@@ -255,7 +255,7 @@ TEST(ObRace, ObserversComeAndGoFromInsideUpdatesOnAllThreads) {
         std::this_thread::yield();
 }
 
-TEST(ObRace, SubjectsAndObserversEndAtTheSameTime) {
+TEST(ObRace, SubjectsAndObserversAreDestroyedAtTheSameTime) {
     for (int round = 0; round < 2000; ++round) {
         auto subject = std::make_unique<Subject>();
         auto observer = std::make_unique<Mortal>();

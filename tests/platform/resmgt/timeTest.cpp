@@ -11,7 +11,7 @@ namespace {
 using namespace Ko;
 
 TEST(LiDate, IsFormattedInTheTimeZoneOfTheMachine) {
-    LiDate const date(LiDate::Clock::from_time_t(1351383000)); // in the night when summer time ended
+    LiDate const date(LiDate::Clock::from_time_t(1351383000)); // the night at the end of summer time
     constexpr char const* central = "CET-1CEST,M3.5.0,M10.5.0/3";
     for (auto const& [zone, format, expected] : std::vector<std::tuple<char const*, int, char const*>>{
              {"UTC0", 0, "2012-10-28"}, {central, 1, "2012-10-28 02:10:00"}, {central, 2, "2012-10-28T02:10:00+0200"},
@@ -20,12 +20,14 @@ TEST(LiDate, IsFormattedInTheTimeZoneOfTheMachine) {
         ::tzset();
         EXPECT_EQ(expected, LiDateFormat::format(date, format)) << zone;
     }
-    EXPECT_THROW(LiDateFormat::format(date, 3), ExAssertionFailed);
-    EXPECT_THROW(LiDateFormat::format(date, -1), ExAssertionFailed);
-    EXPECT_LE(LiDate(LiDate::Clock::from_time_t(1700000000)), LiDate()) << "now, unless told otherwise";
+    EXPECT_THROW(static_cast<void>(LiDateFormat::format(date, 3)), ExAssertionFailed);
+    EXPECT_THROW(static_cast<void>(LiDateFormat::format(date, -1)), ExAssertionFailed);
+    LiDate const beforeTheEpoch(LiDate::Clock::time_point(std::chrono::milliseconds(-1)));
+    EXPECT_EQ("1969-12-31T13:59:59-1000", LiDateFormat::format(beforeTheEpoch, 2)) << "rounded down";
+    EXPECT_LE(LiDate(LiDate::Clock::from_time_t(1700000000)), LiDate()) << "the present time by default";
 }
 
-// An interval timer whose time the test turns.
+// An interval timer with a clock that the test sets.
 struct ManualTimer {
     void start() noexcept { begin = now; }
     double stop() noexcept { return getSecondsSoFar(); }
@@ -35,7 +37,7 @@ struct ManualTimer {
     double begin = 0.0;
 };
 
-// Steps: s starts, p stops, r resets; then some seconds pass.
+// Steps: s starts, p stops, r resets. Then the given seconds pass.
 TEST(Timer, AddsUpTheIntervalsBetweenStartAndStop) {
     Timer<ManualTimer> timer("anonymous");
     for (auto const& [steps, seconds, expected] :

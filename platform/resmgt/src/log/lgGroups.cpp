@@ -106,10 +106,11 @@ void writeSafely(LgSink& sink, LgRecord const& record) noexcept {
 }
 
 void Log::write(LgRecord const& record) {
+    std::shared_ptr<LgSinks::Sinks const> sinks; // released without the lock: a sink may have removed itself
     std::lock_guard const guard(_sinkMutex);
     // The lock is this thread's: only a sink that logs can find the flag set.
     if (std::exchange(_isWriting, true)) return;
-    auto const sinks = _sinks;
+    sinks = _sinks;
     for (std::shared_ptr<LgSink> const& sink : *sinks)
         if (sinks == _sinks || std::ranges::find(*_sinks, sink) != _sinks->end()) writeSafely(*sink, record);
     _isWriting = false;

@@ -8,10 +8,10 @@
 
 namespace Ko {
 
-/// One observer attached to one subject, in the list of both.
+/// The attachment of one observer to one subject, in the lists of both.
 ///
-/// While somebody is inside the observer's `update` on behalf of the subject, the link stays in the subject's list, detached
-/// or not: the notification finds its way on from there. What is detached is freed by the last who uses it.
+/// While a notification of the subject is inside the observer, the link stays in the list of the subject, also when it is
+/// detached: the notification goes on from there. A detached link is freed by its last user.
 struct ObLink {
     ObSubjectLinks* subject;   // null after its end
     ObObserverLinks* observer; // null after its end
@@ -20,8 +20,8 @@ struct ObLink {
     ObLink* nextOfSubject = nullptr;
     ObLink* previousOfObserver = nullptr;
     ObLink* nextOfObserver = nullptr;
-    // How many notifications are inside, how many threads wait for them, and whether no more will come: guarded by the
-    // subject's lock while there is a subject, and by the manager's after that.
+    // How many notifications are inside the observer, how many threads wait for them, and whether notifications skip the
+    // link. Guarded by the lock of the subject; after the end of the subject, by the lock of the manager.
     int running = 0;
     int waiting = 0;
     bool isDetached = false;
@@ -29,7 +29,7 @@ struct ObLink {
 
 namespace {
 
-/// Where this thread is inside calls of observers, the innermost first.
+/// The calls of observers that this thread is inside of, the innermost first.
 struct Inside {
     ObLink* link;
     ObSubjectLinks* subject; // null after its end
@@ -56,10 +56,10 @@ ObNotifierBase::~ObNotifierBase() = default;
 
 void ObSubjectLinks::Lock::waitUntilFree() const noexcept {
     for (int tries = 0; _isLocked.load(std::memory_order_relaxed); ++tries)
-        if (tries > 16) std::this_thread::yield(); // the one that holds it may have been suspended
+        if (tries > 16) std::this_thread::yield(); // the holder may have been suspended
 }
 
-/// One notification on its way from link to link.
+/// One notification, which goes from link to link.
 class ObChangeManagerImp::Pass {
 public:
     Pass(ObChangeManagerImp& manager, ObSubjectLinks& subject) noexcept
@@ -78,16 +78,16 @@ public:
             leave(left);
             return nullptr;
         }
-        bool othersWait = false;
+        bool needsManager = false;
         {
             std::lock_guard const guard(_inside.subject->_lock);
-            ObLink* const link = firstToTell(left ? left->nextOfSubject : begin());
+            ObLink* const link = firstToNotify(left ? left->nextOfSubject : begin());
             if (link) ++link->running;
-            othersWait = left && (left->isDetached || left->waiting > 0);
-            if (left && !othersWait) --left->running;
+            needsManager = left && (left->isDetached || left->waiting > 0);
+            if (left && !needsManager) --left->running;
             _inside.link = link;
         }
-        if (othersWait) leave(left);
+        if (needsManager) leave(left);
         return _inside.link ? _inside.link->observer : nullptr;
     }
 
@@ -97,15 +97,15 @@ private:
         _lastNumber = last ? last->number : 0;
         return _inside.subject->_first.load(std::memory_order_relaxed);
     }
-    // What is attached from now on is told the next time.
-    ObLink* firstToTell(ObLink* link) const noexcept {
+    // Links that are attached from now on are skipped.
+    ObLink* firstToNotify(ObLink* link) const noexcept {
         while (link && (link->isDetached || !link->observer->_updatesEnabled.load(std::memory_order_relaxed)))
             link = link->nextOfSubject;
         return link && link->number <= _lastNumber ? link : nullptr;
     }
     void leave(ObLink* link) noexcept {
         Guard const guard(_manager._mutex);
-        _manager.stepOff(*link);
+        _manager.leaveLink(*link);
     }
 
     ObChangeManagerImp& _manager;
@@ -114,8 +114,7 @@ private:
     std::uint64_t _lastNumber = 0;
 };
 
-// Looks where fewer links are: a subject with many observers usually has observers with few subjects, and the other way
-// round.
+// Searches both lists in parallel, until the shorter one ends: usually one of them is short.
 template <class Predicate>
 ObLink* ObChangeManagerImp::find(
     ObSubjectLinks const& subject, ObObserverLinks const& observer, Predicate predicate) noexcept {
@@ -128,7 +127,7 @@ ObLink* ObChangeManagerImp::find(
     return nullptr;
 }
 
-// Runs a step under the lock of the link's subject, if that still exists.
+// Runs a step under the lock of the subject of the link, if the subject still exists.
 template <class Step>
 auto ObChangeManagerImp::withSubject(ObLink const& link, Step step) noexcept {
     if (!link.subject) return step();
@@ -168,7 +167,7 @@ bool ObChangeManagerImp::detach(ObSubjectLinks& subject, ObObserverLinks& observ
             markDetached(*attached);
             freeIfUnused(*attached);
         }
-        // Also on what somebody else has detached a moment ago.
+        // Also waits for links that another thread has just detached.
         auto const isLeaving = [](ObLink const& link) { return link.isDetached && isRunningElsewhere(link); };
         while (ObLink* const link = isInside(observer) ? nullptr : find(subject, observer, isLeaving))
             waitForOthers(guard, *link);
@@ -196,7 +195,7 @@ void ObChangeManagerImp::disableUpdates(ObObserverLinks& observer) {
             continue;
         }
         waitForOthers(guard, *link);
-        link = observer._first; // the list may be another one now
+        link = observer._first; // the list may have changed during the wait
     }
 }
 
@@ -208,7 +207,8 @@ void ObChangeManagerImp::forget(ObSubjectLinks& subject) noexcept {
     for (Inside* inside = innermost; inside; inside = inside->outer)
         if (inside->subject == &subject) inside->subject = nullptr;
     while (ObLink* const link = subject._first) {
-        // Inside the observer, as in an update: its end waits for this, or knows of it if it comes in here.
+        // Counts as being inside the observer: its destructor waits for the call of `detachedFrom`, or does not wait if that
+        // call runs it.
         Inside inside{link, nullptr, innermost};
         innermost = &inside;
         ObObserverLinks* observer = nullptr;
@@ -223,7 +223,7 @@ void ObChangeManagerImp::forget(ObSubjectLinks& subject) noexcept {
         guard.lock();
         innermost = inside.outer;
         leaveSubject(*link);
-        stepOff(*link);
+        leaveLink(*link);
     }
     guard.unlock();
     error.log();
@@ -234,7 +234,7 @@ void ObChangeManagerImp::forget(ObObserverLinks& observer) noexcept {
     Guard guard(_mutex);
     while (ObLink* const link = observer._first) {
         markDetached(*link);
-        // What is left then is this thread, inside the observer that ends.
+        // After the wait, only this thread can still be inside the observer.
         withSubject(*link, [link] { ++link->waiting; });
         waitForOthers(guard, *link);
         leaveObserver(*link);
@@ -243,7 +243,7 @@ void ObChangeManagerImp::forget(ObObserverLinks& observer) noexcept {
     }
 }
 
-// From now on no notification chooses it.
+// Notifications skip the link from now on.
 void ObChangeManagerImp::markDetached(ObLink& link) noexcept {
     withSubject(link, [&link] { link.isDetached = true; });
 }
@@ -252,18 +252,18 @@ bool ObChangeManagerImp::isRunningElsewhere(ObLink const& link) noexcept {
     return withSubject(link, [&link] { return link.running > countOwn(link); });
 }
 
-// The link may be gone afterwards.
+// May free the link.
 void ObChangeManagerImp::waitForOthers(Guard& guard, ObLink& link) noexcept {
     withSubject(link, [&link] { ++link.waiting; });
     while (isRunningElsewhere(link))
-        _someoneSteppedOff.wait(guard);
+        _linkIsUnused.wait(guard);
     withSubject(link, [&link] { --link.waiting; });
     freeIfUnused(link);
 }
 
-void ObChangeManagerImp::stepOff(ObLink& link) noexcept {
+void ObChangeManagerImp::leaveLink(ObLink& link) noexcept {
     withSubject(link, [&link] { --link.running; });
-    _someoneSteppedOff.notify_all();
+    _linkIsUnused.notify_all();
     freeIfUnused(link);
 }
 

@@ -1,5 +1,7 @@
 #include "resmgt/src/threads/mtThread.h"
 
+#include "base/exBase.h"
+
 #include <climits>
 #include <pthread.h>
 #include <sched.h>
@@ -17,7 +19,9 @@ struct MtThread::Native {
 namespace {
 
 void check(int error) {
-    if (error != 0) throw std::system_error(error, std::generic_category(), "A thread cannot be started");
+    if (error != 0)
+        throw ExInternalError("resmgt\\src\\mtThread", __LINE__,
+            "A thread cannot be started: " + std::generic_category().message(error) + ".");
 }
 
 class Attributes {
@@ -42,7 +46,7 @@ private:
 
 void yieldToOthers() {
     sched_param none{};
-    // A thread that may not lower itself works on as it is.
+    // Without the permission, the thread keeps its priority.
     static_cast<void>(pthread_setschedparam(pthread_self(), SCHED_IDLE, &none));
 }
 

@@ -4,7 +4,7 @@
 
 namespace Ko {
 
-/// The calendar of the machine's time zone at a point in time. Any thread.
-std::tm localTime(std::time_t time);
+/// The local date and time of day, in the time zone of the machine. Any thread.
+[[nodiscard]] std::tm localTime(std::time_t time);
 
 } // namespace Ko

@@ -11,7 +11,8 @@ namespace Ko {
 
 namespace {
 
-/// Where threads wait. Several events share one place: an event is small, and nobody has to touch it to wake a thread.
+/// Where threads wait. Shared by several events: so an event stays small, and waking a thread does not touch the event,
+/// which may be destroyed by then.
 struct Place {
     std::mutex mutex;
     std::condition_variable wakeUp;
@@ -19,7 +20,7 @@ struct Place {
 
 Place& placeOf(void const* event) noexcept {
     using Places = std::array<Place, 64>;
-    // Never destroyed: threads may wait until the process has ended.
+    // Never destroyed: threads may wait until the process ends.
     static NeverDestroyed<Places> instance;
     Places& places = *instance;
     return places[std::hash<std::uintptr_t>()(reinterpret_cast<std::uintptr_t>(event) >> 4) % places.size()];
@@ -27,7 +28,7 @@ Place& placeOf(void const* event) noexcept {
 
 } // namespace
 
-bool LkEvent::waitUntil(std::chrono::steady_clock::time_point deadline) const {
+bool LkEvent::waitUntil(LkDeadline::Time deadline) const {
     if (isSet()) return true;
     Place& place = placeOf(this);
     std::unique_lock lock(place.mutex);
@@ -35,7 +36,7 @@ bool LkEvent::waitUntil(std::chrono::steady_clock::time_point deadline) const {
         State unset = State::Unset;
         _state.compare_exchange_strong(unset, State::Awaited, std::memory_order_acq_rel);
         if (isSet()) return true;
-        if (deadline == std::chrono::steady_clock::time_point::max())
+        if (deadline == LkDeadline::never)
             place.wakeUp.wait(lock);
         else
             inTime = place.wakeUp.wait_until(lock, deadline) == std::cv_status::no_timeout;
@@ -44,13 +45,12 @@ bool LkEvent::waitUntil(std::chrono::steady_clock::time_point deadline) const {
 }
 
 bool LkEvent::wait(double seconds) const {
-    using namespace std::chrono;
-    return waitUntil(steady_clock::now() + duration_cast<steady_clock::duration>(duration<double>(seconds)));
+    return waitUntil(LkDeadline::after(seconds));
 }
 
 void LkEvent::wakeAll(void const* event) noexcept {
     Place& place = placeOf(event);
-    // With the lock: a thread that has found the event not set is waiting by then.
+    // Under the lock: a thread that found the event not set is waiting by then, and cannot miss the wake-up.
     std::lock_guard const guard(place.mutex);
     place.wakeUp.notify_all();
 }

@@ -8,7 +8,7 @@
 
 namespace Ko {
 
-/// A thread of the system. Its destructor waits for its end.
+/// A thread of the operating system. The destructor waits until the thread has ended.
 class MtThread {
 public:
     struct Settings {
@@ -17,7 +17,7 @@ public:
         std::size_t stackSize = 0;
     };
 
-    /// @param body must not throw. @throws std::system_error
+    /// Starts the thread. @param body must not throw. @throws ExInternalError if the system cannot start it.
     MtThread(Settings settings, std::function<void()> body);
     ~MtThread();
     MtThread(MtThread const&) = delete;

@@ -6,7 +6,7 @@
 
 namespace KoBench {
 
-/// Counts what was executed down, by one atomic subtraction each.
+/// Counts executed items down, with one atomic subtraction each.
 class Countdown {
 public:
     explicit Countdown(std::int64_t count) : _left(count) {}

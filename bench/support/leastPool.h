@@ -9,7 +9,7 @@
 
 namespace KoBench {
 
-/// The minimum of a group of workers: a mutex, a condition and a deque, and one worker woken at a time.
+/// Minimal group of workers: a mutex, a condition variable and a deque; wakes one worker at a time.
 class LeastPool {
 public:
     explicit LeastPool(int workers) {

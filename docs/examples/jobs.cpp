@@ -26,7 +26,7 @@ private:
     int _tiles;
 };
 
-/// Waits for something that comes from elsewhere. A stop has to end the wait.
+/// Waits for input from another thread. A stop has to end the wait.
 class Listen : public BgJobProtocol {
 public:
     Listen() : BgJobProtocol("Listen", "listen") {}
@@ -34,20 +34,20 @@ public:
     void execute() override {
         hasBegun.set();
         while (continueExecution()) {
-            _somethingCame.wait();
-            _somethingCame.reset();
-            // ... what is to be done then ...
+            _inputArrived.wait();
+            _inputArrived.reset();
+            // ... process the input ...
         }
     }
     void stop() override {
         BgJobProtocol::stop();
-        _somethingCame.set();
+        _inputArrived.set();
     }
 
     LkEvent hasBegun{"Listening", false};
 
 private:
-    LkEvent _somethingCame{"Something came", false};
+    LkEvent _inputArrived{"Input arrived", false};
 };
 
 char const* nameOf(BgJobHintChangeState::JobState_t state) {
@@ -67,7 +67,7 @@ char const* nameOf(BgJobHintChangeState::JobState_t state) {
     }
 }
 
-/// Shows on the application thread what becomes of a job.
+/// Shows the states and the progress of jobs on the application thread.
 class Display : private ObObserver<BgJobTag> {
 public:
     ~Display() override { disableUpdates(); }
@@ -78,7 +78,7 @@ public:
     }
 
 private:
-    // On the thread that changes the job: takes along what it needs, and leaves the rest to the application thread.
+    // Runs on the thread that changes the job: posts an event that holds all it needs.
     void update(ObObserver<BgJobTag> const*, ObHints const& hints) override {
         EvEventManager& events = EvEventManager::getInstance();
         if (auto const change = hints.pickHint<BgJobHintChangeState>())
@@ -90,14 +90,14 @@ private:
 
 LkEvent awake("Host", true);
 
-/// Stands for the host's loop.
+/// Stands for the loop of the host.
 void runToTheEnd(RCShdPtr<BgJob> const& job) {
     while (job->isRunning()) {
         awake.wait();
         awake.reset();
         EvEventManager::getInstance().processEvents();
     }
-    // From here on nothing comes from the job any more.
+    // After this, the job sends no more notifications.
     BgManager::getInstance().stopAndDeleteJob(job);
     EvEventManager::getInstance().processEvents();
 }
@@ -105,7 +105,7 @@ void runToTheEnd(RCShdPtr<BgJob> const& job) {
 RCShdPtr<BgJob> submit(Display& display, OPtr<BgJobProtocol> protocol) {
     std::cout << protocol->getJobName() << ":\n";
     auto const job = BgJob::create(std::move(protocol));
-    // Before a worker can have it: nothing is missed.
+    // Before a worker can take the job, so that no notification is missed.
     display.follow(job);
     BgManager::getInstance().addJob(job);
     return job;

@@ -6,21 +6,22 @@
 
 namespace Ko {
 
-/// What background jobs raise.
+/// Base of the exceptions of background jobs.
 class KO_FRAMEWORK_API BgEx : public ExBase {
 public:
     class ExBgManager;
     class ExBgTaskFailed;
 
-    /// For the package's hooks; the first takes the texts from the catalogue that is open:
+    /// Reads the texts of the messages from the open catalogue. Called by the package.
     static void initialize();
+    /// Counterpart of `initialize()`, without effect. Called by the package.
     static void finalize();
 
 protected:
     BgEx(char const* file, int line);
 };
 
-/// The background manager could not do what it was asked to.
+/// An operation of the background manager failed.
 class KO_FRAMEWORK_API BgEx::ExBgManager : public BgEx {
 public:
     /// @param text becomes part of the reason.
@@ -29,7 +30,7 @@ public:
     [[noreturn]] void raise() const override;
 };
 
-/// A background job could not do its work.
+/// The work of a background job failed.
 class KO_FRAMEWORK_API BgEx::ExBgTaskFailed : public BgEx {
 public:
     /// @param text becomes part of the reason.

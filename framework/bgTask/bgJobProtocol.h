@@ -9,7 +9,7 @@
 
 namespace Ko {
 
-/// The work of a background job. A client derives from it, and hands an object to `BgManager::addJob`, which runs it on a
+/// The work of a background job. A client derives from it and passes an object to `BgManager::addJob`, which runs it on a
 /// worker:
 ///
 ///     class RenderProtocol : public BgJobProtocol {
@@ -23,54 +23,60 @@ namespace Ko {
 ///         }
 ///     };
 ///
-/// Whoever implements `execute()` returns early when `continueExecution()` is false, and throws on failure: what is thrown
-/// makes the job fail, and an `ExBase` is shown to the user. `start()` and `stop()` are called by the job alone.
+/// `execute()` returns early when `continueExecution()` is false, and throws on failure: an exception makes the job fail, and
+/// the reason of an `ExBase` is shown to the user. Only the job calls `start()` and `stop()`.
 class KO_FRAMEWORK_API BgJobProtocol {
 public:
     virtual ~BgJobProtocol();
     BgJobProtocol(BgJobProtocol const&) = delete;
     BgJobProtocol& operator=(BgJobProtocol const&) = delete;
 
-    /// The work. On a worker, at most once at a time.
+    /// The work. Runs on a worker, at most once at a time.
     virtual void execute() = 0;
-    /// Lets the execution continue, and calls `execute()`.
+    /// Lets `continueExecution()` be true again, and calls `execute()`. A `stop()` that came before the job was Busy has no
+    /// effect any more; a later one still holds.
     virtual void start();
-    /// Asks `execute()` to return, without waiting for it. Any thread. An override that does more calls this one too.
+    /// Makes `continueExecution()` false, without waiting. Any thread. An override that does more calls this one first.
     virtual void stop();
-    /// What was reported last: done / total, not limited to [0, 1]; 0 before that. Any thread.
-    virtual float progress() const;
+    /// The last reported value: done / total, not limited to [0, 1]; 0 before the first report, NaN where the progress is
+    /// unknown. Any thread.
+    [[nodiscard]] virtual float progress() const;
 
-    /// For display; they stay the same, and may be asked for by any thread:
-    LiString getJobName() const { return _name; }
-    LiString getJobType() const { return _type; }
+    /// The name for display. Never changes. Any thread.
+    [[nodiscard]] LiString getJobName() const { return _name; }
+    /// The kind of work, for display. Never changes. Any thread.
+    [[nodiscard]] LiString getJobType() const { return _type; }
 
-    /// @param callback is not owned; null for none. Not while the protocol executes.
+    /// Sets the receiver of progress reports. Not while the protocol executes.
+    /// @param callback is not owned; null for none.
     void setProgressCallback(BgProgressReport* callback) noexcept { _progressCallback = callback; }
 
 protected:
-    /// The name is "unnamed job".
+    /// Names the protocol "unnamed job".
     explicit BgJobProtocol(LiString const& type);
+    /// Sets the name and the type for display.
     BgJobProtocol(LiString const& name, LiString const& type);
 
-    /// Whether to go on; asked from time to time by `execute()`. Any thread.
-    bool continueExecution() const;
-    /// Told from time to time by `execute()`, and at the end with `done == total`: a job notes its end time by that.
+    /// Whether to go on. `execute()` checks it regularly. Any thread.
+    [[nodiscard]] bool continueExecution() const;
+    /// Reports progress. `execute()` calls it regularly, and with `done == total` at the end, which is what makes the job
+    /// record the time of its end. (0, 0) means unknown: `progress()` is NaN then, and observers are not notified.
     void reportProgress(int done, int total) const;
 
 private:
     friend class BgJob;
 
-    // From now on a `stop()` also holds for the execution that has not begun yet.
-    void prepareStart();
+    // Prepares the next `start()`, which then keeps the effect of a later `stop()`.
+    void prepareStart() noexcept;
 
     BgProgressReport* _progressCallback = nullptr;
-    // Written by the executing thread, read by any; nothing else depends on it.
+    // Written by the executing thread and read by any. Nothing else depends on it.
     mutable std::atomic<float> _progress{0.0f};
     LiString _name;
     LiString _type;
     bool _continue = true;
     mutable LkLock _continueLock{"Continue lock"};
-    // A job is busy, and may be stopped, a moment before it calls `start()`, which must not undo that.
+    // A Busy job can be stopped just before it calls `start()`, which must not undo the stop.
     bool _startIsPrepared = false;
 };
 

@@ -9,16 +9,16 @@ namespace Ko {
 class BgJobProtocol;
 class BgJobState;
 
-/// What a state does to a job.
+/// The operations of a job that its states use.
 class KO_FRAMEWORK_API BgJobBase {
 public:
-    /// Never null. Any thread.
+    /// The present state; never null. Any thread.
     virtual BgJobState const* getState() const noexcept = 0;
-    /// Changes the state and tells the observers, unless the job is in that state already.
+    /// Changes the state and notifies the observers. Without effect if the job is in that state already.
     virtual void setState(BgJobState const* state) = 0;
-    /// Null once the protocol was released.
+    /// The protocol of the job; null after its release.
     virtual BgJobProtocol* getProtocol() noexcept = 0;
-    /// The same as `setState` for a job that is in the state `expected`; nothing for another one.
+    /// Changes the state and notifies the observers if the present state is `expected`.
     /// @returns whether the state was changed.
     virtual bool changeState(BgJobState const* expected, BgJobState const* state) = 0;
 
@@ -26,20 +26,20 @@ protected:
     ~BgJobBase() = default;
 };
 
-/// One of the states that a job goes through. States know what a job does next, and keep nothing of it.
+/// One of the states of jobs: decides what `start` and `stop` do to a job. Has no data of its own.
 class KO_FRAMEWORK_API BgJobState {
 public:
     BgJobState(BgJobState const&) = delete;
     BgJobState& operator=(BgJobState const&) = delete;
 
-    /// What a worker does with the job.
+    /// Executes the job if it is Waiting. Called by the worker.
     virtual void start(BgJobBase* job) const;
-    /// Asks the job to end.
+    /// Asks the job to end, if it has not ended.
     virtual void stop(BgJobBase* job) const;
-    /// The state's name, for logs: "Waiting".
-    virtual LiString state() const;
-    /// The state as observers are told of it.
-    virtual BgJobHintChangeState::JobState_t getHintValue() const noexcept = 0;
+    /// The name of the state, for logs: "Waiting".
+    [[nodiscard]] virtual LiString state() const;
+    /// The value of the state in notifications.
+    [[nodiscard]] virtual BgJobHintChangeState::JobState_t getHintValue() const noexcept = 0;
 
 protected:
     BgJobState() = default;
@@ -62,14 +62,14 @@ extern template class KO_FRAMEWORK_API InSingleton<BgJobStopped>;
 extern template class KO_FRAMEWORK_API InSingleton<BgJobComplete>;
 extern template class KO_FRAMEWORK_API InSingleton<BgJobFailed>;
 
-/// While a job is being made.
+/// The state during construction.
 class KO_FRAMEWORK_API BgJobIdle final : public BgJobState, public InSingleton<BgJobIdle> {
 public:
     LiString state() const override;
     BgJobHintChangeState::JobState_t getHintValue() const noexcept override;
 };
 
-/// Until a worker takes the job; stopped, it never starts.
+/// The job waits for a worker. If it is stopped now, it never starts.
 class KO_FRAMEWORK_API BgJobWaiting final : public BgJobState, public InSingleton<BgJobWaiting> {
 public:
     void start(BgJobBase* job) const override;
@@ -78,7 +78,7 @@ public:
     BgJobHintChangeState::JobState_t getHintValue() const noexcept override;
 };
 
-/// While the protocol executes.
+/// The protocol executes.
 class KO_FRAMEWORK_API BgJobBusy final : public BgJobState, public InSingleton<BgJobBusy> {
 public:
     void stop(BgJobBase* job) const override;
@@ -86,28 +86,28 @@ public:
     BgJobHintChangeState::JobState_t getHintValue() const noexcept override;
 };
 
-/// Asked to end, and still executing.
+/// The job was asked to end, and the protocol still executes.
 class KO_FRAMEWORK_API BgJobStopping final : public BgJobState, public InSingleton<BgJobStopping> {
 public:
     LiString state() const override;
     BgJobHintChangeState::JobState_t getHintValue() const noexcept override;
 };
 
-/// Ended because it was asked to.
+/// The job has ended on request.
 class KO_FRAMEWORK_API BgJobStopped final : public BgJobState, public InSingleton<BgJobStopped> {
 public:
     LiString state() const override;
     BgJobHintChangeState::JobState_t getHintValue() const noexcept override;
 };
 
-/// Ended by itself.
+/// The protocol has returned without a request to end.
 class KO_FRAMEWORK_API BgJobComplete final : public BgJobState, public InSingleton<BgJobComplete> {
 public:
     LiString state() const override;
     BgJobHintChangeState::JobState_t getHintValue() const noexcept override;
 };
 
-/// Ended by an exception.
+/// The protocol has thrown an exception.
 class KO_FRAMEWORK_API BgJobFailed final : public BgJobState, public InSingleton<BgJobFailed> {
 public:
     LiString state() const override;

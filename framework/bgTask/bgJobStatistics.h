@@ -5,23 +5,23 @@
 
 namespace Ko {
 
-/// A job's times and progress at one moment, for display.
+/// The times and the progress of a job at one point in time, for display.
 class KO_FRAMEWORK_API BgJobStatistics {
 public:
-    /// Takes the texts as they are to be shown.
+    /// Takes the texts as they are shown.
     BgJobStatistics(LiString submitted, LiString started, LiString ended, float progress);
     BgJobStatistics(BgJobStatistics const&);
     BgJobStatistics& operator=(BgJobStatistics const&);
     virtual ~BgJobStatistics();
 
-    /// As "2026-11-21 17:04:09", local time; here and below.
-    virtual LiString submitted() const;
-    /// Empty before the job was started.
-    virtual LiString started() const;
-    /// Empty until the job has ended its work; one that was stopped or failed on the way stays without.
-    virtual LiString ended() const;
-    /// As the protocol reported it, not limited to [0, 1].
-    virtual float progress() const;
+    /// When the job was made: "2026-11-21 17:04:09", local time.
+    [[nodiscard]] virtual LiString submitted() const;
+    /// When a worker took the job, in the same format; empty before.
+    [[nodiscard]] virtual LiString started() const;
+    /// When the job completed its work, in the same format. Empty before, and for a job that ended with less progress than 1.
+    [[nodiscard]] virtual LiString ended() const;
+    /// The value that the protocol reported, not limited to [0, 1]; NaN if it is unknown.
+    [[nodiscard]] virtual float progress() const;
 
 private:
     LiString _submitted;

@@ -4,40 +4,50 @@
 
 namespace Ko {
 
-/// Runs background jobs on workers, and keeps the list of them until they are deleted.
+/// Runs background jobs on workers, and lists the jobs until they are deleted.
 ///
-/// There are three groups of workers, each with a first-come-first-served queue: the general one with six, and one of low
-/// and one of high priority for what the user interface wants done, with two each. Jobs that were submitted with `addJob`
-/// are followed: when one fails with an `ExBase`, its reason is shown to the user through `MsgProtocol`, and the manager's
-/// observers are told of every change. A user-interface job is followed by whoever submitted it.
+/// There are three groups of workers, each with a first-in-first-out queue: the general group with six workers, and a low and
+/// a high priority group for the user interface, with two workers each. The manager observes the jobs that were submitted
+/// with `addJob`: when one fails with an `ExBase`, its reason is shown to the user through `MsgProtocol`, and every change
+/// is passed on to the manager's observers. User-interface jobs are observed by the code that submits them.
 ///
-/// Exists while the package "bgTask" is initialised. Application thread only. Observers are told on that thread, from
-/// `EvEventManager::processEvents()` where the cause lies on a worker. Every operation throws `ExNullPtr` for a null pointer.
+/// Exists while the package "bgTask" is initialised. Application thread only, but for `stopAndDeleteJob`. Observers are
+/// notified on that thread; of changes on a worker, by `EvEventManager::processEvents()`. Every function throws `ExNullPtr`
+/// for a null pointer.
 class KO_FRAMEWORK_API BgManager : public ObSubject<BgManagerTag> {
 public:
     virtual ~BgManager();
 
-    /// Lists the job, hands it to the general group, and tells the observers by a `BgManagerHintNew`.
+    /// Lists the job, queues it in the general group, and notifies the observers with a `BgManagerHintNew`.
     virtual void addJob(RCShdPtr<BgJob> job) = 0;
+    /// Makes a job of the protocol and adds it in the same way.
     virtual RCShdPtr<BgJob> addJob(OPtr<BgJobProtocol> protocol) = 0;
-    /// Lists the job and hands it to a user-interface group: the one of high priority for 1, of low priority for all else.
+    /// Lists the job and queues it in a user-interface group. Observers are not notified.
+    /// @param priority 1 for the high priority group; any other value for the low priority group.
     virtual void addUiJob(RCShdPtr<BgJob> job, unsigned priority) = 0;
+    /// Makes a job of the protocol and adds it in the same way.
     virtual RCShdPtr<BgJob> addUiJob(OPtr<BgJobProtocol> protocol, unsigned priority) = 0;
-    /// Stops the job, waits for its end, deletes its protocol, takes it off the list, and tells the observers by a
-    /// `BgManagerHintDelete`. Takes constant time beside the waiting.
-    /// @throws BgEx::ExBgManager when the job does not end within 5 seconds; it stays in the list then.
+    /// Stops the job, waits for its end, deletes its protocol, removes the job from the list, and notifies the observers with
+    /// a `BgManagerHintDelete`. Takes constant time besides the wait. Any thread, several at once for different jobs; the
+    /// observers are notified on that thread.
+    /// @throws BgEx::ExBgManager if the job does not end within 5 seconds; it stays in the list then.
     virtual void stopAndDeleteJob(RCShdPtr<BgJob> job) = 0;
     /// A copy of the list, in the order of submission.
-    virtual List<RCShdPtr<BgJob>> getJobs() = 0;
-    /// Stops all jobs together and takes them off the list; for the end of the process. Nobody is told.
+    [[nodiscard]] virtual List<RCShdPtr<BgJob>> getJobs() = 0;
+    /// Stops all jobs and removes them from the list. For the end of the process: observers are not notified. All jobs are
+    /// asked to end first, then waited for together, at most 5 seconds beyond what their protocols wait in `stop()`. Each job
+    /// that has not ended by then is logged with its name; it keeps its worker. Never throws.
     virtual void stopAllJobs() = 0;
 
-    /// @throws InSingletonEx::ExNotInitialized outside the manager's lifetime.
+    /// The manager. @throws InSingletonEx::ExNotInitialized outside its lifetime.
     static BgManager& getInstance();
-    /// Whether there is a manager now.
-    static bool isInitialized() noexcept;
-    /// For the package's hooks; they throw as those of `InSingleton`, but that to finalise without a manager does nothing:
+    /// Whether the manager exists.
+    [[nodiscard]] static bool isInitialized() noexcept;
+    /// Creates the manager. Called by the package. @throws what the function of this name in `InSingleton` throws.
     static void performInitialize();
+    /// Waits for the workers and destroys the manager. Jobs that it waits for are logged with their names. Called by the
+    /// package; without effect if there is no manager.
+    /// @throws ExAssertionFailed if a job is listed, and what the function of this name in `InSingleton` throws.
     static void performFinalize();
 
 protected:

@@ -4,7 +4,7 @@
 
 namespace Ko {
 
-/// The tag of what the background manager sends to its observers, on the application thread.
+/// The tag of the notifications of the background manager.
 struct BgManagerTag {};
 
 extern template class KO_FRAMEWORK_API LkSingleton<ObChangeManager<BgManagerTag>>;
@@ -14,40 +14,43 @@ extern template class KO_FRAMEWORK_API ObObserver<BgManagerTag>;
 /// A job was added by `addJob`.
 class KO_FRAMEWORK_API BgManagerHintNew : public ObHint {
 public:
-    /// The job that was added:
+    /// @param job the added job.
     explicit BgManagerHintNew(RCShdPtr<BgJob> job);
     ~BgManagerHintNew() override;
-    RCShdPtr<BgJob> getJob() const noexcept { return _job; }
+    /// The added job.
+    [[nodiscard]] RCShdPtr<BgJob> getJob() const noexcept { return _job; }
 
 private:
     RCShdPtr<BgJob> _job;
 };
 
-/// A job was taken off the list by `stopAndDeleteJob`.
+/// A job was removed from the list by `stopAndDeleteJob`.
 class KO_FRAMEWORK_API BgManagerHintDelete : public ObHint {
 public:
-    /// The job that was taken off:
+    /// @param job the removed job.
     explicit BgManagerHintDelete(RCShdPtr<BgJob> job);
     ~BgManagerHintDelete() override;
-    RCShdPtr<BgJob> const& getJob() const noexcept { return _job; }
+    /// The removed job.
+    [[nodiscard]] RCShdPtr<BgJob> const& getJob() const noexcept { return _job; }
 
 private:
     RCShdPtr<BgJob> _job;
 };
 
-/// A job failed because the server has no space left; the user could be offered to make some.
+/// A job failed because the server has no space left. The application can offer the user to free some.
 class KO_FRAMEWORK_API BgManagerNotEnoughSpaceHint : public ObHint {
 public:
-    /// The job that has failed:
+    /// @param job the failed job.
     explicit BgManagerNotEnoughSpaceHint(RCShdPtr<BgJob> job);
     ~BgManagerNotEnoughSpaceHint() override;
-    RCShdPtr<BgJob> const& getJob() const noexcept { return _job; }
+    /// The failed job.
+    [[nodiscard]] RCShdPtr<BgJob> const& getJob() const noexcept { return _job; }
 
 private:
     RCShdPtr<BgJob> _job;
 };
 
-/// A job that was added by `addJob` has got another state or come further.
+/// The state or the progress of a job that was added by `addJob` has changed.
 class KO_FRAMEWORK_API BgManagerUpdateHint : public ObHint {
 public:
     BgManagerUpdateHint();

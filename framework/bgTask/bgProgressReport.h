@@ -4,11 +4,11 @@
 
 namespace Ko {
 
-/// Is told how far some work has come.
+/// Receives reports of the progress of some work.
 class KO_FRAMEWORK_API BgProgressReport {
 public:
     virtual ~BgProgressReport();
-    /// Called on the thread that works.
+    /// Called on the working thread. (0, 0) means unknown.
     virtual void reportProgress(int done, int total) = 0;
 };
 

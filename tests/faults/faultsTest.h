@@ -8,12 +8,12 @@
 
 namespace KoTest {
 
-/// Base of the tests in which memory runs out. What the log is told of that is written nowhere.
+/// Base of tests in which memory runs out. Log lines are discarded.
 class FaultsTest : public testing::Test {
 protected:
     ~FaultsTest() override { Ko::LgSinks::replace(_sinks); }
 
-    /// Waits for what other threads do, without memory of its own.
+    /// Waits for a condition that other threads fulfil, without allocating memory.
     template <class Condition>
     static void waitUntil(Condition condition) {
         while (!condition())

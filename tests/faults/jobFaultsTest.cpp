@@ -15,7 +15,7 @@ namespace {
 using namespace Ko;
 using namespace KoTest;
 
-/// Counts what the manager tells.
+/// Counts the notifications of the manager.
 class ManagerCounter : public ObObserver<BgManagerTag> {
 public:
     ManagerCounter() { BgManager::getInstance().attachObserver(this); }
@@ -34,15 +34,15 @@ private:
 
 class JobFaults : public FaultsTest {
 protected:
-    // Where threads wait is made for the first that has to, which may happen at any time.
-    JobFaults() { LkEvent("Nobody sets it", false).wait(0.0); }
+    // Creates the shared places where threads wait, which would otherwise happen at the first wait, at any time.
+    JobFaults() { LkEvent("Never set", false).wait(0.0); }
     ~JobFaults() override { MsgProtocol::setHandler(nullptr); }
 
     bool isListed(RCShdPtr<BgJob> const& job) {
         auto const jobs = manager.getJobs();
         return std::find(jobs.begin(), jobs.end(), job) != jobs.end();
     }
-    // Ends the job and waits until nothing of it is left but what the test holds.
+    // Ends the job and waits until only the test holds a reference.
     void finish(RCShdPtr<BgJob> const& job) {
         if (isListed(job)) manager.stopAndDeleteJob(job);
         EXPECT_FALSE(isListed(job));
@@ -62,19 +62,19 @@ protected:
 TEST_F(JobFaults, AJobIsSubmittedAndListedOrNeither) {
     MsgProtocol::setHandler([](Msg const&) {});
     for (int const priority : {-1, 0, 1})
-        for (int count = 0; count < 40; count += 39) // the second one where the queue takes a further block
+        for (int count = 0; count < 40; count += 39) // the second one when the queue allocates another block
             tryAllFaults("addJob", [&](FaultyAttempt& attempt) {
-                ManagerCounter told;
+                ManagerCounter hints;
                 GatedJob one;
                 auto const add = [&] {
                     priority < 0 ? manager.addJob(one.job) : manager.addUiJob(one.job, static_cast<unsigned>(priority));
                 };
                 for (int other = 0; other < count; ++other)
                     finish(manager.addJob(FunctionProtocol::create()));
-                told.added = 0;
+                hints.added = 0;
                 bool const isDone = attempt(add);
                 EXPECT_EQ(isDone, isListed(one.job));
-                EXPECT_EQ(isDone && priority < 0 ? 1 : 0, told.added);
+                EXPECT_EQ(isDone && priority < 0 ? 1 : 0, hints.added);
                 if (!isDone) add();
                 letEnd(one);
                 EXPECT_EQ("Complete", one.job->getState()->state());
@@ -84,18 +84,18 @@ TEST_F(JobFaults, AJobIsSubmittedAndListedOrNeither) {
 
 TEST_F(JobFaults, AJobThatCannotBeSubmittedAgainStaysAsItIs) {
     tryAllFaults("addJob once more", [&](FaultyAttempt& attempt) {
-        ManagerCounter told;
+        ManagerCounter hints;
         GatedJob one;
         manager.addJob(one.job);
         bool const isDone = attempt([&] { manager.addJob(one.job); });
         EXPECT_EQ(isDone ? 2u : 1u, manager.getJobs().size());
         letEnd(one);
         EXPECT_TRUE(one.job->releaseProtocol());
-        told.updated = 0;
+        hints.updated = 0;
         EvEventManager::getInstance().processEvents();
-        EXPECT_GT(told.updated, 0) << "the manager follows it";
+        EXPECT_GT(hints.updated, 0) << "the manager observes it";
         finish(one.job);
-        EXPECT_EQ(1, told.deleted);
+        EXPECT_EQ(1, hints.deleted);
     });
 }
 
@@ -116,7 +116,7 @@ TEST_F(JobFaults, AProtocolThatIsNotSubmittedIsDestroyed) {
 TEST_F(JobFaults, AJobIsDeletedOrKept) {
     for (bool const isBusy : {false, true})
         tryAllFaults("stopAndDeleteJob", [&](FaultyAttempt& attempt) {
-            ManagerCounter told;
+            ManagerCounter hints;
             std::array<GatedJob, 2> blocking;
             for (GatedJob const& job : blocking) {
                 manager.addUiJob(job.job, 1);
@@ -127,13 +127,13 @@ TEST_F(JobFaults, AJobIsDeletedOrKept) {
             if (isBusy) one.letGo();
             bool const isDone = attempt([&] { manager.stopAndDeleteJob(one.job); });
             EXPECT_EQ(isDone, !isListed(one.job));
-            EXPECT_EQ(isDone ? 1 : 0, told.deleted);
+            EXPECT_EQ(isDone ? 1 : 0, hints.deleted);
             EXPECT_EQ(isDone, one.job->isReleased());
             for (GatedJob* const job : {&one, &blocking[0], &blocking[1]})
                 job->gate.open();
             for (GatedJob const* const job : {&one, &blocking[0], &blocking[1]})
                 finish(job->job);
-            EXPECT_EQ(3, told.deleted);
+            EXPECT_EQ(3, hints.deleted);
         });
 }
 
@@ -165,8 +165,8 @@ TEST_F(JobFaults, AnObserverIsAttachedOrNotAndDetachesWithoutMemory) {
         });
 }
 
-// Whatever cannot be told, the job ends in the state that is its own, and its worker goes on.
-TEST_F(JobFaults, AJobEndsWhateverItsWorkerLacks) {
+// Also when a notification fails, the job ends in its proper state and its worker goes on.
+TEST_F(JobFaults, AJobEndsWithoutMemoryOnItsWorker) {
     MsgProtocol::setHandler([](Msg const&) {});
     struct Row {
         char const* name;
@@ -197,7 +197,7 @@ TEST_F(JobFaults, AJobEndsWhateverItsWorkerLacks) {
                         if (row.end == "Stopped") one.job->stop();
                         waitUntil([&] { return !one.job->isRunning(); });
                     });
-                    // It has told of its end when its protocol can be released.
+                    // Its last notification precedes the release of the protocol.
                     EXPECT_TRUE(one.job->releaseProtocol());
                     attempt.end();
                     EXPECT_EQ(row.end, one.job->getState()->state());
@@ -210,8 +210,8 @@ TEST_F(JobFaults, AJobEndsWhateverItsWorkerLacks) {
                 true);
 }
 
-// Each time more events than ever before, so that they need memory on their way.
-TEST_F(JobFaults, EventsThatCouldNotBeTakenAreAnnouncedAgain) {
+// More events in each attempt, so that taking them allocates memory.
+TEST_F(JobFaults, AnInnerLoopThatRunsOutOfMemoryWakesTheHost) {
     auto& events = EvEventManager::getInstance();
     int amount = 16;
     tryAllFaults("processEvents within an event", [&](FaultyAttempt& attempt) {

@@ -9,7 +9,7 @@
 
 namespace KoTest {
 
-/// A protocol that does what a test asks, and lets it use what only protocols may.
+/// A protocol that calls a function of the test, which may use the protected functions of protocols.
 class FunctionProtocol : public Ko::BgJobProtocol {
 public:
     using Function = std::function<void(FunctionProtocol&)>;
@@ -31,7 +31,7 @@ private:
     Function _function;
 };
 
-/// Lets threads wait until a test opens it.
+/// Blocks threads until a test opens it.
 class Gate {
 public:
     void open() { _event.set(); }
@@ -41,7 +41,7 @@ private:
     Ko::LkEvent _event{"Gate", false};
 };
 
-/// A job that waits in its execution until it is let go, and then does what the test asks.
+/// A job that waits in its execution for `letGo()`, and then calls a function of the test.
 class GatedJob {
 public:
     explicit GatedJob(FunctionProtocol::Function work = [](FunctionProtocol&) {})
@@ -61,7 +61,7 @@ public:
     Ko::RCShdPtr<Ko::BgJob> const job;
 };
 
-/// Records what jobs tell: states as their values, and progress. Then it does what the test asks.
+/// Records the notifications of jobs: the values of the states, and the progress. Then calls a function of the test.
 class JobRecorder : public Ko::ObObserver<Ko::BgJobTag> {
 public:
     explicit JobRecorder(std::function<void(Ko::ObHints const&)> then = {}) : _then(std::move(then)) {}

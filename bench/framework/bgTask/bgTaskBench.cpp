@@ -1,4 +1,4 @@
-// What tasks, jobs, notifications and events cost, each beside the least that the same work could cost by hand.
+// The costs of tasks, jobs, notifications and events, each beside a minimal implementation of the same work.
 
 #include "base/evEventManager.h"
 #include "base/inInitMgr.h"
@@ -42,7 +42,7 @@ private:
     Countdown& _countdown;
 };
 
-// `produce(items, countdown)` on so many threads.
+// Calls `produce(items, countdown)` on `state.range(0)` threads.
 template <class Produce>
 void throughput(benchmark::State& state, std::int64_t items, Produce produce) {
     std::int64_t const producers = state.range(0);
@@ -57,7 +57,7 @@ void throughput(benchmark::State& state, std::int64_t items, Produce produce) {
     perItem(state, items);
 }
 
-// What is executed exists already, here as in the minimum.
+// The tasks exist already, as in the minimal implementation.
 void Tasks(benchmark::State& state) {
     MtGroup<std::queue<MtTask>> group("Bench", workers);
     throughput(state, million, [&group](std::int64_t items, Countdown& countdown) {
@@ -85,7 +85,7 @@ void TasksLeast(benchmark::State& state) {
     });
 }
 
-/// A manager's observer, as a host has one.
+/// An observer of the manager, as in a host.
 class ManagerObserver final : public ObObserver<BgManagerTag> {
 private:
     void update(ObObserver const*, ObHints const& hints) override { benchmark::DoNotOptimize(hints.size()); }
@@ -132,7 +132,7 @@ void SubmitListDelete(benchmark::State& state) {
     perItem(state, state.range(0));
 }
 
-// One task at a time, to workers that sleep and back.
+// One task at a time, to sleeping workers and back.
 template <class Add>
 void roundTrip(benchmark::State& state, Add add) {
     for (auto _ : state) {
@@ -172,7 +172,7 @@ void Notify(benchmark::State& state) {
     perItem(state, state.range(0));
 }
 
-// The minimum: a vector of functions behind a mutex that is held once for all.
+// Minimal implementation: a vector of functions, behind a mutex that is taken once for all of them.
 void NotifyLeast(benchmark::State& state) {
     std::mutex mutex;
     std::vector<std::function<void(ObHints const&)>> observers;
@@ -239,7 +239,7 @@ void Events(benchmark::State& state) {
     perItem(state, state.range(0));
 }
 
-// The minimum: a vector behind a mutex, swapped by the application thread.
+// Minimal implementation: a vector behind a mutex, swapped by the application thread.
 void EventsLeast(benchmark::State& state) {
     std::mutex mutex;
     std::vector<std::function<void()>> posted;
@@ -283,7 +283,7 @@ BENCHMARK(EventsLeast)->Arg(100000)->UseRealTime();
 } // namespace
 
 int main(int argc, char** argv) {
-    // Memory that was used once stays with the process, as in one that has been at work for a while.
+    // Freed memory stays with the process, as in a host that has been running for a while.
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
     mallopt(M_MMAP_THRESHOLD, 1 << 30);
     InInitScope const scope;

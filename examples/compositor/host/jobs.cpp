@@ -118,7 +118,8 @@ std::string percent(float progress) {
 
 std::string bar(float progress) {
     constexpr int width = 30;
-    auto const filled = static_cast<std::size_t>(std::clamp(std::lround(progress * width), 0L, long{width}));
+    float const shown = std::isnan(progress) ? 0.0f : std::clamp(progress, 0.0f, 1.0f);
+    auto const filled = static_cast<std::size_t>(std::lround(shown * width));
     std::string text(width, '-');
     std::fill_n(text.begin(), filled, '#');
     return "[" + text + "] " + percent(progress);

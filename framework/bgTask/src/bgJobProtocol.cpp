@@ -31,13 +31,13 @@ bool BgJobProtocol::continueExecution() const {
     return _continue;
 }
 
-// A total of 0 gives an infinity or no number at all; a job limits what its observers see.
+// A total of 0 gives an infinity or NaN. The job limits the values that its observers receive.
 void BgJobProtocol::reportProgress(int done, int total) const {
     _progress.store(static_cast<float>(done) / static_cast<float>(total), std::memory_order_relaxed);
     if (_progressCallback) _progressCallback->reportProgress(done, total);
 }
 
-void BgJobProtocol::prepareStart() {
+void BgJobProtocol::prepareStart() noexcept {
     std::lock_guard const guard(_continueLock);
     _continue = true;
     _startIsPrepared = true;

@@ -43,7 +43,7 @@ void BgJobWaiting::start(BgJobBase* job) const {
         job->changeState(the<BgJobStopping>(), the<BgJobStopped>());
 }
 void BgJobWaiting::stop(BgJobBase* job) const {
-    // A worker that has just started the job has made it busy.
+    // A worker may have started the job at this moment: it is Busy then.
     if (!job->changeState(this, the<BgJobStopped>())) job->getState()->stop(job);
 }
 LiString BgJobWaiting::state() const {

@@ -17,7 +17,7 @@ using State = BgJobHintChangeState;
 
 constexpr int rounds = 2000;
 
-/// Two threads that do a round's work at the same time.
+/// Runs both functions on the same job at the same time, on two threads.
 template <class First, class Second, class Check>
 void race(First first, Second second, Check check) {
     std::barrier together(2);
@@ -33,7 +33,7 @@ void race(First first, Second second, Check check) {
     });
     for (int round = 0; round < rounds; ++round) {
         job = FunctionProtocol::createJob([&](FunctionProtocol& protocol) {
-            // Half of the jobs end by themselves, the others only when they are stopped.
+            // Every second job only ends when it is stopped.
             while (round % 2 == 0 && protocol.continueExecution()) {
                 protocol.reportProgress(1, 2);
                 std::this_thread::yield();
@@ -82,14 +82,18 @@ INSTANTIATE_TEST_SUITE_P(AtAnyMoment, BgJobRace,
             },
             [](BgJob& job) {
                 EXPECT_TRUE(job.releaseProtocol());
-                job.getStatistics();
+                static_cast<void>(job.getStatistics());
             }},
-        Race{"Question", execute,
+        Race{"Question",
             [](BgJob& job) {
-                while (job.isRunning()) {
-                    job.getStatistics();
-                    job.cloneError();
-                    job.getState()->state();
+                job.execute();
+                EXPECT_TRUE(job.releaseProtocol());
+            },
+            [](BgJob& job) {
+                while (!job.isReleased()) {
+                    static_cast<void>(job.getStatistics());
+                    static_cast<void>(job.cloneError());
+                    static_cast<void>(job.getState()->state());
                     job.setNotifProgressSlice(0.01f);
                     job.stop();
                 }
@@ -110,7 +114,23 @@ TEST(BgManagerRace, AJobThatIsSubmittedTwiceRunsOnce) {
     EXPECT_TRUE(BgManager::getInstance().getJobs().empty());
 }
 
-TEST(BgManagerRace, AShutdownEndsJobsThatWereJustSubmitted) {
+TEST(BgManagerRace, SeveralThreadsCanDeleteJobsAtOnce) {
+    BgManager& manager = BgManager::getInstance();
+    for (int round = 0; round < rounds / 4; ++round) {
+        std::vector<RCShdPtr<BgJob>> jobs;
+        for (int job = 0; job < 4; ++job)
+            jobs.push_back(manager.addJob(FunctionProtocol::create()));
+        std::vector<std::jthread> threads;
+        for (auto const& job : jobs)
+            threads.emplace_back([&manager, &job] { manager.stopAndDeleteJob(job); });
+        EXPECT_GE(4u, manager.getJobs().size());
+        threads.clear();
+        EXPECT_TRUE(manager.getJobs().empty());
+    }
+    EvEventManager::getInstance().processEvents();
+}
+
+TEST(BgManagerRace, StopAllJobsEndsJobsThatWereJustSubmitted) {
     BgManager& manager = BgManager::getInstance();
     std::vector<RCShdPtr<BgJob>> jobs;
     for (int round = 0; round < rounds; ++round) {

@@ -16,7 +16,7 @@ using namespace KoTest;
 using States = std::vector<int>;
 using State = BgJobHintChangeState;
 
-TEST(BgJobProtocol, KeepsTheLastQuotientAndPassesReportsOn) {
+TEST(BgJobProtocol, StoresTheLastQuotientAndForwardsReports) {
     struct Callback : BgProgressReport {
         void reportProgress(int done, int total) override { reports.emplace_back(done, total); }
         std::vector<std::pair<int, int>> reports;
@@ -32,7 +32,7 @@ TEST(BgJobProtocol, KeepsTheLastQuotientAndPassesReportsOn) {
     EXPECT_EQ((std::vector<std::pair<int, int>>{{6, 4}}), callback.reports);
 }
 
-TEST(BgJobProtocol, StopsUntilItIsStartedAgain) {
+TEST(BgJobProtocol, StaysStoppedUntilTheNextStart) {
     class Protocol : public BgJobProtocol {
     public:
         Protocol() : BgJobProtocol("render") {}
@@ -53,7 +53,23 @@ TEST(BgJobProtocol, StopsUntilItIsStartedAgain) {
     EXPECT_EQ("render", protocol.getJobType());
 }
 
-// Every way through the states, as observers hear of it.
+TEST(BgJob, HonoursAStopOfItsProtocolOnlyFromBusyOn) {
+    for (bool const isBusy : {false, true}) {
+        bool goesOn = isBusy;
+        auto owned = FunctionProtocol::create([&](FunctionProtocol& self) { goesOn = self.continueExecution(); });
+        FunctionProtocol& protocol = *owned;
+        auto const job = BgJob::create(std::move(owned));
+        JobRecorder observer([&](ObHints const&) {
+            if (isBusy) protocol.stop();
+        });
+        job->attachObserver(&observer);
+        if (!isBusy) protocol.stop();
+        job->execute();
+        EXPECT_EQ(!isBusy, goesOn);
+    }
+}
+
+// Every path through the states, as observers are notified of it.
 struct Way {
     char const* name;
     char const* endState;
@@ -76,7 +92,7 @@ TEST_P(BgJobWays, GoThroughTheStatesInOrder) {
     EXPECT_EQ(way.hints, recorder.states());
     EXPECT_EQ(way.endState, job->getState()->state());
     EXPECT_FALSE(job->isRunning());
-    for (int times = 0; times < 2; ++times) { // what has ended stays so, also when it is released
+    for (int times = 0; times < 2; ++times) { // an ended job keeps its state, also when it is released
         job->stop();
         job->execute();
         EXPECT_EQ(way.hints, recorder.states());
@@ -103,7 +119,7 @@ INSTANTIATE_TEST_SUITE_P(Ways, BgJobWays,
             [](BgJob& job) {
                 job.stop();
                 job.execute();
-                EXPECT_NE("", job.getStatistics().started()) << "a worker took it";
+                EXPECT_NE("", job.getStatistics().started()) << "set when a worker takes the job";
             },
             mustNotRun},
         Way{"ReleasedWhileWaiting", "Stopped", {State::Stopped}, [](BgJob& job) { EXPECT_TRUE(job.releaseProtocol()); },
@@ -116,7 +132,7 @@ INSTANTIATE_TEST_SUITE_P(Ways, BgJobWays,
             }}),
     [](auto const& row) { return row.param.name; });
 
-TEST(BgJob, KeepsACopyOfWhatDerivesFromExBase) {
+TEST(BgJob, KeepsACopyOfAnExBase) {
     auto const failed =
         FunctionProtocol::createJob([](FunctionProtocol&) { throw BgEx::ExBgTaskFailed("file", 7, "no space"); });
     EXPECT_EQ(nullptr, failed->cloneError());
@@ -126,12 +142,28 @@ TEST(BgJob, KeepsACopyOfWhatDerivesFromExBase) {
     EXPECT_NE(nullptr, failed->cloneError());
     EXPECT_EQ("A background job failed: no space", error->getReason());
 
+    // The copy is made without a lock of the job.
+    struct Curious : ExBase {
+        explicit Curious(BgJob& itsJob) : ExBase("file", 1, "curious"), job(itsJob) {}
+        ExBase* clone() const override {
+            EXPECT_FALSE(job.isReleased());
+            return copyOf(*this);
+        }
+        [[noreturn]] void raise() const override { throw *this; }
+        BgJob& job;
+    };
+    BgJob* thrower = nullptr;
+    auto const curious = FunctionProtocol::createJob([&](FunctionProtocol&) { throw Curious(*thrower); });
+    thrower = curious.get();
+    curious->execute();
+    EXPECT_EQ("curious", curious->cloneError()->getReason());
+
     auto const strange = FunctionProtocol::createJob([](FunctionProtocol&) { throw std::runtime_error("x"); });
     strange->execute();
     EXPECT_EQ(nullptr, strange->cloneError());
 }
 
-std::vector<float> toldOf(std::vector<std::pair<int, int>> const& reports, float slice = 0.05f) {
+std::vector<float> notificationsOf(std::vector<std::pair<int, int>> const& reports, float slice = 0.05f) {
     auto const job = FunctionProtocol::createJob([&](FunctionProtocol& protocol) {
         for (auto const& [done, total] : reports)
             protocol.reportProgress(done, total);
@@ -143,30 +175,29 @@ std::vector<float> toldOf(std::vector<std::pair<int, int>> const& reports, float
     return recorder.progress();
 }
 
-TEST(BgJob, TellsOfProgressBySlices) {
-    using Told = std::vector<float>;
+TEST(BgJob, NotifiesOfProgressBySlices) {
     int const most = std::numeric_limits<int>::max();
     struct Row {
         char const* name;
         std::vector<std::pair<int, int>> reports;
         float slice;
-        Told told;
+        std::vector<float> notified;
     };
     for (Row const& row : {Row{"forwards", {{1, 100}, {4, 100}, {5, 100}, {9, 100}, {11, 100}}, 0.05f, {0.05f, 0.11f}},
              Row{"backwards", {{50, 100}, {49, 100}, {51, 100}}, 0.05f, {0.5f, 0.49f}},
-             Row{"the last step is always told", {{98, 100}, {100, 100}, {100, 100}}, 0.05f, {0.98f, 1.0f}},
+             Row{"always at the end", {{98, 100}, {100, 100}, {100, 100}}, 0.05f, {0.98f, 1.0f}},
              Row{"limited", {{150, 100}, {-3, 100}}, 0.05f, {1.0f, 0.0f}},
-             Row{"no number", {{0, 0}, {1, 2}, {0, 0}, {1, 1}}, 0.05f, {0.5f, 1.0f}},
+             Row{"unknown", {{0, 0}, {1, 2}, {0, 0}, {1, 1}}, 0.05f, {0.5f, 1.0f}},
              Row{"infinite", {{1, 0}, {-1, 0}}, 0.05f, {1.0f, 0.0f}},
              Row{"extreme", {{most, 1}, {1, most}}, 0.05f, {1.0f, 1.0f / 2147483648.0f}},
              Row{"every rise", {{1, 1000}, {1, 1000}, {2, 1000}}, 0.0f, {0.001f, 0.001f, 0.002f}},
-             Row{"only the end", {{1, 2}, {99, 100}, {1, 1}}, 1.0f, {1.0f}},
+             Row{"only at the end", {{1, 2}, {99, 100}, {1, 1}}, 1.0f, {1.0f}},
              Row{"above 1", {{4, 100}, {5, 100}}, 1.5f, {0.05f}}, Row{"below 0", {{4, 100}, {5, 100}}, -0.1f, {0.05f}},
-             Row{"no slice", {{4, 100}, {5, 100}}, std::nanf(""), {0.05f}}})
-        EXPECT_EQ(row.told, toldOf(row.reports, row.slice)) << row.name;
+             Row{"NaN as slice", {{4, 100}, {5, 100}}, std::nanf(""), {0.05f}}})
+        EXPECT_EQ(row.notified, notificationsOf(row.reports, row.slice)) << row.name;
 }
 
-TEST(BgJob, KeepsStatisticsOfItsTimes) {
+TEST(BgJob, RecordsItsTimes) {
     auto const stamp = testing::ContainsRegex("^[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}$");
     for (int const done : {1, 2}) {
         auto const job = FunctionProtocol::createJob([done](FunctionProtocol& self) { self.reportProgress(done, 2); });
@@ -178,32 +209,88 @@ TEST(BgJob, KeepsStatisticsOfItsTimes) {
         if (done == 2) {
             EXPECT_THAT(after.ended(), stamp);
         } else {
-            EXPECT_EQ("", after.ended()) << "complete, but short of its end";
+            EXPECT_EQ("", after.ended()) << "complete with less progress than 1";
         }
         EXPECT_EQ(static_cast<float>(done) / 2, after.progress());
+        while (LiDateFormat::format(LiDate(), 1) == after.started())
+            std::this_thread::yield(); // until the clock shows another second
+        job->execute();
+        EXPECT_EQ(after.started(), job->getStatistics().started()) << "a second execution changes nothing";
+        EXPECT_EQ(after.ended(), job->getStatistics().ended());
         job->releaseProtocol();
-        EXPECT_EQ(after.progress(), job->getStatistics().progress()) << "still safe to ask";
+        EXPECT_EQ(after.progress(), job->getStatistics().progress()) << "after the release";
     }
 }
 
-TEST(BgJob, TellsAllObserversInOneOrderWhateverTheyDo) {
+TEST(BgJob, NotifiesAllObserversInTheSameOrder) {
     LogRecorder const log;
     auto const job = FunctionProtocol::createJob([](FunctionProtocol& self) { self.reportProgress(1, 1); });
     JobRecorder stopper([&](ObHints const& hints) {
         auto const change = hints.pickHint<BgJobHintChangeState>();
         if (change && change->getJobState() == State::Busy) job->stop();
     });
-    JobRecorder thrower([](ObHints const&) { throw std::runtime_error("not my day"); });
+    JobRecorder thrower([](ObHints const&) { throw std::runtime_error("observer failed"); });
     JobRecorder follower;
     for (JobRecorder* const observer : {&stopper, &thrower, &follower})
         job->attachObserver(observer);
     job->execute();
     EXPECT_EQ((States{State::Busy, State::Stopping, State::Stopped}), stopper.states());
     EXPECT_EQ(stopper.states(), follower.states());
-    EXPECT_EQ(std::vector<std::string>(4, "Errors:0 An observer failed: not my day"), log.lines());
+    EXPECT_EQ(std::vector<std::string>(4, "Errors:0 An observer failed: observer failed"), log.lines());
 }
 
-TEST(BgJob, IsStoppedToBeReleased) {
+TEST(BgJob, MayLoseItsLastOwnerInAnObserver) {
+    for (void (*const call)(BgJob&) :
+        {+[](BgJob& job) { job.stop(); }, +[](BgJob& job) { EXPECT_TRUE(job.releaseProtocol()); },
+            +[](BgJob& job) { job.execute(); }, +[](BgJob& job) { job.setState(&BgJobFailed::getInstance()); }}) {
+        auto const token = std::make_shared<int>(1);
+        auto owner = FunctionProtocol::createJob([token](FunctionProtocol&) {});
+        JobRecorder observer([&](ObHints const&) {
+            owner.reset();
+            EXPECT_EQ(2, token.use_count()) << "the job stays for the length of the call";
+        });
+        owner->attachObserver(&observer);
+        call(*owner);
+        EXPECT_TRUE(owner.isNull());
+        EXPECT_EQ(1, token.use_count());
+    }
+}
+
+// A protocol that releases itself in one of its functions.
+struct Leaving : FunctionProtocol {
+    explicit Leaving(Function function) : FunctionProtocol(std::move(function)) {}
+    ~Leaving() override { EXPECT_FALSE(isInside); }
+    float progress() const override {
+        isInside = true;
+        EXPECT_TRUE(job->releaseProtocol());
+        EXPECT_TRUE(job->isReleased());
+        isInside = false;
+        return 1.0f;
+    }
+    BgJob* job = nullptr;
+    mutable bool isInside = false;
+};
+
+TEST(BgJob, KeepsAProtocolThatIsReleasedFromInsideUntilItReturns) {
+    auto const token = std::make_shared<int>(1);
+    auto owned = std::make_unique<Leaving>([token](FunctionProtocol&) {});
+    Leaving& protocol = *owned;
+    auto const job = BgJob::create(std::move(owned));
+    protocol.job = job.get();
+    EXPECT_EQ(1.0f, job->getStatistics().progress());
+    EXPECT_EQ(1, token.use_count());
+    // A call from inside the execution would have to wait for itself.
+    BgJob* executed = nullptr;
+    auto const busy = FunctionProtocol::createJob([&](FunctionProtocol& self) {
+        EXPECT_FALSE(executed->releaseProtocol());
+        EXPECT_FALSE(self.continueExecution());
+    });
+    executed = busy.get();
+    busy->execute();
+    EXPECT_TRUE(busy->releaseProtocol());
+}
+
+TEST(BgJob, StopsWhenItIsReleased) {
     GatedJob busy([](FunctionProtocol& self) {
         while (self.continueExecution())
             std::this_thread::yield();
@@ -211,7 +298,7 @@ TEST(BgJob, IsStoppedToBeReleased) {
     std::jthread const worker([&] { busy.job->execute(); });
     busy.letGo();
     EXPECT_TRUE(busy.job->releaseProtocol());
-    busy.job->stop(); // whatever became of that
+    busy.job->stop(); // without effect
 }
 
 } // namespace

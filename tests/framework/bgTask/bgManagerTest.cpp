@@ -6,8 +6,10 @@
 #include "resmgt/msgServer.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/functionProtocol.h"
+#include "tests/support/logRecorder.h"
 #include "tests/support/thrown.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <gtest/gtest.h>
@@ -17,7 +19,7 @@
 
 namespace Ko {
 
-// The error of another library that the manager knows by name.
+// An error of another library, which the manager recognises by its name.
 struct CtServerEx {
     class ExNotEnoughSpace : public ExBase {
     public:
@@ -34,7 +36,7 @@ namespace {
 using namespace Ko;
 using namespace KoTest;
 
-/// Records what the manager tells: "new", "delete", "space" and "update", in the order of the hints; only on this thread.
+/// Records the hints of the manager in their order: "new", "delete", "space" and "update".
 class ManagerRecorder : public ObObserver<BgManagerTag> {
 public:
     ManagerRecorder() {
@@ -42,19 +44,19 @@ public:
         BgManager::getInstance().attachObserver(this);
     }
 
-    std::string take() { return std::exchange(_told, {}); }
+    std::string take() { return std::exchange(_recorded, {}); }
 
 private:
-    void update(ObObserver const*, ObHints const& hints) override {
+    void update(ObObserver const*, ObHints const& received) override {
         EXPECT_TRUE(InInitMgr::isApplicationThread());
-        for (std::size_t index = 0; index < hints.size(); ++index)
-            _told += hints[index].dynamicCast<BgManagerHintNew>()              ? "new "
-                     : hints[index].dynamicCast<BgManagerHintDelete>()         ? "delete "
-                     : hints[index].dynamicCast<BgManagerNotEnoughSpaceHint>() ? "space "
-                                                                               : "update ";
+        for (std::size_t index = 0; index < received.size(); ++index)
+            _recorded += received[index].dynamicCast<BgManagerHintNew>()              ? "new "
+                         : received[index].dynamicCast<BgManagerHintDelete>()         ? "delete "
+                         : received[index].dynamicCast<BgManagerNotEnoughSpaceHint>() ? "space "
+                                                                                      : "update ";
     }
 
-    std::string _told;
+    std::string _recorded;
 };
 
 class BgManagerTest : public testing::Test {
@@ -64,29 +66,29 @@ protected:
     static void waitFor(RCShdPtr<BgJob> const& job) {
         while (job->isRunning())
             std::this_thread::yield();
-        job->releaseProtocol(); // its worker has told of the end then
+        job->releaseProtocol(); // after this, its worker has posted the last notification
         EvEventManager::getInstance().processEvents();
     }
 
     BgManager& manager = BgManager::getInstance();
-    ManagerRecorder told;
+    ManagerRecorder hints;
 };
 
-TEST_F(BgManagerTest, FollowsJobsButNotThoseOfTheUserInterface) {
+TEST_F(BgManagerTest, ObservesJobsButNotUserInterfaceJobs) {
     auto const job = manager.addJob(FunctionProtocol::create());
-    EXPECT_EQ("new ", told.take());
+    EXPECT_EQ("new ", hints.take());
     auto const uiJob = manager.addUiJob(FunctionProtocol::create(), 1);
     EXPECT_EQ((List<RCShdPtr<BgJob>>{job, uiJob}), manager.getJobs());
     waitFor(uiJob);
     waitFor(job);
     manager.stopAndDeleteJob(uiJob);
-    EXPECT_EQ("update update delete ", told.take()) << "busy, complete, and the deletion";
+    EXPECT_EQ("update update delete ", hints.take()) << "busy, complete, and the deletion";
     manager.stopAndDeleteJob(job);
-    EXPECT_EQ("delete ", told.take());
+    EXPECT_EQ("delete ", hints.take());
     EXPECT_TRUE(manager.getJobs().empty());
 }
 
-TEST_F(BgManagerTest, ShowsAFailureOnceAndTellsOfASpaceThatIsFull) {
+TEST_F(BgManagerTest, ShowsAFailureOnceAndNotifiesOfMissingSpace) {
     Vector<LiString> shown;
     MsgProtocol::setHandler([&](Msg const& message) {
         EXPECT_TRUE(InInitMgr::isApplicationThread());
@@ -94,7 +96,7 @@ TEST_F(BgManagerTest, ShowsAFailureOnceAndTellsOfASpaceThatIsFull) {
     });
     auto const run = [&](FunctionProtocol::Function work) {
         waitFor(manager.addJob(FunctionProtocol::create(std::move(work))));
-        return told.take();
+        return hints.take();
     };
     EXPECT_EQ("new update update ", run([](FunctionProtocol&) { throw BgEx::ExBgTaskFailed("file", 1, "disk full"); }));
     EXPECT_EQ("new update space update ", run([](FunctionProtocol&) { throw CtServerEx::ExNotEnoughSpace(); }));
@@ -112,10 +114,10 @@ TEST_F(BgManagerTest, HasSixGeneralWorkersAndTwoForEachPriority) {
     std::array<GatedJob, 10> jobs;
     std::size_t busy = 0;
     std::vector<RCShdPtr<BgJob>> waiting;
-    // All groups are filled at once: none lends workers to another.
+    // All groups are full at the same time: no job runs in another group.
     for (Row const& row :
         {Row{6, [this](auto job) { manager.addJob(job); }}, Row{2, [this](auto job) { manager.addUiJob(job, 0); }},
-            Row{0, [this](auto job) { manager.addUiJob(job, 7); }}, // any other priority is a low one
+            Row{0, [this](auto job) { manager.addUiJob(job, 7); }}, // other priorities mean low
             Row{2, [this](auto job) { manager.addUiJob(job, 1); }}}) {
         for (int worker = 0; worker < row.workers; ++worker)
             row.add(jobs[busy++].job);
@@ -129,7 +131,7 @@ TEST_F(BgManagerTest, HasSixGeneralWorkersAndTwoForEachPriority) {
         job.letGo();
     for (auto const& job : waiting)
         waitFor(job);
-    manager.stopAllJobs(); // before what they use goes
+    manager.stopAllJobs(); // before the locals that the jobs use are destroyed
 }
 
 TEST_F(BgManagerTest, DeletesAWaitingJobAtOnce) {
@@ -140,15 +142,15 @@ TEST_F(BgManagerTest, DeletesAWaitingJobAtOnce) {
     }
     auto const waiting = manager.addUiJob(FunctionProtocol::create([](FunctionProtocol&) { ADD_FAILURE(); }), 0);
     auto const behind = manager.addUiJob(FunctionProtocol::create(), 0);
-    told.take();
+    hints.take();
     manager.stopAndDeleteJob(waiting);
-    EXPECT_EQ("delete ", told.take());
+    EXPECT_EQ("delete ", hints.take());
     EXPECT_EQ("Stopped", waiting->getState()->state());
     EXPECT_EQ(3u, manager.getJobs().size());
     for (GatedJob& job : busy)
         job.letGo();
     waitFor(behind);
-    manager.stopAllJobs(); // before what they use goes
+    manager.stopAllJobs(); // before the locals that the jobs use are destroyed
 }
 
 TEST_F(BgManagerTest, KeepsAJobThatDoesNotEnd) {
@@ -165,7 +167,7 @@ TEST_F(BgManagerTest, KeepsAJobThatDoesNotEnd) {
 }
 
 TEST_F(BgManagerTest, StopsAllJobsTogether) {
-    // None of the first six ends before all of them have been asked to.
+    // None of the first six jobs ends before all of them were asked to end.
     std::latch running(6), asked(6);
     std::atomic<int> begun{0};
     for (int job = 0; job < 100; ++job)
@@ -178,12 +180,58 @@ TEST_F(BgManagerTest, StopsAllJobsTogether) {
         }));
     running.wait();
     auto const jobs = manager.getJobs();
-    told.take();
+    hints.take();
     manager.stopAllJobs();
     EXPECT_TRUE(manager.getJobs().empty());
     for (auto const& job : jobs)
         EXPECT_EQ("Stopped", job->getState()->state());
-    EXPECT_EQ("", told.take());
+    EXPECT_EQ("", hints.take());
+}
+
+// Calls a function of the test when it is stopped.
+struct Stopped : FunctionProtocol {
+    explicit Stopped(std::function<void()> itsThen)
+        : FunctionProtocol([](FunctionProtocol& self) {
+              while (self.continueExecution())
+                  std::this_thread::yield();
+          }),
+          then(std::move(itsThen)) {}
+    void stop() override {
+        FunctionProtocol::stop();
+        then();
+    }
+    std::function<void()> const then;
+};
+
+TEST_F(BgManagerTest, StopsAllJobsWhateverTheirProtocolsDoInStop) {
+    LogRecorder const log;
+    for (bool const together : {true, false}) {
+        RCShdPtr<BgJob> second;
+        bool isFirstStop = true;
+        auto const first = manager.addJob(std::make_unique<Stopped>([&] {
+            // Changes the list during the iteration.
+            if (together && std::exchange(isFirstStop, false)) {
+                manager.stopAndDeleteJob(second);
+                manager.addUiJob(FunctionProtocol::create(), 1);
+            }
+            throw std::runtime_error("stop failed");
+        }));
+        second = manager.addJob(std::make_unique<Stopped>([] { throw 5; }));
+        auto const third = manager.addJob(std::make_unique<Stopped>([] {}));
+        for (auto const& job : {first, second, third})
+            while (job->getState() == &BgJobWaiting::getInstance())
+                std::this_thread::yield();
+        if (!together) manager.stopAndDeleteJob(first);
+        manager.stopAllJobs();
+        for (auto const& job : {first, second, third}) {
+            EXPECT_EQ("Stopped", job->getState()->state());
+            EXPECT_TRUE(job->isReleased());
+        }
+        EXPECT_TRUE(manager.getJobs().empty());
+    }
+    // Each protocol is stopped twice: by the state of the job, and for the release.
+    EXPECT_EQ(8u, log.lines().size());
+    EXPECT_EQ(4, std::ranges::count(log.lines(), "Errors:0 Stopping a job failed: stop failed"));
 }
 
 TEST_F(BgManagerTest, RefusesNullPointers) {
@@ -194,7 +242,7 @@ TEST_F(BgManagerTest, RefusesNullPointers) {
     EXPECT_TRUE(manager.getJobs().empty());
 }
 
-TEST(BgTaskLifetime, StopsJobsAtTheEndWhoeverStillHoldsThem) {
+TEST(BgTaskLifetime, StopsJobsAtTheEndAlsoIfTheHostHoldsReferences) {
     RCShdPtr<BgJob> kept;
     std::atomic<int> ended{0};
     inChildProcess([&] {
@@ -214,6 +262,38 @@ TEST(BgTaskLifetime, StopsJobsAtTheEndWhoeverStillHoldsThem) {
         EXPECT_THROW(BgManager::getInstance(), InSingletonEx::ExNotInitialized);
         EXPECT_THROW(FunctionProtocol::createJob(), InSingletonEx::ExNotInitialized);
     });
+}
+
+TEST(BgTaskLifetime, NamesTheJobsThatDoNotEnd) {
+    struct Sink : LgSink {
+        explicit Sink(Gate& itsGate) : gate(itsGate) {}
+        void write(LgRecord const& record) override {
+            lines.push_back(record.minor + " " + record.text);
+            if (record.text.starts_with("Waiting")) gate.open();
+        }
+        Gate& gate;
+        std::vector<std::string> lines;
+    };
+    inChildProcess(
+        [] {
+            std::array<GatedJob, 2> jobs; // neither ends; the manager waits for both together
+            for (GatedJob const& job : jobs) {
+                BgManager::getInstance().addJob(job.job);
+                job.started.wait();
+            }
+            BgManager::getInstance().stopAllJobs();
+            EXPECT_TRUE(BgManager::getInstance().getJobs().empty());
+            auto const sink = std::make_shared<Sink>(jobs[0].gate);
+            LgSinks::replace({sink});
+            jobs[1].letGo();
+            EXPECT_TRUE(jobs[1].job->releaseProtocol());
+            InInitMgr::finalize();
+            LgSinks::replace({});
+            EXPECT_EQ((std::vector<std::string>{
+                          "BgTask Waiting for the background job \"test job\" (test), which does not end."}),
+                sink->lines);
+        },
+        "BgTask.*The background job \"test job\" \\(test\\) did not end within 5 seconds after it was stopped");
 }
 
 TEST(BgTaskLifetime, DoesNotEndTheManagerWhileItListsJobs) {

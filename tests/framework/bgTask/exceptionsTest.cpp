@@ -16,7 +16,7 @@ namespace {
 using namespace Ko;
 using namespace KoTest;
 
-// As a job's error is: kept by a worker, and raised in the thread that waits.
+// As for the error of a job: a worker keeps it, and another thread raises it.
 template <class Ex>
 void expectFaithful(Ex const& thrown) {
     OPtr<ExBase> const kept(thrown.clone());
@@ -28,7 +28,7 @@ void expectAllFaithful(Ex const&... thrown) {
     (expectFaithful(thrown), ...);
 }
 
-TEST(Exceptions, AreOfTheSameKindWhenAnotherThreadRaisesThem) {
+TEST(Exceptions, KeepTheirTypeWhenAnotherThreadRaisesThem) {
     expectAllFaithful(ExAssertionFailed("source", 7, "a == b"), ExProgramAborted("source", 7, "impossible"),
         ExInternalError("source", 7, "broken"), ExNullPtr("source", 7, "null"), InInitEx("source", 7, "no package"),
         InSingletonEx::ExAlreadyInitialized("source", 7, "Type"), InSingletonEx::ExNotInitialized("source", 7, "Type"),

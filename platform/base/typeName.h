@@ -7,6 +7,9 @@
 namespace Ko {
 
 /// The full name, as written in source, of the type whose `typeid(T).name()` is given.
-KO_BASE_API std::string typeNameOf(char const* mangled);
+[[nodiscard]] KO_BASE_API std::string typeNameOf(char const* mangled);
+
+/// The full name of the type of the exception that is being handled.
+[[nodiscard]] KO_BASE_API std::string currentExceptionTypeName();
 
 } // namespace Ko

@@ -7,16 +7,19 @@
 
 namespace Ko {
 
-/// What the command line and the configuration file assign. Written by `read` alone.
+/// The assignments of the command line and of the configuration file. Only `read` changes it.
 class InConfiguration {
 public:
+    /// The configuration of the process, which is never destroyed.
     static InConfiguration& getInstance();
 
-    /// Reads the configuration file and the command line, and takes the assignments to `aliases` out of `argv`.
+    /// Reads the configuration file and the command line, and removes the assignments to `aliases` from `argv`.
     /// @throws InInitEx naming the file and line, or the argument, that cannot be understood.
     void read(int& argc, char** argv, std::vector<std::string> const& aliases);
 
-    std::optional<std::string> findArgument(std::string const& alias) const;
+    /// The value of the last argument that assigns one of the aliases.
+    std::optional<std::string> findArgument(std::vector<std::string> const& aliases) const;
+    /// The value that the configuration file has for a key.
     std::optional<std::string> findKey(std::string const& key) const;
 
 private:
@@ -25,10 +28,10 @@ private:
         std::optional<std::string> next;
     };
 
-    void readFile();
     void readArguments(int& argc, char** argv, std::vector<std::string> const& aliases);
 
-    // Without those that are the value of the one before.
+    // Also those that assign nothing yet: a library that is opened later may have a variable of that alias. Without the
+    // arguments that are the value of the one before.
     std::vector<Argument> _arguments;
     std::map<std::string, std::string> _keys;
 };

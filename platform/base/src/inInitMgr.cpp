@@ -6,6 +6,7 @@
 
 #include <exception>
 #include <iostream>
+#include <memory>
 
 namespace Ko {
 
@@ -13,7 +14,18 @@ namespace {
 
 constexpr AssertionSource source{"base\\src\\inInitMgr"};
 
-std::atomic<bool> initialized{false};
+enum class Stage { NotStarted, Starting, Started, Failed, Ended };
+std::atomic<Stage> stage{Stage::NotStarted};
+
+// A process starts once: the packages of a start-up that failed or has ended are not initialised again.
+void requireFirstStart() {
+    source.require(stage != Stage::Starting && stage != Stage::Started, "!initialized");
+    if (stage == Stage::Failed)
+        throw InInitEx(
+            source.file(), __LINE__, "The framework cannot be initialised again: its start-up failed before.");
+    if (stage == Stage::Ended)
+        throw InInitEx(source.file(), __LINE__, "The framework cannot be initialised again: it was finalised before.");
+}
 
 } // namespace
 
@@ -28,12 +40,18 @@ void InInitEx::raise() const {
 }
 
 void InInitMgr::initialize(int& argc, char** argv) {
-    source.require(!initialized, "!initialized");
+    requireFirstStart();
     _applicationThread = std::this_thread::get_id();
-    InRegistry& registry = InRegistry::getInstance();
-    InConfiguration::getInstance().read(argc, argv, registry.argumentAliases());
-    registry.initialize(nullptr, Standard);
-    initialized = true;
+    stage = Stage::Starting;
+    try {
+        InRegistry& registry = InRegistry::getInstance();
+        InConfiguration::getInstance().read(argc, argv, registry.argumentAliases());
+        registry.initialize(nullptr, Standard);
+    } catch (...) {
+        stage = Stage::Failed;
+        throw;
+    }
+    stage = Stage::Started;
 }
 
 void InInitMgr::initialize() {
@@ -42,11 +60,12 @@ void InInitMgr::initialize() {
 }
 
 void InInitMgr::finalize() {
-    if (initialized.exchange(false)) InRegistry::getInstance().finalizeAll();
+    Stage started = Stage::Started;
+    if (stage.compare_exchange_strong(started, Stage::Ended)) InRegistry::getInstance().finalizeAll();
 }
 
 bool InInitMgr::isInitialized() noexcept {
-    return initialized;
+    return stage == Stage::Started;
 }
 
 InInitScope::~InInitScope() noexcept(false) {
@@ -70,7 +89,11 @@ void InReinitGuard::initializePackages() {
 }
 
 void InRecursiveInitGuard::initializePackages() {
-    InRegistry::getInstance().initialize(this, InInitMgr::Recursive);
+    initializePackages(LateFailure());
+}
+void InRecursiveInitGuard::initializePackages(LateFailure const& onLateFailure) {
+    InRegistry::getInstance().initialize(
+        this, InInitMgr::Recursive, std::make_shared<LateFailure const>(onLateFailure));
 }
 
 } // namespace Ko

@@ -3,11 +3,13 @@
 #include "base/inInitMgr.h"
 #include "base/inPackageInit.h"
 
-#include <exception>
+#include <memory>
 #include <mutex>
 #include <vector>
 
 namespace Ko {
+
+class InFirstError;
 
 /// The packages of the process: those that wait to be initialised and those that are.
 ///
@@ -15,56 +17,80 @@ namespace Ko {
 class InRegistry {
 public:
     using Packages = std::vector<InPackageInit*>;
+    using LateFailure = InRecursiveInitGuard::LateFailure;
 
+    /// The registry of the process, which is never destroyed.
     static InRegistry& getInstance();
 
-    /// Makes a guard the one to which packages belong that register on this thread.
-    /// @returns the one before; both may be null.
+    /// Makes a guard the owner of the packages that register on this thread from now on.
+    /// @returns the owner before; both may be null.
     static InOpeningGuard const* enter(InOpeningGuard const* guard) noexcept;
 
+    /// Adds a package to the waiting ones.
     void add(InPackageInit* package);
+    /// Forgets a package, whose object is being destroyed.
     void remove(InPackageInit* package);
-    /// Under which the command line assigns the variables of the packages that wait.
+    /// The aliases under which the command line assigns the variables of the waiting packages.
     std::vector<std::string> argumentAliases();
 
-    /// Initialises what waits and belongs to the guard, or to none where that is null.
-    void initialize(InOpeningGuard const* guard, InInitMgr::InitType type);
-    /// Forgets what waits and belongs to the guard, but for packages of libraries that the opened one only needed.
+    /// Initialises the waiting packages of the guard; those without a guard where that is null.
+    /// @param onLateFailure is called for a package whose post-initialise hook runs and throws after this call; may be null.
+    void initialize(InOpeningGuard const* guard, InInitMgr::InitType type,
+        std::shared_ptr<LateFailure const> const& onLateFailure = nullptr);
+    /// Forgets the waiting packages of the guard that lie in the opened library. Those of libraries that it needed wait
+    /// without a guard, for the next library that needs them.
     void drop(InOpeningGuard const* guard) noexcept;
+    /// Finalises all packages.
+    /// @throws the first exception of a hook, after the last hook.
     void finalizeAll();
 
 private:
     // Packages whose post-initialise hooks are called together.
     struct StartUp;
-    // What is initialised together.
+    // Packages that are initialised together.
     struct Batch;
+    // The packages that are finalised after a failure, before those that depend on them are added.
+    struct Fault;
     struct Waiting {
         InPackageInit* package;
         InOpeningGuard const* guard;
     };
-    struct ToPostInitialize {
+    struct Initialized {
         InPackageInit* package;
-        StartUp const* startUp;
+        unsigned long batch;
+        bool isAtFault = false;
+    };
+    struct ToPostInitialize {
+        InPackageInit* package = nullptr;
+        unsigned long batch = 0;
+        StartUp const* startUp = nullptr;
+        std::shared_ptr<LateFailure const> onFailure;
     };
 
     Packages take(InOpeningGuard const* guard);
+    unsigned long nextBatchNumber();
     void takeDependencies(Packages& batch);
-    bool isInitialized(InPackageInit::Type type);
-    void orderPackages(Batch& batch);
+    InPackageInit const* findInitialized(InPackageInit::Type type);
     void initializePackages(Batch& batch);
-    void noteInitialized(InPackageInit& package);
+    void noteInitialized(InPackageInit& package, Batch const& batch);
+
     void callPostInitialize(StartUp const& startUp, Batch& batch);
     void callPostInitializeOfRest(StartUp const& startUp);
-    InPackageInit* nextToPostInitialize(StartUp const& startUp);
-    bool isDoomed(InPackageInit const& package, Batch const& batch) const;
+    void callPostInitialize(ToPostInitialize const& entry, Batch* batch);
+    ToPostInitialize nextToPostInitialize(StartUp const& startUp);
+
     void takeBack(Batch const& batch);
-    template <class Choice>
-    void finalizePackages(Choice isChosen, std::exception_ptr& firstError);
+    void finalizePackages(Fault const& fault, InFirstError& errors);
+    InPackageInit* lastAtFault(Fault const& fault, std::size_t& end);
+    void markAtFault(Fault const& fault);
+    bool dependsOnFault(InPackageInit const& package, std::size_t first, std::size_t end) const;
 
     std::mutex _mutex;
     std::vector<Waiting> _waiting;
-    Packages _initialized;
+    // In the order of their initialisation: each after those that it depends on.
+    std::vector<Initialized> _initialized;
     std::vector<ToPostInitialize> _toPostInitialize;
+    unsigned long _batches = 0;
 };
 
 } // namespace Ko

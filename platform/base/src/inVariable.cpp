@@ -14,8 +14,7 @@ InVariableBase::InVariableBase(InPackageInit& owner, std::string key, std::strin
 
 void InVariableBase::resolve() {
     InConfiguration const& configuration = InConfiguration::getInstance();
-    for (std::string const& alias : _argumentAliases)
-        if (_value = configuration.findArgument(alias); _value) return;
+    if (_value = configuration.findArgument(_argumentAliases); _value) return;
     for (std::string const& alias : _environmentAliases)
         if (char const* const value = std::getenv(alias.c_str())) {
             _value = value;

@@ -10,6 +10,8 @@
 #include <optional>
 #include <stdexcept>
 #include <thread>
+#include <tuple>
+#include <utility>
 
 namespace {
 
@@ -50,10 +52,10 @@ private:
 
 // A hook that makes a package within a guard of its own and initialises it, as opening its library does.
 template <class Guard, class Opened>
-auto opening(std::unique_ptr<Opened>& opened) {
-    return [&opened] {
+auto opening(std::unique_ptr<Opened>& opened, std::vector<InPackageInit::Type> const& dependencies = {}) {
+    return [&opened, dependencies] {
         Guard guard;
-        opened = std::make_unique<Opened>();
+        opened = std::make_unique<Opened>(dependencies);
         guard.initializePackages();
     };
 }
@@ -81,11 +83,11 @@ void expectFailedStartUp(std::string const& reason, std::string const& expected)
 
 TEST(InInitMgr, StartsDependenciesFirstEqualsAsRegisteredAndEndsInReverse) {
     inChildProcess([] {
-        Package<'d'> const d(on<'b', 'c'>());
-        Package<'c'> const c(on<'a'>());
+        Package<'d'> d(on<'b', 'c'>());
+        Package<'c'> c(on<'a'>());
         Package<'b'> b(on<'a'>());
-        Package<'a'> const a;
-        Package<'e'> const e;
+        Package<'a'> a;
+        Package<'e'> e;
         b.addDependency(InInit<Tag<'e'>>::getType());
         {
             InInitScope const scope;
@@ -99,30 +101,89 @@ TEST(InInitMgr, StartsDependenciesFirstEqualsAsRegisteredAndEndsInReverse) {
     });
 }
 
+TEST(InInitMgr, RefusesToStartAgain) {
+    inChildProcess([] {
+        Package<'a'> a;
+        a.onInitialize = [] { EXPECT_THROW(InInitMgr::initialize(), ExAssertionFailed); };
+        InInitMgr::initialize();
+        InInitMgr::finalize();
+        takeCalls();
+        expectFailedStartUp("The framework cannot be initialised again: it was finalised before.", "");
+    });
+    inChildProcess([] {
+        Package<'a'> a;
+        a.onInitialize = [] { throw std::runtime_error("no disk"); };
+        expectFailedStartUp("Package \"a\" could not be initialised: no disk", "+a");
+        expectFailedStartUp("The framework cannot be initialised again: its start-up failed before.", "");
+    });
+}
+
 TEST(InInitMgr, NamesWhatHasNoOrderAndStartsNothing) {
     inChildProcess([] {
-        Package<'a'> const a;
-        Package<'b'> const b(on<'a', 'x'>());
+        Package<'a'> a;
+        Package<'b'> b(on<'a', 'x'>());
         expectFailedStartUp(
             "Package \"b\" depends on (anonymous namespace)::Tag<(char)120>, which is not registered.", "");
     });
     inChildProcess([] {
-        Package<'a'> const a(on<'c'>());
-        Package<'b'> const b(on<'a'>());
-        Package<'c'> const c(on<'b'>());
-        Package<'d'> const d;
+        Package<'a'> a(on<'c'>());
+        Package<'b'> b(on<'a'>());
+        Package<'c'> c(on<'b'>());
+        Package<'d'> d;
         expectFailedStartUp("Packages depend on each other in a circle: \"a\", \"b\", \"c\".", "");
+    });
+    inChildProcess([] {
+        Package<'o'> onlyDependsOnIt(on<'d', 'c'>());
+        Package<'a'> a(on<'b'>());
+        Package<'d'> d;
+        Package<'b'> b(on<'d', 'a'>());
+        Package<'c'> c(on<'d', 'b'>());
+        expectFailedStartUp("Packages depend on each other in a circle: \"a\", \"b\".", "");
+    });
+    inChildProcess([] {
+        struct Other : InInit<Tag<'a'>> {
+            Other() : InInit("other", {}) {}
+        } other;
+        Package<'a'> a;
+        expectFailedStartUp(
+            "Packages \"other\" and \"a\" have the same tag, (anonymous namespace)::Tag<(char)97>.", "");
+    });
+    inChildProcess([] {
+        Package<'a'> a;
+        InInitMgr::initialize();
+        InReinitGuard guard;
+        Package<'a'> again;
+        EXPECT_EQ("Packages \"a\" and \"a\" have the same tag, (anonymous namespace)::Tag<(char)97>.",
+            reasonOf([&] { guard.initializePackages(); }));
+        EXPECT_TRUE(a.isInitialized());
+    });
+}
+
+TEST(InInitMgr, StartsWithoutADependencyThatWasRemoved) {
+    inChildProcess([] {
+        Package<'b'> b(on<'a', 'x'>());
+        Package<'a'> a;
+        b.removeDependency(InInit<Tag<'x'>>::getType());
+        InInitMgr::initialize();
+        EXPECT_EQ("+a+b*a*b", takeCalls());
     });
 }
 
 TEST(InInitMgr, TakesBackWhatWasInitialisedWhenAHookThrows) {
     inChildProcess([] {
-        Package<'a'> const a;
-        Package<'b'> const b(on<'a'>());
+        Package<'a'> a;
+        Package<'b'> b(on<'a'>());
         Package<'c'> c(on<'b'>());
         c.onInitialize = [] { throw std::runtime_error("no disk"); };
-        Package<'d'> const d(on<'c'>());
+        Package<'d'> d(on<'c'>());
         expectFailedStartUp("Package \"c\" could not be initialised: no disk", "+a+b+c~b~a-b-a");
+    });
+    inChildProcess([] {
+        Package<'a'> a;
+        a.onInitialize = [] { throw Tag<'e'>(); };
+        expectFailedStartUp("Package \"a\" could not be initialised: it threw an exception of the type (anonymous "
+                            "namespace)::Tag<(char)101>",
+            "+a");
     });
     inChildProcess([] {
         Package<'a'> a;
@@ -158,19 +219,19 @@ TEST(InInitMgr, FinalisesEveryPackageWhateverAnotherOneThrows) {
 
 TEST(InReinitGuard, IsAStartUpOfItsOwnAndForgetsWhatFailed) {
     inChildProcess([] {
-        Package<'a'> const a;
+        Package<'a'> a;
         InInitMgr::initialize();
         std::optional<InReinitGuard> guard(std::in_place);
-        Package<'b'> const b(on<'a'>());
+        Package<'b'> b(on<'a'>());
         Package<'c'> c(on<'b'>());
         c.onInitialize = [] { throw std::runtime_error("bad plug-in"); };
         EXPECT_EQ(
             "Package \"c\" could not be initialised: bad plug-in", reasonOf([&] { guard->initializePackages(); }));
         EXPECT_EQ("+a*a+b+c~b-b", takeCalls());
         guard.emplace();
-        Package<'e'> const neverInitialized;
+        Package<'e'> neverInitialized;
         guard.emplace();
-        Package<'d'> const d(on<'a'>());
+        Package<'d'> d(on<'a'>());
         guard->initializePackages();
         EXPECT_EQ("+d*d", takeCalls());
         InInitMgr::finalize();
@@ -178,14 +239,34 @@ TEST(InReinitGuard, IsAStartUpOfItsOwnAndForgetsWhatFailed) {
     });
 }
 
+// Each depends on the two before it: a walk along every path between them would not end.
+template <char first, char... names>
+auto chainOf(std::integer_sequence<char, first, names...>) {
+    return std::tuple(std::make_unique<Package<first>>(),
+        std::make_unique<Package<names>>(on<names - 1, (names > first + 1 ? names - 2 : names - 1)>())...);
+}
+
+TEST(InReinitGuard, FindsWhatDependsOnAFailureAmongManyPackages) {
+    inChildProcess([] {
+        auto const chain = chainOf(std::make_integer_sequence<char, 'a'>());
+        InInitMgr::initialize();
+        takeCalls();
+        InReinitGuard guard;
+        Package<'z'> bad(on<'Z'>());
+        bad.onInitialize = [] { throw std::runtime_error("bad plug-in"); };
+        EXPECT_THROW(guard.initializePackages(), InInitEx);
+        EXPECT_EQ("+z", takeCalls());
+    });
+}
+
 TEST(InRecursiveInitGuard, FinalisesWithAFailedPackageWhatCameToDependOnIt) {
     inChildProcess([] {
-        Package<'a'> const a;
+        Package<'a'> a;
         InInitMgr::initialize();
         std::unique_ptr<Package<'q'>> dependent;
         std::unique_ptr<Package<'r'>> independent;
         InReinitGuard guard;
-        Package<'p'> const first;
+        Package<'p'> first;
         Package<'o'> second(on<'p'>());
         second.onInitialize = [&] {
             InRecursiveInitGuard inner;
@@ -202,21 +283,21 @@ TEST(InRecursiveInitGuard, FinalisesWithAFailedPackageWhatCameToDependOnIt) {
 
 TEST(InReinitGuard, TakesItsOwnPackagesAndWhatTheyNeedOfThoseWithoutAGuard) {
     inChildProcess([] {
-        Package<'a'> const a;
+        Package<'a'> a;
         InInitMgr::initialize();
-        Package<'z'> const needed;
-        Package<'y'> const notNeeded;
+        Package<'z'> needed;
+        Package<'y'> notNeeded;
         InReinitGuard outer;
-        Package<'b'> const b;
+        Package<'b'> b;
         {
             InReinitGuard inner;
-            Package<'c'> const c(on<'z', 'a'>());
+            Package<'c'> c(on<'z', 'a'>());
             std::unique_ptr<Package<'x'>> ofAnotherThread;
             std::thread([&] { ofAnotherThread = std::make_unique<Package<'x'>>(); }).join();
             inner.initializePackages();
             EXPECT_EQ("+a*a+z+c*z*c", takeCalls());
         }
-        Package<'d'> const d;
+        Package<'d'> d;
         outer.initializePackages();
         EXPECT_EQ("+b+d*b*d", takeCalls());
     });
@@ -235,6 +316,34 @@ TEST(InRecursiveInitGuard, JoinsTheStartUpThatGoesOnAndAReinitGuardDoesNot) {
         InInitMgr::initialize();
         EXPECT_EQ("+a+p+b+q*q*p*a*b+r*r", takeCalls());
     });
+}
+
+// What is opened within a start-up fails alone, whenever it fails.
+TEST(InRecursiveInitGuard, ReportsAPostInitialiseHookThatThrowsAndTheStartGoesOn) {
+    for (bool const isAborted : {false, true})
+        inChildProcess([&] {
+            std::unique_ptr<Package<'p'>> plugIn;
+            std::unique_ptr<Package<'q'>> dependent;
+            std::string reported;
+            Package<'a'> a;
+            a.onInitialize = [&] {
+                InRecursiveInitGuard guard;
+                plugIn = std::make_unique<Package<'p'>>(on<>());
+                plugIn->onPostInitialize = [&] {
+                    if (isAborted) AssertionSource("source").abort("broken");
+                    throw std::runtime_error("bad plug-in");
+                };
+                guard.initializePackages([&](ExBase const& error) { reported += error.getReason(); });
+                opening<InRecursiveInitGuard>(dependent, on<'p'>())();
+            };
+            Package<'b'> b(on<'a'>());
+            if (isAborted)
+                EXPECT_THROW(InInitMgr::initialize(), ExProgramAborted);
+            else
+                InInitMgr::initialize();
+            EXPECT_EQ(isAborted ? "" : "Package \"p\" could not be initialised: bad plug-in", reported);
+            EXPECT_EQ(isAborted ? "+a+p+q+b*p~q~p-q-p~b~a-b-a" : "+a+p+q+b*p~q~p-q-p*a*b", takeCalls());
+        });
 }
 
 TEST(InInitScope, RaisesWhatTheEndThrowsButNeverOverAnotherException) {

@@ -2,6 +2,7 @@
 #include "base/inInit.h"
 #include "base/inInitMgr.h"
 #include "base/inPaths.h"
+#include "tests/support/caught.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/commandLine.h"
 #include "tests/support/temporaryFolder.h"
@@ -13,6 +14,7 @@
 namespace {
 
 using namespace Ko;
+using KoTest::caught;
 using KoTest::CommandLine;
 using KoTest::inChildProcess;
 using KoTest::TemporaryFolder;
@@ -25,6 +27,7 @@ public:
 
     InVariable<char const*> directory{*this, "marlo::test::directory", "A directory."};
     InContextAlias<InInitArg, 1> argument{directory, "dir:"};
+    InContextAlias<InInitArg, 1> otherName{directory, "folder:"};
     InContextAlias<InInitEnv, 0> environment{directory, "KO_TEST_DIR"};
     InVariable<char const*> other{*this, "marlo::test::other", "Another one."};
     InContextAlias<InInitArg, 1> otherArgument{other, "other:"};
@@ -37,7 +40,7 @@ std::string valueFor(std::vector<std::string> arguments, char const* environment
     if (file) ::setenv("KO_CONFIG_FILE", folder.write("settings.conf", file).c_str(), 1);
     CommandLine line(std::move(arguments));
     int argc = line.argc();
-    SettingsInit const package;
+    SettingsInit package;
     InInitMgr::initialize(argc, line.argv());
     std::string result = package.directory.isValid() ? package.directory.get() : "-";
     for (int index = 1; index < argc; ++index)
@@ -58,14 +61,64 @@ TEST(InVariable, TakesTheCommandLineOverTheEnvironmentOverTheFileAndNothingBad) 
             Row{{}, "", file, ""}, Row{{"a", "dir:/arg", "b"}, "/env", file, "/arg a b"},
             Row{{"a", "dir:", "/arg", "b"}, nullptr, nullptr, "/arg a b"},
             Row{{"other:", "dir:x"}, "/env", nullptr, "/env"},
+            Row{{"dir:/1", "other:x", "folder:", "/2"}, nullptr, nullptr, "/2"},
+            Row{{}, nullptr, "marlo::test::directory = 1\nmarlo::test::directory = 2", "2"},
+            Row{{}, nullptr, "marlo::test::directory = \" a#b \"\"c\"\" \"# here", " a#b \"c\" "},
+            Row{{}, nullptr, "marlo::test::directory = a \"b\"\r\n", "a \"b\""},
             Row{{"dir:"}, nullptr, nullptr, "The argument \"dir:\" needs a value after it."},
-            Row{{}, nullptr, "\nnonsense\n", "settings.conf:2: expected \"key = value\"."}})
+            Row{{}, nullptr, "\nnonsense\n", "settings.conf:2: expected \"key = value\"."},
+            Row{{}, nullptr, "key # = 1", "settings.conf:1: expected \"key = value\"."},
+            Row{{}, nullptr, "# = 1\n = 1", "settings.conf:2: the key before \"=\" is empty."},
+            Row{{}, nullptr, "a = \"1\"\"", "settings.conf:1: the closing quotation mark is missing."},
+            Row{{}, nullptr, "a = \"1\" 2", "settings.conf:1: only a comment may follow the closing quotation mark."},
+            Row{{}, nullptr, "\xEF\xBB\xBFmarlo::test::directory = 1",
+                "settings.conf:1: the file starts with a byte-order mark; save it as UTF-8 without one."}})
         inChildProcess([&] { EXPECT_EQ(row.expected, valueFor(row.arguments, row.environment, row.file)); });
-    inChildProcess([] {
-        ::setenv("KO_CONFIG_FILE", "/no/such/file", 1);
-        EXPECT_THROW(InInitMgr::initialize(), InInitEx);
-        EXPECT_THROW(SettingsInit().directory.get(), InInitEx);
-    });
+}
+
+TEST(InVariable, NamesAConfigurationFileThatCannotBeRead) {
+    TemporaryFolder const folder;
+    folder.write("folder/koframework.conf/file", "");
+    std::filesystem::create_directory(folder / "link");
+    std::filesystem::create_symlink("koframework.conf", folder / "link/koframework.conf");
+    std::string const inFolder = folder / "folder", inLink = folder / "link";
+    struct Row {
+        char const* variable;
+        std::string value, path, why;
+    };
+    for (Row const& row : {Row{"KO_CONFIG_FILE", "/no/such/file", "/no/such/file", "No such file or directory"},
+             Row{"KO_CONFIG_FILE", inFolder, inFolder, "Is a directory"},
+             Row{"KO_CONFIG_FILE", "/proc/self/mem", "/proc/self/mem", "Input/output error"},
+             Row{"KO_INSTALL_DIR", inFolder, inFolder + "/koframework.conf", "Is a directory"},
+             Row{"KO_INSTALL_DIR", inLink, inLink + "/koframework.conf", "Too many levels of symbolic links"}})
+        inChildProcess([&] {
+            ::setenv(row.variable, row.value.c_str(), 1);
+            EXPECT_EQ("The configuration file \"" + row.path + "\" cannot be read: " + row.why + ".",
+                caught<InInitEx>([] { InInitMgr::initialize(); }).getReason());
+            EXPECT_THROW(static_cast<void>(SettingsInit().directory.get()), InInitEx);
+        });
+}
+
+TEST(InVariable, OfALibraryThatIsOpenedLaterHasItsValueToo) {
+    enum { Separate, Joined, Environment, File };
+    for (int const source : {Separate, Joined, Environment, File})
+        inChildProcess([&] {
+            TemporaryFolder const folder;
+            auto const path = folder.write("settings.conf", "marlo::test::directory = /late");
+            if (source == File) ::setenv("KO_CONFIG_FILE", path.c_str(), 1);
+            if (source == Environment) ::setenv("KO_TEST_DIR", "/late", 1);
+            std::vector<std::string> arguments;
+            if (source == Separate) arguments = {"dir:", "/late"};
+            if (source == Joined) arguments = {"dir:/late"};
+            CommandLine line(arguments);
+            int argc = line.argc();
+            InInitMgr::initialize(argc, line.argv());
+            EXPECT_EQ(1 + arguments.size(), static_cast<std::size_t>(argc));
+            InReinitGuard guard;
+            SettingsInit package;
+            guard.initializePackages();
+            EXPECT_STREQ("/late", package.directory.get());
+        });
 }
 
 TEST(InPaths, FindTheFolderThatHoldsTheLibrariesUnlessToldAnother) {

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cxxabi.h>
 #include <memory>
+#include <typeinfo>
 
 namespace Ko {
 
@@ -11,6 +12,11 @@ std::string typeNameOf(char const* mangled) {
     std::unique_ptr<char, decltype(&std::free)> const name(
         abi::__cxa_demangle(mangled, nullptr, nullptr, &status), &std::free);
     return status == 0 ? name.get() : mangled;
+}
+
+std::string currentExceptionTypeName() {
+    std::type_info const* const type = abi::__cxa_current_exception_type();
+    return type ? typeNameOf(type->name()) : "unknown";
 }
 
 } // namespace Ko

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "base/inPackageInit.h"
+
+#include <exception>
+
+namespace Ko {
+
+/// Throws the current exception again with the package's name before its reason. An exception of the framework keeps its
+/// type; any other becomes an `InInitEx` with its text, or with the name of its type where it has no text.
+/// @param attempt what the package could not be: "initialised".
+[[noreturn]] void rethrowWithPackage(InPackageInit const& package, char const* attempt);
+
+/// Runs a hook of a package, as `hook(package)`.
+/// @throws as `rethrowWithPackage`.
+template <class Hook>
+void callHook(InPackageInit& package, char const* attempt, Hook hook) {
+    try {
+        hook(package);
+    } catch (...) {
+        rethrowWithPackage(package, attempt);
+    }
+}
+
+/// Of several exceptions, the one that is passed on: the first. The others are written to standard error.
+class InFirstError {
+public:
+    /// Takes the current exception, if there is one.
+    InFirstError() noexcept : _first(std::current_exception()) {}
+
+    /// Called while an exception is handled.
+    void add();
+    /// Throws the first exception, if there is one.
+    void rethrow() const;
+
+private:
+    std::exception_ptr _first;
+};
+
+} // namespace Ko

@@ -49,10 +49,11 @@ Verdict modelVerdict(std::string const& list, std::string const& name, std::stri
 }
 
 bool modelIsFilteredOut(std::string const& includes, std::string const& excludes, std::string const& file) {
-    std::filesystem::path const base = std::filesystem::path(file).stem();
-    std::string const type = base.extension().string().substr(base.has_extension() ? 1 : 0);
-    Verdict const included = modelVerdict(includes, base.stem().string(), type);
-    return (included.isForType && !included.isNamed) || modelVerdict(excludes, base.stem().string(), type).isNamed;
+    std::string const base = file.substr(0, file.rfind('.'));
+    auto const dot = base.rfind('.');
+    std::string const name = base.substr(0, dot), type = dot == std::string::npos ? "" : base.substr(dot + 1);
+    Verdict const included = modelVerdict(includes, name, type);
+    return (included.isForType && !included.isNamed) || modelVerdict(excludes, name, type).isNamed;
 }
 
 std::vector<std::filesystem::path> modelDirectories(

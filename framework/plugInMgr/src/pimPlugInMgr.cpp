@@ -3,6 +3,7 @@
 #include "base/assertions.h"
 #include "base/lkRecLock.h"
 #include "framework/plugInMgr/pimEx.h"
+#include "framework/plugInMgr/src/pimReport.h"
 #include "resmgt/lkSingleton.imp.h"
 #include "resmgt/osSharedLib.h"
 
@@ -16,11 +17,17 @@ constexpr AssertionSource source{"framework\\plugInMgr\\src\\pimPlugInMgr"};
 constexpr int loadedTwice = 148;
 constexpr int standardMode = 170;
 
-template <class Guard>
-void openWithin(OsFilePath const& path) {
-    Guard guard;
+void openAfterStart(OsFilePath const& path) {
+    InReinitGuard guard;
     OsSharedLib::open(path);
     guard.initializePackages();
+}
+
+// A post-initialise hook runs after this call, so its failure is reported here instead of being thrown.
+void openWithinStart(OsFilePath const& path) {
+    InRecursiveInitGuard guard;
+    OsSharedLib::open(path);
+    guard.initializePackages([path](ExBase const& error) { PimReport::initFailed(path, error); });
 }
 
 class PIManager final : public PimPlugInMgr {
@@ -29,21 +36,21 @@ public:
     bool isLoaded(OsFilePath const& path) override;
 
 private:
-    // Taken again by a plug-in that loads others while it is initialised.
+    // Recursive, for a plug-in that loads others while it is initialised.
     LkRecLock _lock{"PimPlugInMgr"};
     Set<OsFilePath> _loadedNames;
 };
 
 void PIManager::loadPlugIn(OsFilePath const& path, InInitMgr::InitType mode) {
     std::lock_guard const guard(_lock);
-    // Before it is opened: one that fails, or that comes to load itself, is not tried again.
+    // Before the library is opened: one that fails, or that loads itself, is not tried again.
     if (!_loadedNames.insert(path.getFileName()).second)
         throw PimEx::ExLibMultipleLoad(source.file(), loadedTwice, path);
     switch (mode) {
     case InInitMgr::Recursive:
-        return openWithin<InRecursiveInitGuard>(path);
+        return openWithinStart(path);
     case InInitMgr::Reinitialization:
-        return openWithin<InReinitGuard>(path);
+        return openAfterStart(path);
     default:
         source.abort("Can't load plugins in standard initialization mode.", standardMode);
     }

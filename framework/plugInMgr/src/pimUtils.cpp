@@ -2,14 +2,15 @@
 
 #include "framework/plugInMgr/pimPlugInMgr.h"
 #include "framework/plugInMgr/src/pimLog.h"
+#include "framework/plugInMgr/src/pimReport.h"
 #include "framework/plugInMgr/src/pimSettings.h"
 #include "resmgt/liStringParser.h"
-#include "resmgt/msgServer.h"
 #include "resmgt/osFile.h"
 #include "resmgt/osFsUtils.h"
 #include "resmgt/osSharedLib.h"
 
 #include <algorithm>
+#include <string_view>
 #include <unordered_map>
 
 namespace Ko {
@@ -18,9 +19,6 @@ namespace {
 
 constexpr char const* source = "framework\\plugInMgr\\src\\pimUtils";
 constexpr int notADirectory = 380;
-
-constexpr char const* loadError = "MSG_PLUGIN_LOAD_EXCEPTION_ERROR";
-constexpr char const* initError = "MSG_PLUGIN_INIT_EXCEPTION_ERROR";
 
 LiString const listSeparator = ",";
 LiString const pairSeparator = "=";
@@ -55,11 +53,20 @@ bool names(Set<LiString> const& fragments, LiString const& name) {
         [&](LiString const& fragment) { return fragment == everyName || name.find(fragment) != LiString::npos; });
 }
 
+// Both are parts of `text`; the part after its last dot is empty where it has no dot.
+struct Split {
+    explicit Split(std::string_view text) : before(text.substr(0, text.rfind('.'))) {
+        if (before.size() < text.size()) after = text.substr(before.size() + 1);
+    }
+    std::string_view before, after;
+};
+
 bool isFilteredOut(OsFilePath const& path) {
     static bool const hasSuffix = *OsSharedLib::getMinSuffix() != '\0';
-    OsFilePath const base = hasSuffix ? OsFilePath(path.getBaseName()) : path.getFileName();
-    LiString const type = base.getExtension();
-    LiString const name = base.getBaseName();
+    LiString const file = path.getFileName().getPath();
+    // Of ".op.so" the type is "op", and the name is empty: not by the rules for extensions, which make it a hidden file.
+    Split const split(hasSuffix ? Split(file).before : file);
+    LiString const name(split.before), type(split.after);
     if (auto const included = inclusions.find(type); included != inclusions.end() && !names(included->second, name))
         return true;
     auto const excluded = exclusions.find(type);
@@ -71,15 +78,6 @@ bool skip(OsFilePath const& path, char const* why) {
     return false;
 }
 
-bool fail(OsFilePath const& path, char const* attempt, char const* message, ExBase const& error) {
-    MsgProtocol::display(MsgWarning(MsgServer::getInstance().format(message, {path.getPath(), error.getReason()})));
-    PimLog::write(PimLog::failure, [&] {
-        return LiString("Error while attempting to ") + attempt + " plugin '" + path.getPath() + "':\n" +
-               error.getReason() + "\nPlugin ignored.";
-    });
-    return false;
-}
-
 bool open(OsFilePath const& path, InInitMgr::InitType mode, PimUtils::Callback& callback) {
     try {
         callback.notifyLoading(path);
@@ -88,10 +86,11 @@ bool open(OsFilePath const& path, InInitMgr::InitType mode, PimUtils::Callback& 
     } catch (ExProgramAborted const&) {
         throw;
     } catch (OsSharedLibEx const& error) {
-        return fail(path, "load", loadError, error);
+        PimReport::loadFailed(path, error);
     } catch (ExBase const& error) {
-        return fail(path, "init", initError, error);
+        PimReport::initFailed(path, error);
     }
+    return false;
 }
 
 // Whether the plug-in is present.
@@ -113,8 +112,7 @@ LiString patternOf(std::string const& type) {
 PimUtils::Callback::~Callback() = default;
 
 void PimUtils::initialize() {
-    for (char const* const message : {loadError, initError})
-        MsgServer::getInstance().subscribe(message);
+    PimReport::initialize();
     PimSettings const& settings = PimSettings::get();
     inclusions = parseRules(settings.inclusions.variable);
     exclusions = parseRules(settings.exclusions.variable);

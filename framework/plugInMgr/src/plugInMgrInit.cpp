@@ -26,7 +26,7 @@ public:
     void initialize() override;
     void finalize() override;
 
-    PimSettings const settings{*this};
+    PimSettings settings{*this};
 
 private:
     void subscribeMessages();
@@ -59,9 +59,9 @@ void PlugInMgrInit::addDirectories(OsFilePath const& installation) {
     InVariable<char const*> const& list = settings.directories.variable;
     if (!list.isValid()) return PimUtils::addPiDirectoryPath(installation + "plugins");
     LiString const separator(1, OsFilePath::getMultiPathSeparator());
-    // Relative ones lie in the installation directory. The current one may be anybody's, and is never searched.
+    // A relative directory is remembered as an absolute one, since the current directory may change.
     for (LiString const& name : LiStringParser::splitList(list.get(), separator))
-        addDirectory(installation + name, name);
+        addDirectory(OsFsUtils::getAbsolute(name), name);
 }
 
 void PlugInMgrInit::addDirectory(OsFilePath const& directory, LiString const& name) {

@@ -10,6 +10,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <stdexcept>
 
 namespace {
 
@@ -32,7 +33,7 @@ void whileStarted(Names arguments, Body body) {
 Names directoriesBelow(PlugInFolder const& folder) {
     Names result;
     for (OsFilePath const& directory : PimUtils::getFilePaths())
-        result.push_back(std::filesystem::path(directory.getPath()).lexically_relative(folder / "").string());
+        result.push_back(directory.getPath().substr((folder / "").string().size()));
     return result;
 }
 
@@ -46,10 +47,11 @@ struct Directories {
 TEST(PlugInMgrPackage, TakesThoseDirectoriesOfTheListThatExist) {
     for (Directories const& row : {Directories{nullptr, {"plugins"}, {}}, Directories{"", {}, {}},
              Directories{"::@/two::@/one:@/two/:", {"two", "one", "two"}, {}},
-             Directories{"file:@/one:missing:", {"one"},
-                 {"MSG_PLUGIN_PATH_ERROR: file", "MSG_PLUGIN_DIRECTORY_ERROR: missing"}},
-             Directories{"one:here:./two", {"one", "./two"}, {"MSG_PLUGIN_DIRECTORY_ERROR: here"}},
-             Directories{".", {"."}, {}}})
+             Directories{"../file:@/one:missing:", {"one"},
+                 {"MSG_PLUGIN_PATH_ERROR: ../file", "MSG_PLUGIN_DIRECTORY_ERROR: missing"}},
+             Directories{"one:here:./here/.:../two", {"current/here", "current/here", "current/../two"},
+                 {"MSG_PLUGIN_DIRECTORY_ERROR: one"}},
+             Directories{".", {"current"}, {}}})
         inChildProcess([&row] {
             PlugInFolder const folder;
             for (char const* const file : {"one/x", "two/x", "file", "current/here/x"})
@@ -62,6 +64,7 @@ TEST(PlugInMgrPackage, TakesThoseDirectoriesOfTheListThatExist) {
             if (row.list) ::setenv("KO_PLUGINS_DIR", list.c_str(), 1);
             MessageRecorder const messages;
             whileStarted({}, [&] {
+                std::filesystem::current_path("/");
                 EXPECT_EQ(row.expected, directoriesBelow(folder));
                 // No catalogue is there, so that messages show their names.
                 EXPECT_EQ(row.warnings, messages.texts());
@@ -79,7 +82,7 @@ TEST(PlugInMgrPackage, TakesDirectoriesFromTheCommandLineAndWarnsInWords) {
             [&] { EXPECT_EQ((Vector<OsFilePath>{folder.path()}), PimUtils::getFilePaths()); });
         ASSERT_EQ(2u, messages.texts().size());
         EXPECT_TRUE(messages.texts()[0].starts_with("The plug-in directory \"/no/such\" does not exist"));
-        EXPECT_EQ("The plug-in directory \"" + folder.path("file").getPath() + "\" is no directory and is ignored.",
+        EXPECT_EQ("The plug-in directory \"" + folder.path("file").getPath() + "\" is not a directory and is ignored.",
             messages.texts()[1]);
     });
 }
@@ -92,13 +95,13 @@ struct Rules {
 
 // Further rules, compared with a model: tests/fuzz/plugInSettingsFuzz.cpp.
 TEST(PlugInMgrPackage, DecidesByItsRulesWhatIsLoaded) {
-    Names const all = {"ajpx.io.so", "big.jp.io.so", "io.so", "jpeg.io.so", "jpeg.render.so", "tiff.io.so"};
+    Names const all = {".io.so", "ajpx.io.so", "big.jp.io.so", "io.so", "jpeg.io.so", "jpeg.render.so", "tiff.io.so"};
     for (Rules const& row : {Rules{"", "", all},
              Rules{"io=jp", "", {"ajpx.io.so", "big.jp.io.so", "io.so", "jpeg.io.so", "jpeg.render.so"}},
              Rules{"io=tif,,io=peg,gen=noise", "", {"io.so", "jpeg.io.so", "jpeg.render.so", "tiff.io.so"}},
              Rules{"io=all,io=nothing", "", all}, Rules{"io=JPEG", "", {"io.so", "jpeg.render.so"}},
              Rules{"io=,io,,=", "io,render=, io=jp,.io=all,io=jp=eg", all},
-             Rules{"io=jp", "io=all,render=all", {"io.so"}},
+             Rules{"io=all", "io=all,render=all", {"io.so"}},
              Rules{"io=jp", "io=big,io=tiff", {"ajpx.io.so", "io.so", "jpeg.io.so", "jpeg.render.so"}}})
         inChildProcess([&row, &all] {
             PlugInFolder const folder;
@@ -118,6 +121,42 @@ TEST(PlugInMgrPackage, DecidesByItsRulesWhatIsLoaded) {
             });
             EXPECT_EQ(row.left, loaded.names) << row.include << " without " << row.exclude;
         });
+}
+
+struct HostTag {};
+
+// A host that loads its plug-ins within its own start.
+class HostInit final : public InInit<HostTag> {
+public:
+    explicit HostInit(OsFilePath plugIns)
+        : InInit("host", packagesOf<KoInit::plugInMgr>()), _plugIns(std::move(plugIns)) {}
+    void initialize() override {
+        EXPECT_EQ(2, PimUtils::loadType(_plugIns, "op", InInitMgr::Recursive, PimUtils::getNullCb()));
+    }
+
+private:
+    OsFilePath _plugIns;
+};
+
+TEST(PlugInMgrPackage, StartsWithoutAPlugInWhosePostInitialiseHookFails) {
+    inChildProcess([] {
+        PlugInFolder const folder;
+        std::string const path = folder.add("blur.op.so").getPath();
+        folder.add("grade.op.so");
+        plugInActions()["*blur"] = [] { throw std::runtime_error("no licence"); };
+        HostInit host(folder.path());
+        MessageRecorder const messages;
+        LogRecorder const log;
+        whileStarted({}, [&] {
+            EXPECT_EQ((Names{"+blur", "+grade", "*blur", "-blur", "*grade"}), plugInJournal());
+            std::string const reason = "Package \"blur\" could not be initialised: no licence";
+            EXPECT_EQ((Names{"The plug-in \"" + path + "\" could not be initialised and is ignored: " + reason}),
+                messages.texts());
+            EXPECT_EQ((Names{"PlugInMgr:2 [PlugInMgr] Error while attempting to init plugin '" + path + "':\n" +
+                             reason + "\nPlugin ignored."}),
+                log.lines());
+        });
+    });
 }
 
 TEST(PlugInMgrPackage, HasItsLogGroupForTheLengthOfItsLife) {

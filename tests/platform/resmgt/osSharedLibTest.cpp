@@ -3,7 +3,12 @@
 #include "tests/support/childProcess.h"
 #include "tests/support/temporaryFolder.h"
 
+#include <algorithm>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <limits>
+#include <link.h>
+#include <span>
 
 namespace {
 
@@ -62,7 +67,7 @@ TEST(OsSharedLib, PassesOnWhatTheSystemSaysWithThePath) {
     }
 }
 
-// At whatever byte a library ends too early: never a crash, and never more than an exception.
+// At whatever byte a library ends too early, the process lives on.
 TEST(OsSharedLib, RefusesALibraryThatIsCutOff) {
     TemporaryFolder const folder;
     auto const whole = std::filesystem::file_size(libraries / "answer.so");
@@ -73,6 +78,81 @@ TEST(OsSharedLib, RefusesALibraryThatIsCutOff) {
         std::filesystem::resize_file(path, size);
         EXPECT_TRUE(reasonOf(path.string()).starts_with(path.string() + ": ")) << size;
     }
+}
+
+// As above for a library that the opened one needs, directly or not.
+TEST(OsSharedLib, NamesALibraryThatIsCutOffAmongThoseThatItNeeds) {
+    auto const copy = [](TemporaryFolder const& folder, std::string const& name) {
+        for (char const* const from : {"", "absent"})
+            if (auto const original = libraries / from / name; std::filesystem::exists(original))
+                std::filesystem::copy_file(original, folder / name);
+        return folder / name;
+    };
+    for (std::string const opened : {"orphan.op.so", "grandOrphan.op.so"})
+        for (double const part : {0.5, 0.99, 1.0})
+            inChildProcess([&] {
+                TemporaryFolder const folder;
+                std::string const path = copy(folder, opened);
+                copy(folder, "libplugInOrphan.so");
+                auto const needed = copy(folder, "libplugInAbsent.so");
+                auto const whole = static_cast<double>(std::filesystem::file_size(needed));
+                std::filesystem::resize_file(needed, static_cast<std::uintmax_t>(part * whole));
+                if (part < 1.0)
+                    EXPECT_EQ(path + ": needs " + needed.string() + ": file is cut off", reasonOf(path));
+                else
+                    EXPECT_NO_THROW(OsSharedLib::open(path));
+            });
+}
+
+// The parts of a library that the loader reads first.
+struct Parts {
+    explicit Parts(std::string& file) : header(at<ElfW(Ehdr)>(file, 0)) {
+        segments = {at<ElfW(Phdr)>(file, header->e_phoff), header->e_phnum};
+        ElfW(Off) end = 0;
+        for (ElfW(Phdr) & segment : segments) {
+            if (segment.p_type == PT_DYNAMIC) dynamic = &segment;
+            if (segment.p_type == PT_LOAD) end = segment.p_offset + segment.p_filesz;
+        }
+        entries = {at<ElfW(Dyn)>(file, dynamic->p_offset), (end - dynamic->p_offset) / sizeof(ElfW(Dyn))};
+    }
+    ElfW(Dyn) & entry(ElfW(Sxword) tag) const {
+        return *std::find_if(entries.begin(), entries.end(), [tag](auto const& found) { return found.d_tag == tag; });
+    }
+    template <class T>
+    static T* at(std::string& file, std::size_t offset) {
+        return reinterpret_cast<T*>(file.data() + offset);
+    }
+
+    ElfW(Ehdr) * header;
+    std::span<ElfW(Phdr)> segments;
+    ElfW(Phdr) * dynamic = nullptr;
+    std::span<ElfW(Dyn)> entries; // and what lies behind them
+};
+
+TEST(OsSharedLib, RefusesALibraryWhoseHeadersLieOutsideOfIt) {
+    constexpr auto far = std::numeric_limits<std::uint64_t>::max() - 8;
+    struct Row {
+        char const* words;
+        void (*damage)(Parts& parts);
+    };
+    for (Row const& row : {Row{"cut off", [](Parts& parts) { parts.header->e_phoff = far; }},
+             Row{"cut off", [](Parts& parts) { parts.header->e_shoff = far; }},
+             Row{"cut off", [](Parts& parts) { parts.segments[0].p_filesz = far; }},
+             Row{"damaged", [](Parts& parts) { parts.header->e_phnum = 0xFFFF; }},
+             Row{"damaged", [](Parts& parts) { parts.dynamic->p_vaddr = far; }},
+             Row{"damaged", [](Parts& parts) { std::ranges::fill(parts.entries, parts.entries[0]); }},
+             Row{"damaged", [](Parts& parts) { parts.entry(DT_STRTAB).d_un.d_ptr = far; }},
+             Row{"damaged", [](Parts& parts) { parts.entry(DT_SYMTAB).d_un.d_ptr = far; }},
+             Row{"damaged", [](Parts& parts) { parts.entry(DT_NEEDED).d_un.d_val = far / 2; }}})
+        inChildProcess([&] {
+            std::ifstream original(libraries / "orphan.op.so", std::ios::binary);
+            std::string file(std::istreambuf_iterator<char>(original), {});
+            Parts parts(file);
+            row.damage(parts);
+            TemporaryFolder const folder;
+            std::string const path = folder.write("hostile.so", file);
+            EXPECT_EQ(path + ": file is " + row.words, reasonOf(path));
+        });
 }
 
 } // namespace

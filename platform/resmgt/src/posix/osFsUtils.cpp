@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <dirent.h>
+#include <filesystem>
 #include <memory>
 #include <system_error>
 
@@ -26,6 +27,15 @@ bool isChild(std::string_view name) {
 }
 
 } // namespace
+
+OsFilePath OsFsUtils::getAbsolute(OsFilePath const& path) {
+    std::error_code error;
+    std::filesystem::path absolute = std::filesystem::current_path(error);
+    if (path.isAbsolute() || error) return path;
+    for (std::filesystem::path const& segment : std::filesystem::path(path.getPath()))
+        if (segment != ".") absolute /= segment;
+    return absolute.string();
+}
 
 Vector<OsFilePath> OsFsUtils::getChildren(OsFilePath const& directory, OsWildcardFilter const& filter) {
     std::unique_ptr<DIR, Closer> const stream(::opendir(directory.getPath().c_str()));

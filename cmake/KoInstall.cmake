@@ -1,4 +1,4 @@
-# What `cmake --install` writes: a tree that works wherever it is moved to.
+# The contents of an installed tree, which works wherever it is moved to.
 
 include(CMakePackageConfigHelpers)
 
@@ -7,15 +7,21 @@ configure_package_config_file(cmake/KOframeworkConfig.cmake.in KOframeworkConfig
 write_basic_package_version_file(KOframeworkConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/KOframeworkConfig.cmake ${PROJECT_BINARY_DIR}/KOframeworkConfigVersion.cmake
   DESTINATION ${package_dir} COMPONENT development)
-# Plug-ins have a place also where nobody has put one.
+# The folder for plug-ins, also while there are none.
 install(DIRECTORY DESTINATION ${KO_INSTALL_HOME}/plugins COMPONENT runtime)
 install(EXPORT KOframeworkTargets NAMESPACE KO:: DESTINATION ${package_dir} COMPONENT development)
 if(KO_EXAMPLES)
   install(EXPORT KOcompositorTargets NAMESPACE KO:: DESTINATION ${package_dir} COMPONENT examples)
 endif()
 
-# The .pc file finds its prefix from where it lies itself, however deep that is.
+# The .pc file finds the prefix by its own place in the tree.
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
   OUTPUT_VARIABLE KO_PC_TO_PREFIX)
+# The loader finds system-wide libraries by itself; a program that is linked with others has to know where they are. The file
+# sets no language standard: it would replace a newer one that stands before it on the command line.
+set(KO_PC_RUN_PATH "")
+if(NOT KO_SYSTEM_WIDE)
+  set(KO_PC_RUN_PATH "-Wl,-rpath,\${libdir} ")
+endif()
 configure_file(cmake/koframework.pc.in koframework.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/koframework.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

@@ -28,6 +28,6 @@ compositor::Picture applyVignette(compositor::Picture const& picture, compositor
 struct VignetteTag {};
 
 // When the library is opened, the package registers the action; what it takes, and how many arguments that are, stands here.
-compositor::PlugIn<VignetteTag> const package("vignette", {"Vignette", "a strength from 0 to 1", 1, 1}, applyVignette);
+compositor::PlugIn<VignetteTag> package("vignette", {"Vignette", "a strength from 0 to 1", 1, 1}, applyVignette);
 
 } // namespace

@@ -6,7 +6,7 @@
 
 namespace Ko {
 
-/// What the plug-in manager raises.
+/// Base of the exceptions of the plug-in manager.
 class KO_FRAMEWORK_API PimEx : public ExBase {
 public:
     class ExLibMultipleLoad;
@@ -18,6 +18,7 @@ protected:
 /// A library of that file name was loaded before.
 class KO_FRAMEWORK_API PimEx::ExLibMultipleLoad : public PimEx {
 public:
+    /// @param path of the library that was refused.
     ExLibMultipleLoad(char const* file, int line, OsFilePath const& path);
     ExBase* clone() const override;
     [[noreturn]] void raise() const override;

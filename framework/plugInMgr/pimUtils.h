@@ -8,63 +8,71 @@ namespace Ko {
 
 /// Finds plug-ins and loads them.
 ///
-/// A plug-in's file is named `<name>.<type>.so` (`.dll` on Windows): "blur.op.so" is one of the type "op". It is looked for
+/// A plug-in's file is named `<name>.<type>.so` (`.dll` on Windows): "blur.op.so" is one of the type "op". It is searched for
 /// in the plug-in directories, in their order: those that the setting "marlo::deployment::pluginsDir" lists, else
-/// `plugins/` in the installation directory. Two more settings choose among the files that are found:
+/// `plugins/` in the installation directory. Relative directories of the setting start at the current directory of the
+/// start-up. Two more settings choose among the files that are found:
 ///
 ///     marlo::plugins::include = op=blur,op=grade   # of the type "op", only those whose names contain one of these
 ///     marlo::plugins::exclude = gen=all            # none of the type "gen"
 ///
-/// A type that the inclusions do not name is not limited by them; what they let pass may still be excluded. No blanks stand
-/// around the commas and equality signs.
+/// A type that the inclusions do not name is not limited by them; a plug-in that they admit may still be excluded. No blanks
+/// stand around the commas and equality signs.
 ///
 /// A plug-in that fails is reported, as a warning for the user and in the log group "Framework.PlugInMgr", and the others
-/// are loaded. All plug-ins go to `PimPlugInMgr`, which opens each once; its rules about modes hold here too.
+/// are loaded. `PimPlugInMgr` opens each plug-in once; its rules about modes hold here too.
 ///
 ///     PimUtils::loadType("op", InInitMgr::Reinitialization, PimUtils::getNullCb());
 ///
-/// Any thread, as long as no other changes the directories.
+/// Any thread, unless another one changes the directories. A plug-in is initialised on the thread that loads it: what its
+/// hooks call must be allowed there. The registry of actions and other objects of the application thread are not allowed on
+/// a worker, so a plug-in that registers with them has to be loaded on the application thread.
 class KO_FRAMEWORK_API PimUtils {
 public:
-    /// Is told how loading gets on.
+    /// Observes the progress of loading.
     class KO_FRAMEWORK_API Callback {
     public:
         virtual ~Callback();
-        /// Called right before a library is opened.
+        /// Called right before a library is opened, on the thread that loads.
         virtual void notifyLoading(OsFilePath const& path) = 0;
     };
 
     PimUtils() = delete;
 
-    /// Takes over the messages and settings; called once, by the package.
+    /// Subscribes the messages and reads the settings; called once, by the package.
     static void initialize();
 
-    /// Puts a directory behind the plug-in directories, or others in place of all:
+    /// Appends a directory to the plug-in directories.
     static void addPiDirectoryPath(OsFilePath const& directory);
+    /// Replaces the plug-in directories.
     static void setFilePaths(Vector<OsFilePath> const& directories);
-    /// The plug-in directories.
-    static Vector<OsFilePath> const& getFilePaths();
+    /// The plug-in directories, in the order in which they are searched.
+    [[nodiscard]] static Vector<OsFilePath> const& getFilePaths();
     /// A callback that does nothing.
-    static Callback& getNullCb();
+    [[nodiscard]] static Callback& getNullCb();
 
-    /// Loads all plug-ins of a type that lie in a directory.
-    /// @returns how many of them are present now; those that were loaded before, or tried to, count too.
+    /// Loads the plug-ins of a type that lie in a directory.
+    /// @returns how many of them are present now; those that were loaded or attempted before count too.
     /// @throws OsFileEx::ExInvalidPath when there is no such directory.
     static int loadType(
         OsFilePath const& directory, std::string const& type, InInitMgr::InitType mode, Callback& callback);
-    /// The same for all plug-in directories.
+    /// Loads the plug-ins of a type from all plug-in directories.
+    /// @returns the sum of the other `loadType`.
+    /// @throws OsFileEx::ExInvalidPath at the first directory that does not exist.
     static int loadType(std::string const& type, InInitMgr::InitType mode, Callback& callback);
-    /// Loads all plug-ins in a directory whose file names match a pattern of `OsWildcardFilter`, in the order of their names.
-    /// @returns how many of them are present now; those that were loaded before, or tried to, count too.
+    /// Loads the plug-ins in a directory whose file names match a pattern of `OsWildcardFilter`, in the order of their names.
+    /// @returns how many of them are present now; those that were loaded or attempted before count too.
     /// @throws OsFileEx::ExInvalidPath when there is no such directory.
     static int loadWildcard(
         OsFilePath const& directory, std::string const& pattern, InInitMgr::InitType mode, Callback& callback);
-    /// The same for all plug-in directories.
+    /// Loads the plug-ins whose file names match a pattern from all plug-in directories.
+    /// @returns the sum of the other `loadWildcard`.
+    /// @throws OsFileEx::ExInvalidPath at the first directory that does not exist.
     static int loadWildcard(std::string const& pattern, InInitMgr::InitType mode, Callback& callback);
     /// Loads one plug-in.
-    /// @param path is looked for in the plug-in directories if it has no directory of its own. The suffix of libraries may
+    /// @param path is searched for in the plug-in directories if it has no directory of its own. The suffix of libraries may
     ///   be left out: "blur.op".
-    /// @returns whether it is present now, or was tried before.
+    /// @returns whether the plug-in is present now, or was attempted before.
     static bool load(OsFilePath const& path, InInitMgr::InitType mode);
 };
 

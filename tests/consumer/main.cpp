@@ -5,6 +5,10 @@
 #include <iostream>
 #include <string>
 
+#if STANDARD > 20
+static_assert(__cplusplus > 202002L, "the flags of the library must not set another standard");
+#endif
+
 namespace {
 
 class AddCmd : public Ko::CmCommand {

@@ -1,5 +1,6 @@
 // Input: the values of plugins_include and plugins_exclude, the list of directories, and then the file name of a plug-in a
-// field. The installation directory holds the directories "a", "b/c" and "plugins", and a file "file".
+// field. The current directory, which is the installation directory too, holds the directories "a", "b/c" and "plugins", and
+// a file "file".
 
 // The package as it is, to be set up again for each input.
 #include "framework/plugInMgr/src/plugInMgrInit.cpp"
@@ -95,6 +96,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
             std::filesystem::create_directories(folder / directory);
         folder.write("file", "");
         ::setenv("KO_INSTALL_DIR", (folder / "").c_str(), 1);
+        std::filesystem::current_path(folder / "");
         InInitMgr::initialize();
         MsgProtocol::setHandler([](Msg const&) {});
         LgSinks::replace({lastLine});

@@ -37,19 +37,38 @@ std::string trimmed(std::string text) {
 struct Model {
     bool isReadable = true;
     std::map<std::string, std::string> keys;
-    std::map<std::string, std::string> assigned; // by alias
+    std::vector<std::string> assigned; // in the order of the command line
     std::vector<std::string> kept;
 
     void readFile(std::string const& text) {
+        for (char const* const mark : {"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"})
+            isReadable = isReadable && !text.starts_with(mark);
         std::istringstream lines(text);
-        for (std::string line; std::getline(lines, line);) {
-            std::string const content = trimmed(line.substr(0, line.find('#')));
-            std::size_t const separator = content.find('=');
-            if (separator != std::string::npos)
-                keys[trimmed(content.substr(0, separator))] = trimmed(content.substr(separator + 1));
-            else if (!content.empty())
-                isReadable = false;
-        }
+        for (std::string line; std::getline(lines, line);)
+            isReadable = readLine(line) && isReadable;
+    }
+
+    bool readLine(std::string const& line) {
+        std::size_t const sign = line.find_first_of("=#");
+        std::string const key = trimmed(line.substr(0, sign));
+        if (sign == std::string::npos || line[sign] == '#') return key.empty();
+        std::string const value = trimmed(line.substr(sign + 1));
+        if (key.empty()) return false;
+        if (value.starts_with('"')) return readQuoted(keys[key], value.substr(1));
+        keys[key] = trimmed(value.substr(0, value.find('#')));
+        return true;
+    }
+
+    // No line contains its end, which thus can stand for two quotation marks.
+    static bool readQuoted(std::string& value, std::string text) {
+        for (std::size_t at = 0; (at = text.find("\"\"")) != std::string::npos;)
+            text.replace(at, 2, "\n");
+        std::size_t const end = text.find('"');
+        if (end == std::string::npos) return false;
+        value = text.substr(0, end);
+        std::replace(value.begin(), value.end(), '\n', '"');
+        std::string const after = trimmed(text.substr(end + 1));
+        return after.empty() || after[0] == '#';
     }
 
     void readArguments(std::vector<std::string> const& arguments) {
@@ -60,17 +79,16 @@ struct Model {
                 kept.push_back(arguments[index]);
                 continue;
             }
-            std::string value = arguments[index].substr(alias->size());
+            std::string const value = arguments[index].substr(alias->size());
             if (value.empty() && ++index == arguments.size())
                 isReadable = false;
             else
-                assigned.emplace(*alias, value.empty() ? arguments[index] : value);
+                assigned.push_back(value.empty() ? arguments[index] : value);
         }
     }
 
     std::optional<std::string> value(std::string const& environment) const {
-        for (std::string const& alias : aliases)
-            if (auto const found = assigned.find(alias); found != assigned.end()) return found->second;
+        if (!assigned.empty()) return assigned.back();
         // An empty field stands for a variable that is not there.
         if (!environment.empty()) return environment;
         auto const found = keys.find("key");

@@ -35,7 +35,7 @@ Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Generator make);
 /// The package of a plug-in with one action, which is registered while the package is initialised. A static object:
 ///
 ///     struct InvertTag {};
-///     compositor::PlugIn<InvertTag> const package("invert", {"Invert", "nothing", 0, 0}, invert);
+///     compositor::PlugIn<InvertTag> package("invert", {"Invert", "nothing", 0, 0}, invert);
 ///
 /// An operator's file is named `<name>.op.so`, a generator's `<name>.gen.so`.
 template <class Tag>

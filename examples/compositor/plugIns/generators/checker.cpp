@@ -17,6 +17,6 @@ Picture makeChecker(Size size, Statement const& input) {
 }
 
 struct CheckerTag {};
-PlugIn<CheckerTag> const package("checker", {"Add Checker", "a cell and two colours", 3, 3}, makeChecker);
+PlugIn<CheckerTag> package("checker", {"Add Checker", "a cell and two colours", 3, 3}, makeChecker);
 
 } // namespace

@@ -35,7 +35,6 @@ Picture makeGradient(Size size, Statement const& input) {
 }
 
 struct GradientTag {};
-PlugIn<GradientTag> const package(
-    "gradient", {"Add Gradient", "two colours and perhaps a direction", 2, 3}, makeGradient);
+PlugIn<GradientTag> package("gradient", {"Add Gradient", "two colours and perhaps a direction", 2, 3}, makeGradient);
 
 } // namespace

@@ -20,6 +20,6 @@ Picture makeNoise(Size size, Statement const& input) {
 }
 
 struct NoiseTag {};
-PlugIn<NoiseTag> const package("noise", {"Add Noise", "a seed", 1, 1}, makeNoise);
+PlugIn<NoiseTag> package("noise", {"Add Noise", "a seed", 1, 1}, makeNoise);
 
 } // namespace

@@ -53,6 +53,6 @@ Picture blur(Picture const& picture, Statement const& input) {
 }
 
 struct BlurTag {};
-PlugIn<BlurTag> const package("blur", {"Blur", "a radius in pixels", 1, 1}, blur);
+PlugIn<BlurTag> package("blur", {"Blur", "a radius in pixels", 1, 1}, blur);
 
 } // namespace

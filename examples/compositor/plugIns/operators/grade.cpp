@@ -31,6 +31,6 @@ Picture grade(Picture const& picture, Statement const& input) {
 }
 
 struct GradeTag {};
-PlugIn<GradeTag> const package("grade", {"Grade", "a gain, a gamma and perhaps a saturation", 2, 3}, grade);
+PlugIn<GradeTag> package("grade", {"Grade", "a gain, a gamma and perhaps a saturation", 2, 3}, grade);
 
 } // namespace

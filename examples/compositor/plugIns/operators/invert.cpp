@@ -14,6 +14,6 @@ Picture invert(Picture const& picture, Statement const&) {
 }
 
 struct InvertTag {};
-PlugIn<InvertTag> const package("invert", {"Invert", "nothing", 0, 0}, invert);
+PlugIn<InvertTag> package("invert", {"Invert", "nothing", 0, 0}, invert);
 
 } // namespace

@@ -51,7 +51,7 @@ Picture transform(Picture const& picture, Statement const& input) {
 }
 
 struct TransformTag {};
-PlugIn<TransformTag> const package(
+PlugIn<TransformTag> package(
     "transform", {"Transform", "mirror, flip, turn, left, right or scale and a factor", 1, 2}, transform);
 
 } // namespace

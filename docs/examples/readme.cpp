@@ -1,5 +1,7 @@
 #include "base/inInitMgr.h"
+#include "framework/bgTask/bgManager.h"
 #include "framework/command/cmUndoGuard.h"
+#include "resmgt/lkEvent.h"
 
 #include <iostream>
 #include <utility>
@@ -21,6 +23,20 @@ private:
     LiString _otherName;
 };
 
+/// Renders a picture on a worker, tile by tile.
+class RenderJob : public BgJobProtocol {
+public:
+    explicit RenderJob(LkEvent& isDone) : BgJobProtocol("Render sky.png", "render"), _isDone(isDone) {}
+    void execute() override {
+        for (int tile = 0; tile < 100 && continueExecution(); ++tile)
+            reportProgress(tile + 1, 100);
+        _isDone.set();
+    }
+
+private:
+    LkEvent& _isDone;
+};
+
 int main(int argc, char** argv) {
     InInitScope const framework(argc, argv);
     LiString background = "Layer 1", foreground = "Layer 2";
@@ -33,4 +49,10 @@ int main(int argc, char** argv) {
     std::cout << (*history->getCurrent())->getDescription() << ": " << background << ", " << foreground << '\n';
     history->undo();
     std::cout << "undone: " << background << ", " << foreground << '\n';
+
+    LkEvent isDone("Rendered", false);
+    auto const job = BgManager::getInstance().addJob(std::make_unique<RenderJob>(isDone));
+    isDone.wait(); // here an application runs its loop
+    std::cout << "rendered: " << job->getStatistics().progress() * 100 << "%\n";
+    BgManager::getInstance().stopAndDeleteJob(job);
 }

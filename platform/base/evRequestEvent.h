@@ -72,7 +72,7 @@ private:
     }
 
     alignas(void*) std::byte _storage[size];
-    Operations const* _operations;
+    Operations const* _operations = nullptr;
 };
 
 } // namespace Ko

@@ -1,10 +1,11 @@
-# How the rooms of the house are built: one function for a sibling library, one for a module of the framework, one for a
-# test program and one for a bench. Each CMakeLists.txt then only lists what belongs to it, by role.
+# Functions that build a sibling library, a module of the framework, a test program and a bench. Each CMakeLists.txt only
+# lists its files and its neighbours, by role.
 
-# An installed tree is one that can be moved: it has one shape on every distribution, and its libraries find one another
-# by where they lie. System-wide, libraries lie in the system's folder for them, where its loader looks anyway; what the
-# library reads while it runs then has a folder of its own beside them, for the one above belongs to everybody.
-# KO_HOME is the way from the libraries to the folder of messages and plug-ins: the installation directory.
+# An installed tree can be moved: it has the same layout on every distribution, and its libraries find each other by
+# relative run paths. A system-wide installation uses the system's library folder, which the loader searches by default;
+# message catalogues and plug-ins then have a folder of their own beside the libraries, since the parent folder is shared
+# with other software. KO_HOME is the relative path from the libraries to the installation directory, the folder that
+# contains the messages and plug-ins.
 if(KO_SYSTEM_WIDE)
   set(KO_HOME koframework${PROJECT_VERSION_MAJOR})
 else()
@@ -24,7 +25,7 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-# A build tree has the shape of an installed one, so that the library finds its messages and plug-ins in both.
+# A build tree has the layout of an installed one, so that the library finds its messages and plug-ins in both.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
@@ -37,11 +38,11 @@ endif()
 
 find_package(Threads REQUIRED)
 
-# What the project's own code is compiled with; nothing of it reaches a user.
+# Compiler options of the project's own code; they are not exported to users.
 add_library(koOwnOptions INTERFACE)
 target_compile_options(koOwnOptions INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor)
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-  # Optimising, g++ 12 sees overlapping and endless copies in `"text" + std::string` where there are none (GCC bug 105651).
+  # False positives: with optimisation, g++ 12 reports overlapping copies in `"text" + std::string` (GCC bug 105651).
   target_compile_options(koOwnOptions INTERFACE -Wno-restrict -Wno-stringop-overflow)
 endif()
 if(KO_DEVELOPER)
@@ -52,14 +53,14 @@ if(KO_SANITIZE)
   add_link_options(-fsanitize=${KO_SANITIZE})
 endif()
 
-# Calls within a library go straight to their target, and calls out of it by one indirection.
+# Calls within a library are direct; calls to other libraries take one indirection.
 add_compile_options(-fno-semantic-interposition -fno-plt)
 add_link_options(-Wl,-z,now)
 set(CMAKE_INTERPROCEDURAL_OPTIMIZATION_RELEASE ON)
 
 set(KO_ROLES PUBLIC_HEADERS TEMPLATE_BODIES PRIVATE_HEADERS SOURCES POSIX_SOURCES WINDOWS_SOURCES CATALOGUES NEIGHBOURS)
 
-# ko_sources(<out> ...): the sources of a room with the half that this system needs.
+# ko_sources(<out> ...): the sources of a room, with those for the target system.
 function(ko_sources out)
   cmake_parse_arguments(ROOM "" "" "${KO_ROLES}" ${ARGN})
   set(sources ${ROOM_SOURCES})
@@ -79,7 +80,8 @@ function(ko_install_headers folder)
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ko/${folder} COMPONENT development)
 endfunction()
 
-# ko_catalogues(...): message catalogues of a room go where the library looks for them, in the build tree and installed.
+# ko_catalogues(...): copies message catalogues to the folder in which the library searches them, in the build tree and
+# installed.
 function(ko_catalogues)
   cmake_parse_arguments(ROOM "" "" "${KO_ROLES}" ${ARGN})
   foreach(catalogue IN LISTS ROOM_CATALOGUES)
@@ -95,9 +97,9 @@ function(ko_shared_library target name)
   add_library(KO::${name} ALIAS ${target})
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:koOwnOptions> PUBLIC Threads::Threads)
-  # A library loads all its neighbours, also those of which it uses no symbol: their packages have to register.
+  # Link all neighbours, even those without a used symbol: loading them registers their packages.
   target_link_options(${target} PRIVATE LINKER:--no-as-needed)
-  if(NOT KO_SANITIZE) # whose functions come with the program
+  if(NOT KO_SANITIZE) # the sanitizers' functions are in the program, not in the library
     target_link_options(${target} PRIVATE LINKER:--no-undefined)
   endif()
   install(TARGETS ${target} EXPORT KOframeworkTargets

@@ -1,5 +1,5 @@
-# The Debian packages, one for each of those who use the framework: libkoframework8 for who runs an application,
-# libkoframework-dev for who writes one, libkoframework-examples for who wants to see one. `scripts/package` makes them.
+# The Debian packages, made by `scripts/package`: libkoframework8 to run an application, libkoframework-dev to write one,
+# libkoframework-examples with the example host.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME libkoframework)
@@ -18,14 +18,14 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# Where dpkg-shlibdeps finds the libraries of the first package when it looks at the programs of the third.
+# dpkg-shlibdeps needs the libraries of the runtime package when it examines the programs of the examples.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
-# Versions with the same first number are compatible: a program asks for the one that it was built with, or a later one.
+# Versions with the same first number are compatible: a program requires the version that it was built with, or later.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
-# ko_debian_documents(<component> <package> [FILES ...] [DIRECTORIES ...]): what a reader finds in the package's own folder.
+# ko_debian_documents(<component> <package> [FILES ...] [DIRECTORIES ...]): documents in the package's documentation folder.
 function(ko_debian_documents component package)
   cmake_parse_arguments(DOCUMENT "" "" "FILES;DIRECTORIES" ${ARGN})
   set(folder ${CMAKE_INSTALL_DATADIR}/doc/${package})

@@ -34,7 +34,7 @@ function roomOf(path, parts) {
     return parts[1] "/" parts[2]
 }
 
-# ---- phase order: who comes first
+# ---- phase order: the order of the rooms
 
 phase == "order" && match($0, /^[ \t]*add_subdirectory\([^) \t]+/) {
     folder = substr($0, RSTART, RLENGTH)

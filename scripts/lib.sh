@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# What the scripts share; sourced, not run. Leaves the caller in the root of the house.
+# Functions shared by the scripts; sourced, not run. Changes to the root folder of the project.
 
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -15,7 +15,7 @@ compiler() { printf '%s' "${CXX:-g++}"; }
 
 has_program() { command -v "$1" >/dev/null; }
 
-# Asks the compiler, so that libraries that no package manager knows of are found as well.
+# Asks the compiler, so that libraries installed without a package manager are found too.
 has_header() {
     printf '#if !__has_include(<%s>)\n#error\n#endif\n' "$1" | "$(compiler)" -E -x c++ - >/dev/null 2>&1
 }
@@ -24,7 +24,7 @@ has_cmake() {
     has_program cmake && printf '%s\n' 3.25 "$(cmake --version | awk 'NR == 1 { print $3 }')" | sort --version-sort --check=quiet
 }
 
-# present PACKAGE: whether that what the Debian package would bring is here, from wherever it came.
+# present PACKAGE: whether the contents of the Debian package are available, whatever installed them.
 present() {
     case $1 in
     g++) has_program "$(compiler)" ;;
@@ -46,7 +46,7 @@ present() {
     esac
 }
 
-# need PACKAGE...: installs what is missing, or says what to install and stops.
+# need PACKAGE...: installs missing packages; where that is impossible, fails with a list of them.
 need() {
     local missing=() package
     for package in "$@"; do
@@ -55,7 +55,7 @@ need() {
     ((${#missing[@]})) || return 0
     install_packages "${missing[@]}"
     for package in "${missing[@]}"; do
-        present "$package" || fail "$package is installed, but what it brings is not usable here (cmake has to be 3.25 or newer)."
+        present "$package" || fail "$package is installed, but cannot be used here (cmake has to be 3.25 or newer)."
     done
 }
 
@@ -72,12 +72,12 @@ install_packages() {
     "${as_root[@]}" apt-get install -qq -y --no-install-recommends "$@" || fail "apt-get install failed. $advice"
 }
 
-# What a preset of the project needs to be configured at all; g++ optimises across sources in parallel with make.
+# The packages that every preset needs; make is for g++, which runs link-time optimisation in parallel with it.
 need_build_tools() { need g++ cmake ninja-build make libgtest-dev libgmock-dev libpng-dev "$@"; }
 
 configured() { [[ -f build/$1/build.ninja && build/$1/build.ninja -nt CMakePresets.json ]]; }
 
-# build PRESET [TARGET...]: configures only where that has not been done; the build itself notices changed CMake files.
+# build PRESET [TARGET...]: configures only an unconfigured build folder; the build detects changed CMake files itself.
 build() {
     local preset=$1
     shift

@@ -1,5 +1,5 @@
-# Makes a table of what Google Benchmark wrote as CSV with aggregates only: a row for each workload, a column for each who
-# did it; in nanoseconds, and in parentheses as a multiple of the framework's.
+# Makes a table from the CSV of Google Benchmark (aggregates only): a row per workload, a column per library, in nanoseconds
+# and, in parentheses, as a multiple of the framework's time.
 
 BEGIN {
     FS = ","
@@ -41,15 +41,15 @@ function inWords(seconds, nanoseconds) {
     return sprintf("%.0f us", nanoseconds / 1000)
 }
 
-function cell(work, who, seconds, ours) {
-    if (!(("median", work SUBSEP who) in value)) return "-"
-    seconds = value["median", work SUBSEP who]
+function cell(work, library, seconds, ours) {
+    if (!(("median", work SUBSEP library) in value)) return "-"
+    seconds = value["median", work SUBSEP library]
     ours = value["median", work SUBSEP "framework"]
-    if (value["cv", work SUBSEP who] > noisiest) {
-        noisiest = value["cv", work SUBSEP who]
-        noisiestName = work "/" who
+    if (value["cv", work SUBSEP library] > noisiest) {
+        noisiest = value["cv", work SUBSEP library]
+        noisiestName = work "/" library
     }
-    if (who == "framework") return inWords(seconds)
+    if (library == "framework") return inWords(seconds)
     return inWords(seconds) sprintf(" (%.2f)", seconds / ours)
 }
 

@@ -72,7 +72,7 @@ private:
     }
 
     alignas(void*) std::byte _storage[size];
-    Operations const* _operations = nullptr;
+    Operations const* _operations;
 };
 
 } // namespace Ko

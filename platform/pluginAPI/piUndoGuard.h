@@ -7,6 +7,7 @@
 #include "pluginAPI/pluginAPIApi.h"
 #include "resmgt/liString.h"
 
+#include <array>
 #include <cstddef>
 
 namespace Ko {
@@ -38,13 +39,13 @@ public:
     template <class Guard, class... Args>
     void emplace(Args&&... args) {
         static_assert(sizeof(Guard) <= size && alignof(Guard) <= alignof(std::max_align_t));
-        _guard = ::new (static_cast<void*>(_room)) Guard(static_cast<Args&&>(args)...);
+        _guard = ::new (static_cast<void*>(_room.data())) Guard(static_cast<Args&&>(args)...);
     }
 
 private:
     static constexpr std::size_t size = 32;
 
-    alignas(std::max_align_t) std::byte _room[size];
+    alignas(std::max_align_t) std::array<std::byte, size> _room;
     PiUndoGuardProtocol* _guard = nullptr;
 };
 

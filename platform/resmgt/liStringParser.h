@@ -5,15 +5,15 @@
 
 namespace Ko {
 
-/// Takes texts apart. Nothing is trimmed: blanks belong to the pieces.
+/// Splits texts. Nothing is trimmed: the pieces keep their blanks.
 class KO_RESMGT_API LiStringParser {
 public:
-    /// The pieces between separators, without the empty ones.
+    /// The pieces between separators; empty pieces are omitted.
     /// @param separator at least one character.
     static Vector<LiString> splitList(LiString const& text, LiString const& separator);
-    /// What stands before and after the first separator; `tail` is empty where there is none.
+    /// Sets `head` to the text before the first separator and `tail` to the rest; without separator, `tail` is empty.
     /// @param separator at least one character.
-    /// @returns whether there is a separator.
+    /// @returns whether the text has a separator.
     static bool splitString(LiString const& text, LiString const& separator, LiString& head, LiString& tail);
 };
 

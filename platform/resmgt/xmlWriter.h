@@ -9,19 +9,19 @@ namespace Ko {
 
 /// Writes indented XML elements to a stream.
 ///
-/// Text is escaped; what XML cannot hold, control characters and bytes that are not UTF-8, becomes U+FFFD. Tag names are
-/// written as they are.
+/// Text is escaped; characters that XML does not allow and bytes that are not UTF-8 become U+FFFD. Tag names are written
+/// unchanged.
 class KO_RESMGT_API XmlWriter {
 public:
     /// @param stream must live as long as the writer.
     /// @param indentation blanks for each level.
     XmlWriter(std::ostream& stream, int indentation) : _stream(stream), _indentation(indentation) {}
 
-    /// Begins an element that others go into.
+    /// Opens an element that contains others.
     void openTag(LiString const& name);
-    /// An element with nothing but text in it.
+    /// Writes an element that contains only text.
     void writeTag(LiString const& name, LiString const& text);
-    /// Closes the tag that was opened last.
+    /// Closes the innermost open element.
     /// @throws ExAssertionFailed when none is open.
     void closeTag();
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Holds the pages of the house against the house:  checkPages.sh ROOT PAGE=PROGRAM...
+# Compares the pages with the tree:  checkPages.sh ROOT PAGE=PROGRAM...
 # - every relative link leads to a file, and every page below docs/ can be reached from docs/README.md;
 # - a code block after the line <!-- from FILE --> is, line by line, a part of that file; all of C++ stands after such a line;
 # - what a page says that its program prints, the program prints; a page that says so has a program.

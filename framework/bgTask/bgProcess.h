@@ -51,7 +51,7 @@ public:
     /// @throws ExInternalError when the name is empty or contains "=", or when one of them contains a zero byte.
     void addEnvironmentVariable(std::string const& name, std::string const& value);
     /// The command line as it was given.
-    std::string const& getExecutionStr() const noexcept { return _execStr; }
+    [[nodiscard]] std::string const& getExecutionStr() const noexcept { return _execStr; }
 
     /// Creates the locks that all processes share. For the package's hooks.
     static void performInitialize();

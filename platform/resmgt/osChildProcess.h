@@ -44,7 +44,7 @@ public:
     /// @throws ExAssertionFailed while a child is attached or not yet forgotten.
     [[nodiscard]] Launch launch(LiString const& commandLine, Vector<LiString> const& environment);
     /// Why the last launch failed: the reason in the system's words, or what is wrong with the arguments.
-    LiString const& getLaunchError() const noexcept;
+    [[nodiscard]] LiString const& getLaunchError() const noexcept;
 
     /// Reads the next bytes of the child's standard output. Does not wait. A program that reopens its output by name
     /// truncates the file; the next bytes are then the ones at its start.

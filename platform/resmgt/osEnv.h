@@ -14,7 +14,7 @@ public:
     static bool getVariable(LiString const& name, LiString& value);
     /// Defines a variable for this process and the ones that it starts.
     /// @param assignment "NAME=value".
-    /// @throws ExAssertionFailed when it has no "=", or nothing before it.
+    /// @throws ExAssertionFailed when it has no "=", nothing before the "=", or a zero byte.
     static void putVariable(LiString const& assignment);
     /// The same with a text that becomes UTF-8.
     static void putVariable(std::wstring const& assignment);

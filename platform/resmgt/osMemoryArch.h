@@ -30,7 +30,7 @@ public:
     [[nodiscard]] virtual Memory getMemory() const = 0;
 
     /// The object that was set; initially one that asks the system.
-    static OsMemoryArch const& getInstance() noexcept;
+    [[nodiscard]] static OsMemoryArch const& getInstance() noexcept;
     /// Replaces the object.
     /// @param service not owned; null for the system's own figures.
     static void setInstance(OsMemoryArch const* service) noexcept;

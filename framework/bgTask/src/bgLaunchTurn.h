@@ -33,7 +33,7 @@ private:
 };
 
 /// Holds the turn until it is released, its deadline passes, or the scope ends.
-class BgLaunchTurn::Holder {
+class [[nodiscard]] BgLaunchTurn::Holder {
 public:
     /// Waits for the turn while `mayGoOn()`, which is called under the lock.
     template <class MayGoOn>

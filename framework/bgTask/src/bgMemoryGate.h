@@ -14,7 +14,7 @@ public:
     /// a program ends. One thread at a time: the one that has the turn to launch.
     /// @returns whether a program may be launched now.
     template <class MayGoOn, class IsEnoughMemoryFree>
-    bool pass(MayGoOn mayGoOn, IsEnoughMemoryFree isEnoughMemoryFree, double interval) {
+    [[nodiscard]] bool pass(MayGoOn mayGoOn, IsEnoughMemoryFree isEnoughMemoryFree, double interval) {
         while (mayGoOn()) {
             if (_running == 0 || isEnoughMemoryFree()) return true;
             _sleeper.sleep(interval);
@@ -32,7 +32,7 @@ private:
 };
 
 /// Counts a program as running for the length of a scope.
-class BgMemoryGate::Running {
+class [[nodiscard]] BgMemoryGate::Running {
 public:
     explicit Running(BgMemoryGate& gate) : _gate(gate) { ++_gate._running; }
     ~Running() {

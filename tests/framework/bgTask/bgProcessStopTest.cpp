@@ -1,3 +1,4 @@
+#include "framework/bgTask/bgManager.h"
 #include "tests/support/logRecorder.h"
 #include "tests/support/program.h"
 
@@ -48,6 +49,21 @@ TEST_F(BgProcessTest, DelaysNoOtherProgramWhileAStopWaits) {
     EXPECT_EQ("Complete", other.await()) << "a hook never waits";
     EXPECT_THAT(other.program->records, ElementsAre("out:a", "exit:-1073741510"));
     stubborn.end();
+}
+
+TEST_F(BgProcessTest, AreAllAskedBeforeTheManagerWaitsForOne) {
+    NamedPipe firstTells, firstEnds, lastTells;
+    std::vector<std::string> records;
+    auto const add = [](std::string const& steps, Program::Hook hook) {
+        BgManager::getInstance().addJob(OPtr<BgJobProtocol>(std::make_unique<Program>(steps, std::move(hook))));
+    };
+    add("ignoreOneBreak" + firstTells.tell() + firstEnds.await() + "out done",
+        [&](Program&, std::string const& record) { records.push_back(record); });
+    add(lastTells.tell() + "pause", [&](Program&, std::string const&) { firstEnds.release(); });
+    firstTells.hear();
+    lastTells.hear();
+    BgManager::getInstance().stopAllJobs();
+    EXPECT_THAT(records, ElementsAre("out:done", "exit:0"));
 }
 
 TEST_F(BgProcessTest, KillsAGroupThatIgnoresTheBreak) {

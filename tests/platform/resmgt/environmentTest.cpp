@@ -43,6 +43,7 @@ TEST(OsEnv, DefinesAndListsVariables) {
     EXPECT_EQ(1, std::count(entries.begin(), entries.end(), "KO_TEST_TEXT=\xFF narrow"));
     EXPECT_THROW(OsEnv::putVariable(L"nothing assigned"), ExAssertionFailed);
     EXPECT_THROW(OsEnv::putVariable(L"=nameless"), ExAssertionFailed);
+    EXPECT_THROW(OsEnv::putVariable(LiString("KO_TEST_TEXT=\0x", 15)), ExAssertionFailed);
 }
 
 TEST(OsMemoryArch, KnowsTheMachineUnlessAnotherAnswers) {

@@ -42,6 +42,7 @@ bool OsEnv::getVariable(LiString const& name, LiString& value) {
 void OsEnv::putVariable(LiString const& assignment) {
     auto const separator = assignment.find('=');
     source.require(separator != LiString::npos && separator != 0, "separator > 0");
+    source.require(assignment.find('\0') == LiString::npos, "the assignment has no zero byte");
     LiString const name = assignment.substr(0, separator);
     char const* const value = assignment.c_str() + separator + 1;
     source.require(::setenv(name.c_str(), value, 1) == 0, "setenv( name, value, 1 ) == 0");

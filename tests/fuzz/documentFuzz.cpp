@@ -1,19 +1,20 @@
 // Input: a document file.
 #include "document/documentFile.h"
-#include "image/pngFile.h"
 #include "tests/fuzz/fuzzing.h"
 #include "tests/fuzz/pngChecksums.h"
 
 #include <algorithm>
 #include <optional>
+#include <sstream>
 
 namespace {
 
 using namespace compositor;
 using namespace KoFuzz;
 
-std::optional<Document> decode(std::span<std::byte const> bytes) try {
-    return decodeDocument(bytes);
+std::optional<Document> decode(std::string const& bytes) try {
+    std::istringstream stream(bytes);
+    return readDocument(stream, bytes.size());
 } catch (DocumentError const&) {
     return std::nullopt;
 }
@@ -27,7 +28,7 @@ bool isAlike(Layer const& left, Layer const& right) {
 void checkSaving(Document const& document) {
     static Folder const folder;
     expect(saveDocument(document, folder / "document.koc"), "a document can be saved");
-    auto const again = decode(readFile(folder / "document.koc"));
+    auto const again = decode(folder.read("document.koc"));
     expect(again && again->canvas() == document.canvas() &&
                std::ranges::equal(document.layers(), again->layers(), &isAlike),
         "a document that was saved is the same when it is opened again");
@@ -45,7 +46,7 @@ void checkRendering(Document const& document) {
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     std::vector<std::uint8_t> bytes(data, data + size);
     if (!areSmall(bytes)) return -1;
-    auto const document = decode(std::as_bytes(std::span(bytes)));
+    auto const document = decode({bytes.begin(), bytes.end()});
     if (!document) return 0;
     for (Layer const& layer : document->layers())
         expect(layer.placed.picture != nullptr, "a layer has a picture");

@@ -23,9 +23,9 @@ void Document::setCanvas(Size canvas) {
 }
 
 Layer const& Document::layer(std::string const& name) const {
-    auto const found = std::ranges::find(_layers, name, &Layer::name);
-    if (found == _layers.end()) throw DocumentError("there is no layer \"" + name + "\"");
-    return *found;
+    auto const found = _idsByName.find(name);
+    if (found == _idsByName.end()) throw DocumentError("there is no layer \"" + name + "\"");
+    return layer(found->second);
 }
 
 std::size_t Document::indexOf(std::uint64_t id) const {
@@ -38,12 +38,16 @@ void Document::insert(std::size_t index, Layer layer) {
     check(layer);
     if (index > _layers.size())
         throw DocumentError("position " + std::to_string(index) + " lies above the highest layer");
+    // First what can fail for lack of memory.
+    if (_layers.size() == _layers.capacity()) _layers.reserve(2 * _layers.size() + 1);
+    _idsByName.emplace(layer.name, layer.id);
     _lastId = std::max(_lastId, layer.id);
     _layers.insert(_layers.begin() + static_cast<std::ptrdiff_t>(index), std::move(layer));
 }
 
 Layer Document::remove(std::uint64_t id) {
     auto const position = _layers.begin() + static_cast<std::ptrdiff_t>(indexOf(id));
+    _idsByName.erase(position->name);
     Layer removed = std::move(*position);
     _layers.erase(position);
     return removed;
@@ -63,14 +67,18 @@ void Document::reorder(std::uint64_t id, std::size_t index) {
 void Document::replace(Layer layer) {
     std::size_t const index = indexOf(layer.id);
     check(layer);
+    if (layer.name != _layers[index].name) {
+        _idsByName.emplace(layer.name, layer.id);
+        _idsByName.erase(_layers[index].name);
+    }
     _layers[index] = std::move(layer);
 }
 
 void Document::check(Layer const& layer) const {
     if (layer.name.empty() || !std::ranges::all_of(layer.name, isPrintable))
         throw DocumentError("a layer's name must not be empty or hold control characters");
-    if (std::ranges::any_of(
-            _layers, [&](Layer const& other) { return other.name == layer.name && other.id != layer.id; }))
+    auto const sameName = _idsByName.find(layer.name);
+    if (sameName != _idsByName.end() && sameName->second != layer.id)
         throw DocumentError("there is a layer \"" + layer.name + "\" already");
     if (!(layer.placed.opacity >= 0.0f && layer.placed.opacity <= 1.0f))
         throw DocumentError("an opacity lies between 0 and 1");

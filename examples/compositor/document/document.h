@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace compositor {
@@ -42,8 +43,9 @@ public:
     Layer const& layer(std::string const& name) const;
     std::size_t indexOf(std::uint64_t id) const;
 
-    /// Puts a layer at an index, 0 at the bottom. @throws DocumentError for a name, an opacity or an index that is not
-    /// possible.
+    /// @throws DocumentError when no layer of that id can have this name and opacity.
+    void check(Layer const& layer) const;
+    /// Puts a layer at an index, 0 at the bottom. @throws DocumentError as `check`, and for an index that is not possible.
     void insert(std::size_t index, Layer layer);
     Layer remove(std::uint64_t id);
     /// Moves a layer to another index.
@@ -54,10 +56,9 @@ public:
     Renderer renderer() const;
 
 private:
-    void check(Layer const& layer) const;
-
     Size _canvas{640, 480};
     std::vector<Layer> _layers;
+    std::unordered_map<std::string, std::uint64_t> _idsByName;
     std::uint64_t _lastId = 0;
 };
 

@@ -2,10 +2,11 @@
 
 #include "image/atomicFile.h"
 #include "image/pngFile.h"
+#include "text/number.h"
 
 #include <algorithm>
-#include <charconv>
 #include <map>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -13,163 +14,217 @@ namespace compositor {
 
 namespace {
 
-constexpr std::string_view magic = "compositor document 1\n";
+constexpr std::string_view magic = "compositor document ";
+constexpr int version = 1;
+constexpr std::size_t longestLine = std::size_t{1} << 20;
 
-template <class Number>
-std::string toText(Number number) {
-    char buffer[64];
-    return {buffer, std::to_chars(buffer, buffer + sizeof buffer, number).ptr};
-}
-
-/// Reads the lines of the text, and knows where it is.
-class Header {
+/// Reads the lines of the text, and keeps the number of the line for messages.
+class HeaderReader {
 public:
-    explicit Header(std::string_view text) : _text(text) {}
+    HeaderReader(std::istream& stream, std::uint64_t length) : _stream(*stream.rdbuf()), _left(length) {}
 
-    // The next line's words are then taken by `word` and `number`, its rest by `rest`.
-    std::string_view nextLine() {
-        auto const end = _text.find('\n', _next);
-        if (end == std::string_view::npos) fail("the text ends too early");
-        _line = _text.substr(_next, end - _next);
-        _next = end + 1;
+    /// Reads the next line; `word`, `number` and `rest` then take its pieces. @returns false when it does not end.
+    bool tryNextLine() {
         ++_number;
-        return _line;
+        _line.clear();
+        _next = 0;
+        while (_left > 0 && _line.size() < longestLine) {
+            int const character = _stream.sbumpc();
+            if (character == std::char_traits<char>::eof()) break;
+            --_left;
+            if (character == '\n') return true;
+            _line += static_cast<char>(character);
+        }
+        return false;
+    }
+    void nextLine() {
+        if (!tryNextLine()) fail(_line.size() == longestLine ? "it is too long" : "the text ends too early");
+    }
+    bool skip(std::string_view begin) {
+        bool const isThere = rest().starts_with(begin);
+        if (isThere) _next += begin.size();
+        return isThere;
     }
     std::string_view word() {
-        auto const end = _line.find(' ');
-        std::string_view const result = _line.substr(0, end);
-        _line.remove_prefix(end == std::string_view::npos ? _line.size() : end + 1);
-        return result;
+        std::string_view const text = rest();
+        auto const end = std::min(text.find(' '), text.size());
+        _next = std::min(_next + end + 1, _line.size());
+        return text.substr(0, end);
     }
     template <class Number>
     Number number() {
         std::string_view const text = word();
-        Number value{};
-        auto const [rest, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-        if (error != std::errc() || rest != text.data() + text.size())
-            fail("\"" + std::string(text) + "\" is not a number that can stand here");
-        return value;
+        auto const value = toNumber<Number>(text);
+        if (!value) fail("\"" + std::string(text) + "\" is not a number that can stand here");
+        return *value;
     }
-    std::string_view rest() { return std::exchange(_line, {}); }
-    std::size_t position() const { return _next; }
+    std::string_view rest() const { return std::string_view(_line).substr(_next); }
+    /// Bytes after the line.
+    std::uint64_t left() const { return _left; }
 
     [[noreturn]] void fail(std::string const& what) const {
         throw DocumentError("line " + std::to_string(_number) + ": " + what);
     }
 
 private:
-    std::string_view _text;
-    std::string_view _line;
+    std::streambuf& _stream;
+    std::uint64_t _left;
+    std::string _line;
     std::size_t _next = 0;
     int _number = 0;
 };
 
-struct LayerLine {
-    std::size_t picture;
-    Layer layer;
+/// A picture that the header announces. The layers have it already; its pixels come later.
+struct Announced {
+    std::uint64_t length;
+    std::shared_ptr<Picture> picture;
 };
 
-std::vector<LayerLine> readLayers(Header& header, Document& document, std::vector<std::size_t>& pictureSizes) {
-    std::vector<LayerLine> layers;
-    for (header.nextLine();; header.nextLine()) {
-        std::string_view const word = header.word();
-        if (word == "data") return layers;
-        if (word == "picture") {
-            pictureSizes.push_back(header.number<std::size_t>());
-        } else if (word == "layer") {
-            LayerLine line{header.number<std::size_t>(), {}};
-            if (line.picture >= pictureSizes.size()) header.fail("there is no picture " + std::to_string(line.picture));
-            PlacedPicture& placed = line.layer.placed;
-            placed.x = header.number<int>();
-            placed.y = header.number<int>();
-            placed.opacity = header.number<float>();
-            try {
-                placed.blend = blendModeOf(std::string(header.word()));
-                line.layer.name = header.rest();
-                line.layer.id = document.newId();
-                document.insert(document.layers().size(), line.layer);
-            } catch (std::runtime_error const& error) {
-                header.fail(error.what());
-            }
-            layers.push_back(line);
-        } else {
-            header.fail("unknown word \"" + std::string(word) + "\"");
-        }
+void readVersion(HeaderReader& header) {
+    if (!header.tryNextLine() || !header.skip(magic)) throw DocumentError("it is neither a document nor a PNG picture");
+    int const number = header.number<int>();
+    if (number > version)
+        throw DocumentError("a newer compositor has written it: it is a document of version " + std::to_string(number) +
+                            ", and this compositor reads version " + std::to_string(version));
+    if (number < version) header.fail("there is no version " + std::to_string(number));
+}
+
+void readCanvas(HeaderReader& header, Document& document) {
+    header.nextLine();
+    if (header.word() != "canvas") header.fail("expected the canvas");
+    int const width = header.number<int>();
+    document.setCanvas({width, header.number<int>()});
+}
+
+void readLayer(HeaderReader& header, Document& document, std::vector<Announced> const& pictures) {
+    auto const picture = header.number<std::size_t>();
+    if (picture >= pictures.size()) header.fail("there is no picture " + std::to_string(picture));
+    PlacedPicture placed{pictures[picture].picture};
+    placed.x = header.number<int>();
+    placed.y = header.number<int>();
+    placed.opacity = header.number<float>();
+    placed.blend = blendModeOf(std::string(header.word()));
+    try {
+        document.insert(document.layers().size(), {document.newId(), std::string(header.rest()), placed});
+    } catch (DocumentError const& error) {
+        header.fail(error.what());
     }
 }
 
-std::vector<SharedPicture> readPictures(std::span<std::byte const> bytes, std::vector<std::size_t> const& sizes) {
-    std::vector<SharedPicture> pictures;
-    for (std::size_t const size : sizes) {
-        std::string const name = "picture " + std::to_string(pictures.size()) + ": ";
-        if (size > bytes.size()) throw DocumentError(name + "the file ends before it does");
+std::vector<Announced> readLayers(HeaderReader& header, Document& document) {
+    std::vector<Announced> pictures;
+    for (header.nextLine();; header.nextLine()) {
+        std::string const word(header.word());
+        if (word == "data") return pictures;
+        if (word == "picture")
+            pictures.push_back({header.number<std::uint64_t>(), std::make_shared<Picture>(Size{1, 1})});
+        else if (word == "layer")
+            readLayer(header, document, pictures);
+        else
+            header.fail("unknown word \"" + word + "\"");
+    }
+}
+
+void readPictures(std::istream& stream, std::uint64_t left, std::vector<Announced> const& pictures) {
+    for (std::size_t number = 0; number < pictures.size(); ++number) {
+        auto const& [length, picture] = pictures[number];
+        std::string const name = "picture " + std::to_string(number) + ": ";
+        if (length > left) throw DocumentError(name + "the file ends before it does");
         try {
-            pictures.push_back(std::make_shared<Picture const>(decodePng(bytes.first(size))));
+            *picture = readPng(stream, length);
         } catch (ImageError const& error) {
             throw DocumentError(name + error.what());
         }
-        bytes = bytes.subspan(size);
+        left -= length;
     }
-    if (!bytes.empty())
-        throw DocumentError("there are " + std::to_string(bytes.size()) + " bytes after the last picture");
-    return pictures;
+    if (left > 0) throw DocumentError("there are " + std::to_string(left) + " bytes after the last picture");
+}
+
+/// The pictures of a document, each once, and their numbers in the file.
+struct Pictures {
+    explicit Pictures(Document const& document) {
+        for (Layer const& layer : document.layers())
+            if (numbers.try_emplace(layer.placed.picture.get(), all.size()).second)
+                all.push_back(layer.placed.picture.get());
+        lengths.resize(all.size());
+    }
+
+    std::vector<Picture const*> all;
+    std::map<Picture const*, std::size_t> numbers;
+    std::vector<std::uint64_t> lengths;
+};
+
+// Of the same length whatever the lengths of the pictures, which are known only when they have been written.
+std::string headerOf(Document const& document, Pictures const& pictures) {
+    constexpr std::size_t digits = 12;
+    std::string text = std::string(magic) + toText(version) + "\ncanvas " + toText(document.canvas().width) + " " +
+                       toText(document.canvas().height) + "\n";
+    for (std::uint64_t const length : pictures.lengths) {
+        std::string const number = toText(length);
+        text += "picture " + std::string(digits - number.size(), '0') + number + "\n";
+    }
+    for (Layer const& layer : document.layers()) {
+        PlacedPicture const& placed = layer.placed;
+        text += "layer " + toText(pictures.numbers.at(placed.picture.get())) + " " + toText(placed.x) + " " +
+                toText(placed.y) + " " + toText(placed.opacity) + " " + toString(placed.blend) + " " + layer.name +
+                "\n";
+    }
+    return text + "data\n";
+}
+
+struct Stopped {};
+
+void writeDocument(Document const& document, AtomicFile& file, Progress const& progress) {
+    Pictures pictures(document);
+    int done = 0;
+    int const total = static_cast<int>(pictures.all.size()) + 1;
+    auto const report = [&] {
+        if (progress && !progress(done, total)) throw Stopped();
+    };
+    auto const writeHeader = [&] {
+        file.write(std::as_bytes(std::span(std::string_view(headerOf(document, pictures)))));
+    };
+    writeHeader();
+    for (Picture const* const picture : pictures.all) {
+        std::uint64_t& length = pictures.lengths[static_cast<std::size_t>(done)];
+        writePng(*picture, [&](std::span<std::byte const> bytes) {
+            report();
+            file.write(bytes);
+            length += bytes.size();
+        });
+        ++done;
+    }
+    report();
+    file.rewind();
+    writeHeader();
+    file.commit();
+    if (progress) progress(total, total);
 }
 
 } // namespace
 
 bool saveDocument(Document const& document, std::filesystem::path const& path, Progress const& progress) {
-    std::map<SharedPicture, std::size_t> numbers;
-    std::vector<std::vector<std::byte>> pictures;
-    std::string text(magic);
-    std::string layers;
-    int done = 0;
-    text += "canvas " + toText(document.canvas().width) + " " + toText(document.canvas().height) + "\n";
-    for (Layer const& layer : document.layers()) {
-        PlacedPicture const& placed = layer.placed;
-        auto const [number, isNew] = numbers.try_emplace(placed.picture, pictures.size());
-        if (isNew) {
-            pictures.push_back(encodePng(*placed.picture));
-            text += "picture " + toText(pictures.back().size()) + "\n";
-        }
-        layers += "layer " + toText(number->second) + " " + toText(placed.x) + " " + toText(placed.y) + " " +
-                  toText(placed.opacity) + " " + toString(placed.blend) + " " + layer.name + "\n";
-        if (progress && !progress(++done, static_cast<int>(document.layers().size()) + 1)) return false;
-    }
-    text += layers + "data\n";
     AtomicFile file(path);
-    file.write(text.data(), text.size());
-    for (std::vector<std::byte> const& picture : pictures)
-        file.write(picture.data(), picture.size());
-    file.commit();
-    if (progress) progress(done + 1, done + 1);
-    return true;
-}
-
-bool isDocument(std::span<std::byte const> bytes) {
-    return bytes.size() >= magic.size() &&
-           std::string_view(reinterpret_cast<char const*>(bytes.data()), magic.size()) == magic;
-}
-
-Document decodeDocument(std::span<std::byte const> bytes) {
-    if (!isDocument(bytes)) throw DocumentError("it is neither a document nor a PNG picture");
-    Header header({reinterpret_cast<char const*>(bytes.data()), bytes.size()});
-    header.nextLine();
-    header.nextLine();
-    if (header.word() != "canvas") header.fail("expected the canvas");
-    Document document;
     try {
-        int const width = header.number<int>();
-        document.setCanvas({width, header.number<int>()});
+        writeDocument(document, file, progress);
+        return true;
+    } catch (Stopped const&) {
+        return false;
+    }
+}
+
+Document readDocument(std::istream& stream, std::uint64_t length) {
+    HeaderReader header(stream, length);
+    Document document;
+    std::vector<Announced> pictures;
+    readVersion(header);
+    try {
+        readCanvas(header, document);
+        pictures = readLayers(header, document);
     } catch (ImageError const& error) {
         header.fail(error.what());
     }
-    std::vector<std::size_t> pictureSizes;
-    std::vector<LayerLine> const layers = readLayers(header, document, pictureSizes);
-    std::vector<SharedPicture> const pictures = readPictures(bytes.subspan(header.position()), pictureSizes);
-    for (auto [picture, layer] : layers) {
-        layer.placed.picture = pictures[picture];
-        document.replace(layer);
-    }
+    readPictures(stream, header.left(), pictures);
     return document;
 }
 

@@ -3,6 +3,7 @@
 #include "document/documentFile.h"
 #include "framework/command/cmUndoGuard.h"
 #include "host/commands.h"
+#include "image/inputFile.h"
 #include "image/pngFile.h"
 
 #include <algorithm>
@@ -10,12 +11,16 @@
 namespace compositor {
 
 void Editor::open(std::filesystem::path const& path, std::string const& name) {
-    std::vector<std::byte> const bytes = readFile(path);
+    InputFile file(path);
+    auto const fail = [&path](
+                          char const* reason) { throw DocumentError(path.string() + " cannot be opened: " + reason); };
     try {
-        if (isPng(bytes)) return addLayer(name, decodePng(bytes));
-        _document = decodeDocument(bytes);
+        if (isPng(file.stream)) return addLayer(name, readPng(file.stream, file.length));
+        _document = readDocument(file.stream, file.length);
+    } catch (std::bad_alloc const&) {
+        fail("there is not enough memory");
     } catch (std::runtime_error const& error) {
-        throw DocumentError(path.string() + " cannot be opened: " + error.what());
+        fail(error.what());
     }
     _history->clear();
     _selection->clear();

@@ -15,6 +15,17 @@ namespace {
 
 constexpr std::size_t any = std::numeric_limits<std::size_t>::max();
 constexpr int largest = std::numeric_limits<int>::max();
+// Each group takes some of the stack.
+constexpr int deepestGroup = 200;
+
+constexpr char const* blendFormulas =
+    "    over      s + d (1 - a)\n"
+    "    add       min(1, s + d)\n"
+    "    multiply  s d + s (1 - b) + d (1 - a)\n"
+    "    screen    s + d - s d\n"
+    "    s: a channel of the layer, d: of what lies below it, both in linear light and multiplied by their alphas,\n"
+    "    a and b; a is the layer's own alpha times its opacity. The resulting alpha: the same with a for s and b for "
+    "d.\n";
 
 int stepsOf(Statement const& statement) {
     return statement.arguments() == 1 ? statement.integer(1, 1, largest) : 1;
@@ -126,14 +137,18 @@ bool Interpreter::runBlock(bool isGroup) {
 }
 
 void Interpreter::runStatement(Statement const& statement) {
-    auto const found = std::ranges::find_if(words(), [&](Word const& word) { return statement.word() == word.name; });
-    if (found == words().end())
-        throw ScriptError("unknown word " + quoted(statement.word()) + "; \"help\" lists the words");
-    if (statement.arguments() < found->fewestArguments || statement.arguments() > found->mostArguments)
-        throw ScriptError(std::string("write: ") + found->usage);
-    if (!found->insideGroups && Ko::CmUndoGuard::isGuardActive())
+    Word const& word = wordOf(statement.word());
+    if (statement.arguments() < word.fewestArguments || statement.arguments() > word.mostArguments)
+        throw ScriptError(std::string("write: ") + word.usage);
+    if (!word.insideGroups && Ko::CmUndoGuard::isGuardActive())
         throw ScriptError(quoted(statement.word()) + " is not possible inside a group");
-    found->run(*this, statement);
+    word.run(*this, statement);
+}
+
+Interpreter::Word const& Interpreter::wordOf(std::string const& name) {
+    auto const found = std::ranges::find_if(words(), [&](Word const& word) { return name == word.name; });
+    if (found == words().end()) throw ScriptError("unknown word " + quoted(name) + "; \"help\" lists the words");
+    return *found;
 }
 
 // The message was shown already.
@@ -167,7 +182,8 @@ std::vector<Interpreter::Word> const& Interpreter::words() {
             [](I& self, S& line) { self.editDocument(line, "Add Gradient"); }},
         {"move", "move NAME X Y", 3, 3, true, [](I& self, S& line) { self.editLayer(line, "Move"); }},
         {"opacity", "opacity NAME 0..1", 2, 2, true, [](I& self, S& line) { self.editLayer(line, "Opacity"); }},
-        {"blend", "blend NAME over|add|multiply|screen", 2, 2, true, [](I& self, S& line) { self.blend(line); }},
+        {"blend", "blend NAME over|add|multiply|screen", 2, 2, true, [](I& self, S& line) { self.blend(line); },
+            blendFormulas},
         {"rename", "rename NAME NEW", 2, 2, true, [](I& self, S& line) { self.editLayer(line, "Rename"); }},
         {"remove", "remove NAME", 1, 1, true, [](I& self, S& line) { self.editLayer(line, "Remove"); }},
         {"reorder", "reorder NAME POSITION (0 is the bottom)", 2, 2, true,
@@ -207,12 +223,15 @@ std::vector<Interpreter::Word> const& Interpreter::words() {
         {"run", "run \"COMMAND LINE\" [NAME=VALUE ...] (a job; its lines are shown)", 1, any, true,
             [](I& self, S& line) { self.runProgram(line); }},
         {"export", "export FILE \"COMMAND with %f\" (a job; %f is a rendered picture, %o the file)", 2, 2, true,
-            [](I& self, S& line) { self.exportPicture(line); }},
+            [](I& self, S& line) { self.exportPicture(line); },
+            "    %f and %o need no quotation marks, whatever the path. Inside the quoted text of a shell they are "
+            "words for\n"
+            "    that shell: export copy.png \"sh -c 'cp %f %o'\"\n"},
         {"jobs", "jobs (those that have ended are listed once)", 0, 0, true, [](I& self, S&) { self._jobs.list(); }},
         {"stop", "stop JOB", 1, 1, true, [](I& self, S& line) { self._jobs.stop(line.integer(1, 1, largest)); }},
         {"wait", "wait (until all jobs have ended)", 0, 0, true, [](I& self, S&) { self._jobs.wait(); }},
         {"echo", "echo TEXT", 0, any, true, [](I& self, S& line) { self.echo(line); }},
-        {"help", "help", 0, 0, true, [](I& self, S&) { self.help(); }},
+        {"help", "help [WORD]", 0, 1, true, [](I& self, S& line) { self.help(line); }},
         {"quit", "quit (stops all jobs)", 0, 0, true, [](I&, S&) { throw Quit(); }},
     };
     return table;
@@ -229,6 +248,13 @@ void Interpreter::quietly(Statement const& statement) {
 }
 
 void Interpreter::runGroup(Statement const& statement) {
+    if (_depth == deepestGroup)
+        throw ScriptError("groups inside groups go at most " + std::to_string(deepestGroup) + " deep");
+    struct Deeper {
+        explicit Deeper(int& depth) : _depth(depth) { ++_depth; }
+        ~Deeper() { --_depth; }
+        int& _depth;
+    } const deeper(_depth);
     if (!runBlock(true)) throw ScriptError("the input ends inside this " + statement.word());
 }
 
@@ -345,9 +371,14 @@ void Interpreter::echo(Statement const& statement) {
     _output << "\n";
 }
 
-void Interpreter::help() {
-    for (Word const& word : words())
-        _output << "  " << word.usage << "\n";
+void Interpreter::help(Statement const& statement) {
+    if (statement.arguments() == 0) {
+        for (Word const& word : words())
+            _output << "  " << word.usage << "\n";
+    } else {
+        Word const& word = wordOf(statement.words[1]);
+        _output << "  " << word.usage << "\n" << word.details;
+    }
 }
 
 } // namespace compositor

@@ -37,8 +37,12 @@ public:
         std::size_t mostArguments;
         bool insideGroups;
         void (*run)(Interpreter& self, Statement const& statement);
+        /// What "help WORD" shows below the usage: lines.
+        char const* details = "";
     };
     static std::vector<Word> const& words();
+    /// @throws ScriptError when there is no such word.
+    static Word const& wordOf(std::string const& name);
 
 private:
     /// The next statement; none at the end.
@@ -69,7 +73,7 @@ private:
     void runProgram(Statement const& statement);
     void exportPicture(Statement const& statement);
     void echo(Statement const& statement);
-    void help();
+    void help(Statement const& statement);
 
     Editor& _editor;
     Gestures _gestures;
@@ -80,6 +84,7 @@ private:
     std::string _name;
     bool _stopsAtErrors = true;
     Source _next;
+    int _depth = 0;
 };
 
 } // namespace compositor

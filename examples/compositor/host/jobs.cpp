@@ -4,8 +4,10 @@
 #include "document/documentFile.h"
 #include "framework/bgTask/bgEx.h"
 #include "framework/bgTask/bgProcess.h"
+#include "image/atomicFile.h"
 #include "resmgt/msgServer.h"
 #include "script/script.h"
+#include "text/commandLine.h"
 
 #include <algorithm>
 #include <cmath>
@@ -97,21 +99,6 @@ private:
     std::filesystem::path _picture;
 };
 
-// As one word for the command line.
-std::string quoted(std::filesystem::path const& path) {
-    std::string text = "'";
-    for (char const character : path.string())
-        text += character == '\'' ? std::string("'\\''") : std::string(1, character);
-    return text + "'";
-}
-
-std::string replaced(std::string text, std::string const& placeholder, std::string const& value) {
-    for (std::size_t at = text.find(placeholder); at != std::string::npos;
-         at = text.find(placeholder, at + value.size()))
-        text.replace(at, placeholder.size(), value);
-    return text;
-}
-
 std::string percent(float progress) {
     return std::isfinite(progress) ? std::to_string(std::lround(progress * 100.0f)) + "%" : "?";
 }
@@ -164,10 +151,8 @@ Ko::OPtr<Ko::BgJobProtocol> makeRunProtocol(
 
 Ko::OPtr<Ko::BgJobProtocol> makeExportProtocol(
     Document const& document, std::filesystem::path const& path, std::string const& commandLine, LineSink sink) {
-    static int exports = 0;
-    std::filesystem::path picture = path;
-    picture += ".export" + std::to_string(++exports) + ".png";
-    std::string const command = replaced(replaced(commandLine, "%o", quoted(path)), "%f", quoted(picture));
+    std::filesystem::path const picture = temporaryPathBeside(path, ".png");
+    std::string const command = fillIn(commandLine, {{"%o", path.string()}, {"%f", picture.string()}});
     return std::make_unique<ExportProtocol>(document.renderer(), path, picture, command, std::move(sink));
 }
 

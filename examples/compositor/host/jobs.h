@@ -24,7 +24,7 @@ using LineSink = std::function<void(std::string const& line)>;
 Ko::OPtr<Ko::BgJobProtocol> makeRunProtocol(
     std::string const& commandLine, std::vector<std::string> const& environment, LineSink sink);
 /// Renders the document as it is now into a temporary picture beside `path`, and hands it to an external program.
-/// @param commandLine in it, "%f" stands for the temporary picture and "%o" for the path.
+/// @param commandLine in it, "%f" stands for the temporary picture and "%o" for the path; see `fillIn`.
 Ko::OPtr<Ko::BgJobProtocol> makeExportProtocol(
     Document const& document, std::filesystem::path const& path, std::string const& commandLine, LineSink sink);
 

@@ -3,21 +3,27 @@
 #include "image/picture.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <istream>
 #include <span>
-#include <vector>
 
 namespace compositor {
 
-/// The bytes of a whole file. @throws ImageError naming the path and the reason.
-std::vector<std::byte> readFile(std::filesystem::path const& path);
+/// Whether a stream that can seek goes on with a PNG picture; stays where it is.
+[[nodiscard]] bool isPng(std::istream& stream);
 
-/// Whether the bytes begin like a PNG picture.
-bool isPng(std::span<std::byte const> bytes);
+/// Reads a PNG picture of any kind: the next `length` bytes of a stream that can seek. Its size is compared with `length`
+/// before memory is taken for it.
+/// @throws ImageError with the reason.
+[[nodiscard]] Picture readPng(std::istream& stream, std::uint64_t length);
 
-/// Reads a PNG picture of any kind. @throws ImageError with the reason; nothing is allocated for sizes out of bounds.
-Picture decodePng(std::span<std::byte const> bytes);
+/// Takes bytes in the order of the file.
+using ByteSink = std::function<void(std::span<std::byte const> bytes)>;
+
+/// Encodes a picture as PNG. What the sink throws is passed on.
+void writePng(Picture const& picture, ByteSink const& sink);
 
 /// Fills a row of the picture to write; returns false to give up.
 using RowSource = std::function<bool(int y, std::span<Colour> row)>;
@@ -26,7 +32,5 @@ using RowSource = std::function<bool(int y, std::span<Colour> row)>;
 /// @returns false when the source gave up; no file is written then.
 /// @throws ImageError naming the path and the reason.
 bool writePng(std::filesystem::path const& path, Size size, RowSource const& source);
-
-std::vector<std::byte> encodePng(Picture const& picture);
 
 } // namespace compositor

@@ -11,7 +11,16 @@
 namespace compositor {
 
 /// How a layer is laid over what lies below it.
-enum class BlendMode { Over, Add, Multiply, Screen };
+///
+/// In the formulas, s is a channel of the layer and d that of what lies below it, both in linear light and multiplied by their
+/// alphas, a and b; a is the layer's own alpha times its opacity. The resulting alpha follows from the same formula, with a
+/// in place of s and b in place of d.
+enum class BlendMode {
+    Over,     ///< s + d (1 - a)
+    Add,      ///< min(1, s + d)
+    Multiply, ///< s d + s (1 - b) + d (1 - a)
+    Screen,   ///< s + d - s d
+};
 
 std::string toString(BlendMode mode);
 /// @throws ImageError naming the modes that there are.

@@ -1,14 +1,17 @@
 #include "script/script.h"
 
+#include "text/number.h"
+
 #include <algorithm>
-#include <charconv>
 #include <sstream>
+#include <string_view>
 
 namespace compositor {
 
 namespace {
 
 constexpr char const* blanks = " \t\r";
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 // The text between quotation marks; `index` goes from the first to behind the second.
 std::string quoted(std::string const& line, std::size_t& index) {
@@ -25,10 +28,8 @@ std::string quoted(std::string const& line, std::size_t& index) {
 
 template <class Number>
 Number parse(std::string const& text, Number minimum, Number maximum, char const* kind) {
-    Number value{};
-    auto const [rest, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    bool const isNumber = error == std::errc() && rest == text.data() + text.size();
-    if (isNumber && value >= minimum && value <= maximum) return value;
+    auto const value = toNumber<Number>(text);
+    if (value && *value >= minimum && *value <= maximum) return *value;
     std::ostringstream message;
     message << '"' << text << "\" is not a " << kind << " from " << minimum << " to " << maximum;
     throw ScriptError(message.str());
@@ -62,7 +63,7 @@ std::vector<std::string> splitWords(std::string const& line) {
 
 std::optional<Statement> ScriptReader::next() {
     for (std::string text; std::getline(_stream, text);) {
-        ++_line;
+        if (++_line == 1 && text.starts_with(byteOrderMark)) text.erase(0, byteOrderMark.size());
         if (Statement statement{_line, splitWords(text)}; !statement.words.empty()) return statement;
     }
     return std::nullopt;

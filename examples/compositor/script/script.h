@@ -30,7 +30,7 @@ struct Statement {
 /// at the begin of a word starts a comment. @throws ScriptError
 std::vector<std::string> splitWords(std::string const& line);
 
-/// Reads statements from a stream, one at a time.
+/// Reads statements from a stream, one at a time. Skips a byte-order mark at the begin.
 class ScriptReader {
 public:
     explicit ScriptReader(std::istream& stream) : _stream(stream) {}

@@ -1,10 +1,12 @@
 #include "document/documentFile.h"
-#include "image/pngFile.h"
 #include "tests/examples/compositor/pictures.h"
+#include "tests/support/childProcess.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
+#include <random>
+#include <sys/resource.h>
 
 namespace {
 
@@ -78,7 +80,10 @@ protected:
         saveDocument(document, folder / "saved.koc");
         return folder.read("saved.koc");
     }
-    static Document decode(std::string const& text) { return decodeDocument(std::as_bytes(std::span(text))); }
+    static Document decode(std::string const& text) {
+        std::istringstream stream(text);
+        return readDocument(stream, text.size());
+    }
 
     TemporaryFolder folder;
     Document document{Size{7, 5}};
@@ -109,22 +114,50 @@ TEST_F(DocumentFile, ReportsATruncationAtAnyByte) {
 
 TEST_F(DocumentFile, ReportsTheLineOrThePictureThatIsWrong) {
     std::string const start = "compositor document 1\n", layers = start + "canvas 1 1\npicture 9\nlayer 0 0 0 ";
-    for (auto const& [text, expected] : std::vector<std::pair<std::string, char const*>>{
-             {"compositor document 2\n", "it is neither a document nor a PNG picture"},
-             {start + "size 1 1\n", "line 2: expected the canvas"},
-             {start + "canvas 1 x\n", "line 2: \"x\" is not a number that can stand here"},
-             {start + "canvas 1 0\n", "line 2: a picture of 1 x 0 pixels is not possible"},
-             {start + "canvas 1 1\nlayer 0 0 0 1 over a\n", "line 3: there is no picture 0"},
-             {layers + "2 over a\n", "line 4: an opacity lies between 0 and 1"},
-             {layers + "1 under a\n", "line 4: there is no blend mode \"under\""},
-             {layers + "1 over a\nlayer 0 0 0 1 over a\n", "line 5: there is a layer"},
-             {start + "canvas 1 1\npicture -1\n", "line 3: \"-1\" is not a number"},
-             {start + "canvas 1 1\nnonsense\n", "line 3: unknown word \"nonsense\""},
-             {start + "canvas 1 1\npicture 99999999999999\ndata\n", "picture 0: the file ends before it does"},
-             {start + "canvas 1 1\npicture 4\ndata\nabcd", "picture 0: it is not a PNG picture"}}) {
+    for (auto const& [text, expected] :
+        std::vector<std::pair<std::string, char const*>>{{"", "it is neither a document nor a PNG picture"},
+            {"compositor document 2\nsomething new",
+                "a newer compositor has written it: it is a document of version 2,"},
+            {"compositor document x\n", "line 1: \"x\" is not a number"},
+            {start + std::string(2000000, ' '), "line 2: it is too long"},
+            {start + "size 1 1\n", "line 2: expected the canvas"},
+            {start + "canvas 1 x\n", "line 2: \"x\" is not a number that can stand here"},
+            {start + "canvas 1 0\n", "line 2: a picture of 1 x 0 pixels is not possible"},
+            {start + "canvas 1 1\nlayer 0 0 0 1 over a\n", "line 3: there is no picture 0"},
+            {layers + "2 over a\n", "line 4: an opacity lies between 0 and 1"},
+            {layers + "1 under a\n", "line 4: there is no blend mode \"under\""},
+            {layers + "1 over a\nlayer 0 0 0 1 over a\n", "line 5: there is a layer"},
+            {start + "canvas 1 1\npicture -1\n", "line 3: \"-1\" is not a number"},
+            {start + "canvas 1 1\nnonsense\n", "line 3: unknown word \"nonsense\""},
+            {start + "canvas 1 1\npicture 99999999999999\ndata\n", "picture 0: the file ends before it does"},
+            {start + "canvas 1 1\npicture 4\ndata\nabcd", "picture 0: it is not a PNG picture"},
+            {start + "canvas 1 1\npicture " + std::to_string(hugePicture().size()) + "\ndata\n" + hugePicture(),
+                "picture 0: the PNG picture is cut off: "}}) {
         std::string const error = errorOf([&input = text] { decode(input); });
         EXPECT_EQ(0u, error.find(expected)) << error;
     }
+}
+
+long peakMemory() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss / 1024;
+}
+
+// In megabytes; the pictures have 8, and cannot be compressed.
+TEST_F(DocumentFile, IsSavedWithLittleMemoryBesidesThePictures) {
+    inChildProcess([this] {
+        std::mt19937 random(1);
+        for (int number = 0; number < 8; ++number) {
+            auto const byte = [&random] { return static_cast<std::uint8_t>(random() >> 24); };
+            auto const noise = [&](int, int) { return Colour{byte(), byte(), byte(), byte()}; };
+            document.insert(0, makeLayer(document.newId(), "noise " + std::to_string(number),
+                                   std::make_shared<Picture const>(paint({512, 512}, noise))));
+        }
+        long const before = peakMemory();
+        saveDocument(document, folder / "large.koc");
+        EXPECT_LT(peakMemory(), before + 4);
+    });
 }
 
 } // namespace

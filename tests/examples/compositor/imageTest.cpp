@@ -1,14 +1,17 @@
 #include "image/atomicFile.h"
 #include "image/colour.h"
+#include "image/inputFile.h"
 #include "image/pngFile.h"
 #include "image/render.h"
 #include "tests/examples/compositor/pictures.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/temporaryFolder.h"
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <png.h>
 #include <random>
 #include <sys/resource.h>
 
@@ -100,18 +103,129 @@ TEST(Renderer, ClipsLayersThatLieAnywhere) {
     }
 }
 
+// A kind of PNG picture, and a picture of that kind as it is stored: rows of packed samples.
+struct Stored {
+    int colourType;
+    int depth;
+    bool hasTransparency = false;
+    Size size{11, 9};
+    std::vector<std::vector<png_byte>> rows{};
+
+    unsigned channels() const {
+        unsigned const colours = colourType == PNG_COLOR_TYPE_PALETTE || !(colourType & PNG_COLOR_MASK_COLOR) ? 1 : 3;
+        return colours + (colourType & PNG_COLOR_MASK_ALPHA ? 1 : 0);
+    }
+    void fill(std::mt19937& random) {
+        std::size_t const bits = channels() * static_cast<unsigned>(depth) * static_cast<unsigned>(size.width);
+        rows.assign(static_cast<std::size_t>(size.height), std::vector<png_byte>((bits + 7) / 8));
+        for (auto& row : rows)
+            std::ranges::generate(row, [&] { return static_cast<png_byte>(random() >> 24); });
+    }
+    unsigned sample(int x, int y, unsigned channel) const {
+        std::size_t const index = static_cast<std::size_t>(x) * channels() + channel;
+        auto const& row = rows[static_cast<std::size_t>(y)];
+        if (depth == 16) return row[2 * index] * 256u + row[2 * index + 1];
+        auto const bits = static_cast<unsigned>(depth);
+        std::size_t const bit = index * bits;
+        return row[bit / 8] >> (8 - bits - bit % 8) & ((1u << bits) - 1);
+    }
+    static Colour paletteEntry(unsigned index) {
+        auto const byte = [](unsigned value) { return static_cast<std::uint8_t>(value); };
+        return {byte(index * 3), byte(255 - index), byte(index * 7), byte(index * 11)};
+    }
+    // The pixel in 8 bits, after the definition of the format.
+    Colour pixel(int x, int y) const {
+        if (colourType == PNG_COLOR_TYPE_PALETTE) {
+            Colour colour = paletteEntry(sample(x, y, 0));
+            if (!hasTransparency) colour.alpha = 255;
+            return colour;
+        }
+        auto const scaled = [&](unsigned channel) {
+            unsigned const largest = (1u << depth) - 1;
+            return static_cast<std::uint8_t>((sample(x, y, channel) * 255u + largest / 2) / largest);
+        };
+        bool const isColour = colourType & PNG_COLOR_MASK_COLOR;
+        Colour colour{scaled(0), scaled(isColour ? 1 : 0), scaled(isColour ? 2 : 0)};
+        if (colourType & PNG_COLOR_MASK_ALPHA) colour.alpha = scaled(channels() - 1);
+        if (hasTransparency && isLikeFirst(x, y)) colour.alpha = 0;
+        return colour;
+    }
+    // The first pixel's colour is the transparent one.
+    bool isLikeFirst(int x, int y) const {
+        bool isLike = true;
+        for (unsigned channel = 0; channel < channels(); ++channel)
+            isLike = isLike && sample(x, y, channel) == sample(0, 0, channel);
+        return isLike;
+    }
+    std::string file(int interlacing) const {
+        std::string bytes;
+        png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+        png_infop info = png_create_info_struct(png);
+        png_set_write_fn(
+            png, &bytes,
+            [](png_structp stream, png_bytep data, std::size_t count) {
+                static_cast<std::string*>(png_get_io_ptr(stream))->append(reinterpret_cast<char*>(data), count);
+            },
+            nullptr);
+        png_set_IHDR(png, info, static_cast<png_uint_32>(size.width), static_cast<png_uint_32>(size.height), depth,
+            colourType, interlacing, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        setColours(png, info);
+        png_write_info(png, info);
+        std::vector<png_bytep> pointers;
+        for (auto const& row : rows)
+            pointers.push_back(const_cast<png_bytep>(row.data()));
+        png_write_image(png, pointers.data());
+        png_write_end(png, info);
+        png_destroy_write_struct(&png, &info);
+        return bytes;
+    }
+    void setColours(png_structp png, png_infop info) const {
+        std::vector<png_color> palette;
+        std::vector<png_byte> alphas;
+        for (unsigned index = 0; index < 1u << std::min(depth, 8); ++index) {
+            Colour const colour = paletteEntry(index);
+            palette.push_back({colour.red, colour.green, colour.blue});
+            alphas.push_back(colour.alpha);
+        }
+        if (colourType == PNG_COLOR_TYPE_PALETTE)
+            png_set_PLTE(png, info, palette.data(), static_cast<int>(palette.size()));
+        auto const first = [this](unsigned channel) {
+            return static_cast<png_uint_16>(channel < channels() ? sample(0, 0, channel) : 0);
+        };
+        png_color_16 const transparent{0, first(0), first(1), first(2), first(0)};
+        if (hasTransparency) png_set_tRNS(png, info, alphas.data(), static_cast<int>(alphas.size()), &transparent);
+    }
+};
+
+TEST(PngFile, OfEveryKindIsReadAsItsFormatSays) {
+    constexpr int grey = PNG_COLOR_TYPE_GRAY, palette = PNG_COLOR_TYPE_PALETTE, rgb = PNG_COLOR_TYPE_RGB;
+    std::mt19937 random(7);
+    for (Stored stored : std::vector<Stored>{{grey, 1}, {grey, 2, true}, {grey, 4}, {grey, 8, true}, {grey, 16},
+             {grey, 16, true}, {palette, 1, true}, {palette, 2}, {palette, 4, true}, {palette, 8, true}, {rgb, 8, true},
+             {rgb, 16}, {rgb, 16, true}, {PNG_COLOR_TYPE_GRAY_ALPHA, 8}, {PNG_COLOR_TYPE_GRAY_ALPHA, 16},
+             {PNG_COLOR_TYPE_RGBA, 8}, {PNG_COLOR_TYPE_RGBA, 16}})
+        for (int const interlacing : {PNG_INTERLACE_NONE, PNG_INTERLACE_ADAM7}) {
+            stored.fill(random);
+            EXPECT_TRUE(paint(stored.size, [&](int x, int y) { return stored.pixel(x, y); }) ==
+                        decode(stored.file(interlacing)))
+                << "type " << stored.colourType << ", depth " << stored.depth << ", interlacing " << interlacing;
+        }
+}
+
 TEST(PngFile, KeepsEveryPixelAndReportsDamageOfAnyKind) {
     std::mt19937 random(3);
     auto const byte = [&random] { return static_cast<std::uint8_t>(random() >> 24); };
     Picture const picture = paint({33, 17}, [&](int, int) { return Colour{byte(), byte(), byte(), byte()}; });
-    std::vector<std::byte> const bytes = encodePng(picture);
-    EXPECT_EQ(picture, decodePng(bytes));
+    std::string const bytes = encode(picture);
+    EXPECT_EQ(picture, decode(bytes));
     for (std::size_t place = 0; place < bytes.size(); ++place) {
-        EXPECT_THROW(decodePng(std::span(bytes).first(place)), ImageError) << "cut at " << place;
-        std::vector<std::byte> damaged = bytes;
-        damaged[place] ^= std::byte{0x40};
-        EXPECT_THROW(decodePng(damaged), ImageError) << "damaged at " << place;
+        EXPECT_THROW(decode(bytes.substr(0, place)), ImageError) << "cut at " << place;
+        std::string damaged = bytes;
+        damaged[place] ^= '\x40';
+        EXPECT_THROW(decode(damaged), ImageError) << "damaged at " << place;
     }
+    EXPECT_EQ(
+        "the PNG picture is cut off: it is too short for 65535 x 4000 pixels", errorOf([] { decode(hugePicture()); }));
 }
 
 TEST(Writing, IsWholeOrNotAtAll) {
@@ -124,8 +238,36 @@ TEST(Writing, IsWholeOrNotAtAll) {
     EXPECT_EQ("old", folder.read("old.png"));
     EXPECT_EQ(1, folder.entries());
     EXPECT_TRUE(renderer.renderToFile(folder / "old.png"));
-    EXPECT_EQ((Size{8, 300}), decodePng(readFile(folder / "old.png")).size());
+    EXPECT_EQ((Size{8, 300}), readPicture(folder / "old.png").size());
     EXPECT_EQ(1, folder.entries());
+}
+
+TEST(Writing, KeepsPermissionsFollowsLinksAndLeavesNothing) {
+    TemporaryFolder const folder;
+    auto const write = [&](std::string const& name) {
+        EXPECT_TRUE(Renderer({8, 8}, {}).renderToFile(folder / name)) << name;
+    };
+    folder.write("real/old.png", "old");
+    std::filesystem::permissions(folder / "real/old.png", std::filesystem::perms(0640));
+    std::filesystem::create_symlink("real/old.png", folder / "link.png");
+    std::filesystem::create_symlink(folder / "real/new.png", folder / "leadsNowhere.png");
+    for (int number = 0; number < 100; ++number)
+        folder.write("real/old.png.part" + std::to_string(number), "of a process that was killed");
+    write("link.png");
+    write("leadsNowhere.png");
+    EXPECT_EQ(2, folder.entries() - 1) << "only the links";
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.png"));
+    EXPECT_EQ((Size{8, 8}), readPicture(folder / "real/old.png").size());
+    EXPECT_EQ((Size{8, 8}), readPicture(folder / "real/new.png").size());
+    EXPECT_EQ(std::filesystem::perms(0640), std::filesystem::status(folder / "real/old.png").permissions());
+    EXPECT_EXIT(
+        {
+            AtomicFile file(folder / "killed.png");
+            file.write(std::as_bytes(std::span("begun")));
+            std::raise(SIGKILL);
+        },
+        testing::KilledBySignal(SIGKILL), "");
+    EXPECT_EQ(3, folder.entries());
 }
 
 TEST(Writing, ToADiskThatIsFullTellsTheReasonAndLeavesNothing) {
@@ -148,7 +290,7 @@ TEST(Writing, ToADiskThatIsFullTellsTheReasonAndLeavesNothing) {
 
 TEST(Files, ThatCannotBeUsedAreNamedWithTheReason) {
     TemporaryFolder const folder;
-    EXPECT_NE(std::string::npos, errorOf([&] { readFile(folder / ""); }).find("it is a directory"));
+    EXPECT_NE(std::string::npos, errorOf([&] { InputFile(folder / ""); }).find("it is a directory"));
     EXPECT_EQ("/dev/null cannot be written: it is not a file", errorOf([] { AtomicFile("/dev/null"); }));
 }
 

@@ -1,6 +1,6 @@
 #include "host/interpreter.h"
 #include "framework/command/cmUndoGuard.h"
-#include "image/pngFile.h"
+#include "tests/examples/compositor/pictures.h"
 #include "tests/examples/compositor/session.h"
 #include "tests/support/temporaryFolder.h"
 
@@ -26,6 +26,14 @@ protected:
         EXPECT_FALSE(Ko::CmUndoGuard::isGuardActive());
     }
 
+    // Many times, as a program would write it.
+    static std::string repeated(std::string const& line) {
+        std::string text;
+        for (int count = 0; count < 100000; ++count)
+            text += line;
+        return text;
+    }
+
     TemporaryFolder folder;
 };
 
@@ -45,6 +53,11 @@ TEST_F(InterpreterTest, UndoesAndRedoesEveryEdit) {
         EXPECT_EQ(after, state()) << edit;
         run("undo");
     }
+}
+
+TEST_F(InterpreterTest, SkipsAByteOrderMarkAndHelps) {
+    EXPECT_TRUE(run("\xEF\xBB\xBFhelp blend")) << take(errors);
+    EXPECT_THAT(take(output), testing::HasSubstr("multiply  s d + s (1 - b) + d (1 - a)\n"));
 }
 
 TEST_F(InterpreterTest, MovesThroughTheHistoryAndLimitsIt) {
@@ -85,7 +98,9 @@ TEST_F(InterpreterTest, TellsBadInputInOneLineWithItsPlaceAndChangesNothing) {
              {"group x\n group y\n", "2: the script ends inside this group; \"end\" is missing"},
              {"open " + missing, "1: " + missing + " cannot be read: No such file or directory"},
              {"open " + text, "1: " + text + " cannot be opened: it is neither a document nor a PNG picture"},
-             {"stop 99", "1: there is no job 99"}})
+             {"open /dev/zero", "1: /dev/zero cannot be read: it is not a file"},
+             {repeated("group x\n") + repeated("end\n"), "201: groups inside groups go at most 200 deep"},
+             {"help fly", "1: unknown word \"fly\"; \"help\" lists the words"}, {"stop 99", "1: there is no job 99"}})
         expectError(script, error);
 }
 
@@ -101,7 +116,7 @@ TEST_F(InterpreterTest, RendersSavesAndOpensAgain) {
     std::string const picture = (folder / "out.png").string();
     std::string const document = (folder / "out.koc").string();
     EXPECT_TRUE(run("canvas 2 2\nmove b 1 1\nrender " + picture + "\nsave " + document)) << take(errors);
-    Picture const rendered = decodePng(readFile(picture));
+    Picture const rendered = KoTest::readPicture(picture);
     EXPECT_EQ((Colour{0, 0, 0, 255}), rendered.row(0)[0]);
     EXPECT_EQ((Colour{255, 0, 0, 255}), rendered.row(1)[1]);
     std::string const saved = state().substr(0, state().rfind('\n'));
@@ -116,7 +131,7 @@ TEST_F(InterpreterTest, RendersSavesAndOpensAgain) {
 TEST_F(InterpreterTest, RendersTheDocumentAsItWasWhenTheJobWasSubmitted) {
     std::string const picture = (folder / "out.png").string();
     EXPECT_TRUE(run("canvas 2 2\nrender " + picture + "\nremove a\nremove b\nwait\njobs\njobs")) << take(errors);
-    EXPECT_EQ((Colour{255, 0, 0, 255}), decodePng(readFile(picture)).row(0)[0]);
+    EXPECT_EQ((Colour{255, 0, 0, 255}), KoTest::readPicture(picture).row(0)[0]);
     EXPECT_THAT(
         take(told), testing::ContainsRegex("^job 1 \\(render out.png\\): busy\njob 1 \\(render out.png\\): complete\n"
                                            "  job 1 \\(render out.png\\): complete, 100%, submitted [-0-9: ]+, "
@@ -160,11 +175,15 @@ TEST_F(InterpreterTest, RunsExternalProgramsAndShowsTheirLines) {
 }
 
 TEST_F(InterpreterTest, HandsATemporaryPictureToAProgram) {
-    std::string const copy = (folder / "a 'copy'.png").string();
-    EXPECT_TRUE(run("canvas 2 2\nexport \"" + copy + "\" \"cp %f %o\"")) << take(errors);
+    std::string const copy = (folder / "a $'copy'.png").string();
+    run("canvas 2 2");
+    for (char const* const command : {"cp %f %o", "cp '%f' \\\"%o\\\"", "sh -c 'cp %f %o'", "sh -c \\\"cp %f %o\\\""}) {
+        EXPECT_TRUE(run("export \"" + copy + "\" \"" + command + "\"")) << command << take(errors);
+        EXPECT_EQ((Size{2, 2}), KoTest::readPicture(copy).size());
+        std::filesystem::remove(copy);
+    }
     EXPECT_FALSE(run("export " + (folder / "x").string() + " false"));
-    EXPECT_EQ((Size{2, 2}), decodePng(readFile(copy)).size());
-    EXPECT_EQ(1, folder.entries()) << "the temporary pictures are gone";
+    EXPECT_EQ(0, folder.entries()) << "the temporary pictures are gone";
 }
 
 TEST(Jobs, ShowABarForEachThatRunsWhileSomebodyWaits) {

@@ -24,7 +24,7 @@ constexpr int neverCreated = 125;
 
 constexpr char const* installationDirectory = "KO_INSTALL_DIR";
 
-// For the external programs that jobs start, which inherit it.
+// The external programs of jobs inherit the variable.
 void publishInstallationDirectory() {
     LiString value;
     if (OsEnv::getVariable(installationDirectory, value)) return;

@@ -52,7 +52,6 @@ protected:
 private:
     friend class CmCommandStack;
     friend class CmTimedCommand;
-    friend class UndoGuardStack;
 
     virtual void execute();
     virtual void unexecute();

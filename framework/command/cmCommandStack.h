@@ -5,7 +5,7 @@
 #include "pluginAPI/piCommandStack.h"
 
 #include <deque>
-#include <iterator>
+#include <exception>
 #include <string>
 
 namespace Ko {
@@ -22,7 +22,11 @@ namespace Ko {
 ///
 /// Application thread only. Listeners are called when the stack is consistent; they may read it, log, undo and redo, add
 /// and remove listeners. All of them are called, whatever one throws; the first such exception then reaches the caller,
-/// with the operation done. Commands must not change the history from inside their execution or unexecution.
+/// with the operation done. A command that changes the history while it is undone or redone has failed unexpectedly; what
+/// it logged meanwhile stays.
+///
+/// While guards have collected commands for this stack and not logged them, the history does not match the document: `undo`,
+/// `redo`, `moveTo`, `setMaxStackHeight`, `removeLast` and `clear` throw `ExInternalError` then, and change nothing.
 class KO_FRAMEWORK_API CmCommandStack : public PiCommandStack {
 public:
     /// The elements, the oldest first:
@@ -40,8 +44,8 @@ public:
 
     void undo() override;
     void redo() override;
-    bool canUndo() const override { return getCurrent() != _stack.begin(); }
-    bool canRedo() const override { return std::next(getCurrent()) != _stack.end(); }
+    bool canUndo() const override { return _current > 0; }
+    bool canRedo() const override { return _current + 1 < getStackHeight(); }
     /// Undoes or redoes until `target`, an element of this stack and not its end, is the current one, or until history is dropped on the
     /// way because a command failed.
     void moveTo(ConstIterator target);
@@ -50,11 +54,12 @@ public:
     int getStackHeight() const noexcept { return static_cast<int>(_stack.size()); }
     /// 1000 unless something else was set.
     int getMaxStackHeight() const noexcept { return _maxStackHeight; }
-    /// Drops the oldest commands where there are too many; drops all if the current one would be among them.
-    /// @param height at least 2.
+    /// If there are more elements than `height`, drops the oldest commands; but if there are more excess elements than
+    /// commands that can be undone, drops all. Executes and unexecutes nothing.
+    /// @param height at least 2, "Initial State" included.
     void setMaxStackHeight(int height);
     /// How many times `undo()` is possible.
-    int getNbUndoableCommands() const noexcept { return static_cast<int>(getCurrent() - _stack.begin()); }
+    int getNbUndoableCommands() const noexcept { return _current; }
 
     /// Drops the last element without undoing it; does nothing on "Initial State".
     void removeLast();
@@ -64,7 +69,7 @@ public:
     /// From "Initial State" to behind the last element; the current one is what `undo()` takes back. Valid until the history
     /// changes:
     ConstIterator getBegin() const noexcept { return _stack.begin(); }
-    ConstIterator getCurrent() const noexcept { return _current; }
+    ConstIterator getCurrent() const noexcept { return _stack.begin() + _current; }
     ConstIterator getEnd() const noexcept { return _stack.end(); }
 
     /// For callers that changed the document through commands which were deliberately not logged: tells the listeners.
@@ -87,26 +92,34 @@ public:
     void setName(std::string const& name) { _name = name; }
 
 private:
-    template <class Step, class DropHistory>
-    void replay(State state, char const* verb, CmCommand const& command, Step step, DropHistory dropHistory);
-    // Whether a command that was run at this position left the history as it was.
-    bool isUntouched(ConstIterator position) const noexcept { return getCurrent() == position && _dropped.empty(); }
-    void makeRoomForDropped();
+    friend class StepCollector;
+    class Span;
+
+    void append(RCShdPtr<CmCommand> cmd);
+    template <class Run>
+    void replay(Span& span, State state, char const* verb, Run run);
+    [[noreturn]] void rethrowAfterNotification(Span const& span, std::exception_ptr const& unexpected);
+    void drop(int first, int end, bool isProcessed);
     void giveUpHistory() noexcept;
-    void drop(Commands::iterator first, Commands::iterator end) noexcept;
-    void dropOldest() noexcept;
+    void requireNoOpenStep() const {
+        if (_openStep) [[unlikely]]
+            refuseWhileStepIsOpen();
+    }
+    [[noreturn]] void refuseWhileStepIsOpen() const;
+    void setOpenStep(CmCommand const* step) noexcept { _openStep = step; }
     void notifyProcessed();
     void notifyChanged();
 
     Commands _stack;
-    Commands::iterator _current;
+    int _current = 0;
     int _maxStackHeight = 1000;
     CbDispatcher<CbEmptyType> _commandProcessedCallbacks;
     CbDispatcher<CbEmptyType> _changeCallbacks;
     State _state = Idle;
     std::string _name;
-    // What was dropped while it may be running.
-    Vector<RCShdPtr<CmCommand>> _dropped;
+    // The commands that guards have collected for this stack and not logged yet; null if there are none.
+    CmCommand const* _openStep = nullptr;
+    Span* _innermostSpan = nullptr;
 };
 
 /// Writes the history as XML, the current command marked, as `RCShdPtr<CmCommandStack>::dump` does.

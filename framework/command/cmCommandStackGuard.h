@@ -11,7 +11,8 @@ namespace Ko {
 /// exception is passing it logs that instead.
 class KO_FRAMEWORK_API CmCommandStackGuard {
 public:
-    /// @throws InSingletonEx::ExNotInitialized outside the lifetime of the package "command".
+    /// @throws InSingletonEx::ExNotInitialized outside the lifetime of the package "command", and what a listener throws; the
+    /// previous stack is active again then.
     explicit CmCommandStackGuard(RCShdPtr<CmCommandStack> const& stack);
     ~CmCommandStackGuard() noexcept(false);
     CmCommandStackGuard(CmCommandStackGuard const&) = delete;

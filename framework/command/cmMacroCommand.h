@@ -9,7 +9,9 @@ class CmMacroCommandImp;
 
 /// Several commands that are one: executed from first to last, unexecuted from last to first, in one undo step.
 ///
-/// When one of them throws, the loop stops there and the exception passes on; what ran before is not taken back.
+/// When a command throws, the loop stops there and the exception passes on; the commands before it are not taken back.
+/// While the commands run, or are asked for their descriptions, the list cannot be changed: unexecution would not match
+/// what was executed. `add`, `removeLast`, `clear` and `makeRoom` throw `ExAssertionFailed` then.
 class KO_FRAMEWORK_API CmMacroCommand : public CmTimedCommand {
 public:
     /// Begins without commands and without a description.
@@ -18,13 +20,16 @@ public:
 
     /// Appends a command, and does not execute it.
     void add(RCShdPtr<CmCommand> cmd);
-    /// The macro must not be empty.
+    /// @throws ExAssertionFailed when the macro is empty.
     RCShdPtr<CmCommand> removeLast();
-    /// Of the commands alone; a description that was set stays:
+    /// Whether there are no commands.
     bool isEmpty() const noexcept;
-    void clear() noexcept;
+    /// The number of commands, each of which may be a macro itself.
+    int getSize() const noexcept;
+    /// Removes all commands. The description stays.
+    void clear();
 
-    /// Makes the next so many calls of `add` unable to fail.
+    /// Reserves memory, so that the next `count` calls of `add` cannot fail.
     void makeRoom(std::size_t count = 1);
 
     /// What the user reads after "Undo" instead of the list of commands.

@@ -209,8 +209,10 @@ TEST_F(CommandFaults, AScopeThatBeginsEnds) {
             CmUndoGuard guard(document.stack, longText, {});
             PiUndoScope const scope(target);
             PiUndoScope const inner(innerTarget);
-            for (auto const& command : commands)
-                guard.execAndAddUndoCommand(command);
+            for (auto const* command = &commands[0]; command != &commands[5]; ++command)
+                guard.execAndAddUndoCommand(*command);
+            CmCommandStack::executeStatic(commands[5]);
+            guard.addUndoCommand(commands[5]);
         });
         EXPECT_FALSE(target->isInside || innerTarget->isInside);
         document.expectUsable();

@@ -21,11 +21,15 @@ public:
         return Ko::RCShdPtr<RecordingCommand>::create(std::move(name), journal);
     }
     RecordingCommand(std::string name, Journal& journal) : _name(std::move(name)), _journal(journal) {}
+    ~RecordingCommand() override {
+        if (onDestroy) onDestroy();
+    }
 
     Ko::LiString getDescription() const override { return _name; }
 
     std::function<void()> onExecute;
     std::function<void()> onUnexecute;
+    std::function<void()> onDestroy;
 
 protected:
     void executeInternal() override { record("+", onExecute); }

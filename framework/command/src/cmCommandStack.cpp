@@ -1,14 +1,18 @@
 #include "framework/command/cmCommandStack.h"
 
 #include "base/assertions.h"
+#include "base/exBase.h"
 #include "framework/command/cmEx.h"
 #include "framework/command/cmNullCommand.h"
+#include "framework/command/src/cmHistorySpan.h"
 #include "framework/command/src/cmLog.h"
-#include "framework/command/src/cmUndoGuardStack.h"
+#include "framework/command/src/cmOpenGuards.h"
 #include "resmgt/lgFirstError.h"
 #include "resmgt/xmlWriter.h"
 
 #include <algorithm>
+#include <exception>
+#include <utility>
 
 namespace Ko {
 
@@ -16,107 +20,117 @@ namespace {
 
 constexpr AssertionSource source{"framework\\command\\src\\cmCommandStack"};
 
-class StateScope {
-public:
-    StateScope(PiCommandStack::State& state, PiCommandStack::State during) noexcept : _state(state), _before(state) {
-        _state = during;
-    }
-    ~StateScope() { _state = _before; }
-    StateScope(StateScope const&) = delete;
-    StateScope& operator=(StateScope const&) = delete;
-
-private:
-    PiCommandStack::State& _state;
-    PiCommandStack::State _before;
-};
-
 } // namespace
 
-CmCommandStack::CmCommandStack() : _stack{CmNullCommand::create()}, _current(_stack.begin()) {}
-CmCommandStack::~CmCommandStack() = default;
+CmCommandStack::CmCommandStack() : _stack{CmNullCommand::create()} {}
 
+// The commands are destroyed one by one while the stack is whole: their destructors may use it.
+CmCommandStack::~CmCommandStack() {
+    Span::leaveStack(*this);
+    while (_stack.size() > 1) {
+        RCShdPtr<CmCommand> const last = std::move(_stack.back());
+        _stack.pop_back();
+        _current = std::min(_current, getStackHeight() - 1);
+    }
+}
+
+// The command is shared, as it may release its caller's pointer. It may also release the last owner of the stack.
 void CmCommandStack::executeAndLog(RCShdPtr<CmCommand> const& cmd) {
     source.require(!cmd->getDisableExecutionOnRedo(), "!cmd->getDisableExecutionOnRedo()");
-    UndoGuardStack::NoLogScope const guard;
-    cmd->execute();
-    log(cmd);
+    OpenGuards::NoLogScope const guard;
+    RCShdPtr<CmCommand> shared = cmd;
+    {
+        Span const span(*this, 0, 0);
+        shared->execute();
+        if (!span.isAlive()) return;
+    }
+    append(std::move(shared));
 }
 
 void CmCommandStack::log(RCShdPtr<CmCommand> const& cmd) {
+    append(cmd);
+}
+
+void CmCommandStack::append(RCShdPtr<CmCommand> cmd) {
     source.require(!_stack.empty(), "!_stack.empty()");
     CmLog::write(CmLog::commandFlow, "Executed ", *cmd);
-    makeRoomForDropped();
-    auto const redoable = CmCommandStack::canRedo() ? std::distance(_current, _stack.end()) - 1 : 0;
+    int const height = getStackHeight();
     try {
-        _stack.push_back(cmd);
+        _stack.push_back(std::move(cmd));
     } catch (...) {
+        CmLog::write(CmLog::unexpectedFailure, "The history is dropped, as it lacks ", *cmd);
         giveUpHistory();
         throw;
     }
-    if (redoable > 0) drop(_stack.end() - 1 - redoable, _stack.end() - 1);
-    if (getStackHeight() > _maxStackHeight) dropOldest();
-    _current = std::prev(_stack.end());
-    notifyProcessed();
-}
-
-// `step` moves the cursor; `dropHistory` cuts what a failure made unreliable.
-template <class Step, class DropHistory>
-void CmCommandStack::replay(
-    State state, char const* verb, CmCommand const& command, Step step, DropHistory dropHistory) {
-    CmLog::write(CmLog::commandFlow, verb, command);
-    try {
-        StateScope const scope(_state, state);
-        step();
-    } catch (CmEx::ExCommandFailure const&) {
-        CmLog::write(CmLog::commandFailure, verb, command, " failed.\n");
-        dropHistory();
-    } catch (...) {
-        CmLog::write(CmLog::unexpectedFailure, verb, command, " failed unexpectedly\n");
-        dropHistory();
-        _dropped.clear();
-        LgFirstError error("A listener of the command stack");
-        error.capture([this] { notifyProcessed(); });
-        error.log();
-        throw;
-    }
-    _dropped.clear();
-    notifyProcessed();
+    int const redoable = std::exchange(_current, height) + 1;
+    if (_innermostSpan) [[unlikely]]
+        _innermostSpan->touch();
+    // What can be redone, or the oldest command where the stack is full; never both.
+    if (redoable < height)
+        drop(redoable, height, true);
+    else if (height >= _maxStackHeight)
+        drop(1, 2, true);
+    else
+        notifyProcessed();
 }
 
 void CmCommandStack::undo() {
-    UndoGuardStack::NoLogScope const guard;
+    requireNoOpenStep();
+    OpenGuards::NoLogScope const guard;
     source.require(!_stack.empty(), "!_stack.empty()");
     source.require(CmCommandStack::canUndo(), "canUndo()");
-    auto const position = _current;
-    CmCommand& command = **position;
-    auto const step = [&] {
+    Span span(*this, 1, _current + 1, _current);
+    replay(span, Undoing, "Undoing ", [&](CmCommand& command) {
         command.unexecute();
-        source.require(isUntouched(position), "isUntouched(position)");
-        --_current;
-    };
-    replay(Undoing, "Undoing ", command, step, [this] {
-        drop(_stack.begin() + 1, _current + 1);
-        _current = _stack.begin();
+        if (span.requireUntouched()) --_current;
     });
 }
 
 void CmCommandStack::redo() {
-    UndoGuardStack::NoLogScope const guard;
+    requireNoOpenStep();
+    OpenGuards::NoLogScope const guard;
     source.require(!_stack.empty(), "!_stack.empty()");
     source.require(CmCommandStack::canRedo(), "canRedo()");
-    auto const position = ++_current;
-    CmCommand& command = **position;
-    auto const step = [&] {
+    ++_current;
+    Span span(*this, _current, getStackHeight(), _current);
+    replay(span, Redoing, "Redoing ", [&](CmCommand& command) {
         command.execute();
-        source.require(isUntouched(position), "isUntouched(position)");
-    };
-    replay(Redoing, "Redoing ", command, step, [this] {
-        drop(_current, _stack.end());
-        _current = std::prev(_stack.end());
+        span.requireUntouched();
     });
 }
 
+// Runs the command at the cursor. If that fails, the elements of the span are dropped.
+template <class Run>
+void CmCommandStack::replay(Span& span, State state, char const* verb, Run run) {
+    CmCommand& command = *_stack[static_cast<std::size_t>(_current)];
+    std::exception_ptr unexpected;
+    CmLog::write(CmLog::commandFlow, verb, command);
+    try {
+        Span::StateScope const scope(span, state);
+        run(command);
+    } catch (CmEx::ExCommandFailure const&) {
+        CmLog::write(CmLog::commandFailure, verb, command, " failed.\n");
+        span.drop();
+    } catch (...) {
+        unexpected = std::current_exception();
+        CmLog::write(CmLog::unexpectedFailure, verb, command, " failed unexpectedly\n");
+        span.drop();
+    }
+    span.release();
+    if (unexpected) [[unlikely]]
+        rethrowAfterNotification(span, unexpected);
+    if (span.isAlive()) notifyProcessed();
+}
+
+void CmCommandStack::rethrowAfterNotification(Span const& span, std::exception_ptr const& unexpected) {
+    LgFirstError error("A listener of the command stack");
+    if (span.isAlive()) error.capture([this] { notifyProcessed(); });
+    error.log();
+    std::rethrow_exception(unexpected);
+}
+
 void CmCommandStack::moveTo(ConstIterator target) {
+    requireNoOpenStep();
     auto const goal = target - getBegin();
     source.require(goal < getStackHeight(), "target != _stack.end()");
     RCShdPtr<CmCommandStack> const self(getReferenceCount() > 0 ? this : nullptr);
@@ -129,37 +143,29 @@ void CmCommandStack::moveTo(ConstIterator target) {
 }
 
 void CmCommandStack::setMaxStackHeight(int height) {
+    requireNoOpenStep();
     source.require(height >= 2, "height >= 2");
     int const excess = getStackHeight() - height;
-    int const undoable = getNbUndoableCommands();
     _maxStackHeight = height;
-    if (excess < 1) return;
-    if (excess > undoable) {
-        clear();
-        return;
-    }
-    makeRoomForDropped();
-    drop(_stack.begin() + 1, _stack.begin() + 1 + excess);
-    _current = _stack.begin() + (undoable - excess);
-    notifyChanged();
+    if (excess >= 1) drop(1, excess > getNbUndoableCommands() ? getStackHeight() : 1 + excess, false);
 }
 
 void CmCommandStack::removeLast() {
+    requireNoOpenStep();
     source.require(!_stack.empty(), "!_stack.empty()");
-    if (_stack.size() == 1) return;
-    makeRoomForDropped();
-    int const position = std::min(getNbUndoableCommands(), getStackHeight() - 2);
-    drop(std::prev(_stack.end()), _stack.end());
-    _current = _stack.begin() + position;
-    notifyChanged();
+    if (_stack.size() > 1) drop(getStackHeight() - 1, getStackHeight(), false);
 }
 
 void CmCommandStack::clear() {
+    requireNoOpenStep();
     source.require(!_stack.empty(), "!_stack.empty()");
-    makeRoomForDropped();
-    drop(_stack.begin() + 1, _stack.end());
-    _current = _stack.begin();
-    notifyChanged();
+    drop(1, getStackHeight(), false);
+}
+
+void CmCommandStack::refuseWhileStepIsOpen() const {
+    throw ExInternalError(source.file(), __LINE__,
+        "The history cannot be changed while the step \"" + CmLog::describe(*_openStep) +
+            "\" is open: its commands are executed but not logged yet.");
 }
 
 void CmCommandStack::commandProcessedNoLog() {
@@ -168,12 +174,12 @@ void CmCommandStack::commandProcessedNoLog() {
 }
 
 void CmCommandStack::executeStatic(RCShdPtr<CmCommand> const& cmd) {
-    UndoGuardStack::NoLogScope const guard;
+    OpenGuards::NoLogScope const guard;
     cmd->execute();
 }
 
 void CmCommandStack::unexecuteStatic(RCShdPtr<CmCommand> const& cmd) {
-    UndoGuardStack::NoLogScope const guard;
+    OpenGuards::NoLogScope const guard;
     cmd->unexecute();
 }
 
@@ -192,32 +198,20 @@ void CmCommandStack::removeChangeCallback(CbHandler<CbEmptyType>* handler) {
 
 // A command was executed that the history lacks.
 void CmCommandStack::giveUpHistory() noexcept {
-    drop(_stack.begin() + 1, _stack.end());
-    _current = _stack.begin();
     LgFirstError error("A listener of the command stack");
-    error.capture([this] { notifyChanged(); });
+    error.capture([this] { drop(1, getStackHeight(), false); });
     error.log();
 }
 
-// A command that is running is kept until it has returned; dropping must not fail half way.
-void CmCommandStack::makeRoomForDropped() {
-    if (_state != Idle) _dropped.reserve(_dropped.size() + _stack.size());
+// Removes elements and notifies the listeners, unless a destructor of a command has released the stack.
+void CmCommandStack::drop(int first, int end, bool isProcessed) {
+    Span span(*this, first, end);
+    span.drop();
+    if (!span.isAlive()) return;
+    isProcessed ? notifyProcessed() : notifyChanged();
 }
 
-// Invalidates the cursor.
-void CmCommandStack::drop(Commands::iterator first, Commands::iterator end) noexcept {
-    if (_state != Idle) _dropped.insert(_dropped.end(), first, end);
-    _stack.erase(first, end);
-}
-
-// Like `drop`, of the one command after the bottom.
-void CmCommandStack::dropOldest() noexcept {
-    _stack[0].swap(_stack[1]);
-    if (_state != Idle) _dropped.push_back(std::move(_stack[0]));
-    _stack.pop_front();
-}
-
-// Nothing of this is touched after the listeners were told: one of them may have released the last reference to it.
+// The stack is not used after the listeners were called: one of them may have released its last owner.
 void CmCommandStack::notifyProcessed() {
     LgFirstError error("A listener of the command stack");
     if (_commandProcessedCallbacks.isEmpty() || _commandProcessedCallbacks.call({}, error))
@@ -233,9 +227,10 @@ void dumpObject(std::ostream& stream, CmCommandStack const& stack) {
     XmlWriter writer(stream, 3);
     writer.openTag("CommandStack");
     if (!stack.getName().empty()) writer.writeTag("Name", stack.getName());
-    for (auto command = stack.getBegin(); command != stack.getEnd(); ++command) {
-        (*command)->dump(writer);
-        if (command == stack.getCurrent()) writer.writeTag("Current", "");
+    for (int position = 0; position < stack.getStackHeight(); ++position) {
+        RCShdPtr<CmCommand> const command = stack.getBegin()[position];
+        command->dump(writer);
+        if (position == stack.getNbUndoableCommands()) writer.writeTag("Current", "");
     }
     writer.closeTag();
 }

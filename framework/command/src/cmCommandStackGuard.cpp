@@ -9,7 +9,15 @@ namespace Ko {
 
 CmCommandStackGuard::CmCommandStackGuard(RCShdPtr<CmCommandStack> const& stack)
     : _previous(CmCommandStackManager::getInstance().get()), _exceptionsAtEntry(std::uncaught_exceptions()) {
-    CmCommandStackManager::getInstance().set(stack);
+    CmCommandStackManager& manager = CmCommandStackManager::getInstance();
+    try {
+        manager.set(stack);
+    } catch (...) {
+        LgFirstError error("The return to the previous command stack");
+        error.capture([&] { manager.set(_previous); });
+        error.log();
+        throw;
+    }
 }
 
 CmCommandStackGuard::~CmCommandStackGuard() noexcept(false) {

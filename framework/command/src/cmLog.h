@@ -6,6 +6,9 @@
 namespace Ko {
 
 /// The log group "Commands" and its levels.
+///
+/// Writing never throws: a line that cannot be written, or a description that fails, must not keep a command from the
+/// history.
 class CmLog {
 public:
     static constexpr int unexpectedFailure = 0;
@@ -14,15 +17,22 @@ public:
 
     static inline constinit LgPackageGroup group{"Commands"};
 
-    /// Writes `verb`, the command's description and `outcome`. Never throws: a line that cannot be written, or a
-    /// description that fails, must not keep a command from the history.
+    /// Writes `verb`, the command's description and `outcome`.
     static void write(int level, char const* verb, CmCommand const& command, char const* outcome = "") noexcept {
         if (group.isEnabled(level)) [[unlikely]]
-            writeLine(level, verb, command, outcome);
+            writeLine(level, [&] { return verb + describe(command) + outcome; });
     }
-
-private:
-    static void writeLine(int level, char const* verb, CmCommand const& command, char const* outcome) noexcept;
+    /// Writes what `makeText()` returns.
+    template <class MakeText>
+    static void writeLine(int level, MakeText makeText) noexcept {
+        try {
+            group.log(level, makeText);
+        } catch (...) {
+            // Out of memory for a line of text: the command matters more.
+        }
+    }
+    /// The command's description; a substitute if that throws.
+    static LiString describe(CmCommand const& command);
 };
 
 } // namespace Ko

@@ -5,15 +5,17 @@
 namespace Ko {
 
 CmUndoGuard::CmUndoGuard(RCShdPtr<CmCommandStack> const& stack, LiString const& description, PiExecParam const& param) {
-    UndoGuardStack::getInstance().enter(stack, description, param, UndoGuardStack::Kind::Plain);
+    UndoGuardStack::getInstance().enter(stack, description, param);
 }
 
 CmUndoGuard::CmUndoGuard(
-    RCShdPtr<CmCommandStack> const& stack, MsgSubscription const& description, PiExecParam const& param)
-    : CmUndoGuard(stack, description.format(), param) {}
+    RCShdPtr<CmCommandStack> const& stack, MsgSubscription const& description, PiExecParam const& param) {
+    UndoGuardStack& guards = UndoGuardStack::getInstance();
+    guards.enter(stack, description.format(), param);
+}
 
 CmUndoGuard::~CmUndoGuard() noexcept(false) {
-    UndoGuardStack::leave(false);
+    OpenGuards::leave(false);
 }
 
 void CmUndoGuard::execAndAddUndoCommand(RCShdPtr<CmCommand> const& cmd) {
@@ -30,13 +32,13 @@ bool CmUndoGuard::isLogging() {
     return UndoGuardStack::getInstance().isLogging();
 }
 bool CmUndoGuard::isGuardActive() {
-    return UndoGuardStack::getInstance().isGuardActive();
+    return OpenGuards::getInstance().getState().isActive();
 }
 bool CmUndoGuard::isLongTransition() {
-    return UndoGuardStack::getInstance().isLongTransition();
+    return OpenGuards::getInstance().getState().isLongTransition();
 }
 bool CmUndoGuard::isLongTransitionEnding() {
-    return UndoGuardStack::getInstance().isLongTransitionEnding();
+    return OpenGuards::getInstance().getState().isLongTransitionEnding();
 }
 
 void CmUndoGuard::addEndOfOutermostGuardCallback(RCWeakPtr<CbHandler<CbEmptyType>> const& cb) {
@@ -44,8 +46,9 @@ void CmUndoGuard::addEndOfOutermostGuardCallback(RCWeakPtr<CbHandler<CbEmptyType
 }
 
 void CmUndoGuard::registerUndoGuardExtension(RCShdPtr<CmUndoGuardExtension> ext) {
+    UndoGuardStack& guards = UndoGuardStack::getInstance();
     if (ext.isNull()) RCExUtil::throwExNullPtr(typeid(CmUndoGuardExtension).name());
-    UndoGuardStack::getInstance().addExtension(std::move(ext));
+    guards.addExtension(std::move(ext));
 }
 
 } // namespace Ko

@@ -13,6 +13,7 @@ namespace {
 constexpr AssertionSource source{"framework\\command\\src\\cmUndoGuardFactory"};
 
 RCShdPtr<CmCommandStack> ownStack(RCShdPtr<PiCommandStack> const& stack) {
+    OpenGuards::requireUsable();
     RCShdPtr<CmCommandStack> const own = stack.dynamicCast<CmCommandStack>();
     source.require(own.isNull() == stack.isNull(), "dynamic_cast<CmCommandStack*>(stack.get())");
     return own;
@@ -45,8 +46,9 @@ void UndoGuardFactory::createUndoGuardNoRedo(PiUndoGuardStorage& storage) const 
 }
 
 RCShdPtr<RCBase> UndoGuardFactory::beginScope(RCShdPtr<PiUndoScopeTarget> const& target) const {
+    UndoGuardStack& guards = UndoGuardStack::getInstance();
     RCShdPtr<RCBase> endMark = ScopeCommand::create(target, true);
-    UndoGuardStack::getInstance().beginScope(ScopeCommand::create(target, false));
+    guards.beginScope(ScopeCommand::create(target, false));
     return endMark;
 }
 

@@ -5,11 +5,11 @@
 namespace Ko {
 
 CmUndoGuardNoLog::CmUndoGuardNoLog(bool quiet) : _quiet(quiet) {
-    UndoGuardStack::getInstance().enterScope(UndoGuardStack::Kind::NoLog);
+    OpenGuards::getInstance().enter(GuardKind::NoLog);
 }
 
 CmUndoGuardNoLog::~CmUndoGuardNoLog() noexcept(false) {
-    UndoGuardStack::leave(_quiet);
+    OpenGuards::leave(_quiet);
 }
 
 void CmUndoGuardNoLog::execAndAddUndoCommand(RCShdPtr<CmCommand> const& cmd) {

@@ -5,11 +5,11 @@
 namespace Ko {
 
 CmUndoGuardNoRedo::CmUndoGuardNoRedo() {
-    UndoGuardStack::getInstance().enterScope(UndoGuardStack::Kind::NoRedo);
+    OpenGuards::getInstance().enter(GuardKind::NoRedo);
 }
 
 CmUndoGuardNoRedo::~CmUndoGuardNoRedo() noexcept(false) {
-    UndoGuardStack::leave(false);
+    OpenGuards::leave(false);
 }
 
 void CmUndoGuardNoRedo::execAndAddUndoCommand(RCShdPtr<CmCommand> const& cmd) {

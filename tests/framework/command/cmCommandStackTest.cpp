@@ -96,11 +96,103 @@ TEST_F(CmCommandStackTest, ArrivesWhereItMovesThoughAListenerReleasesIt) {
     EXPECT_EQ((Journal{"-c", "-b", "-a"}), journal);
 }
 
-TEST_F(CmCommandStackTest, RefusesACommandThatChangesTheHistoryWhileItIsUndone) {
-    logAll("12");
-    at(2)->onUnexecute = [this] { stack->clear(); };
-    EXPECT_THROW(stack->undo(), ExAssertionFailed);
-    EXPECT_EQ("*0", history(*stack));
+// The history is "0 1 *X 3" while X is undone or redone.
+TEST_F(CmCommandStackTest, ACommandThatChangesItsHistoryHasFailedAndWhatItLoggedStays) {
+    struct Row {
+        bool isRedo;
+        std::function<void()> change;
+        char const* expected;
+    };
+    auto const clear = [this] { stack->clear(); };
+    auto const log = [this] { logAll("C"); };
+    auto const trim = [this] { stack->setMaxStackHeight(2); };
+    auto const removeLast = [this] { stack->removeLast(); };
+    Row const rows[] = {{true, clear, "*0"}, {true, log, "0 1 *C"}, {true, trim, "*0"}, {true, removeLast, "0 *1"},
+        {true, [this] { stack->undo(); }, "0 *1"}, {true, [this] { stack->moveTo(stack->getBegin()); }, "*0 1"},
+        {true, [&] { clear(), log(); }, "0 *C"}, {true, [&] { removeLast(), removeLast(); }, "0 *1"},
+        {false, clear, "*0"}, {false, log, "0 *C"}, {false, trim, "*0 3"}, {false, removeLast, "*0"},
+        {false, [&] { clear(), log(); }, "0 *C"}};
+    for (std::string const thrown : {"nothing", "the expected", "another"})
+        for (Row const& row : rows) {
+            stack = RCShdPtr<CmCommandStack>::create();
+            logAll("1X3");
+            stack->moveTo(stack->getBegin() + (row.isRedo ? 1 : 2));
+            (row.isRedo ? at(2)->onExecute : at(2)->onUnexecute) = [&] {
+                row.change();
+                if (thrown == "the expected") throw CmEx::ExCommandFailure("source", 1);
+                if (thrown == "another") throw std::runtime_error(thrown);
+            };
+            std::string caught = "the expected";
+            try {
+                row.isRedo ? stack->redo() : stack->undo();
+            } catch (std::exception const& error) {
+                caught = error.what();
+            }
+            EXPECT_EQ(thrown == "nothing" ? "isUntouched(position)" : thrown, caught);
+            EXPECT_EQ(row.expected, history(*stack)) << thrown << ", row " << &row - rows;
+            EXPECT_EQ(PiCommandStack::Idle, stack->getState());
+        }
+}
+
+// The history is "0 1 *2 3" of at most four elements.
+TEST_F(CmCommandStackTest, DroppedCommandsAreDestroyedWhenTheHistoryIsWhole) {
+    struct Row {
+        std::function<void()> drop;
+        char const* seen;
+        char const* logged;
+    };
+    auto const fail = [] { throw CmEx::ExCommandFailure("source", 1); };
+    Row const rows[] = {{[this] { stack->clear(); }, "*0", "0 *d"},
+        {[this] { stack->removeLast(); }, "0 1 *2", "0 1 2 *d"},
+        {[this] { stack->setMaxStackHeight(3); }, "0 *2 3", "0 2 *d"},
+        {[this] { logAll("n"); }, "0 1 2 *n", "0 2 n *d"},
+        {[this] { stack->redo(), logAll("n"); }, "0 2 3 *n", "0 3 n *d"},
+        {[&] { at(2)->onUnexecute = fail, stack->undo(); }, "*0 3", "0 *d"},
+        {[&] { at(3)->onExecute = fail, stack->redo(); }, "0 1 *2", "0 1 2 *d"}};
+    std::function<void()> const reactions[] = {
+        [] {}, [this] { logAll("d"); }, [this] { stack->clear(); }, [this] { stack.reset(); }};
+    for (Row const& row : rows)
+        for (auto const& reaction : reactions) {
+            stack = RCShdPtr<CmCommandStack>::create();
+            logAll("123");
+            stack->undo();
+            stack->setMaxStackHeight(4);
+            std::string seen;
+            for (int const index : {1, 2, 3})
+                at(index)->onDestroy = [&, once = true]() mutable {
+                    if (!std::exchange(once, false) || !seen.empty() || stack.isNull()) return;
+                    seen = history(*stack);
+                    reaction();
+                };
+            row.drop();
+            EXPECT_EQ(row.seen, seen);
+            char const* const expected[] = {row.seen, row.logged, "*0", ""};
+            EXPECT_EQ(expected[&reaction - reactions], stack ? history(*stack) : "");
+            seen = "done";
+        }
+}
+
+TEST_F(CmCommandStackTest, MayBeReleasedByACommandWhichMayReleaseItself) {
+    for (std::string const operation : {"undo", "redo", "executeAndLog", "clear"}) {
+        journal.clear();
+        stack = RCShdPtr<CmCommandStack>::create();
+        logAll("12");
+        RCShdPtr<CmCommand> command = operation == "executeAndLog" ? make("x") : at(2);
+        RecordingCommand& recording = *command.dynamicCast<RecordingCommand>();
+        if (operation == "redo") stack->undo();
+        CmCommandStack& released = *stack;
+        recording.onExecute = recording.onUnexecute = recording.onDestroy = [&] {
+            command.reset();
+            stack.reset();
+            journal.push_back("released");
+        };
+        if (operation == "executeAndLog") released.executeAndLog(command);
+        command.reset();
+        if (operation == "undo") released.undo();
+        if (operation == "redo") released.redo();
+        if (operation == "clear") released.clear();
+        EXPECT_TRUE(stack.isNull());
+    }
 }
 
 TEST_F(CmCommandStackTest, DumpsItsHistoryMarkingTheCurrentCommand) {

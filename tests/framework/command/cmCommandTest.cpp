@@ -16,6 +16,8 @@ class TimedCommand : public CmTimedCommand {
 public:
     LiString getDescription() const override { return "timed"; }
     double duringExecution = -1.0;
+    double atUnexecution = -1.0;
+    double leastUnexecution = 0.001;
     bool fails = false;
 
 protected:
@@ -25,7 +27,8 @@ protected:
         if (fails) throw CmEx::ExCommandFailure("source", 1);
     }
     void unexecuteInternal() override {
-        while (getUnexecutionTime() == 0.0) {
+        atUnexecution = getUnexecutionTime();
+        while (getUnexecutionTime() <= atUnexecution + leastUnexecution) {
         }
     }
 };
@@ -38,7 +41,14 @@ TEST(CmTimedCommand, MeasuresTheLastExecutionAlsoWhileItRuns) {
     EXPECT_GE(measured, command->duringExecution);
     EXPECT_EQ(measured, command->getExecutionTime()) << "a stopped timer stands still";
     CmCommandStack::unexecuteStatic(command);
-    EXPECT_GT(command->getUnexecutionTime(), 0.0);
+    double const unexecution = command->getUnexecutionTime();
+    EXPECT_GT(unexecution, 0.0);
+    EXPECT_EQ(unexecution, command->getUnexecutionTime()) << "a stopped timer stands still";
+    EXPECT_EQ(measured, command->getExecutionTime()) << "by a timer of its own";
+    // One that was not interrupted by other processes is enough.
+    for (int tries = 0; tries < 1000 && (tries == 0 || command->atUnexecution >= unexecution); ++tries)
+        CmCommandStack::unexecuteStatic(command);
+    EXPECT_LT(command->atUnexecution, unexecution) << "each unexecution is measured anew";
 
     command->setDisableExecutionOnRedo(true);
     CmCommandStack::executeStatic(command);
@@ -67,6 +77,25 @@ TEST(CmMacroCommand, DescribesItselfByItsCommandsUnlessNamed) {
     EXPECT_EQ("Clear Selection", macro->removeLast()->getDescription());
     macro->setDescription("");
     EXPECT_EQ("Macro: Add to Selection", macro->getDescription());
+}
+
+TEST(CmMacroCommand, KeepsItsListWhileItRuns) {
+    Journal journal;
+    auto const macro = CmMacroCommand::create();
+    EXPECT_EQ("!isEmpty() [framework\\command\\src\\cmMacroCommand]", thrownBy([&] { macro->removeLast(); }));
+    auto const command = RecordingCommand::create("a", journal);
+    macro->add(command);
+    std::function<void()> const changes[] = {[&] { macro->add(command); }, [&] { macro->removeLast(); },
+        [&] { macro->clear(); }, [&] { macro->makeRoom(100); }};
+    for (auto const& change : changes) {
+        command->onExecute = command->onUnexecute = [&] {
+            EXPECT_EQ("!isRunning() [framework\\command\\src\\cmMacroCommand]", thrownBy(change));
+        };
+        CmCommandStack::executeStatic(macro);
+        CmCommandStack::unexecuteStatic(macro);
+    }
+    macro->add(RecordingCommand::create("b", journal));
+    EXPECT_EQ(2, macro->getSize());
 }
 
 TEST(CmMacroCommand, CollectsNothingThatItsCommandsDoThroughGuards) {

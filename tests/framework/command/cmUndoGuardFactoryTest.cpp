@@ -2,9 +2,11 @@
 #include "framework/command/cmUndoGuard.h"
 #include "pluginAPI/piUndoGuardFactory.h"
 #include "tests/support/recordingCommand.h"
+#include "tests/support/thrown.h"
 
 #include <gtest/gtest.h>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
@@ -106,8 +108,13 @@ private:
     std::string _name;
 };
 
-TEST_F(UndoGuardFacades, RefuseAStackThatIsNotTheFrameworks) {
-    EXPECT_THROW(PiUndoGuard(RCShdPtr<ForeignStack>::create(), ""), ExAssertionFailed);
+TEST_F(UndoGuardFacades, RefuseAnotherThreadAndThenAStackThatIsNotTheFrameworks) {
+    auto const open = [] { PiUndoGuard(RCShdPtr<ForeignStack>::create(), ""); };
+    std::thread([&] {
+        EXPECT_EQ("PiAppThread::isCurrent() [framework\\command\\src\\cmUndoGuard]", thrownBy(open));
+    }).join();
+    EXPECT_EQ(
+        "dynamic_cast<CmCommandStack*>(stack.get()) [framework\\command\\src\\cmUndoGuardFactory]", thrownBy(open));
     EXPECT_FALSE(CmUndoGuard::isGuardActive());
 }
 

@@ -250,6 +250,8 @@ private:
             return "refused";
         } catch (ExProgramAborted const&) {
             return "aborted";
+        } catch (ExInternalError const&) {
+            return "a step is open";
         } catch (std::exception const& error) {
             return error.what();
         }

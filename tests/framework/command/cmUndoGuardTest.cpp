@@ -1,5 +1,6 @@
 #include "framework/command/cmUndoGuard.h"
 #include "base/exBase.h"
+#include "base/inInitMgr.h"
 #include "framework/command/cmUndoGuardNoLog.h"
 #include "framework/command/cmUndoGuardNoRedo.h"
 #include "tests/support/childProcess.h"
@@ -9,6 +10,7 @@
 #include <array>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <memory>
 #include <thread>
 #include <utility>
 
@@ -98,10 +100,74 @@ TEST_F(CmUndoGuardTest, CallsEndCallbacksOnceInOrderAsLongAsTheyExist) {
     EXPECT_EQ((Journal{"+a", "first", "later"}), journal);
 }
 
+TEST_F(CmUndoGuardTest, KeepsTheHistoryAsItIsWhileItHasCollectedCommandsForIt) {
+    std::function<void()> const operations[] = {[this] { stack->undo(); }, [this] { stack->redo(); },
+        [this] { stack->moveTo(stack->getBegin()); }, [this] { stack->clear(); },
+        [this] { stack->setMaxStackHeight(2); }, [this] { stack->removeLast(); }};
+    auto const expectRefused = [&](std::string const& step) {
+        for (auto const& operation : operations)
+            EXPECT_EQ("The history cannot be changed while the step \"" + step +
+                          "\" is open: its commands are executed but not logged yet. "
+                          "[framework\\command\\src\\cmCommandStack]",
+                thrownBy<ExInternalError>(operation));
+    };
+    perform("1", "", NOT_TRANSITION);
+    perform("2", "", NOT_TRANSITION);
+    {
+        CmUndoGuard guard(stack, "Step", NOT_TRANSITION);
+        stack->undo();
+        guard.execAndAddUndoCommand(RecordingCommand::create("a", journal));
+        expectRefused("Step");
+    }
+    perform("b", "Drag", BEGIN_TRANSITION);
+    perform("", "Drop", TRANSITION);
+    expectRefused("Drop");
+    perform("c", "", END_TRANSITION);
+    EXPECT_EQ("0 Macro: 1 Step *Drop", history(*stack));
+    stack->undo();
+    EXPECT_EQ((Journal{"+1", "+2", "-2", "+a", "+b", "+c", "-c", "-b"}), journal);
+}
+
+TEST_F(CmUndoGuardTest, NamesNoStepAfterAnotherOne) {
+    perform("a", "Delete Layer", NOT_TRANSITION);
+    auto const command = RecordingCommand::create("b", journal);
+    command->onExecute = [this] { CmUndoGuard(stack, "Inner", NOT_TRANSITION); };
+    CmUndoGuard(nullptr, "Rename Layer", NOT_TRANSITION).execAndAddUndoCommand(command);
+    EXPECT_EQ("0 Delete Layer *Macro: b", history(*stack)) << "and not after a guard that collected nothing";
+}
+
+TEST_F(CmUndoGuardTest, ReleasesTheStackWhenItIsClosed) {
+    RCShdPtr<CmCommandStack> const other = RCShdPtr<CmCommandStack>::create();
+    auto const command = RecordingCommand::create("a", journal);
+    command->onDestroy = [&] {
+        CmUndoGuard guard(other, "Later", NOT_TRANSITION);
+        guard.execAndAddUndoCommand(RecordingCommand::create("b", journal));
+    };
+    CmUndoGuard(std::exchange(stack, {}), "", NOT_TRANSITION).execAndAddUndoCommand(command);
+    EXPECT_FALSE(CmUndoGuard::isGuardActive());
+}
+
+TEST_F(CmUndoGuardTest, ReportsAtTheEndWhatWasNeverLogged) {
+    inChildProcess(
+        [this] {
+            auto open = std::make_unique<CmUndoGuard>(stack, "Step", NOT_TRANSITION);
+            open->execAndAddUndoCommand(RecordingCommand::create("a", journal));
+            open->execAndAddUndoCommand(RecordingCommand::create("b", journal));
+            std::thread([&] {
+                CmUndoGuard* const guard = open.release();
+                EXPECT_THROW(delete guard, ExAssertionFailed);
+            }).join();
+            InInitMgr::finalize();
+        },
+        "Commands:0. An undo guard or a long transaction is never closed.\n.*"
+        "Commands:0. The step \"Step\" is never logged: 2 commands are lost.");
+}
+
 TEST_F(CmUndoGuardTest, BelongsToTheApplicationThread) {
     std::thread([this] {
         for (auto const& use : std::vector<std::function<void()>>{[this] { perform("", "", NOT_TRANSITION); },
-                 [] { CmUndoGuardNoLog(false); }, [] { CmUndoGuard::isLogging(); }})
+                 [] { CmUndoGuardNoLog(false); }, [] { CmUndoGuard::isLogging(); },
+                 [] { CmUndoGuard::registerUndoGuardExtension(nullptr); }})
             EXPECT_EQ("PiAppThread::isCurrent() [framework\\command\\src\\cmUndoGuard]", thrownBy(use));
     }).join();
 }

@@ -110,6 +110,7 @@ public:
         });
     }
     void undo(int stack) {
+        requireNoOpenStep(stack);
         withoutLogging([&] {
             require(canUndo(stack));
             History& history = at(stack);
@@ -123,6 +124,7 @@ public:
         });
     }
     void redo(int stack) {
+        requireNoOpenStep(stack);
         withoutLogging([&] {
             History& history = at(stack);
             require(history.current + 1 < history.steps.size());
@@ -133,6 +135,7 @@ public:
     }
     void moveTo(int stack, std::size_t goal) {
         History const& history = at(stack);
+        requireNoOpenStep(stack);
         require(goal < history.steps.size());
         int const destination = history.steps[goal].number;
         auto const isThere = [&] { return goal < history.steps.size() && history.steps[goal].number == destination; };
@@ -143,6 +146,7 @@ public:
     }
     void limit(int stack, std::size_t height) {
         History& history = at(stack);
+        requireNoOpenStep(stack);
         require(height >= 2);
         history.maximum = height;
         if (history.steps.size() <= height) return;
@@ -153,6 +157,7 @@ public:
         hearChange(stack);
     }
     void removeLast(int stack) {
+        requireNoOpenStep(stack);
         History& history = at(stack);
         if (history.steps.size() == 1) return;
         history.steps.pop_back();
@@ -160,6 +165,7 @@ public:
         hearChange(stack);
     }
     void clear(int stack) {
+        requireNoOpenStep(stack);
         at(stack).steps.resize(1);
         at(stack).current = 0;
         hearChange(stack);
@@ -248,6 +254,9 @@ private:
     }
     static void require(bool condition) {
         if (!condition) throw std::runtime_error("refused");
+    }
+    void requireNoOpenStep(int stack) const {
+        if (attached == stack && !collected.empty()) throw std::runtime_error("a step is open");
     }
     bool isWithin(GuardKind kind) const {
         return std::any_of(guards.begin(), guards.end(), [kind](Guard const& guard) { return guard.kind == kind; });

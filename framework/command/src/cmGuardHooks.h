@@ -1,0 +1,44 @@
+#pragma once
+
+#include "base/rcWeakPtr.h"
+#include "framework/command/cmUndoGuardExtension.h"
+#include "internalAPI/cbDispatcher.h"
+#include "resmgt/lgFirstError.h"
+
+#include <deque>
+
+namespace Ko {
+
+/// The user code that is called when an outermost guard opens and closes: extensions, and callbacks for one closing.
+class GuardHooks {
+public:
+    /// Whether there is nothing to call.
+    bool isEmpty() const noexcept { return _extensions.empty() && _callbacks.empty(); }
+
+    /// Extensions are never removed.
+    void addExtension(RCShdPtr<CmUndoGuardExtension> extension) { _extensions.push_back(std::move(extension)); }
+    /// Calls `callback` at the next closing if it still exists then.
+    void addEndCallback(RCWeakPtr<CbHandler<CbEmptyType>> const& callback) {
+        _callbacks.push_back({callback, nullptr});
+    }
+    /// Calls `callback` at the next closing, and shares its ownership until then.
+    void addOwnedEndCallback(RCShdPtr<CbHandler<CbEmptyType>> const& callback) { _callbacks.push_back({{}, callback}); }
+
+    /// Calls the begin hooks in the order of registration. If one throws, the end hooks of those before it are called.
+    void begin(bool isLongTransition);
+    /// Calls the callbacks, also those that are added meanwhile, then the end hooks in reverse order.
+    void end(bool isLongTransition, LgFirstError& error);
+
+private:
+    struct EndCallback {
+        RCWeakPtr<CbHandler<CbEmptyType>> handler;
+        RCShdPtr<CbHandler<CbEmptyType>> owned;
+    };
+
+    void endExtensions(std::size_t count, bool isLongTransition, LgFirstError& error);
+
+    Vector<RCShdPtr<CmUndoGuardExtension>> _extensions;
+    std::deque<EndCallback> _callbacks;
+};
+
+} // namespace Ko

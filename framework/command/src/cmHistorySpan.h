@@ -1,0 +1,71 @@
+#pragma once
+
+#include "framework/command/cmCommandStack.h"
+
+namespace Ko {
+
+/// A part of a history that stays known while user code runs, whatever that does to the history: its positions follow
+/// its elements, and it knows when the stack is destroyed. Spans nest, as the functions do that hold them.
+class CmCommandStack::Span {
+public:
+    static constexpr int none = -1;
+
+    /// The elements from `first` up to and without `end`.
+    /// @param running position of the command that is about to run; it survives its removal and the stack until `release`.
+    Span(CmCommandStack& stack, int first, int end, int running = none) noexcept
+        : _stack(&stack), _outer(stack._innermostSpan), _first(first), _end(end), _running(running) {
+        stack._innermostSpan = this;
+    }
+    ~Span() {
+        if (_stack) _stack->_innermostSpan = _outer;
+    }
+    Span(Span const&) = delete;
+    Span& operator=(Span const&) = delete;
+
+    /// Sets the state of the stack while a command runs.
+    class StateScope {
+    public:
+        StateScope(Span const& span, State during) noexcept;
+        ~StateScope();
+        StateScope(StateScope const&) = delete;
+        StateScope& operator=(StateScope const&) = delete;
+
+    private:
+        Span const& _span;
+        State _before = Idle;
+    };
+
+    /// Whether the stack still exists.
+    bool isAlive() const noexcept { return _stack != nullptr; }
+    /// @returns `isAlive()`.
+    /// @throws ExAssertionFailed when the running command changed the history.
+    bool requireUntouched() const;
+
+    /// Removes the elements from the history and destroys them when the history is consistent again, as their destructors
+    /// may run arbitrary code. Where memory is exhausted, they go in several portions.
+    void drop() noexcept;
+    /// Stops keeping the running command alive.
+    void release() noexcept;
+
+    /// Marks this span and those around it: elements came or went.
+    void touch() noexcept;
+    /// Called by the destructor of the stack.
+    static void leaveStack(CmCommandStack& stack) noexcept;
+
+private:
+    class Removed;
+
+    void remove(int count, Removed& removed) noexcept;
+    void follow(int first, int end) noexcept;
+    void keepRunning() noexcept;
+
+    CmCommandStack* _stack;
+    Span* _outer;
+    int _first;
+    int _end;
+    int _running;
+    bool _isTouched = false;
+    RCShdPtr<CmCommand> _kept;
+};
+
+} // namespace Ko

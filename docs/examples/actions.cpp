@@ -16,7 +16,7 @@ RCShdPtr<CmCommandStack> history;
 
 /// Changes what the user has selected.
 void select(RCShdPtr<SnSelection> const& selection, RCShdPtr<SnSelection const> const& items) {
-    CmUndoGuard step(history, "Select", {});
+    CmUndoGuard step(history, "Select");
     step.execAndAddUndoCommand(CmSelectionReplaceAllItemsCmd::create(selection, items));
 }
 

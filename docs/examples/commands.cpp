@@ -58,7 +58,7 @@ private:
     int _otherX;
 };
 
-/// A view, which is told when there is something to draw.
+/// A view, which is called when the document has changed.
 class View : public CbHandler<CbEmptyType> {
 public:
     View(Document const& document, CmCommandStack const& history) : _document(document), _history(history) {}
@@ -76,7 +76,7 @@ private:
 
 /// One step for the user, of two commands.
 void addTwo(Document& document, RCShdPtr<CmCommandStack> const& history, LiString const& low, LiString const& high) {
-    CmUndoGuard step(history, "Add " + low + " and " + high, {});
+    CmUndoGuard step(history, "Add " + low + " and " + high);
     step.execAndAddUndoCommand(AddLayerCmd::create(document, low));
     step.execAndAddUndoCommand(AddLayerCmd::create(document, high));
 }

@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
     LiString background = "Layer 1", foreground = "Layer 2";
     auto const history = RCShdPtr<CmCommandStack>::create();
     {
-        CmUndoGuard step(history, "Name the Layers", {});
+        CmUndoGuard step(history, "Name the Layers");
         step.execAndAddUndoCommand(RCShdPtr<RenameCmd>::create(background, "Sky"));
         step.execAndAddUndoCommand(RCShdPtr<RenameCmd>::create(foreground, "Tree"));
     }

@@ -12,9 +12,9 @@ class XmlWriter;
 
 /// One undoable change of the document.
 ///
-/// A concrete command keeps what it needs to make its change and to take it back, and is made by a static `create(...)`.
-/// It is executed once, through a `CmUndoGuard` or a `CmCommandStack`, and from then on undone and redone in turn by the
-/// stack that logged it, so that each time the document is as it was the last time. Application thread only.
+/// A concrete command stores what it needs to make its change and to revert it, and is created by a static `create(...)`.
+/// It is executed once, through a `CmUndoGuard` or a `CmCommandStack`. From then on the stack that logged it undoes and
+/// redoes it in turn, and each time finds the document in the same state. Application thread only.
 ///
 ///     class RenameCmd : public CmCommand {
 ///     public:
@@ -29,24 +29,25 @@ public:
     ~CmCommand() override;
 
     /// One line for menus and logs, in the user's words: "Rename Layer".
-    virtual LiString getDescription() const = 0;
-    /// How long the last execution, or unexecution, took, in seconds; 0.0 where nothing measures it:
-    virtual double getExecutionTime() const;
-    virtual double getUnexecutionTime() const;
-    /// Writes the command as an element of its own, for diagnosis.
+    [[nodiscard]] virtual LiString getDescription() const = 0;
+    /// Duration of the last execution in seconds; 0.0 in commands that do not measure it.
+    [[nodiscard]] virtual double getExecutionTime() const;
+    /// Duration of the last unexecution in seconds; 0.0 in commands that do not measure it.
+    [[nodiscard]] virtual double getUnexecutionTime() const;
+    /// Writes the command as an XML element, for diagnosis.
     virtual void dump(XmlWriter& writer) const;
 
-    /// When true, execution does nothing: whoever logged the command had produced its effect, and a redo produces it by
-    /// other means. Unexecution still takes the change back:
-    bool getDisableExecutionOnRedo() const noexcept { return _disableExecutionOnRedo; }
+    /// Whether execution does nothing. Unexecution still reverts the change.
+    [[nodiscard]] bool getDisableExecutionOnRedo() const noexcept { return _disableExecutionOnRedo; }
+    /// Set for commands whose effect other code produces, at first and on every redo; see `CmUndoGuardNoRedo`.
     void setDisableExecutionOnRedo(bool disable) noexcept { _disableExecutionOnRedo = disable; }
 
 protected:
     CmCommand() = default;
 
-    /// Makes the change. Throws `CmEx::ExCommandFailure` if it cannot, and then leaves everything as it was.
+    /// Makes the change. If it cannot, it leaves everything as it was and throws `CmEx::ExCommandFailure`.
     virtual void executeInternal() = 0;
-    /// Takes the change back, under the same rule.
+    /// Reverts the change. If it cannot, it leaves everything as it was and throws `CmEx::ExCommandFailure`.
     virtual void unexecuteInternal() = 0;
 
 private:

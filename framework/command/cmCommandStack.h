@@ -10,15 +10,15 @@
 
 namespace Ko {
 
-/// The undo history of one document: executed commands with a cursor. What lies at and below the cursor can be undone,
-/// what lies above it redone.
+/// The undo history of one document: executed commands and a cursor, the current command. The commands up to the cursor can
+/// be undone, those after it redone.
 ///
 /// The first element is always the null command "Initial State", which is never undone or removed. At most
 /// `getMaxStackHeight()` elements are kept, that one included; logging on a full stack drops the oldest command.
 ///
-/// A command that fails leaves a history that cannot be trusted: a failed undo drops it and everything older, a failed
-/// redo it and everything newer. An expected failure, `CmEx::ExCommandFailure`, is logged and swallowed; any other
-/// exception is logged and passed on.
+/// A command that fails makes a part of the history unreliable. A failed undo drops the command and all older ones, a failed
+/// redo the command and all newer ones. An expected failure, `CmEx::ExCommandFailure`, is logged and does not reach the caller;
+/// any other exception is logged and passed on.
 ///
 /// Application thread only. Listeners are called when the stack is consistent; they may read it, log, undo and redo, add
 /// and remove listeners. All of them are called, whatever one throws; the first such exception then reaches the caller,
@@ -29,66 +29,75 @@ namespace Ko {
 /// `redo`, `moveTo`, `setMaxStackHeight`, `removeLast` and `clear` throw `ExInternalError` then, and change nothing.
 class KO_FRAMEWORK_API CmCommandStack : public PiCommandStack {
 public:
-    /// The elements, the oldest first:
+    /// The elements, the oldest first.
     using Commands = std::deque<RCShdPtr<CmCommand>>;
+    /// Refers to one element; valid until the history changes.
     using ConstIterator = Commands::const_iterator;
 
     CmCommandStack();
     ~CmCommandStack() override;
 
-    /// Executes and logs in one step, outside any guard. What the command throws passes on; nothing is logged then.
+    /// Executes a command and logs it. If the command throws, nothing is logged and the exception passes on.
+    /// @throws ExAssertionFailed when the execution of the command is disabled.
     void executeAndLog(RCShdPtr<CmCommand> const& cmd);
-    /// Logs a command that was executed already. What could be redone is dropped. Where memory runs out, so that it cannot be
-    /// logged, the whole history is: without that command it would lead to states that never were.
+    /// Logs a command that has been executed, and drops the commands that could be redone. If memory is exhausted and the
+    /// command cannot be logged, drops the whole history: without that command it would lead to wrong states.
     void log(RCShdPtr<CmCommand> const& cmd);
 
     void undo() override;
     void redo() override;
-    bool canUndo() const override { return _current > 0; }
-    bool canRedo() const override { return _current + 1 < getStackHeight(); }
-    /// Undoes or redoes until `target`, an element of this stack and not its end, is the current one, or until history is dropped on the
-    /// way because a command failed.
+    [[nodiscard]] bool canUndo() const override { return _current > 0; }
+    [[nodiscard]] bool canRedo() const override { return _current + 1 < getStackHeight(); }
+    /// Undoes or redoes step by step until `target` is the current element, or until `target` is dropped on the way, because
+    /// a command failed or a listener changed the history. The stack exists until the last step.
+    /// @param target an element of this stack, not `getEnd()`.
     void moveTo(ConstIterator target);
 
     /// The number of elements, "Initial State" included.
-    int getStackHeight() const noexcept { return static_cast<int>(_stack.size()); }
-    /// 1000 unless something else was set.
-    int getMaxStackHeight() const noexcept { return _maxStackHeight; }
+    [[nodiscard]] int getStackHeight() const noexcept { return static_cast<int>(_stack.size()); }
+    /// The largest permitted number of elements; 1000 unless another was set.
+    [[nodiscard]] int getMaxStackHeight() const noexcept { return _maxStackHeight; }
     /// If there are more elements than `height`, drops the oldest commands; but if there are more excess elements than
     /// commands that can be undone, drops all. Executes and unexecutes nothing.
     /// @param height at least 2, "Initial State" included.
     void setMaxStackHeight(int height);
-    /// How many times `undo()` is possible.
-    int getNbUndoableCommands() const noexcept { return _current; }
+    /// How many commands can be undone; also the position of the current element, counted from "Initial State".
+    [[nodiscard]] int getNbUndoableCommands() const noexcept { return _current; }
 
-    /// Drops the last element without undoing it; does nothing on "Initial State".
+    /// Drops the last element without undoing it. Does nothing if that is "Initial State".
     void removeLast();
     /// Drops all but "Initial State", without undoing anything.
     void clear();
 
-    /// From "Initial State" to behind the last element; the current one is what `undo()` takes back. Valid until the history
-    /// changes:
-    ConstIterator getBegin() const noexcept { return _stack.begin(); }
-    ConstIterator getCurrent() const noexcept { return _stack.begin() + _current; }
-    ConstIterator getEnd() const noexcept { return _stack.end(); }
+    /// The element "Initial State".
+    [[nodiscard]] ConstIterator getBegin() const noexcept { return _stack.begin(); }
+    /// The element that `undo()` reverts next.
+    [[nodiscard]] ConstIterator getCurrent() const noexcept { return _stack.begin() + _current; }
+    /// The position after the last element.
+    [[nodiscard]] ConstIterator getEnd() const noexcept { return _stack.end(); }
 
-    /// For callers that changed the document through commands which were deliberately not logged: tells the listeners.
+    /// Calls the command-processed and the change callbacks, after commands that were deliberately not logged.
     void commandProcessedNoLog();
 
-    /// Runs the command with logging suspended, so that what it does through guards of its own is not collected again:
+    /// Executes a command with logging suspended, so that commands inside its own guards are not collected again.
+    /// @param cmd must not be released while the command runs.
     static void executeStatic(RCShdPtr<CmCommand> const& cmd);
+    /// Unexecutes a command in the same way.
     static void unexecuteStatic(RCShdPtr<CmCommand> const& cmd);
 
-    /// Called after any command was executed, undone or redone. Handlers are not owned:
+    /// Registers a handler that is called after any command was executed, undone or redone. The handler is not owned.
     void addCommandProcessedCallback(CbHandler<CbEmptyType>* handler);
+    /// Ends a registration.
     void removeCommandProcessedCallback(CbHandler<CbEmptyType>* handler);
-    /// Called after any change of the history, trimming and clearing included. Handlers are not owned:
+    /// Registers a handler that is called after any change of the history, trimming and clearing included. The handler is not
+    /// owned.
     void addChangeCallback(CbHandler<CbEmptyType>* handler);
+    /// Ends a registration.
     void removeChangeCallback(CbHandler<CbEmptyType>* handler);
 
-    State getState() const override { return _state; }
-    std::string const& getName() const override { return _name; }
-    /// For display; empty unless it was set.
+    [[nodiscard]] State getState() const override { return _state; }
+    [[nodiscard]] std::string const& getName() const override { return _name; }
+    /// Sets the name for display and diagnosis; empty at first.
     void setName(std::string const& name) { _name = name; }
 
 private:

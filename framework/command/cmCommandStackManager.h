@@ -8,21 +8,25 @@ namespace Ko {
 class CmCommandStackManager;
 extern template class KO_FRAMEWORK_API InSingleton<CmCommandStackManager>;
 
-/// Holds the active command stack, that of the active document: the one that code which creates commands logs into.
+/// Holds the active command stack, that of the active document. Code that creates commands asks it for the stack to log
+/// into.
 ///
-/// It exists while the package "command" is initialised. Application thread only.
+/// Exists while the package "command" is initialised. Application thread only.
 class KO_FRAMEWORK_API CmCommandStackManager : public InSingleton<CmCommandStackManager> {
 public:
     CmCommandStackManager(CmCommandStackManager const&) = delete;
     CmCommandStackManager& operator=(CmCommandStackManager const&) = delete;
 
     /// The active stack; null when there is none.
-    RCShdPtr<CmCommandStack> get() const { return _active; }
-    /// Calls the handlers if the active stack changes. What a handler throws passes on, with the stack set.
+    [[nodiscard]] RCShdPtr<CmCommandStack> get() const { return _active; }
+    /// Makes another stack the active one, and calls the handlers if it is not active already. Exceptions of handlers pass
+    /// on, with the stack set.
+    /// @param stack null for none.
     void set(RCShdPtr<CmCommandStack> const& stack);
 
-    /// Called after the active stack has changed. Handlers are not owned:
+    /// Registers a handler that is called after the active stack has changed. The handler is not owned.
     void addCallback(CbHandler<CbEmptyType>* handler) { _changeCallbacks.add(handler); }
+    /// Ends the registration of a handler.
     void removeCallback(CbHandler<CbEmptyType>* handler) { _changeCallbacks.remove(handler); }
 
 private:

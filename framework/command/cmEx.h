@@ -5,7 +5,7 @@
 
 namespace Ko {
 
-/// What commands raise.
+/// The exceptions of commands.
 class KO_FRAMEWORK_API CmEx : public ExBase {
 public:
     class ExCommandFailure;
@@ -14,8 +14,8 @@ protected:
     CmEx(char const* file, int line);
 };
 
-/// A command could not make or take back its change, and left everything as it was. A stack that undoes or redoes expects
-/// it: it drops the history that can no longer be trusted and goes on.
+/// A command could not make or revert its change, and left everything as it was. During undo and redo the stack handles
+/// this exception: it drops the part of the history that is no longer reliable, and returns normally.
 class KO_FRAMEWORK_API CmEx::ExCommandFailure : public CmEx {
 public:
     ExCommandFailure(char const* file, int line);

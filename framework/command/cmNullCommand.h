@@ -4,16 +4,16 @@
 
 namespace Ko {
 
-/// A command that does nothing: the bottom of every command stack, "Initial State".
+/// A command that does nothing. The bottom element of every command stack is one, described as "Initial State".
 class KO_FRAMEWORK_API CmNullCommand : public CmCommand {
 public:
-    /// A new one each time:
-    static RCShdPtr<CmNullCommand> create();
+    /// Creates a new null command each time.
+    [[nodiscard]] static RCShdPtr<CmNullCommand> create();
     ~CmNullCommand() override;
 
-    LiString getDescription() const override;
-    /// Another one.
-    RCShdPtr<CmCommand> clone() const;
+    [[nodiscard]] LiString getDescription() const override;
+    /// Creates another null command.
+    [[nodiscard]] RCShdPtr<CmCommand> clone() const;
 
 protected:
     CmNullCommand() = default;

@@ -4,7 +4,7 @@
 
 namespace Ko {
 
-/// Base of the commands that remove something from the document, so that they can be told from others.
+/// Base class of commands that remove something from the document; it only marks them as such.
 class KO_FRAMEWORK_API CmRemoveCommand : public CmCommand {
 public:
     ~CmRemoveCommand() override;

@@ -5,12 +5,12 @@
 
 namespace Ko {
 
-/// A command that measures how long its last execution and unexecution took; while one runs, how long it has run so far.
+/// A command that measures its last execution and its last unexecution; while one runs, the time so far.
 class KO_FRAMEWORK_API CmTimedCommand : public CmCommand {
 public:
     ~CmTimedCommand() override;
-    double getExecutionTime() const override;
-    double getUnexecutionTime() const override;
+    [[nodiscard]] double getExecutionTime() const override;
+    [[nodiscard]] double getUnexecutionTime() const override;
 
 protected:
     CmTimedCommand() = default;

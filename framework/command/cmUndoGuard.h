@@ -9,25 +9,30 @@
 
 namespace Ko {
 
-/// Groups every command that is executed while it is open into one undoable step.
+/// Groups all commands that are executed while it is open into one undoable step.
 ///
 /// Guards nest; when the outermost one closes, the collected commands are logged on its stack as one macro command. A
-/// long transaction (`PiExecParam`) spans several outermost guards, from the one that begins it to the one that ends it,
-/// and is logged as one step at its end, under the last description that a transition or the end gave.
+/// long transaction (`PiExecParam`) spans several outermost guards, from the one that begins it to the one that ends it.
+/// It is logged as one step at its end, under the last description that a transition or the end gave.
 ///
-///     CmUndoGuard guard(stack, "Align Layers", {});
+///     CmUndoGuard guard(stack, "Align Layers");
 ///     for (Layer& layer : layers)
 ///         guard.execAndAddUndoCommand(MoveCmd::create(layer, target));
 ///
-/// Application thread only; guards close in the reverse order of opening. A guard that cannot be entered leaves everything
-/// as it was. The destructor may throw what a listener or an extension throws, with the commands logged and the guard
-/// closed; while another exception is passing through its scope it logs that instead.
+/// Application thread only, which every operation asserts first; guards close in the reverse order of opening. A guard that
+/// cannot be entered leaves everything as it was. The destructor may throw what a listener or an extension throws, with the
+/// commands logged and the guard closed; while another exception passes through its scope, it logs the error instead.
 class KO_FRAMEWORK_API CmUndoGuard : public PiUndoGuardProtocol {
 public:
+    /// @param stack logs the step; null leaves the choice to a guard inside this one.
+    /// @param param whether the guard belongs to a long transaction; by default it does not.
     /// @throws ExAssertionFailed, ExProgramAborted when a guard with this parameter or stack may not be opened now;
     /// ExInternalError when long transactions may not nest (`KO_DISALLOW_LONG_TRANSITION_NESTING` is set and not 0).
-    CmUndoGuard(RCShdPtr<CmCommandStack> const& stack, LiString const& description, PiExecParam const& param);
-    CmUndoGuard(RCShdPtr<CmCommandStack> const& stack, MsgSubscription const& description, PiExecParam const& param);
+    [[nodiscard]] CmUndoGuard(
+        RCShdPtr<CmCommandStack> const& stack, LiString const& description, PiExecParam const& param = {});
+    /// Takes the description from a message catalogue.
+    [[nodiscard]] CmUndoGuard(
+        RCShdPtr<CmCommandStack> const& stack, MsgSubscription const& description, PiExecParam const& param = {});
     ~CmUndoGuard() noexcept(false) override;
 
     /// Executes the command and collects it.
@@ -39,17 +44,18 @@ public:
     void execUndoCommand(RCShdPtr<CmCommand> const& cmd);
 
     /// Whether commands are collected now.
-    static bool isLogging();
-    /// Whether a guard is open or a long transaction goes on.
-    static bool isGuardActive();
-    /// Whether a long transaction goes on, and whether the guard that is open ends it:
-    static bool isLongTransition();
-    static bool isLongTransitionEnding();
+    [[nodiscard]] static bool isLogging();
+    /// Whether a guard is open or a long transaction is in progress.
+    [[nodiscard]] static bool isGuardActive();
+    /// Whether a long transaction is in progress.
+    [[nodiscard]] static bool isLongTransition();
+    /// Whether a guard that ends a long transaction is open, or was the last one while an outer long transaction continues.
+    [[nodiscard]] static bool isLongTransitionEnding();
 
-    /// Has `cb` called once, when the outermost guard next closes, if it still exists then.
+    /// Calls `cb` once, when the outermost guard next closes, if it still exists then.
     static void addEndOfOutermostGuardCallback(RCWeakPtr<CbHandler<CbEmptyType>> const& cb);
-    /// Extensions stay until the package "command" is finalised; begin hooks are called in the order of registration, end
-    /// hooks in reverse.
+    /// Registers an extension until the package "command" is finalised. Begin hooks are called in the order of registration,
+    /// end hooks in reverse.
     static void registerUndoGuardExtension(RCShdPtr<CmUndoGuardExtension> ext);
 };
 

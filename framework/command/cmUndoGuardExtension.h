@@ -5,7 +5,7 @@
 
 namespace Ko {
 
-/// Is told when an outermost guard opens and closes. Registered with `CmUndoGuard::registerUndoGuardExtension`.
+/// Is called when an outermost guard opens and closes. Registered with `CmUndoGuard::registerUndoGuardExtension`.
 class KO_FRAMEWORK_API CmUndoGuardExtension : public RCBase {
 public:
     CmUndoGuardExtension();
@@ -18,6 +18,7 @@ public:
     /// @param longTransition whether the guard belongs to a long transaction.
     virtual void beginOutermostGuard(bool longTransition) = 0;
     /// Called while the guard is still open, before its commands are logged.
+    /// @param longTransition whether the guard belongs to a long transaction.
     virtual void endOutermostGuard(bool longTransition) = 0;
 };
 

@@ -5,17 +5,19 @@
 
 namespace Ko {
 
-/// While it is open nothing is collected: commands are executed but cannot be undone. Closes like `CmUndoGuard`.
+/// Suspends logging: commands inside are executed but not collected, so they cannot be undone. Closes like `CmUndoGuard`.
 class KO_FRAMEWORK_API CmUndoGuardNoLog : public PiUndoGuardProtocol {
 public:
-    /// @param quiet when this is the outermost guard and a stack was attached within it: whether the stack's listeners
-    /// are not told, at its end, that the document changed.
-    explicit CmUndoGuardNoLog(bool quiet);
+    /// @param quiet true: if this is the outermost guard and a guard inside brought a stack, the stack's listeners are not
+    /// called at the end.
+    [[nodiscard]] explicit CmUndoGuardNoLog(bool quiet);
     ~CmUndoGuardNoLog() noexcept(false) override;
 
-    /// As those of `CmUndoGuard`; nothing is collected:
+    /// Executes the command.
     virtual void execAndAddUndoCommand(RCShdPtr<CmCommand> const& cmd);
+    /// Does nothing: the command is dropped.
     virtual void addUndoCommand(RCShdPtr<CmCommand> const& cmd);
+    /// Executes the command.
     virtual void execUndoCommand(RCShdPtr<CmCommand> const& cmd);
 
 private:

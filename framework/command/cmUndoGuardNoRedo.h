@@ -5,16 +5,18 @@
 
 namespace Ko {
 
-/// Commands that are collected while it is open are undone, but not executed again on redo. It cannot be the outermost
-/// guard. Closes like `CmUndoGuard`.
+/// Suspends redo: commands that are collected inside are undone with the step, but not executed again when it is redone.
+/// It cannot be the outermost guard. Closes like `CmUndoGuard`.
 class KO_FRAMEWORK_API CmUndoGuardNoRedo : public PiUndoGuardProtocol {
 public:
-    CmUndoGuardNoRedo();
+    [[nodiscard]] CmUndoGuardNoRedo();
     ~CmUndoGuardNoRedo() noexcept(false) override;
 
-    /// As those of `CmUndoGuard`:
+    /// Executes the command and collects it.
     virtual void execAndAddUndoCommand(RCShdPtr<CmCommand> const& cmd);
+    /// Collects a command that the caller has performed.
     virtual void addUndoCommand(RCShdPtr<CmCommand> const& cmd);
+    /// Executes the command without collecting it.
     virtual void execUndoCommand(RCShdPtr<CmCommand> const& cmd);
 };
 

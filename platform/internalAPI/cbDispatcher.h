@@ -18,7 +18,7 @@ struct CbEmptyType {};
 template <class Argument>
 class CbHandler : public RCBase {
 public:
-    /// What it throws reaches who calls the dispatcher, after the other handlers were called.
+    /// Receives one callback. The dispatcher calls the other handlers before it passes on what this throws.
     virtual void call(Argument const& argument) = 0;
 
 protected:
@@ -50,12 +50,12 @@ public:
     /// Registers a callable until the result ends; not empty. It takes its turn among the handlers, under the same rules.
     [[nodiscard]] CbSubscription subscribe(Callable callable);
     /// Whether no handler is registered.
-    bool isEmpty() const noexcept { return _handlers.empty(); }
+    [[nodiscard]] bool isEmpty() const noexcept { return _handlers.empty(); }
 
-    /// Every handler is called, whatever another one throws.
-    /// @throws the first exception that a handler threw, after all were called; further ones are logged.
+    /// Calls every handler, whatever another one throws.
+    /// @throws the first exception of a handler, after all were called; further ones are logged.
     void call(Argument const& argument);
-    /// The same for a caller with more to do: what handlers throw is left in `error`.
+    /// Calls every handler and leaves what they throw in `error`, for callers that have more to do.
     /// @returns whether this dispatcher still exists.
     bool call(Argument const& argument, LgFirstError& error);
 

@@ -4,11 +4,11 @@
 
 namespace Ko {
 
-/// The thread on which the application works with documents, commands, actions and the clipboard.
+/// The thread on which the application uses documents, commands, actions and the clipboard.
 class PiAppThread {
 public:
     /// Whether the calling thread is the one that initialised the framework; false before that.
-    static bool isCurrent() noexcept { return InInitMgr::isApplicationThread(); }
+    [[nodiscard]] static bool isCurrent() noexcept { return InInitMgr::isApplicationThread(); }
 };
 
 } // namespace Ko

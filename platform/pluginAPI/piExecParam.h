@@ -2,15 +2,16 @@
 
 namespace Ko {
 
-/// What a guard is to a long transaction: an interactive operation, such as a drag, that spans several guards.
+/// The part that a guard plays in a long transaction: an interactive operation, such as a drag, that spans several guards.
 class PiExecParam {
 public:
-    /// A step of its own, or the begin, a part or the end of a long transaction.
+    /// No part, so that the guard is a step of its own; or the begin, a continuation or the end.
     enum Transition : int { NOT_TRANSITION = 0, BEGIN_TRANSITION = 1, TRANSITION = 2, END_TRANSITION = 3 };
 
-    /// By default a guard is a step of its own:
+    /// By default, the guard is a step of its own.
     PiExecParam(Transition transition = NOT_TRANSITION) noexcept : _transition(transition) {}
-    Transition get() const noexcept { return _transition; }
+    /// The value that was given.
+    [[nodiscard]] Transition get() const noexcept { return _transition; }
 
 private:
     Transition _transition;

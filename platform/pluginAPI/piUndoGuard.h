@@ -12,8 +12,8 @@
 
 namespace Ko {
 
-/// Base of all guard objects. A guard's destructor may throw: it closes the guard, which logs commands and calls
-/// listeners. While another exception is passing it logs instead, so that the first error is the one that is seen.
+/// Base class of all guard objects. The destructor closes the guard, which logs commands and calls listeners; it may throw.
+/// While another exception passes through its scope, it logs the error instead, so that the caller sees the first one.
 class KO_PLUGINAPI_API PiUndoGuardProtocol {
 public:
     virtual ~PiUndoGuardProtocol() noexcept(false);
@@ -24,18 +24,18 @@ protected:
     PiUndoGuardProtocol() noexcept = default;
 };
 
-/// Room for the guard object that a facade owns; the factory builds it there.
+/// The memory inside a facade in which the factory constructs the guard object.
 class KO_PLUGINAPI_API PiUndoGuardStorage {
 public:
     PiUndoGuardStorage() noexcept = default;
-    /// Destroys the guard object, and throws what that throws.
+    /// Destroys the guard object; throws what its destructor throws.
     ~PiUndoGuardStorage() noexcept(false) {
         if (_guard) _guard->~PiUndoGuardProtocol();
     }
     PiUndoGuardStorage(PiUndoGuardStorage const&) = delete;
     PiUndoGuardStorage& operator=(PiUndoGuardStorage const&) = delete;
 
-    /// Builds a guard object of type `Guard`, once.
+    /// Constructs the guard object. To be called once.
     template <class Guard, class... Args>
     void emplace(Args&&... args) {
         static_assert(sizeof(Guard) <= size && alignof(Guard) <= alignof(std::max_align_t));
@@ -49,58 +49,60 @@ private:
     PiUndoGuardProtocol* _guard = nullptr;
 };
 
-/// Groups what is executed while it is open into one undoable step, for code that knows only this interface.
+/// Groups all commands that are executed while it is open into one undoable step, for code that only knows this interface.
 /// Application thread only; guards close in the reverse order of opening.
 class KO_PLUGINAPI_API PiUndoGuard {
 public:
     /// @param stack logs the step; it must come from the framework.
     /// @throws ExAssertionFailed before the package "command" is initialised, and what entering a guard throws.
-    PiUndoGuard(RCShdPtr<PiCommandStack> const& stack, LiString const& description, PiExecParam const& param = {});
-    /// As above; `callback` is called once, when the outermost guard closes, also if this one is nested.
-    PiUndoGuard(RCShdPtr<PiCommandStack> const& stack, LiString const& description, PiExecParam const& param,
-        RCShdPtr<CbHandler<CbEmptyType>> const& callback);
+    [[nodiscard]] PiUndoGuard(
+        RCShdPtr<PiCommandStack> const& stack, LiString const& description, PiExecParam const& param = {});
+    /// @param callback is called once, when the outermost guard closes, also if this guard is nested.
+    [[nodiscard]] PiUndoGuard(RCShdPtr<PiCommandStack> const& stack, LiString const& description,
+        PiExecParam const& param, RCShdPtr<CbHandler<CbEmptyType>> const& callback);
 
 private:
     PiUndoGuardStorage _storage;
 };
 
-/// While it is open, commands are executed but not collected.
+/// Suspends logging: commands inside are executed but not collected.
 class KO_PLUGINAPI_API PiUndoGuardNoLog {
 public:
-    /// @param quiet whether the stack's listeners are not told when this closes as the outermost guard.
-    explicit PiUndoGuardNoLog(bool quiet);
+    /// @param quiet true: the stack's listeners are not called when this closes as the outermost guard.
+    [[nodiscard]] explicit PiUndoGuardNoLog(bool quiet);
 
 private:
     PiUndoGuardStorage _storage;
 };
 
-/// Commands that are collected while it is open are undone but not executed again on redo. Only inside another guard.
+/// Suspends redo: commands that are collected inside are undone, but not executed again on redo. Only inside another guard.
 class KO_PLUGINAPI_API PiUndoGuardNoRedo {
 public:
-    PiUndoGuardNoRedo();
+    [[nodiscard]] PiUndoGuardNoRedo();
 
 private:
     PiUndoGuardStorage _storage;
 };
 
-/// Is told where a scope of commands begins and ends, whenever the commands around which it was opened are executed,
-/// undone or redone: a view, for example, that repaints once at the end.
+/// Receives the begin and the end of a scope of commands, whenever these commands are executed, undone or redone. Example: a
+/// view that repaints once, at the end.
 class KO_PLUGINAPI_API PiUndoScopeTarget : public RCBase {
 public:
     ~PiUndoScopeTarget() override;
-    /// @param end false comes before true in every direction.
+    /// Called at both ends of the scope.
+    /// @param end false at the begin, which comes first in every direction.
     virtual void scopeReached(bool end) = 0;
 
 protected:
     PiUndoScopeTarget();
 };
 
-/// Puts marks for `target` before and after the commands that are collected while it is open. Only inside a guard. Its
-/// destructor may throw what the target throws, but not while another exception is passing.
+/// Collects a mark before and after the commands that are collected while it is open; the marks call the target. Only inside
+/// a guard. The destructor may throw what the target throws, but not while another exception passes through its scope.
 class KO_PLUGINAPI_API PiUndoScope {
 public:
-    /// Puts the mark where the scope begins, which tells the target. @throws what the target throws.
-    explicit PiUndoScope(RCShdPtr<PiUndoScopeTarget> const& target);
+    /// Begins the scope, and calls the target. @throws what the target throws.
+    [[nodiscard]] explicit PiUndoScope(RCShdPtr<PiUndoScopeTarget> const& target);
     ~PiUndoScope() noexcept(false);
     PiUndoScope(PiUndoScope const&) = delete;
     PiUndoScope& operator=(PiUndoScope const&) = delete;

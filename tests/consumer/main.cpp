@@ -33,7 +33,7 @@ int main(int argc, char** argv) {
     Ko::CmCommandStackManager::getInstance().set(stack);
     int sum = 1;
     {
-        Ko::CmUndoGuard guard(stack, "", {});
+        Ko::CmUndoGuard guard(stack, "");
         guard.execAndAddUndoCommand(Ko::RCShdPtr<AddCmd>::create(sum, 2));
         guard.execAndAddUndoCommand(Ko::RCShdPtr<AddCmd>::create(sum, 4));
     }

@@ -67,7 +67,7 @@ public:
         stack->moveTo(stack->getBegin());
         stack->moveTo(stack->getEnd() - 1);
         stack->setMaxStackHeight(1000);
-        CmUndoGuard(stack, "Next", {}).execAndAddUndoCommand(next());
+        CmUndoGuard(stack, "Next").execAndAddUndoCommand(next());
         stack->executeAndLog(next());
         stack->undo();
         stack->undo();
@@ -141,10 +141,10 @@ TEST_F(CommandFaults, AGuardClosesAndUndoIsRight) {
             int const before = document.content;
             auto const commands = document.next(5);
             bool const isDone = attempt([&] {
-                CmUndoGuard outer(document.stack, longText, {});
+                CmUndoGuard outer(document.stack, longText);
                 for (auto const* command = &commands[0]; command != &commands[3]; ++command)
                     outer.execAndAddUndoCommand(*command);
-                CmUndoGuard inner(document.stack, longText, {});
+                CmUndoGuard inner(document.stack, longText);
                 inner.execAndAddUndoCommand(commands[3]);
                 CmCommandStack::executeStatic(commands[4]);
                 inner.addUndoCommand(commands[4]);
@@ -169,7 +169,7 @@ TEST_F(CommandFaults, ALongTransactionEndsAndUndoIsRight) {
             perform(1, PiExecParam::TRANSITION);
             perform(2, PiExecParam::END_TRANSITION);
         });
-        if (CmUndoGuard::isLongTransition()) CmUndoGuard(document.stack, "", PiExecParam::END_TRANSITION);
+        if (CmUndoGuard::isLongTransition()) CmUndoGuard const guard(document.stack, "", PiExecParam::END_TRANSITION);
         document.expectUsable();
     });
 }
@@ -206,7 +206,7 @@ TEST_F(CommandFaults, AScopeThatBeginsEnds) {
         auto const target = RCShdPtr<PairTarget>::create(), innerTarget = RCShdPtr<PairTarget>::create();
         auto const commands = document.next(6);
         attempt([&] {
-            CmUndoGuard guard(document.stack, longText, {});
+            CmUndoGuard guard(document.stack, longText);
             PiUndoScope const scope(target);
             PiUndoScope const inner(innerTarget);
             for (auto const* command = &commands[0]; command != &commands[5]; ++command)

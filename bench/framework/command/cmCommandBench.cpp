@@ -160,7 +160,7 @@ void RecordThroughGuard(benchmark::State& state) {
     auto const stack = openGuardOn();
     for (auto _ : state) {
         {
-            CmUndoGuard guard(stack, "Step", {});
+            CmUndoGuard guard(stack, "Step");
             for (std::int64_t index = 0; index < state.range(0); ++index)
                 guard.execAndAddUndoCommand(AddCommand::create());
         }
@@ -189,7 +189,7 @@ void RecordThroughGuardLeast(benchmark::State& state) {
 void UndoRedoMacro(benchmark::State& state) {
     auto const stack = openGuardOn();
     {
-        CmUndoGuard guard(stack, "Step", {});
+        CmUndoGuard guard(stack, "Step");
         for (std::int64_t index = 0; index < state.range(0); ++index)
             guard.execAndAddUndoCommand(AddCommand::create());
     }
@@ -216,7 +216,7 @@ void UndoRedoMacroLeast(benchmark::State& state) {
 void EmptyGuard(benchmark::State& state) {
     auto const stack = openGuardOn();
     for (auto _ : state)
-        CmUndoGuard const guard(stack, "Step", {});
+        CmUndoGuard const guard(stack, "Step");
 }
 
 void SuppressedLogLine(benchmark::State& state) {

@@ -201,7 +201,7 @@ void EditActions::perform(Editor& editor, std::string const& path, std::vector<L
     std::vector<std::string> const& arguments) {
     // A single edit is a step under its own, more telling name.
     std::optional<CmUndoGuard> guard;
-    if (layers.size() > 1) guard.emplace(editor.history(), path, PiExecParam());
+    if (layers.size() > 1) guard.emplace(editor.history(), path);
     for (Layer const& layer : layers)
         find(path, LayerItem::create({&editor, layer}), joined(arguments)).performAction(SnSelection::create());
 }

@@ -92,7 +92,7 @@ void Editor::setBlend(std::string const& name, BlendMode blend) {
 
 void Editor::execute(Ko::RCShdPtr<Ko::CmCommand> const& command) {
     // Joins the guard that is open, if any; the command's own description names the step otherwise.
-    Ko::CmUndoGuard guard(_history, command->getDescription(), {});
+    Ko::CmUndoGuard guard(_history, command->getDescription());
     guard.execAndAddUndoCommand(command);
 }
 

@@ -130,7 +130,7 @@ void Gestures::copy() {
 
 void Gestures::cut() {
     carrySelection(DrClipboard::Cut);
-    CmUndoGuard const guard(_editor.history(), "Cut", {});
+    CmUndoGuard const guard(_editor.history(), "Cut");
     EditActions::perform(_editor, "Remove", selected(), {});
 }
 
@@ -139,7 +139,7 @@ void Gestures::paste() {
     auto const entries = ActRegistry::getInstance().getActions(
         SnItemBasic<Editor*>::create(&_editor), carried, "", ActRegistry::FirstOnly);
     if (entries.atEnd()) throw ScriptError("nothing was copied or cut");
-    CmUndoGuard const guard(_editor.history(), "Paste", {});
+    CmUndoGuard const guard(_editor.history(), "Paste");
     Selection const pasted = SnSelection::create();
     entries->performAction(pasted);
     _editor.execute(CmSelectionReplaceAllItemsCmd::create(_editor.selection(), pasted));
@@ -170,7 +170,7 @@ void Gestures::drag(std::vector<std::string> const& names, std::string const& ta
         throw ScriptError("these layers cannot be dropped on \"" + target + "\"");
     }
     {
-        CmUndoGuard const guard(_editor.history(), "Drop on " + target, {});
+        CmUndoGuard const guard(_editor.history(), "Drop on " + target);
         list->consumeSelection(carrier);
     }
     list->dropCompleted(carrier);

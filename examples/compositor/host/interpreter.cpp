@@ -238,7 +238,7 @@ std::vector<Interpreter::Word> const& Interpreter::words() {
 }
 
 void Interpreter::group(Statement const& statement) {
-    Ko::CmUndoGuard const guard(_editor.history(), statement.words[1], {});
+    Ko::CmUndoGuard const guard(_editor.history(), statement.words[1]);
     runGroup(statement);
 }
 

@@ -11,11 +11,29 @@ constexpr char const* unknownType = "A command is to change a selection in an un
 
 } // namespace
 
+// ---- what they have in common
+
+CmSelectionCmd::CmSelectionCmd(RCShdPtr<SnSelection> const& selection) : _selection(selection) {}
+CmSelectionCmd::~CmSelectionCmd() = default;
+
+void CmSelectionCmd::executeInternal() {
+    change(*_selection);
+    _executed = true;
+}
+
+CmSelectionRestoringCmd::CmSelectionRestoringCmd(RCShdPtr<SnSelection> const& selection)
+    : CmSelectionCmd(selection), _before(selection->copy()) {}
+CmSelectionRestoringCmd::~CmSelectionRestoringCmd() = default;
+
+void CmSelectionRestoringCmd::unexecuteInternal() {
+    getSelection().replace(*_before);
+}
+
 // ---- several items
 
 CmSelectionChangeWithItemsCmd::CmSelectionChangeWithItemsCmd(
     RCShdPtr<SnSelection> const& selection, RCShdPtr<SnSelection const> const& items, Type type)
-    : _selection(selection), _before(selection->copy()), _items(items->copy()), _type(type) {}
+    : CmSelectionRestoringCmd(selection), _items(items->copy()), _type(type) {}
 CmSelectionChangeWithItemsCmd::~CmSelectionChangeWithItemsCmd() = default;
 
 RCShdPtr<CmSelectionChangeWithItemsCmd> CmSelectionChangeWithItemsCmd::create(
@@ -35,32 +53,23 @@ LiString CmSelectionChangeWithItemsCmd::getDescription() const {
     source.abort(unknownType);
 }
 
-void CmSelectionChangeWithItemsCmd::executeInternal() {
+void CmSelectionChangeWithItemsCmd::change(SnSelection& selection) {
     switch (_type) {
     case Add:
-        _selection->add(*_items);
-        break;
+        return selection.add(*_items);
     case Remove:
-        _selection->remove(*_items);
-        break;
+        return selection.remove(*_items);
     case Toggle:
-        _selection->toggle(*_items);
-        break;
-    default:
-        source.abort(unknownType);
+        return selection.toggle(*_items);
     }
-    _executed = true;
-}
-
-void CmSelectionChangeWithItemsCmd::unexecuteInternal() {
-    _selection->replace(*_before);
+    source.abort(unknownType);
 }
 
 // ---- all items
 
 CmSelectionReplaceAllItemsCmd::CmSelectionReplaceAllItemsCmd(
     RCShdPtr<SnSelection> const& selection, RCShdPtr<SnSelection const> const& items)
-    : _selection(selection), _before(selection->copy()), _items(items->copy()) {}
+    : CmSelectionRestoringCmd(selection), _items(items->copy()) {}
 CmSelectionReplaceAllItemsCmd::~CmSelectionReplaceAllItemsCmd() = default;
 
 RCShdPtr<CmSelectionReplaceAllItemsCmd> CmSelectionReplaceAllItemsCmd::create(
@@ -71,19 +80,15 @@ RCShdPtr<CmSelectionReplaceAllItemsCmd> CmSelectionReplaceAllItemsCmd::create(
 LiString CmSelectionReplaceAllItemsCmd::getDescription() const {
     return "Replace Selection";
 }
-void CmSelectionReplaceAllItemsCmd::executeInternal() {
-    _selection->replace(*_items);
-    _executed = true;
-}
-void CmSelectionReplaceAllItemsCmd::unexecuteInternal() {
-    _selection->replace(*_before);
+void CmSelectionReplaceAllItemsCmd::change(SnSelection& selection) {
+    selection.replace(*_items);
 }
 
 // ---- one item
 
 CmSelectionChangeCmd::CmSelectionChangeCmd(
     RCShdPtr<SnSelection> const& selection, RCShdPtr<SnItem const> const& item, Type type)
-    : _selection(selection), _item(item), _type(type) {}
+    : CmSelectionCmd(selection), _item(item), _type(type) {}
 CmSelectionChangeCmd::~CmSelectionChangeCmd() = default;
 
 RCShdPtr<CmSelectionChangeCmd> CmSelectionChangeCmd::create(
@@ -94,21 +99,16 @@ RCShdPtr<CmSelectionChangeCmd> CmSelectionChangeCmd::create(
 LiString CmSelectionChangeCmd::getDescription() const {
     return "Change Selection";
 }
-void CmSelectionChangeCmd::executeInternal() {
-    change(_type == Add);
-    _executed = true;
+void CmSelectionChangeCmd::change(SnSelection& selection) {
+    _type == Add ? selection.add(_item) : selection.remove(_item);
 }
 void CmSelectionChangeCmd::unexecuteInternal() {
-    change(_type != Add);
-}
-void CmSelectionChangeCmd::change(bool add) {
-    add ? _selection->add(_item) : _selection->remove(_item);
+    _type == Add ? getSelection().remove(_item) : getSelection().add(_item);
 }
 
 // ---- no item
 
-CmSelectionClearCmd::CmSelectionClearCmd(RCShdPtr<SnSelection> const& selection)
-    : _selection(selection), _before(selection->copy()) {}
+CmSelectionClearCmd::CmSelectionClearCmd(RCShdPtr<SnSelection> const& selection) : CmSelectionRestoringCmd(selection) {}
 CmSelectionClearCmd::~CmSelectionClearCmd() = default;
 
 RCShdPtr<CmSelectionClearCmd> CmSelectionClearCmd::create(RCShdPtr<SnSelection> const& selection) {
@@ -118,12 +118,8 @@ RCShdPtr<CmSelectionClearCmd> CmSelectionClearCmd::create(RCShdPtr<SnSelection> 
 LiString CmSelectionClearCmd::getDescription() const {
     return "Clear Selection";
 }
-void CmSelectionClearCmd::executeInternal() {
-    _selection->clear();
-    _executed = true;
-}
-void CmSelectionClearCmd::unexecuteInternal() {
-    _selection->replace(*_before);
+void CmSelectionClearCmd::change(SnSelection& selection) {
+    selection.clear();
 }
 
 } // namespace Ko

@@ -54,7 +54,7 @@ TEST_F(CmCommandStackManagerTest, RestoresTheStackWhateverAListenerThrows) {
     EXPECT_EQ("S0", manager.get()->getName());
     EXPECT_THROW(scope(true), std::logic_error);
     EXPECT_EQ("S0", manager.get()->getName());
-    EXPECT_THROW(CmCommandStackGuard(make("S1")), std::runtime_error) << "at the begin";
+    EXPECT_THROW(CmCommandStackGuard const guard(make("S1")), std::runtime_error) << "at the begin";
     manager.removeCallback(&thrower);
     EXPECT_EQ("S0", manager.get()->getName());
 }

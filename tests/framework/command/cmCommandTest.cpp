@@ -104,7 +104,7 @@ TEST(CmMacroCommand, CollectsNothingThatItsCommandsDoThroughGuards) {
     auto const macro = CmMacroCommand::create();
     auto const command = RecordingCommand::create("a", journal);
     command->onExecute = command->onUnexecute = [&] {
-        CmUndoGuard guard(stack, "inner", {});
+        CmUndoGuard guard(stack, "inner");
         guard.execAndAddUndoCommand(RecordingCommand::create("nested", journal));
     };
     macro->add(command);

@@ -17,7 +17,7 @@ class UndoGuardFacades : public testing::Test {
 protected:
     // Code that knows the framework, called from code that knows the facades alone.
     void execute(char const* name) {
-        CmUndoGuard guard(nullptr, "", {});
+        CmUndoGuard guard(nullptr, "");
         guard.execAndAddUndoCommand(RecordingCommand::create(name, journal));
     }
     LiString lastDescription() { return (*stack->getCurrent())->getDescription(); }
@@ -109,7 +109,7 @@ private:
 };
 
 TEST_F(UndoGuardFacades, RefuseAnotherThreadAndThenAStackThatIsNotTheFrameworks) {
-    auto const open = [] { PiUndoGuard(RCShdPtr<ForeignStack>::create(), ""); };
+    auto const open = [] { PiUndoGuard const guard(RCShdPtr<ForeignStack>::create(), ""); };
     std::thread([&] {
         EXPECT_EQ("PiAppThread::isCurrent() [framework\\command\\src\\cmUndoGuard]", thrownBy(open));
     }).join();

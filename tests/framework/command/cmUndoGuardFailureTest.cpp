@@ -48,7 +48,7 @@ TEST_F(CmUndoGuardFailure, OnlyTheFirstErrorIsSeenAndTheOthersAreLogged) {
     auto const callback = RCShdPtr<FunctionHandler>::create([] { fail("callback"); });
     LogRecorder const log;
     try {
-        CmUndoGuard guard(stack, "Step", {});
+        CmUndoGuard guard(stack, "Step");
         guard.execAndAddUndoCommand(RecordingCommand::create("a", journal));
         CmUndoGuard::addEndOfOutermostGuardCallback(RCShdPtr<CbHandler<CbEmptyType>>(callback));
         throw std::logic_error("the first");
@@ -79,7 +79,7 @@ TEST_F(CmUndoGuardFailure, AGuardInsideADestructorThatRunsWhileUnwindingStillThr
 TEST_F(CmUndoGuardFailure, AHookThatLeavesAGuardOpenDoesNotKeepTheProcessInside) {
     std::unique_ptr<CmUndoGuard> stray;
     onChange = [&] {
-        if (!stray) stray = std::make_unique<CmUndoGuard>(stack, "stray", PiExecParam());
+        if (!stray) stray = std::make_unique<CmUndoGuard>(stack, "stray");
     };
     EXPECT_THROW(perform("a"), ExAssertionFailed);
     EXPECT_FALSE(CmUndoGuard::isGuardActive());
@@ -110,7 +110,7 @@ TEST_F(CmUndoGuardExtensionFailure, AtTheEndAllAreToldInReverseAndTheStepIsLogge
         third->onEnd = [] { fail("end"); };
         EXPECT_THROW(
             [this] {
-                CmUndoGuard const outer(stack, "Step", {});
+                CmUndoGuard const outer(stack, "Step");
                 perform("a");
             }(),
             std::runtime_error);

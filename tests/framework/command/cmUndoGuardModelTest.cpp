@@ -48,7 +48,7 @@ public:
         while (!guards.empty())
             ignored.capture([this] { leave(); });
         for (int tries = 0; tries < 10 && CmUndoGuard::isLongTransition(); ++tries)
-            ignored.capture([] { CmUndoGuard(nullptr, "", PiExecParam::END_TRANSITION); });
+            ignored.capture([] { CmUndoGuard const guard(nullptr, "", PiExecParam::END_TRANSITION); });
     }
 
     void log(int stack, ModelCommand const& command) { at(stack)->log(make(command)); }
@@ -95,14 +95,14 @@ public:
     }
     template <class Body>
     void inGuard(int stack, Body body) {
-        CmUndoGuard guard(at(stack), "Guard", {});
+        CmUndoGuard guard(at(stack), "Guard");
         body();
     }
 
-    void collect(ModelCommand const& command) { CmUndoGuard(nullptr, "", {}).addUndoCommand(make(command)); }
-    void execute(ModelCommand const& command) { CmUndoGuard(nullptr, "", {}).execUndoCommand(make(command)); }
+    void collect(ModelCommand const& command) { CmUndoGuard(nullptr, "").addUndoCommand(make(command)); }
+    void execute(ModelCommand const& command) { CmUndoGuard(nullptr, "").execUndoCommand(make(command)); }
     void executeAndCollect(ModelCommand const& command) {
-        CmUndoGuard(nullptr, "", {}).execAndAddUndoCommand(make(command));
+        CmUndoGuard(nullptr, "").execAndAddUndoCommand(make(command));
     }
     void addEndCallback(std::optional<ModelCommand> const& command) {
         callbacks.push_back(RCShdPtr<FunctionHandler>::create([this, command] { hearEnd(command); }));

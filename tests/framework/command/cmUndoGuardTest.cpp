@@ -131,7 +131,7 @@ TEST_F(CmUndoGuardTest, KeepsTheHistoryAsItIsWhileItHasCollectedCommandsForIt) {
 TEST_F(CmUndoGuardTest, NamesNoStepAfterAnotherOne) {
     perform("a", "Delete Layer", NOT_TRANSITION);
     auto const command = RecordingCommand::create("b", journal);
-    command->onExecute = [this] { CmUndoGuard(stack, "Inner", NOT_TRANSITION); };
+    command->onExecute = [this] { CmUndoGuard const guard(stack, "Inner"); };
     CmUndoGuard(nullptr, "Rename Layer", NOT_TRANSITION).execAndAddUndoCommand(command);
     EXPECT_EQ("0 Delete Layer *Macro: b", history(*stack)) << "and not after a guard that collected nothing";
 }
@@ -166,7 +166,7 @@ TEST_F(CmUndoGuardTest, ReportsAtTheEndWhatWasNeverLogged) {
 TEST_F(CmUndoGuardTest, BelongsToTheApplicationThread) {
     std::thread([this] {
         for (auto const& use : std::vector<std::function<void()>>{[this] { perform("", "", NOT_TRANSITION); },
-                 [] { CmUndoGuardNoLog(false); }, [] { CmUndoGuard::isLogging(); },
+                 [] { CmUndoGuardNoLog const guard(false); }, [] { EXPECT_TRUE(CmUndoGuard::isLogging()); },
                  [] { CmUndoGuard::registerUndoGuardExtension(nullptr); }})
             EXPECT_EQ("PiAppThread::isCurrent() [framework\\command\\src\\cmUndoGuard]", thrownBy(use));
     }).join();

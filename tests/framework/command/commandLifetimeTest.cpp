@@ -18,12 +18,12 @@ using KoTest::inChildProcess;
 TEST(CommandPackage, RefusesItsServicesOnceItIsFinalised) {
     inChildProcess([] {
         auto const stack = RCShdPtr<CmCommandStack>::create();
-        auto open = std::make_unique<CmUndoGuard>(stack, "left open", PiExecParam());
+        auto open = std::make_unique<CmUndoGuard>(stack, "left open");
         auto scope = std::make_unique<CmCommandStackGuard>(stack);
         InInitMgr::finalize();
         EXPECT_THROW(CmCommandStackManager::getInstance(), InSingletonEx::ExNotInitialized);
-        EXPECT_THROW(CmCommandStackGuard{stack}, InSingletonEx::ExNotInitialized);
-        EXPECT_THROW(CmUndoGuard(stack, "", {}), ExAssertionFailed);
+        EXPECT_THROW(CmCommandStackGuard const guard{stack}, InSingletonEx::ExNotInitialized);
+        EXPECT_THROW(CmUndoGuard const guard(stack, ""), ExAssertionFailed);
         EXPECT_THROW(stack->undo(), ExAssertionFailed);
         CmUndoGuard* const guard = open.release();
         EXPECT_THROW(delete guard, ExAssertionFailed);
@@ -36,7 +36,7 @@ TEST(CommandPackage, EndsWithTheProcessWhenTheHostForgetsToFinalise) {
     inChildProcess([] {
         static auto const stack = RCShdPtr<CmCommandStack>::create();
         CmCommandStackManager::getInstance().set(stack);
-        CmUndoGuard const guard(stack, "Step", {});
+        CmUndoGuard const guard(stack, "Step");
         std::exit(testing::Test::HasFailure() ? 1 : 0);
     });
 }

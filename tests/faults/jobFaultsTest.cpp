@@ -56,6 +56,35 @@ protected:
         waitUntil([&] { return !one.job->isRunning(); });
     }
 
+    struct Ending {
+        char const* name;
+        std::string state;
+        FunctionProtocol::Function work;
+    };
+
+    void submit(GatedJob& one, bool isUi) { isUi ? manager.addUiJob(one.job, 0) : manager.addJob(one.job); }
+    void tryEnding(Ending const& ending, bool isUi, FaultyAttempt& attempt) {
+        GatedJob one(ending.work);
+        JobRecorder observer;
+        one.job->attachObserver(&observer);
+        submit(one, isUi);
+        one.started.wait();
+        attempt([&] {
+            one.gate.open();
+            if (ending.state == "Stopped") one.job->stop();
+            waitUntil([&] { return !one.job->isRunning(); });
+        });
+        // Its last notification precedes the release of the protocol.
+        EXPECT_TRUE(one.job->releaseProtocol());
+        attempt.end();
+        EXPECT_EQ(ending.state, one.job->getState()->state());
+        finish(one.job);
+        GatedJob next;
+        submit(next, isUi);
+        letEnd(next);
+        finish(next.job);
+    }
+
     BgManager& manager = BgManager::getInstance();
 };
 
@@ -168,46 +197,20 @@ TEST_F(JobFaults, AnObserverIsAttachedOrNotAndDetachesWithoutMemory) {
 // Also when a notification fails, the job ends in its proper state and its worker goes on.
 TEST_F(JobFaults, AJobEndsWithoutMemoryOnItsWorker) {
     MsgProtocol::setHandler([](Msg const&) {});
-    struct Row {
-        char const* name;
-        std::string end;
-        FunctionProtocol::Function work;
-    };
-    Row const rows[] = {{"complete", "Complete",
-                            [](FunctionProtocol& self) {
-                                self.reportProgress(1, 2);
-                                self.reportProgress(2, 2);
-                            }},
+    Ending const endings[] = {{"complete", "Complete",
+                                  [](FunctionProtocol& self) {
+                                      self.reportProgress(1, 2);
+                                      self.reportProgress(2, 2);
+                                  }},
         {"fail", "Failed",
             [](FunctionProtocol&) { throw BgEx::ExBgTaskFailed("a file with a rather long name", 1, "reason"); }},
         {"fail for another reason", "Failed", [](FunctionProtocol&) { throw std::bad_alloc(); }},
         {"stop", "Stopped", [](FunctionProtocol& self) { waitUntil([&] { return !self.continueExecution(); }); }}};
-    for (Row const& row : rows)
+    for (Ending const& ending : endings)
         for (bool const isUi : {false, true})
             tryAllFaults(
-                std::string("a job's work: ") + row.name,
-                [&](FaultyAttempt& attempt) {
-                    GatedJob one(row.work);
-                    JobRecorder observer;
-                    one.job->attachObserver(&observer);
-                    isUi ? manager.addUiJob(one.job, 0) : manager.addJob(one.job);
-                    one.started.wait();
-                    attempt([&] {
-                        one.gate.open();
-                        if (row.end == "Stopped") one.job->stop();
-                        waitUntil([&] { return !one.job->isRunning(); });
-                    });
-                    // Its last notification precedes the release of the protocol.
-                    EXPECT_TRUE(one.job->releaseProtocol());
-                    attempt.end();
-                    EXPECT_EQ(row.end, one.job->getState()->state());
-                    finish(one.job);
-                    GatedJob next;
-                    isUi ? manager.addUiJob(next.job, 0) : manager.addJob(next.job);
-                    letEnd(next);
-                    finish(next.job);
-                },
-                true);
+                std::string("a job's work: ") + ending.name,
+                [&](FaultyAttempt& attempt) { tryEnding(ending, isUi, attempt); }, true);
 }
 
 // More events in each attempt, so that taking them allocates memory.

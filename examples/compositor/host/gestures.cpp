@@ -70,7 +70,7 @@ private:
 /// The list of layers as a user sees it: what he drags comes from there, and is dropped there.
 class LayerList final : public DrSrcSink {
 public:
-    LayerList(Editor& editor, std::vector<Layer> grabbed, Layer const& under)
+    LayerList(Editor& editor, std::vector<Layer> const& grabbed, Layer const& under)
         : _grabbed(makeSelection(editor, grabbed)), _under(makeSelection(editor, {under})) {}
 
     bool willPopulateSelection() override { return !_grabbed->isEmpty(); }

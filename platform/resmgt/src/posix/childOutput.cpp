@@ -12,7 +12,7 @@ namespace Ko {
 
 namespace {
 
-constexpr std::size_t bufferSize = 64 * 1024;
+constexpr std::size_t bufferSize = std::size_t{64} * 1024;
 constexpr std::size_t numLastBytes = 64;
 
 // For file systems that do not support files without a name.

@@ -21,7 +21,7 @@ namespace Ko {
 namespace {
 
 constexpr int lowestPriority = 19;
-constexpr std::size_t stackSize = 32 * 1024;
+constexpr std::size_t stackSize = std::size_t{32} * 1024;
 // Serves as the system call's signal set (no signal blocked) and as its signal action (the default one).
 constexpr std::size_t signalSetSize = NSIG / 8;
 constexpr std::array<std::byte, 256> allZero{};

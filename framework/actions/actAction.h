@@ -12,11 +12,11 @@
 
 namespace Ko {
 
-/// Something that a user can do: an entry of a menu, a drop, a verb of a script. It applies to a target item and an input
-/// item, such as the layer under the pointer and what is dropped on it.
+/// An operation that a user can invoke: an entry of a menu, a drop, a verb of a script. It applies to a target item and an
+/// input item, such as the layer under the pointer and the layers dropped on it.
 ///
-/// Actions are registered with the `ActRegistry`, which owns them. Who wants to perform one asks the registry which are
-/// valid for a target and an input, and performs an entry of the answer; it is not asked again whether it is valid.
+/// Actions are registered with the `ActRegistry`, which owns them. To perform one, ask the registry which actions are valid
+/// for a target and an input, and perform an entry of the answer; the action is not asked again whether it is valid.
 /// Application thread only.
 ///
 ///     class RenameAction : public ActTypedAction<LiString, LiString> { ... };
@@ -28,9 +28,10 @@ public:
     ActAction& operator=(ActAction const&) = delete;
     virtual ~ActAction();
 
-    /// Whether the action can be performed on this target with this input. Asked often, and for items of any kind: answers
-    /// false for what it does not know, and changes nothing.
+    /// Whether the action can be performed on this target with this input. It is called often, for items of any kind:
+    /// answer false for unknown kinds, and change nothing.
     virtual bool inputValid(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input) const = 0;
+    /// Performs the action.
     /// @param selection the action may add items to it, such as those that it has made.
     virtual void performAction(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input,
         RCShdPtr<SnSelection> const& selection) const = 0;
@@ -40,24 +41,25 @@ public:
         RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input, Vector<LiString>& options) const;
     /// The action's identity, by which it is found and sorted: "Rename Layer".
     virtual LiString getDescription() const = 0;
-    /// What to show instead of the description, where it is not empty.
+    /// The text to show instead of the description; empty for the description itself.
     virtual std::string getDisplayString() const;
-    /// Names what can be asked for, or unregistered, together.
+    /// The name of the group of actions that are queried or unregistered together; empty for none.
     virtual std::string getGroup() const;
     /// The description of the composite action under which this one is listed; empty for one on the top level.
     virtual std::string getCompositeName() const;
 
-    /// What `getDisplayString` answers where it is not overridden.
+    /// Sets the result of `getDisplayString`, unless that is overridden.
     void setDisplayString(std::string const& text);
 
-    /// For actions that need neither target nor input: perform it and ask whether it is valid with two empty
-    /// `ActBasicParam` items:
+    /// Performs an action that needs neither target nor input, on two empty `ActBasicParam` items.
     void performAction() const;
-    bool inputValid() const;
+    /// Whether the action is valid for two empty `ActBasicParam` items.
+    [[nodiscard]] bool inputValid() const;
 
-    /// What the descriptions of actions that switch something on or off begin with, blank included:
-    static LiString toggleOnString();
-    static LiString toggleOffString();
+    /// "ToggleOn ": how the description of an action begins that switches something on.
+    [[nodiscard]] static LiString toggleOnString();
+    /// "ToggleOff ": how the description of an action begins that switches something off.
+    [[nodiscard]] static LiString toggleOffString();
 
 private:
     friend struct std::default_delete<ActAction>;
@@ -69,15 +71,15 @@ private:
 
 } // namespace Ko
 
-/// An `OPtr<ActAction>` may let go of its action at any time: one that is just being performed, through an entry of the
-/// registry or without items, is destroyed when it has returned.
+/// An `OPtr<ActAction>` may be reset at any time: while an operation of the action runs, called by the registry, by one of
+/// its entries or by `performAction()`, destruction is delayed until that operation returns.
 template <>
 struct std::default_delete<Ko::ActAction> {
     constexpr default_delete() noexcept = default;
-    /// From that of a class of actions.
+    /// From the deleter of a derived class.
     template <std::derived_from<Ko::ActAction> Action>
     default_delete(std::default_delete<Action> const&) noexcept {}
 
-    /// Destroys the action, now or when it has returned.
+    /// Destroys the action, now or when its operation returns.
     void operator()(Ko::ActAction* action) const noexcept { Ko::ActAction::destroy(action); }
 };

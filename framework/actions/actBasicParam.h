@@ -8,21 +8,23 @@ namespace Ko {
 /// A text that an action takes as its target or input; an empty one stands for "none".
 class KO_FRAMEWORK_API ActBasicParam {
 public:
-    /// Without a text it stands for "none".
+    /// The empty text, which stands for "none".
     ActBasicParam();
     explicit ActBasicParam(LiString const& value);
 
-    /// The text; empty for "none":
-    LiString const& getValue() const noexcept { return _value; }
+    /// The text; empty for "none".
+    [[nodiscard]] LiString const& getValue() const noexcept { return _value; }
+    /// Replaces the text; empty for "none".
     void setValue(LiString const& value) { _value = value; }
 
-    /// Byte for byte.
-    bool isEqual(ActBasicParam const& other) const noexcept { return _value == other._value; }
+    /// Whether the texts are equal, byte for byte.
+    [[nodiscard]] bool isEqual(ActBasicParam const& other) const noexcept { return _value == other._value; }
     /// Writes the text.
     void dump(std::ostream& stream) const;
 
-    /// For the package "actions": items with such values can be converted between the two:
+    /// Lets items with such values be converted. For the package "actions".
     static void initialize();
+    /// Ends the conversion. For the package "actions".
     static void finalize();
 
 private:
@@ -33,9 +35,11 @@ private:
 template <>
 class SnItemValue<ActBasicParam> {
 public:
-    /// As for every type of value:
+    /// Whether the texts are equal.
     static bool isEqual(ActBasicParam const& a, ActBasicParam const& b) noexcept { return a.isEqual(b); }
+    /// The hash of the text.
     static std::size_t getHash(ActBasicParam const& param) noexcept { return std::hash<LiString>()(param.getValue()); }
+    /// Writes the text.
     static void dump(std::ostream& stream, ActBasicParam const& param) { param.dump(stream); }
 };
 

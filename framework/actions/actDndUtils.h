@@ -4,22 +4,23 @@
 
 namespace Ko {
 
-/// What handles a drop with the actions that are registered. Application thread only.
+/// Performs drops by the registered actions. Application thread only.
 class KO_FRAMEWORK_API ActDndUtils {
 public:
-    /// Items in the order in which they are carried, or asked for.
+    /// Carried items or targets, in order.
     using Items = List<RCShdPtr<SnItem const>>;
 
-    /// Appends the items that are carried, in their order.
-    /// @returns their number; 0 also for a carrier without a selection.
+    /// Appends the items that the carrier carries, in their order.
+    /// @returns the number of items; 0 also for a carrier without a selection.
     static int getSnItems(DrCarrier const& carrier, Items* items);
 
-    /// Performs the earliest registered action on the top level that takes the carrier on one of the targets, with the
-    /// first target that it takes it on. The action's input is a `DrCarrierItem`.
-    /// @param perform when false, nothing is performed: it is only asked whether there is one.
-    /// @returns whether there is one.
+    /// Performs the earliest registered top-level action that is valid for one of the targets and the carrier, on the first
+    /// such target. The action's input is a `DrCarrierItem`. Stops asking at the first match.
+    /// @param perform false to find out only whether there is such an action.
+    /// @returns whether there is such an action.
     static bool performCarrierActions(
         Items const& targets, RCShdPtr<DrCarrier> const& carrier, RCShdPtr<SnSelection> const& selection, bool perform);
+    /// The same for the items of a selection as targets.
     static bool performCarrierActions(RCShdPtr<SnSelection const> const& targets, RCShdPtr<DrCarrier> const& carrier,
         RCShdPtr<SnSelection> const& selection, bool perform);
 };

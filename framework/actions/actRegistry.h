@@ -10,27 +10,28 @@
 
 namespace Ko {
 
+class ActRecords;
 class ActRegistry;
 extern template class KO_FRAMEWORK_API InSingleton<ActRegistry>;
 
 /// All actions of the process, in the order of their registration; it owns them. Menus, drops and scripts ask it which
 /// actions are valid for a target and an input, and get entries that are ready to be performed.
 ///
-/// An answer is a snapshot: it does not change when actions are registered and unregistered, but whoever destroys an
-/// action sees to it that its entries are not used any more. An action that is being performed through an entry may
-/// register and unregister actions, itself included.
+/// An answer is a snapshot: it does not change when actions are registered and unregistered. Entries do not own their
+/// actions: an entry must not be used after its action was destroyed. An action may register and unregister actions, itself
+/// included, while a query asks it or an entry performs it; it is destroyed when its operation has returned. A query leaves
+/// out actions that are registered or unregistered while it runs.
 ///
 /// A query asks every action, in one pass; nothing is kept between queries. The registry exists while the package
 /// "actions" is initialised. Application thread only.
 ///
-///     auto entry = ActRegistry::getInstance().getActions(target, input, "", ActRegistry::AllSorted);
-///     for (; !entry.atEnd(); ++entry)
-///         menu.add(entry->getDescription());
+///     for (auto const& entry : ActRegistry::getInstance().getActions(target, input, "", ActRegistry::AllSorted).elements())
+///         menu.add(entry.getDescription());
 class KO_FRAMEWORK_API ActRegistry : public InSingleton<ActRegistry> {
 public:
     class Entry;
 
-    /// Any other value is like `AllSorted`.
+    /// How a query orders and enumerates its results. Any other value is like `AllSorted`.
     enum Numerator : std::int32_t {
         /// In the order of registration; of several targets, each action with the first one that it is valid for.
         FirstOnly = 0,
@@ -43,51 +44,59 @@ public:
     ActRegistry(ActRegistry const&) = delete;
     ActRegistry& operator=(ActRegistry const&) = delete;
 
-    /// For the package "actions".
+    /// Creates the registry. For the package "actions".
     static void initialize();
-    /// Destroys the actions that are still registered, in order.
+    /// Destroys the actions that are still registered, in order, and the registry. For the package "actions".
     static void finalize();
 
     /// Appends the action; a null one is ignored. One that is registered twice is listed twice, and must be unregistered
     /// twice before its owner destroys it.
     void registerAction(OPtr<ActAction> action, DynamicState state);
-    /// Takes out the first registration of the action.
+    /// Removes the first registration of the action. The caller becomes its owner.
     /// @returns the action, or null if it is not registered.
     OPtrRet<ActAction> unregisterAction(ActAction const* action);
-    /// Unregisters and destroys the actions of one or several groups.
+    /// Unregisters the actions of a group and destroys them, one after the other. The empty group is that of the actions
+    /// without a group; so in all operations that take one group.
     void unregisterActionsInGroup(std::string const& group);
+    /// Unregisters and destroys the actions of several groups; no groups, no actions.
     void unregisterActionsInGroup(Set<std::string> const& groups);
-    /// Takes out the dynamic actions. It does not destroy them: that is left to whoever made them.
+    /// Unregisters the dynamic actions. It does not destroy them; their makers do.
     void deleteAllDynamicActions();
 
     /// The first action that has this description and composite name; null if there is none, or no description is given.
-    ActAction* getAction(LiString const& description, std::string const& compositeName) const;
+    [[nodiscard]] ActAction* getAction(LiString const& description, std::string const& compositeName) const;
 
-    /// The actions that are valid for the target and the input, of those that are listed under a composite name: the empty
-    /// one for the top level. Where groups are given, only actions of these; no groups at all are any group. So in all queries.
-    ConstIterator<Entry> getActions(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input,
-        std::string const& compositeName, Numerator order) const;
-    ConstIterator<Entry> getActions(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input,
-        Set<std::string> const& groups, std::string const& compositeName, Numerator order) const;
+    /// The actions that are valid for the target and the input, of those that are listed under the composite name; the
+    /// empty name is that of the top level.
+    [[nodiscard]] ConstIterator<Entry> getActions(RCShdPtr<SnItem const> const& target,
+        RCShdPtr<SnItem const> const& input, std::string const& compositeName, Numerator order) const;
+    /// Only those of the groups; an empty set stands for all groups.
+    [[nodiscard]] ConstIterator<Entry> getActions(RCShdPtr<SnItem const> const& target,
+        RCShdPtr<SnItem const> const& input, Set<std::string> const& groups, std::string const& compositeName,
+        Numerator order) const;
 
-    /// The actions that are valid with two empty `ActBasicParam` items as target and input.
-    ConstIterator<Entry> getNoTargetNoInputActions(
+    /// The actions of the group that are valid with two empty `ActBasicParam` items as target and input.
+    [[nodiscard]] ConstIterator<Entry> getNoTargetNoInputActions(
         std::string const& group, std::string const& compositeName, Numerator order) const;
-    ConstIterator<Entry> getNoTargetNoInputActions(
+    /// Those of several groups; an empty set stands for all groups.
+    [[nodiscard]] ConstIterator<Entry> getNoTargetNoInputActions(
         Set<std::string> const& groups, std::string const& compositeName, Numerator order) const;
 
-    /// The actions of one or several groups, valid or not.
-    ConstIterator<ActAction const*> getActionsInGroup(std::string const& group, Numerator order) const;
-    ConstIterator<ActAction const*> getActionsInGroup(Set<std::string> const& groups, Numerator order) const;
+    /// The actions of the group, valid or not.
+    [[nodiscard]] ConstIterator<ActAction const*> getActionsInGroup(std::string const& group, Numerator order) const;
+    /// The actions of several groups, valid or not; no groups, no actions.
+    [[nodiscard]] ConstIterator<ActAction const*> getActionsInGroup(
+        Set<std::string> const& groups, Numerator order) const;
 
-    /// The same for several targets. The scripting interpreter is kept from ending meanwhile.
-    ConstIterator<Entry> getActions(RCShdPtr<SnSelection const> const& selection, RCShdPtr<SnItem const> const& input,
-        std::string const& compositeName, Numerator order) const;
-    ConstIterator<Entry> getActions(List<RCShdPtr<SnItem const>> const& targets, RCShdPtr<SnItem const> const& input,
-        std::string const& compositeName, Numerator order) const;
-    /// The input is a `DrCarrierItem` with the carrier.
-    ConstIterator<Entry> getActions(List<RCShdPtr<SnItem const>> const& targets, RCShdPtr<DrCarrier> const& carrier,
-        std::string const& compositeName, Numerator order) const;
+    /// As for one target, for each item of the selection. The scripting interpreter is kept from ending meanwhile.
+    [[nodiscard]] ConstIterator<Entry> getActions(RCShdPtr<SnSelection const> const& selection,
+        RCShdPtr<SnItem const> const& input, std::string const& compositeName, Numerator order) const;
+    /// As for a selection, for each item of a list.
+    [[nodiscard]] ConstIterator<Entry> getActions(List<RCShdPtr<SnItem const>> const& targets,
+        RCShdPtr<SnItem const> const& input, std::string const& compositeName, Numerator order) const;
+    /// As for a list with an input, which is a `DrCarrierItem` with the carrier.
+    [[nodiscard]] ConstIterator<Entry> getActions(List<RCShdPtr<SnItem const>> const& targets,
+        RCShdPtr<DrCarrier> const& carrier, std::string const& compositeName, Numerator order) const;
 
 protected:
     ActRegistry();
@@ -95,54 +104,40 @@ protected:
 
 private:
     friend class InSingleton<ActRegistry>;
+    friend class ActRecords;
 
-    // The actions are owned here; not by a pointer that says so, because one may be registered twice.
-    struct Record {
-        ActAction* action;
-        DynamicState state;
-        std::uint32_t place; // at the end of the registry
-    };
-
-    template <class Targets>
-    ConstIterator<Entry> query(Targets const& targets, RCShdPtr<SnItem const> const& input,
-        Set<std::string> const& groups, std::string const& compositeName, Numerator order) const;
-    template <class Targets>
-    Vector<Entry> queryFirst(Targets const& targets, RCShdPtr<SnItem const> const& input,
-        Set<std::string> const& groups, std::string const& compositeName) const;
-    template <class Targets>
-    Vector<Entry> querySorted(Targets const& targets, RCShdPtr<SnItem const> const& input,
-        Set<std::string> const& groups, std::string const& compositeName) const;
-    template <class Visit>
-    void forEachListed(Set<std::string> const& groups, std::string const& compositeName, Visit visit) const;
-    bool isRegistered(ActAction const* action) const noexcept;
-    void destroyAll() noexcept;
-    static void keepFirstRegistrations(Vector<Record>& records) noexcept;
-
-    Vector<Record> _records;
+    OPtr<ActRecords> _records;
 };
 
 /// An action with the target and input for which it was found valid. It does not own the action.
 class KO_FRAMEWORK_API ActRegistry::Entry {
 public:
-    /// @param action is not owned, and valid for the two.
+    /// @param action is not owned; it is valid for the target and the input.
     Entry(ActAction const* action, RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input)
         : _action(action), _target(target), _input(input) {}
 
-    /// What the entry was made of:
-    ActAction const* getAction() const noexcept { return _action; }
-    RCShdPtr<SnItem const> const& getTarget() const noexcept { return _target; }
-    RCShdPtr<SnItem const> const& getInput() const noexcept { return _input; }
+    /// The action, not owned.
+    [[nodiscard]] ActAction const* getAction() const noexcept { return _action; }
+    /// The target that the action was found valid for.
+    [[nodiscard]] RCShdPtr<SnItem const> const& getTarget() const noexcept { return _target; }
+    /// The input that the action was found valid for.
+    [[nodiscard]] RCShdPtr<SnItem const> const& getInput() const noexcept { return _input; }
 
-    /// What the action answers now; the options are those for the target and the input:
-    LiString getDescription() const;
-    std::string getDisplayString() const;
-    std::string getGroup() const;
-    std::string getCompositeName() const;
+    /// The present description of the action.
+    [[nodiscard]] LiString getDescription() const;
+    /// The present display string of the action.
+    [[nodiscard]] std::string getDisplayString() const;
+    /// The present group of the action.
+    [[nodiscard]] std::string getGroup() const;
+    /// The present composite name of the action.
+    [[nodiscard]] std::string getCompositeName() const;
+    /// Appends the choices that the action offers for the target and the input.
+    /// @returns the number of choices.
     int enumOptions(Vector<LiString>& options) const;
 
-    /// Performs the action on the target with the input, and keeps it alive meanwhile.
+    /// Performs the action on the target with the input, and keeps the action and its items alive meanwhile.
     void performAction(RCShdPtr<SnSelection> const& selection) const;
-    /// Performs it with another input, which the action must take.
+    /// Performs the action on the target with another input, which must be valid for it.
     void performAction(RCShdPtr<SnItem const> const& input, RCShdPtr<SnSelection> const& selection) const;
 
 private:

@@ -7,11 +7,14 @@
 namespace Ko {
 
 namespace ActTypedActionSource {
-// Under which unsuitable items are reported, whichever source instantiates the action.
+// The source and the lines that are reported for unsuitable items, independent of the source that instantiates the action.
 constexpr AssertionSource source{"framework/actions/src/actTypedAction.imp"};
 constexpr int unsuitableTarget = 83;
 constexpr int unsuitableInput = 84;
 } // namespace ActTypedActionSource
+
+template <class TargetType>
+struct ActTypedActionBodies {};
 
 template <class TargetType, class InputType>
 ActTypedAction<TargetType, InputType>::ActTypedAction() = default;

@@ -7,24 +7,26 @@
 
 namespace Ko {
 
-/// What travels in a drag, or between a copy and a paste: a selection of items, and where the gesture began and is now.
+/// The object that travels in a drag, or between a copy and a paste: a selection of items, and the points where the gesture
+/// began and where it is now.
 ///
 /// Application thread only: every operation asserts it, and a carrier that is destroyed on another thread ends the
 /// process. Only the reference count may be changed from anywhere.
 class KO_FRAMEWORK_API DrCarrier : public RCBase {
 public:
     /// The carrier shares the selection with the caller. Both points are the origin.
-    static RCShdPtr<DrCarrier> create(RCShdPtr<SnSelection> const& selection);
+    [[nodiscard]] static RCShdPtr<DrCarrier> create(RCShdPtr<SnSelection> const& selection);
 
-    /// What is carried, shared; null if the carrier was made without.
-    RCShdPtr<SnSelection> getSelection() const;
+    /// The carried items, shared; null if the carrier was made without a selection.
+    [[nodiscard]] RCShdPtr<SnSelection> getSelection() const;
 
-    /// In the coordinates of the view that the gesture goes on in:
-    GePoint2<float> const& getLocation() const;
-    GePoint2<float> const& getLaunchLocation() const;
-    /// Begins the gesture at a point: sets the launch location too.
+    /// The current point, in the coordinates of the view under the pointer.
+    [[nodiscard]] GePoint2<float> const& getLocation() const;
+    /// The point where the gesture began, in the coordinates of the view where it began.
+    [[nodiscard]] GePoint2<float> const& getLaunchLocation() const;
+    /// Sets both the current point and the launch location.
     void setLocation(GePoint2<float> const& point);
-    /// Leaves the location where it is.
+    /// Sets only the launch location.
     void setLaunchLocation(GePoint2<float> const& point);
 
 protected:
@@ -43,8 +45,8 @@ private:
 /// Writes both locations and the items, for `RCShdPtr<DrCarrier>::dump`.
 KO_FRAMEWORK_API void dumpObject(std::ostream& stream, DrCarrier const& carrier);
 
-/// A carrier is an item too: the input of an action that takes a drop. So `ActTypedAction<X, RCShdPtr<DrCarrier>>` is
-/// handed the carrier. It can be converted while the package "dragAndDrop" is initialised.
+/// A carrier as an item: the input of an action that takes a drop. An `ActTypedAction<X, RCShdPtr<DrCarrier>>` receives the
+/// carrier. The conversion works while the package "dragAndDrop" is initialised.
 using DrCarrierItem = SnItemBasic<RCShdPtr<DrCarrier>>;
 
 extern template class KO_FRAMEWORK_API SnItemBasic<RCShdPtr<DrCarrier>>;

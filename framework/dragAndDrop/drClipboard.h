@@ -10,31 +10,33 @@ namespace Ko {
 class DrClipboard;
 extern template class KO_FRAMEWORK_API LkSingleton<DrClipboard>;
 
-/// The application's own clipboard for items: the carrier of the last copy or cut. It is not that of the operating system.
+/// The application's own clipboard for items: it holds the carrier of the last copy or cut. It is not the clipboard of the
+/// operating system.
 ///
-/// It is created on first use and lasts until the process ends; it is emptied when the framework is finalised.
-/// Application thread only.
+/// It is created on first use and lives until the process ends; the finalisation of the framework empties it.
+/// Application thread only: all operations on the content assert it.
 class KO_FRAMEWORK_API DrClipboard {
 public:
-    /// How the content got there. Applications may use further values.
+    /// The command that set the content. Applications may use further values.
     enum SrcAction : std::int32_t { None = 0, Copy = 1, Cut = 2 };
 
     DrClipboard(DrClipboard const&) = delete;
     DrClipboard& operator=(DrClipboard const&) = delete;
 
     /// Creates the clipboard on first use.
-    static DrClipboard& getInstance();
-    /// Whether it exists; does not create it.
-    static bool isInitialized() noexcept;
+    [[nodiscard]] static DrClipboard& getInstance();
+    /// Whether the clipboard exists; does not create it. Any thread.
+    [[nodiscard]] static bool isInitialized() noexcept;
 
-    /// Shares the carrier from now on. A carrier without items changes nothing: an empty copy does not wipe the clipboard.
+    /// Sets the content, which is shared with the caller. A carrier without items changes nothing: an empty copy does not
+    /// wipe the clipboard.
     /// @throws ExNullPtr for a null carrier and for one without a selection.
     void setContent(RCShdPtr<DrCarrier> const& carrier, SrcAction action);
-    /// Never null: an empty clipboard is a carrier with an empty selection.
-    RCShdPtr<DrCarrier> getContent() const;
-    /// `None` while nothing was set, or since it was cleared.
-    SrcAction getSrcAction() const noexcept { return _srcAction; }
-    /// Puts an empty carrier in place of the content.
+    /// The content; never null: an empty clipboard holds a carrier with an empty selection.
+    [[nodiscard]] RCShdPtr<DrCarrier> getContent() const;
+    /// The command that set the content; `None` before the first one and after `clear`.
+    [[nodiscard]] SrcAction getSrcAction() const;
+    /// Replaces the content by an empty carrier.
     void clear();
 
 protected:
@@ -44,7 +46,7 @@ protected:
 private:
     friend class LkSingleton<DrClipboard>;
 
-    void reset();
+    void set(RCShdPtr<DrCarrier> content, SrcAction action) noexcept;
 
     RCShdPtr<DrCarrier> _content;
     SrcAction _srcAction = None;

@@ -7,12 +7,13 @@
 
 namespace Ko {
 
-/// Names the types of a function of one argument.
+/// Declares the types of a function of one argument.
 template <class Argument, class Result>
 class UnaryFunctor {
 public:
-    /// As function adaptors ask for them:
+    /// The type of the argument, for function adaptors.
     using argument_type = Argument;
+    /// The type of the result, for function adaptors.
     using result_type = Result;
 
 protected:
@@ -20,19 +21,19 @@ protected:
     ~UnaryFunctor() = default;
 };
 
-/// A yes or no question about a `T`. Predicates of one's own derive from it; by itself it answers no to everything.
+/// Base of the implementations of predicates about a `T`. The base itself holds for no object.
 ///
-/// Objects are shared between predicates and perhaps threads, so a test changes nothing.
+/// Implementations are shared between predicates, possibly on several threads, so a test must not change anything.
 template <class T>
 class PrdPredicateImp : public RCBase, public UnaryFunctor<T, bool> {
 public:
     PrdPredicateImp();
     ~PrdPredicateImp() override;
-    /// The answer. May throw.
-    virtual bool test(T const& object) const;
+    /// Whether the predicate holds for the object. May throw.
+    [[nodiscard]] virtual bool test(T const& object) const;
 };
 
-/// Yes to everything.
+/// Holds for every object.
 template <class T>
 class PrdAllPredicateImp : public PrdPredicateImp<T> {
 public:
@@ -41,56 +42,56 @@ public:
     bool test(T const& object) const override;
 };
 
-/// Base of what asks several predicates, in order and no more of them than it has to. A null one among those that it
-/// asks raises `ExNullPtr`.
+/// Base of the predicates that combine several others, its children. It tests them in order and stops as soon as the result
+/// is known. A null child raises `ExNullPtr` when it is tested.
 template <class T>
 class PrdCompositePredicateImp : public PrdPredicateImp<T> {
 public:
-    /// In the order in which they are asked.
+    /// The combined predicates, in the order of testing.
     using Children = List<RCShdPtr<PrdPredicateImp<T>>>;
 
     ~PrdCompositePredicateImp() override;
     bool test(T const& object) const override = 0;
-    /// As they were given.
-    Children const& getChildren() const noexcept { return _children; }
+    /// The children, in the order of testing.
+    [[nodiscard]] Children const& getChildren() const noexcept { return _children; }
 
 protected:
-    /// @param children in the order in which to ask them; so in derived classes.
+    /// @param children in the order of testing; so in derived classes.
     explicit PrdCompositePredicateImp(Children children);
 
 private:
     Children _children;
 };
 
-/// Whether one child says yes; no without any child.
+/// Holds if one child holds; never without children.
 template <class T>
 class PrdOrPredicateImp : public PrdCompositePredicateImp<T> {
 public:
     using typename PrdCompositePredicateImp<T>::Children;
 
-    /// @param children in the order in which to ask them.
+    /// @param children in the order of testing.
     explicit PrdOrPredicateImp(Children children);
     ~PrdOrPredicateImp() override;
     bool test(T const& object) const override;
 };
 
-/// Whether all children say yes. Without any child it says no: what combines nothing selects nothing.
+/// Holds if all children hold. Without children it never holds: an empty combination selects nothing.
 template <class T>
 class PrdAndPredicateImp : public PrdCompositePredicateImp<T> {
 public:
     using typename PrdCompositePredicateImp<T>::Children;
 
-    /// @param children in the order in which to ask them.
+    /// @param children in the order of testing.
     explicit PrdAndPredicateImp(Children children);
     ~PrdAndPredicateImp() override;
     bool test(T const& object) const override;
 };
 
-/// The opposite of what its child says. A null child raises `ExNullPtr`.
+/// Holds if its child does not. A null child raises `ExNullPtr` when it is tested.
 template <class T>
 class PrdNotPredicateImp : public PrdPredicateImp<T> {
 public:
-    /// @param child is asked for the opposite.
+    /// @param child the negated predicate.
     explicit PrdNotPredicateImp(RCShdPtr<PrdPredicateImp<T>> const& child);
     ~PrdNotPredicateImp() override;
     bool test(T const& object) const override;
@@ -105,28 +106,30 @@ private:
 template <class T>
 class PrdPredicate {
 public:
-    /// A null handle, which cannot be applied.
+    /// A null handle, which cannot be tested.
     PrdPredicate() noexcept;
     PrdPredicate(RCShdPtr<PrdPredicateImp<T>> const& implementation) noexcept;
     PrdPredicate(PrdPredicate const&);
     PrdPredicate& operator=(PrdPredicate const&);
     virtual ~PrdPredicate();
 
-    /// Whether there is no predicate to apply.
-    bool isNull() const noexcept { return _implementation.isNull(); }
+    /// Whether the handle has no implementation.
+    [[nodiscard]] bool isNull() const noexcept { return _implementation.isNull(); }
 
-    /// @throws ExNullPtr when this or a part of it is null, and what the predicate throws:
-    bool test(T const& object) const { return _implementation->test(object); }
-    bool operator()(T const& object) const { return test(object); }
+    /// Whether the predicate holds for the object. Passes on the exceptions of the implementation.
+    /// @throws ExNullPtr when the handle or a tested child is null.
+    [[nodiscard]] bool test(T const& object) const { return _implementation->test(object); }
+    /// The same as `test`.
+    [[nodiscard]] bool operator()(T const& object) const { return test(object); }
 
-    /// Yes to everything.
-    static PrdPredicate all();
-    /// Asks this one first.
-    PrdPredicate operator||(PrdPredicate const& other) const;
-    /// Whether both say yes; asks this one first.
-    PrdPredicate operator&(PrdPredicate const& other) const;
-    /// Whether this one says no.
-    PrdPredicate operator!() const;
+    /// A predicate that holds for every object.
+    [[nodiscard]] static PrdPredicate all();
+    /// Holds if one of the two holds; tests this one first.
+    [[nodiscard]] PrdPredicate operator||(PrdPredicate const& other) const;
+    /// Holds if both hold; tests this one first.
+    [[nodiscard]] PrdPredicate operator&(PrdPredicate const& other) const;
+    /// Holds if this one does not.
+    [[nodiscard]] PrdPredicate operator!() const;
 
 private:
     RCShdPtr<PrdPredicateImp<T>> _implementation;

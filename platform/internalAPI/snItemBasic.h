@@ -11,9 +11,11 @@ namespace Ko {
 template <class T>
 class SnItemValue {
 public:
-    /// Equal values have the same hash; what is dumped is for diagnosis:
+    /// Whether the values are equal.
     static bool isEqual(T const& a, T const& b) { return a == b; }
+    /// The hash of a value: the same for equal values.
     static std::size_t getHash(T const& value) { return std::hash<T>()(value); }
+    /// Writes a value, for diagnosis.
     static void dump(std::ostream& stream, T const& value) { stream << value; }
 };
 
@@ -21,25 +23,28 @@ public:
 template <class T>
 class SnItemValue<RCShdPtr<T>> {
 public:
-    /// As for every type of value:
+    /// Whether both point to the same object.
     static bool isEqual(RCShdPtr<T> const& a, RCShdPtr<T> const& b) noexcept { return a == b; }
+    /// The hash of the address.
     static std::size_t getHash(RCShdPtr<T> const& value) noexcept { return std::hash<RCShdPtr<T>>()(value); }
+    /// Writes the object.
     static void dump(std::ostream& stream, RCShdPtr<T> const& value) { value.dump(stream); }
 };
 
 /// An item that carries a value. Items of one `T` that carry equal values are equal.
 ///
-/// Whoever has a type of his own that items carry declares the instantiation beside the type, and makes it in one source
-/// that includes `snItemBasic.imp.h`:
+/// To carry a type of your own, declare the instantiation beside the type, and make it in one source that includes
+/// `snItemBasic.imp.h`:
 ///
 ///     extern template class Ko::SnItemBasic<Frame>; // header; with an export mark where plug-ins use it
 ///     template class Ko::SnItemBasic<Frame>;        // source
 template <class T>
 class SnItemBasic : public SnItem {
 public:
-    /// Without parts it is the whole item.
-    static RCShdPtr<SnItemBasic> create(T const& value);
-    static RCShdPtr<SnItemBasic> create(T const& value, RCShdPtr<SnParts> const& parts);
+    /// A new item that stands for the whole.
+    [[nodiscard]] static RCShdPtr<SnItemBasic> create(T const& value);
+    /// A new item that stands for parts; null for the whole.
+    [[nodiscard]] static RCShdPtr<SnItemBasic> create(T const& value, RCShdPtr<SnParts> const& parts);
 
     /// As `create`.
     SnItemBasic(T const& value, RCShdPtr<SnParts> const& parts);
@@ -53,7 +58,7 @@ public:
     std::size_t getHashIgnoreParts() const override;
 
     /// The value, which never changes.
-    T const& get() const noexcept { return _value; }
+    [[nodiscard]] T const& get() const noexcept { return _value; }
 
 private:
     T _value;

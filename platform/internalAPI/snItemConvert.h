@@ -18,24 +18,27 @@ public:
 /// Converts items to the values that they carry: for a `T` that is carried by an `SnItemBasic<T>`. Items of another class
 /// are made convertible by a specialisation with `test`, `get` and `getPredicate`.
 ///
-/// The package that brings the type calls `initialize` and `finalize` from its hooks; several packages may do so. Besides,
-/// any thread. Instantiated like `SnItemBasic`, in a source that includes `snItemConvert.imp.h`.
+/// The package that introduces the type calls `initialize` and `finalize` from its hooks; several packages may do so. The
+/// other operations may be called on any thread. Instantiated like `SnItemBasic`, in a source that includes
+/// `snItemConvert.imp.h`.
 template <class T>
 class SnItemConvert {
 public:
-    /// For the hooks of packages; the last one that finalises ends the conversion:
+    /// Begins the conversion. For the hooks of packages; may be called by several.
     static void initialize();
+    /// Ends the conversion, when it was called as often as `initialize`. For the hooks of packages.
     static void finalize();
 
     /// Holds for the items that can be converted.
     /// @throws ExAssertionFailed unless initialised.
-    static PrdPredicate<RCShdPtr<SnItem const>> const& getPredicate();
+    [[nodiscard]] static PrdPredicate<RCShdPtr<SnItem const>> const& getPredicate();
     /// Whether the item can be converted; a null pointer cannot.
     /// @throws ExAssertionFailed unless initialised.
-    static bool test(RCShdPtr<SnItem const> const& item);
+    [[nodiscard]] static bool test(RCShdPtr<SnItem const> const& item);
+    /// The value that the item carries.
     /// @param item can be converted.
     /// @throws ExNullPtr for a null pointer.
-    static T get(RCShdPtr<SnItem const> const& item);
+    [[nodiscard]] static T get(RCShdPtr<SnItem const> const& item);
 
 private:
     static OPtr<PrdPredicate<RCShdPtr<SnItem const>>> _pred;

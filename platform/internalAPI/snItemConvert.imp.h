@@ -10,7 +10,7 @@
 namespace Ko {
 
 namespace SnIsItemSource {
-// Under which a missing predicate is reported, whatever type it is for.
+// The source and the line that are reported for a missing predicate of any type.
 constexpr AssertionSource source{"internalAPI/snIsItem.imp"};
 constexpr int predicateMissing = 76;
 } // namespace SnIsItemSource

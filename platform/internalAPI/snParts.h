@@ -9,17 +9,20 @@
 
 namespace Ko {
 
-/// The parts of an item that are meant, by name, where it is not the whole item: a channel, a mask, points of a curve.
-/// Never changes.
+/// The names of the parts that an item stands for if it is not the whole object: a channel, a mask, points of a curve.
+/// Immutable.
 class KO_INTERNALAPI_API SnParts : public RCBase {
 public:
-    /// @param names none for the whole item.
-    static RCShdPtr<SnParts> create(Set<LiString> names);
+    /// New parts.
+    /// @param names empty for the whole item.
+    [[nodiscard]] static RCShdPtr<SnParts> create(Set<LiString> names);
 
-    /// Parts are equal when their names are:
-    Set<LiString> const& getNames() const noexcept { return _names; }
-    bool isEqual(SnParts const& other) const { return _names == other._names; }
-    std::size_t getHash() const noexcept { return _hash; }
+    /// The names of the parts.
+    [[nodiscard]] Set<LiString> const& getNames() const noexcept { return _names; }
+    /// Whether the names are equal.
+    [[nodiscard]] bool isEqual(SnParts const& other) const { return _names == other._names; }
+    /// The hash of the names: the same for equal parts.
+    [[nodiscard]] std::size_t getHash() const noexcept { return _hash; }
     /// Writes the names, with ", " between them.
     void dump(std::ostream& stream) const;
 

@@ -9,32 +9,38 @@ namespace Ko {
 
 class SnItemSet;
 
-/// What the user has selected: a set of items in the order in which they were added.
+/// The items that a user has selected: a set, in the order in which they were added.
 ///
-/// Equal items are in it once. To add, remove, find or toggle an item takes constant time, however many there are; a copy
-/// takes constant time too, because copies share their content until one of them changes. One thread at a time, a
-/// selection and its copies together. A null item raises `ExNullPtr`.
+/// Equal items are in it once. To add, remove, find or toggle an item takes constant time, however many there are, and so
+/// does a copy: copies share their items, and take memory for what they differ in. To read a copy takes as long as there
+/// are changes between it and what was read before. One thread at a time, a selection and its copies together. A null item
+/// raises `ExNullPtr`.
+///
+/// An operation releases items when the selection has changed completely: their destructors may use it.
 class KO_INTERNALAPI_API SnSelection : public RCBase {
 public:
     class Items;
 
     /// An empty selection.
-    static RCShdPtr<SnSelection> create();
-    /// A selection with the same content, which changes on its own from then on.
-    RCShdPtr<SnSelection> copy() const;
+    [[nodiscard]] static RCShdPtr<SnSelection> create();
+    /// A new selection with the same content, independent of this one.
+    [[nodiscard]] RCShdPtr<SnSelection> copy() const;
 
-    /// About the items as they are now:
-    bool isEmpty() const noexcept { return getCount() == 0; }
-    std::size_t getCount() const noexcept;
-    bool contains(SnItem const& item) const;
+    /// Whether no item is selected.
+    [[nodiscard]] bool isEmpty() const noexcept { return getCount() == 0; }
+    /// The number of selected items.
+    [[nodiscard]] std::size_t getCount() const noexcept;
+    /// Whether an item that is equal to this one is selected.
+    [[nodiscard]] bool contains(SnItem const& item) const;
     /// The selected item that is equal to `item`; null if there is none.
-    RCShdPtr<SnItem const> find(SnItem const& item) const;
-    /// The items as they are now, first added first. They stay as they are when the selection changes.
-    Items getItems() const;
+    [[nodiscard]] RCShdPtr<SnItem const> find(SnItem const& item) const;
+    /// A snapshot of the items, in the order in which they were added. It does not change when the selection changes.
+    [[nodiscard]] Items getItems() const;
 
     /// Adds at the end, unless the item is selected already, which then stays where it is.
     /// @returns whether the selection has changed.
     bool add(RCShdPtr<SnItem const> const& item);
+    /// Removes the selected item that is equal to this one.
     /// @returns whether the selection has changed.
     bool remove(RCShdPtr<SnItem const> const& item);
     /// Removes the item if it is selected, adds it otherwise.
@@ -42,11 +48,13 @@ public:
     /// Removes all items.
     void clear();
 
-    /// These do the same with each item of another selection, in its order, or where memory runs out with none of them:
+    /// Adds each item of another selection, in its order. When memory runs out, nothing changes; so for the next two.
     void add(SnSelection const& items);
+    /// Removes each item of another selection.
     void remove(SnSelection const& items);
+    /// Toggles each item of another selection, in its order.
     void toggle(SnSelection const& items);
-    /// Has the content of `items` from now on.
+    /// Replaces the content by that of `items`.
     void replace(SnSelection const& items) noexcept;
 
     /// Writes every item.
@@ -61,9 +69,7 @@ protected:
 private:
     friend class RCShdPtr<SnSelection>;
 
-    SnItemSet& changeableItems();
-
-    // Never null. Changed only while this is its only owner.
+    // Never null.
     RCShdPtr<SnItemSet> _items;
 };
 
@@ -75,8 +81,9 @@ class KO_INTERNALAPI_API SnSelection::Items {
 public:
     class Iterator;
 
-    /// The items, first added first:
+    /// The first added item.
     Iterator begin() const noexcept;
+    /// Past the last added item.
     Iterator end() const noexcept;
 
 private:
@@ -92,29 +99,39 @@ private:
 /// Valid as long as the `Items` that it comes from.
 class SnSelection::Items::Iterator {
 public:
-    /// What a standard forward iterator has:
+    /// For the standard library: several passes, forwards.
     using iterator_category = std::forward_iterator_tag;
+    /// For the standard library: an item.
     using value_type = RCShdPtr<SnItem const>;
+    /// For the standard library: the type of a distance.
     using difference_type = std::ptrdiff_t;
+    /// For the standard library: the result of `->`.
     using pointer = value_type const*;
+    /// For the standard library: the result of `*`.
     using reference = value_type const&;
 
-    /// Equal to no item's position.
+    /// A position of no range.
     Iterator() noexcept = default;
 
-    /// What a standard forward iterator does:
+    /// The item at this position.
     reference operator*() const noexcept { return *_item; }
+    /// For members of the item's pointer.
     pointer operator->() const noexcept { return _item; }
+    /// Moves to the next item.
     Iterator& operator++() noexcept {
         ++_item;
         skipGaps();
         return *this;
     }
+    /// Moves to the next item and returns the position before.
+    /// Moves to the next item and returns the position before.
     Iterator operator++(int) noexcept {
         Iterator const before = *this;
         ++*this;
         return before;
     }
+    /// Whether both are at the same position of the same range.
+    /// Whether both are at the same position of the same range.
     friend bool operator==(Iterator const& a, Iterator const& b) noexcept { return a._item == b._item; }
 
 private:

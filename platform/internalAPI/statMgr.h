@@ -10,7 +10,7 @@
 
 namespace Ko {
 
-/// A count with a name that threads add to without disturbing each other: each collects on its own until it flushes.
+/// A named counter that threads add to without contention: each thread collects on its own until it flushes.
 ///
 /// Lives as long as the process: a static object, or one that is never destroyed. Any thread.
 class KO_INTERNALAPI_API StatCounter {
@@ -20,12 +20,12 @@ public:
     StatCounter(StatCounter const&) = delete;
     StatCounter& operator=(StatCounter const&) = delete;
 
-    /// Takes no lock; the total knows of it when this thread flushes.
+    /// Adds to what this thread has collected. Takes no lock; the total grows when this thread flushes.
     void add(std::uint64_t count) const;
-    /// As it was given.
-    LiString const& getName() const noexcept { return _name; }
-    /// What was flushed.
-    std::uint64_t getTotal() const noexcept { return _total.load(std::memory_order_relaxed); }
+    /// The name under which the total is found.
+    [[nodiscard]] LiString const& getName() const noexcept { return _name; }
+    /// The sum of all that threads have flushed.
+    [[nodiscard]] std::uint64_t getTotal() const noexcept { return _total.load(std::memory_order_relaxed); }
 
 private:
     friend class StatMgr;
@@ -40,11 +40,11 @@ private:
 /// The process's statistics.
 class KO_INTERNALAPI_API StatMgr {
 public:
-    /// Adds what this thread has collected to the totals; costs next to nothing when that is nothing. A thread that ends
-    /// flushes as well.
+    /// Adds the counts that this thread has collected to the totals; cheap when there are none. A thread that ends flushes
+    /// as well.
     static void flushStatistics() noexcept;
-    /// All counters' totals, by name; counters of one name are added up.
-    static std::map<LiString, std::uint64_t> getTotals();
+    /// The totals of all counters by name; counters of the same name are added up.
+    [[nodiscard]] static std::map<LiString, std::uint64_t> getTotals();
 };
 
 } // namespace Ko

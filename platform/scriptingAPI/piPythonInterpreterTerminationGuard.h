@@ -6,22 +6,23 @@
 
 namespace Ko {
 
-/// Keeps the scripting interpreter from being ended while something that may run a script is going on.
+/// Keeps the scripting interpreter from being ended while code runs that may execute a script.
 ///
-/// Any thread; nests. It holds on the thread that made it, which also has to destroy it. A host ends its interpreter with
-/// `endInterpreter`, so that this never happens while a guard is held.
+/// Any thread; nests. The thread that made a guard has to destroy it. A host ends its interpreter with `endInterpreter`, which
+/// waits until no guard is held.
 class KO_SCRIPTINGAPI_API PiPythonInterpreterTerminationGuard {
 public:
-    /// Waits while the interpreter is being ended, unless the thread holds a guard already.
-    PiPythonInterpreterTerminationGuard();
+    /// Waits while the interpreter is being ended, unless this thread holds a guard already.
+    [[nodiscard]] PiPythonInterpreterTerminationGuard();
     ~PiPythonInterpreterTerminationGuard();
     PiPythonInterpreterTerminationGuard(PiPythonInterpreterTerminationGuard const&) = delete;
     PiPythonInterpreterTerminationGuard& operator=(PiPythonInterpreterTerminationGuard const&) = delete;
 
-    /// Whether some thread holds a guard. For diagnosis: it may be different at once.
-    static bool isHeld();
-    /// Waits until no guard is held and calls `end`. Other threads that want a guard wait until it has returned or thrown.
-    /// @throws ExAssertionFailed when this thread holds a guard, and what `end` throws.
+    /// Whether any thread holds a guard. For diagnosis: the answer may be outdated at once.
+    [[nodiscard]] static bool isHeld();
+    /// Waits until no guard is held and calls `end`. Other threads wait for a guard until `end` has returned or thrown. Passes
+    /// on the exceptions of `end`.
+    /// @throws ExAssertionFailed when this thread holds a guard.
     static void endInterpreter(std::function<void()> const& end);
 };
 

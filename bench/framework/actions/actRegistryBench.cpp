@@ -1,5 +1,5 @@
-// What queries of the registry cost, each beside the least that the same answer could cost by hand: one loop over the same
-// actions, and a sort over descriptions that were fetched once.
+// The cost of the registry's queries, each beside the minimum for the same answer by hand: one loop over the same actions,
+// and a sort over descriptions that were fetched once.
 
 #include "base/inInitMgr.h"
 #include "bench/framework/actions/leastQueries.h"

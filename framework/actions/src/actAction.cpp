@@ -26,7 +26,7 @@ void ActAction::setDisplayString(std::string const& text) {
 }
 
 void ActAction::performAction() const {
-    ActPerforming const performing(*this);
+    ActPerforming const performing(this);
     performAction(ActNoItems::target(), ActNoItems::input(), SnSelection::create());
 }
 bool ActAction::inputValid() const {

@@ -1,37 +1,50 @@
 #include "framework/actions/actCompositeAction.h"
 
-#include "framework/actions/actRegistry.h"
+#include "framework/actions/src/actQuery.h"
+
+#include <array>
+#include <map>
+#include <utility>
 
 namespace Ko {
 
 namespace {
 
-/// The question whether a composite is valid, while it is being answered: the members that are asked may be composites
-/// that ask in turn.
+/// The answers of nested composites about one target and one input, kept until the outermost of them has returned: members
+/// of a composite may be composites, which ask their own members in turn. A composite that is reached again while it asks
+/// adds nothing to itself; one that several others share is asked once. Composites are told apart by their descriptions,
+/// since these determine their members.
 class Question {
 public:
-    Question(ActAction const& composite, SnItem const* target, SnItem const* input) noexcept
-        : _composite(composite), _target(target), _input(input), _outer(_innermost) {
-        _innermost = this;
-    }
+    Question(SnItem const* target, SnItem const* input) noexcept
+        : _target(target), _input(input), _outer(std::exchange(_innermost, this)) {}
     ~Question() { _innermost = _outer; }
     Question(Question const&) = delete;
     Question& operator=(Question const&) = delete;
 
-    /// Whether the same question is asked within itself, which would go on for ever.
-    bool isRepeated() const noexcept {
-        for (Question const* outer = _outer; outer; outer = outer->_outer)
-            if (&outer->_composite == &_composite && outer->_target == _target && outer->_input == _input) return true;
-        return false;
+    /// The answers about the two that are being collected; null if there are none.
+    static Question* find(SnItem const* target, SnItem const* input) noexcept {
+        Question* question = _innermost;
+        while (question && !(question->_target == target && question->_input == input))
+            question = question->_outer;
+        return question;
+    }
+
+    /// The result of the first call of `ask`; false while that call lasts.
+    template <class Ask>
+    bool isValid(LiString const& composite, Ask ask) {
+        auto const [answer, isNew] = _answers.try_emplace(composite, false);
+        if (isNew) answer->second = ask();
+        return answer->second;
     }
 
 private:
     static inline Question* _innermost = nullptr;
 
-    ActAction const& _composite;
-    SnItem const* _target;
-    SnItem const* _input;
-    Question* _outer;
+    SnItem const* const _target;
+    SnItem const* const _input;
+    Question* const _outer;
+    std::map<LiString, bool> _answers;
 };
 
 } // namespace
@@ -40,9 +53,10 @@ ActCompositeAction::ActCompositeAction() = default;
 ActCompositeAction::~ActCompositeAction() = default;
 
 bool ActCompositeAction::inputValid(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input) const {
-    Question const question(*this, target.get(), input.get());
-    if (question.isRepeated()) return false;
-    return !ActRegistry::getInstance().getActions(target, input, getDescription(), ActRegistry::FirstOnly).atEnd();
+    LiString const name = getDescription();
+    auto const ask = [&] { return ActQuery(input, name).getFirst(std::array{target}).has_value(); };
+    if (Question* const outer = Question::find(target.get(), input.get())) return outer->isValid(name, ask);
+    return Question(target.get(), input.get()).isValid(name, ask);
 }
 
 void ActCompositeAction::performAction(

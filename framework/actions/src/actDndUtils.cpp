@@ -1,10 +1,26 @@
 #include "framework/actions/actDndUtils.h"
 
-#include "framework/actions/actRegistry.h"
+#include "framework/actions/src/actQuery.h"
+#include "scriptingAPI/piPythonInterpreterTerminationGuard.h"
 
 #include <typeinfo>
 
 namespace Ko {
+
+namespace {
+
+template <class Targets>
+bool performFirst(
+    Targets const& targets, RCShdPtr<DrCarrier> const& carrier, RCShdPtr<SnSelection> const& selection, bool perform) {
+    auto const first = [&] {
+        PiPythonInterpreterTerminationGuard const guard;
+        return ActQuery(DrCarrierItem::create(carrier), "").getFirst(targets);
+    }();
+    if (first && perform) first->performAction(selection);
+    return first.has_value();
+}
+
+} // namespace
 
 int ActDndUtils::getSnItems(DrCarrier const& carrier, Items* items) {
     if (!items) RCExUtil::throwExNullPtr(typeid(Items).name());
@@ -17,16 +33,12 @@ int ActDndUtils::getSnItems(DrCarrier const& carrier, Items* items) {
 
 bool ActDndUtils::performCarrierActions(
     Items const& targets, RCShdPtr<DrCarrier> const& carrier, RCShdPtr<SnSelection> const& selection, bool perform) {
-    auto const entries = ActRegistry::getInstance().getActions(targets, carrier, "", ActRegistry::FirstOnly);
-    if (entries.atEnd()) return false;
-    if (perform) entries->performAction(selection);
-    return true;
+    return performFirst(targets, carrier, selection, perform);
 }
 
 bool ActDndUtils::performCarrierActions(RCShdPtr<SnSelection const> const& targets, RCShdPtr<DrCarrier> const& carrier,
     RCShdPtr<SnSelection> const& selection, bool perform) {
-    SnSelection::Items const items = targets->getItems();
-    return performCarrierActions(Items(items.begin(), items.end()), carrier, selection, perform);
+    return performFirst(targets->getItems(), carrier, selection, perform);
 }
 
 } // namespace Ko

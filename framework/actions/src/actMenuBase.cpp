@@ -1,5 +1,6 @@
 #include "framework/actions/actMenuBase.h"
 
+#include "framework/actions/actCompositeAction.h"
 #include "framework/actions/src/actNoItems.h"
 
 namespace Ko {
@@ -20,8 +21,9 @@ bool ActMenuBase::setActionsForSelection(
 }
 
 ActMenuBase::Entries ActMenuBase::getMembers(ActRegistry::Entry const& composite) {
+    if (!dynamic_cast<ActCompositeAction const*>(composite.getAction())) return {};
     LiString const name = composite.getDescription();
-    if (name.empty()) return {}; // that of the top level
+    if (name.empty()) return {}; // the composite name of the top level
     return ActRegistry::getInstance().getActions(
         composite.getTarget(), composite.getInput(), name, ActRegistry::AllSorted);
 }

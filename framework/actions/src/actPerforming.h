@@ -3,27 +3,35 @@
 #include "base/oPtr.h"
 #include "framework/actions/actAction.h"
 
+#include <utility>
+
 namespace Ko {
 
-/// While it exists, an action is being performed, and not destroyed. Application thread only; nests.
+/// Delays the destruction of an action while one of its operations runs. Application thread only; nests.
 class ActPerforming {
 public:
-    explicit ActPerforming(ActAction const& action) noexcept : _action(action), _outer(_innermost) {
+    explicit ActPerforming(ActAction const* action = nullptr) noexcept : _action(action), _outer(_innermost) {
         _innermost = this;
     }
-    /// Destroys what it keeps.
+    /// Destroys the action if its destruction was delayed.
     ~ActPerforming() { _innermost = _outer; }
     ActPerforming(ActPerforming const&) = delete;
     ActPerforming& operator=(ActPerforming const&) = delete;
 
-    /// Keeps an action that is to be destroyed until it has been performed.
-    /// @returns false if it is not being performed.
+    /// Ends the delay, and begins that of another action; null for none.
+    void set(ActAction const* action) noexcept {
+        _action = action;
+        if (_kept) OPtr<ActAction>(std::move(_kept)).reset();
+    }
+
+    /// Delays the destruction until the outermost operation of the action has returned.
+    /// @returns false if none runs.
     static bool keep(ActAction* action) noexcept;
 
 private:
     static ActPerforming* _innermost;
 
-    ActAction const& _action;
+    ActAction const* _action;
     ActPerforming* _outer;
     OPtr<ActAction> _kept;
 };

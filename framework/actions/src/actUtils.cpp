@@ -1,8 +1,8 @@
 #include "framework/actions/actUtils.h"
 
 #include "base/assertions.h"
-#include "framework/actions/actRegistry.h"
 #include "framework/actions/src/actNoItems.h"
+#include "framework/actions/src/actRecords.h"
 
 #include <utility>
 
@@ -31,26 +31,45 @@ private:
     LiString _text;
 };
 
-template <class Target>
-ConstIterator<ActRegistry::Entry> validActions(Target const& target, RCShdPtr<SnItem const> const& input) {
-    return ActRegistry::getInstance().getActions(target, input, "", ActRegistry::AllSorted);
+/// The top-level actions that are valid for one or several targets, sorted. Actions may be registered and unregistered
+/// during the walk through them; unregistered ones are left out.
+class ValidActions {
+public:
+    template <class Target>
+    ValidActions(Target const& target, RCShdPtr<SnItem const> const& input)
+        : _entries(ActRegistry::getInstance().getActions(target, input, "", ActRegistry::AllSorted)) {}
+
+    template <class Visit>
+    void forEachMatching(PrdPredicate<ActAction> const& predicate, Visit visit) {
+        for (ActRegistry::Entry const& entry : _entries.elements())
+            if (matches(entry.getAction(), predicate)) visit(entry);
+    }
+
+private:
+    bool matches(ActAction const* action, PrdPredicate<ActAction> const& predicate) {
+        if (!_hold.isRegistered(action)) return false;
+        ActPerforming const asked(action);
+        return predicate.test(*action) && _hold.isRegistered(action);
+    }
+
+    ActRecords::Hold _hold{ActRecords::get()};
+    ConstIterator<ActRegistry::Entry> _entries;
+};
+
+bool execute(ValidActions actions, PrdPredicate<ActAction> const& predicate, RCShdPtr<SnSelection> const& selection) {
+    bool done = false;
+    actions.forEachMatching(predicate, [&](ActRegistry::Entry const& entry) {
+        source.require(!done, "done == false", secondActionFound);
+        done = true;
+        entry.performAction(selection);
+    });
+    return done;
 }
 
-using Matches = Vector<ActRegistry::Entry>;
-
-Matches matchesOf(ConstIterator<ActRegistry::Entry> entries, PrdPredicate<ActAction> const& predicate) {
-    Matches matches;
-    for (; !entries.atEnd(); ++entries)
-        if (predicate.test(*entries->getAction())) matches.push_back(*entries);
-    return matches;
-}
-
-// All are found before one is performed, which may unregister the others.
-bool execute(Matches const& matches, RCShdPtr<SnSelection> const& selection) {
-    if (matches.empty()) return false;
-    matches.front().performAction(selection);
-    source.require(matches.size() == 1, "done == false", secondActionFound);
-    return true;
+bool isSingle(ValidActions actions, PrdPredicate<ActAction> const& predicate) {
+    int count = 0;
+    actions.forEachMatching(predicate, [&](ActRegistry::Entry const&) { ++count; });
+    return count == 1;
 }
 
 } // namespace
@@ -68,7 +87,7 @@ bool ActUtils::executeSingleAction(RCShdPtr<SnItem const> const& target, PrdPred
 }
 bool ActUtils::executeSingleAction(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input,
     PrdPredicate<ActAction> const& predicate, RCShdPtr<SnSelection> const& selection) {
-    return execute(matchesOf(validActions(target, input), predicate), selection);
+    return execute({target, input}, predicate, selection);
 }
 bool ActUtils::executeSingleAction(
     Items const& targets, PrdPredicate<ActAction> const& predicate, RCShdPtr<SnSelection> const& selection) {
@@ -76,7 +95,7 @@ bool ActUtils::executeSingleAction(
 }
 bool ActUtils::executeSingleAction(Items const& targets, RCShdPtr<SnItem const> const& input,
     PrdPredicate<ActAction> const& predicate, RCShdPtr<SnSelection> const& selection) {
-    return execute(matchesOf(validActions(targets, input), predicate), selection);
+    return execute({targets, input}, predicate, selection);
 }
 
 bool ActUtils::hasSingleAction(RCShdPtr<SnItem const> const& target, PrdPredicate<ActAction> const& predicate) {
@@ -84,14 +103,14 @@ bool ActUtils::hasSingleAction(RCShdPtr<SnItem const> const& target, PrdPredicat
 }
 bool ActUtils::hasSingleAction(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input,
     PrdPredicate<ActAction> const& predicate) {
-    return matchesOf(validActions(target, input), predicate).size() == 1;
+    return isSingle({target, input}, predicate);
 }
 bool ActUtils::hasSingleAction(Items const& targets, PrdPredicate<ActAction> const& predicate) {
     return hasSingleAction(targets, ActNoItems::create(), predicate);
 }
 bool ActUtils::hasSingleAction(
     Items const& targets, RCShdPtr<SnItem const> const& input, PrdPredicate<ActAction> const& predicate) {
-    return matchesOf(validActions(targets, input), predicate).size() == 1;
+    return isSingle({targets, input}, predicate);
 }
 
 } // namespace Ko

@@ -1,5 +1,6 @@
 #include "framework/dragAndDrop/drClipboard.h"
 
+#include "base/assertions.h"
 #include "base/neverDestroyed.h"
 #include "pluginAPI/piAppThread.h"
 #include "resmgt/lkSingleton.imp.h"
@@ -8,8 +9,18 @@ namespace Ko {
 
 template class LkSingleton<DrClipboard>;
 
+namespace {
+
+constexpr AssertionSource source{"framework\\dragAndDrop\\src\\drClipboard"};
+
+void requireAppThread(int line = __builtin_LINE()) {
+    source.require(PiAppThread::isCurrent(), "PiAppThread::isCurrent()", line);
+}
+
+} // namespace
+
 DrClipboard::DrClipboard() {
-    reset();
+    clear();
 }
 
 // The process ends. If it does so on another thread than the application's, where no carrier may be destroyed, the
@@ -27,20 +38,25 @@ bool DrClipboard::isInitialized() noexcept {
 }
 
 void DrClipboard::setContent(RCShdPtr<DrCarrier> const& carrier, SrcAction action) {
-    if (carrier->getSelection()->isEmpty()) return;
-    _content = carrier;
-    _srcAction = action;
+    requireAppThread();
+    if (!carrier->getSelection()->isEmpty()) set(carrier, action);
 }
 RCShdPtr<DrCarrier> DrClipboard::getContent() const {
+    requireAppThread();
     return _content;
 }
+DrClipboard::SrcAction DrClipboard::getSrcAction() const {
+    requireAppThread();
+    return _srcAction;
+}
 void DrClipboard::clear() {
-    reset();
+    set(DrCarrier::create(SnSelection::create()), None);
 }
 
-void DrClipboard::reset() {
-    _content = DrCarrier::create(SnSelection::create());
-    _srcAction = None;
+// The previous content is released last: its items' destructors may use the clipboard.
+void DrClipboard::set(RCShdPtr<DrCarrier> content, SrcAction action) noexcept {
+    _srcAction = action;
+    _content.swap(content);
 }
 
 } // namespace Ko

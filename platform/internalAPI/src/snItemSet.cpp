@@ -7,141 +7,123 @@ namespace Ko {
 
 namespace {
 
-constexpr std::size_t smallestTable = 8;
-constexpr int smallestTableShift = 29;
+bool isWalked(RCShdPtr<SnItemTable> const& table) noexcept {
+    return table.get()->getReferenceCount() > 1;
+}
 
-// Grows as if elements were added one by one.
-template <class Element>
-void makeRoomIn(Vector<Element>& row, std::size_t count) {
-    std::size_t const needed = row.size() + count;
-    if (needed > row.capacity()) row.reserve(std::max(needed, 2 * row.capacity()));
+// Beyond it a copy of the table is hardly dearer than the steps.
+std::size_t maxSteps(SnItemTable const& table) noexcept {
+    return table.getCount() / 4 + 16;
 }
 
 } // namespace
 
-SnItemSet::~SnItemSet() = default;
+// ---- versions
 
-// Spreads over all bits, into the upper ones, what a simple hash such as a number or an address holds in a few.
-SnItemSet::Hash SnItemSet::hashOf(SnItem const& item) {
-    std::uint64_t const hash = item.getHash();
-    return static_cast<Hash>(((hash ^ (hash >> 32)) * 0x9E3779B97F4A7C15u) >> 32);
+SnItemSet::SnItemSet() : SnItemSet(RCShdPtr<SnItemTable>::create()) {}
+SnItemSet::SnItemSet(RCShdPtr<SnItemTable> const& table) : _table(table) {}
+
+// A chain of versions may be too long for destructors that call one another.
+SnItemSet::~SnItemSet() {
+    RCShdPtr<SnItemSet> next = std::move(_next);
+    while (!next.isNull() && next->getReferenceCount() == 1)
+        next = std::move(next->_next);
 }
 
-RCShdPtr<SnItem const> SnItemSet::find(SnItem const& item) const {
-    if (_count == 0) return nullptr;
-    std::size_t const slot = findSlot(item, hashOf(item));
-    return isFree(slot) ? nullptr : _row[_table[slot].place - 1];
+// @returns at least the number of steps on the way from the current version, which `current` becomes.
+std::size_t SnItemSet::countSteps(SnItemSet*& current) noexcept {
+    std::size_t count = 0;
+    for (current = this; !current->isCurrent(); current = current->_next.get())
+        count += current->_steps.size() + 1;
+    return count;
 }
 
-void SnItemSet::reserve(std::size_t count) {
-    makeRoomIn(_row, count);
-    makeRoomIn(_hashes, count);
-    makeRoomInTable(count);
+RCShdPtr<SnItemSet> SnItemSet::makeCurrentByTheWay() {
+    SnItemSet* current = nullptr;
+    std::size_t const steps = countSteps(current);
+    _performed += steps;
+    // Versions that are read in turn would perform the same steps for ever.
+    if (isWalked(current->_table) || _performed > current->getCount() + maxSteps(*current->_table))
+        return makeOwnTable(steps);
+
+    // The way there is turned round first, so that each version on it leads back to the one before.
+    RCShdPtr<SnItemSet> before, version(this);
+    while (!version->isCurrent())
+        before = std::exchange(version, std::exchange(version->_next, std::move(before)));
+    RCShdPtr<SnItemSet> replaced = version;
+    while (!before.isNull()) {
+        SnItemSet& from = *version;
+        version = std::exchange(before, std::move(before->_next));
+        version->takeTableFrom(from);
+        from._next = version;
+    }
+    return replaced;
 }
 
-bool SnItemSet::add(RCShdPtr<SnItem const> const& item, Hash hash) {
-    makeRoomInTable(1);
-    std::size_t const slot = findSlot(*item, hash);
-    if (!isFree(slot)) return false;
-    insert(item, hash, slot);
-    return true;
+// Performs the steps from the version that has the table, which become its steps from this one.
+void SnItemSet::takeTableFrom(SnItemSet& current) noexcept {
+    current._count = current._table->getCount();
+    _table = std::move(current._table);
+    _recorded = current._recorded;
+    std::for_each(_steps.rbegin(), _steps.rend(), [this](SnItemTable::Step& step) { _table->apply(step); });
+    std::reverse(_steps.begin(), _steps.end());
+    current._steps = std::exchange(_steps, {});
 }
 
-bool SnItemSet::remove(SnItem const& item, Hash hash) {
-    if (_count == 0) return false;
-    std::size_t const slot = findSlot(item, hash);
-    if (isFree(slot)) return false;
-    erase(slot);
-    return true;
+RCShdPtr<SnItemSet> SnItemSet::makeOwnTable(std::size_t steps) {
+    Vector<SnItemSet const*> way;
+    SnItemSet const* version = this;
+    for (; !version->isCurrent(); version = version->_next.get())
+        way.push_back(version);
+    auto const table = RCShdPtr<SnItemTable>::create(*version->_table);
+    table->reserve(steps);
+    auto replaced = RCShdPtr<SnItemSet>::create(nullptr);
+    for (; !way.empty(); way.pop_back())
+        std::for_each(way.back()->_steps.rbegin(), way.back()->_steps.rend(),
+            [&](SnItemTable::Step step) { table->apply(step); });
+    replaced->_steps.swap(_steps);
+    replaced->_next.swap(_next);
+    _table = table;
+    _recorded = _performed = 0;
+    return replaced;
 }
 
-void SnItemSet::toggle(RCShdPtr<SnItem const> const& item, Hash hash) {
-    makeRoomInTable(1);
-    std::size_t const slot = findSlot(*item, hash);
-    if (isFree(slot))
-        insert(item, hash, slot);
+// ---- changes
+
+SnItemChange::SnItemChange(RCShdPtr<SnItemSet>& set, std::size_t changes, std::size_t additions, std::size_t removals)
+    : _replaced(set->makeCurrent()) {
+    if (set->isShared())
+        makeVersion(set, changes);
     else
-        erase(slot);
+        makeChangeable(*set);
+    _table = set->_table.get();
+    _table->reserve(additions);
+    if (!_steps) _removed.reserve(std::min(removals, _table->getCount()));
 }
 
-bool SnItemSet::isAt(std::size_t slot, SnItem const& item, Hash hash) const {
-    return _table[slot].hash == hash && _row[_table[slot].place - 1]->isEqual(item);
+void SnItemChange::makeChangeable(SnItemSet& set) {
+    set._recorded = 0;
+    if (isWalked(set._table)) set._table = RCShdPtr<SnItemTable>::create(*set._table);
 }
 
-// Where the item is, or the free slot where it belongs.
-std::size_t SnItemSet::findSlot(SnItem const& item, Hash hash) const {
-    std::size_t slot = homeOf(hash);
-    while (!isFree(slot) && !isAt(slot, item, hash))
-        slot = after(slot);
-    return slot;
-}
-
-void SnItemSet::insert(RCShdPtr<SnItem const> const& item, Hash hash, std::size_t slot) {
-    _hashes.push_back(hash);
-    try {
-        _row.push_back(item);
-    } catch (...) {
-        _hashes.pop_back();
-        throw;
+// The new version gets the table, or a copy where the steps would cost as much.
+void SnItemChange::makeVersion(RCShdPtr<SnItemSet>& set, std::size_t changes) {
+    SnItemSet& before = *set;
+    SnItemTable const& table = *before._table;
+    if (isWalked(before._table) || before._recorded + changes > maxSteps(table)) {
+        auto const copy = RCShdPtr<SnItemTable>::create(table);
+        if (copy->isSparse()) copy->closeUp();
+        set = RCShdPtr<SnItemSet>::create(copy);
+        return;
     }
-    _table[slot] = {hash, static_cast<std::uint32_t>(_row.size())};
-    ++_count;
-}
-
-void SnItemSet::erase(std::size_t slot) noexcept {
-    // Destroyed last, as that may run anything.
-    RCShdPtr<SnItem const> const erased = std::move(_row[_table[slot].place - 1]);
-    freeSlot(slot);
-    --_count;
-    if (_row.size() - _count > _count) closeUp();
-}
-
-// Moves those behind it that were displaced over the hole, so that no probe ends too early.
-void SnItemSet::freeSlot(std::size_t slot) noexcept {
-    std::size_t const mask = _table.size() - 1;
-    for (std::size_t next = after(slot); !isFree(next); next = after(next)) {
-        if (((next - homeOf(_table[next].hash)) & mask) < ((next - slot) & mask)) continue;
-        _table[slot] = _table[next];
-        slot = next;
-    }
-    _table[slot] = {};
-}
-
-void SnItemSet::makeRoomInTable(std::size_t count) {
-    std::size_t const needed = (_count + count) * 2;
-    if (needed <= _table.size()) return;
-    bool const isFirst = _table.empty();
-    std::size_t size = isFirst ? smallestTable : _table.size() * 2;
-    int shift = isFirst ? smallestTableShift : _shift - 1;
-    for (; size < needed; size *= 2)
-        --shift;
-    _table = Vector<Slot>(size);
-    _shift = shift;
-    enterAll();
-}
-
-// Fills the empty table.
-void SnItemSet::enterAll() noexcept {
-    for (std::size_t index = 0; index < _row.size(); ++index) {
-        if (_row[index].isNull()) continue;
-        std::size_t slot = homeOf(_hashes[index]);
-        while (!isFree(slot))
-            slot = after(slot);
-        _table[slot] = {_hashes[index], static_cast<std::uint32_t>(index + 1)};
-    }
-}
-
-void SnItemSet::closeUp() noexcept {
-    std::size_t kept = 0;
-    for (std::size_t index = 0; index < _row.size(); ++index) {
-        if (_row[index].isNull()) continue;
-        _row[index].swap(_row[kept]);
-        _hashes[kept++] = _hashes[index];
-    }
-    _row.resize(kept);
-    _hashes.resize(kept);
-    _table.assign(_table.size(), Slot());
-    enterAll();
+    before._steps.reserve(changes);
+    auto const after = RCShdPtr<SnItemSet>::create(before._table);
+    before._table.reset();
+    before._count = table.getCount();
+    before._next = after;
+    after->_recorded = before._recorded + changes;
+    _steps = &before._steps;
+    set = after;
 }
 
 } // namespace Ko

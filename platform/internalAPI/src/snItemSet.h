@@ -1,73 +1,94 @@
 #pragma once
 
-#include "internalAPI/snItem.h"
+#include "internalAPI/src/snItemTable.h"
 
-#include <cstddef>
-#include <cstdint>
+#include <utility>
 
 namespace Ko {
 
-/// A set of items in the order of insertion: the items in a row, and a hash table of their places in it.
+/// One version of a selection's content, shared by the selections that have this content.
 ///
-/// A removed item leaves a gap in the row; when there are more gaps than items, the row is closed up, which costs each
-/// removal a constant share. The table is open, probed linearly, and keeps the hash with each place, so that it seldom has
-/// to look at an item that is not the right one.
+/// Versions that were derived from one another share one table of items. The current version owns it. Every other version
+/// has the steps that lead to it from its next version, and so, from version to version, from the current one. Reading a
+/// version makes it the current one: the steps on the way are performed and become the way back. So a version costs as much
+/// memory as it differs from the next.
+///
+/// A table does not change during a walk over its items. A version that needs it then gets a table of its own, and so does a
+/// version whose steps would cost as much as a table.
 class SnItemSet : public RCBase {
 public:
-    using Hash = std::uint32_t;
+    using Steps = Vector<SnItemTable::Step>;
 
-    SnItemSet() = default;
     ~SnItemSet() override;
 
-    static Hash hashOf(SnItem const& item);
+    std::size_t getCount() const noexcept { return isCurrent() ? _table.get()->getCount() : _count; }
+    /// Whether other selections or other versions need this content unchanged.
+    bool isShared() const noexcept { return getReferenceCount() > 1; }
 
-    std::size_t getCount() const noexcept { return _count; }
-    /// In the order of insertion, with null pointers where items were removed.
-    Vector<RCShdPtr<SnItem const>> const& getRow() const noexcept { return _row; }
-
-    /// Calls `visit` with each item and its hash.
-    template <class Visit>
-    void forEach(Visit visit) const {
-        for (std::size_t index = 0; index < _row.size(); ++index)
-            if (!_row[index].isNull()) visit(_row[index], _hashes[index]);
-    }
-
-    RCShdPtr<SnItem const> find(SnItem const& item) const;
-    /// Makes so many additions unable to fail for lack of memory.
-    void reserve(std::size_t count);
-    bool add(RCShdPtr<SnItem const> const& item, Hash hash);
-    bool remove(SnItem const& item, Hash hash);
-    void toggle(RCShdPtr<SnItem const> const& item, Hash hash);
+    /// To be called before `getTable`.
+    /// @returns the replaced version, or null. Release it last: the destructors of its items may run arbitrary code.
+    [[nodiscard]] RCShdPtr<SnItemSet> makeCurrent() { return isCurrent() ? nullptr : makeCurrentByTheWay(); }
+    RCShdPtr<SnItemTable> const& getTable() const noexcept { return _table; }
+    /// Whether the table may be changed without any preparation: this is the current version, and nothing else uses it.
+    bool isChangeable() const noexcept { return !isShared() && isCurrent() && _table.get()->getReferenceCount() == 1; }
 
 private:
     friend class RCShdPtr<SnItemSet>;
+    friend class SnItemChange;
 
-    // Places are counted from 1; at place 0 the slot is free.
-    struct Slot {
-        Hash hash = 0;
-        std::uint32_t place = 0;
-    };
+    SnItemSet();
+    explicit SnItemSet(RCShdPtr<SnItemTable> const& table);
 
-    SnItemSet(SnItemSet const&) = default;
+    bool isCurrent() const noexcept { return _next.isNull(); }
+    RCShdPtr<SnItemSet> makeCurrentByTheWay();
+    RCShdPtr<SnItemSet> makeOwnTable(std::size_t steps);
+    void takeTableFrom(SnItemSet& current) noexcept;
+    std::size_t countSteps(SnItemSet*& current) noexcept;
 
-    std::size_t homeOf(Hash hash) const noexcept { return hash >> _shift; }
-    std::size_t after(std::size_t slot) const noexcept { return (slot + 1) & (_table.size() - 1); }
-    bool isFree(std::size_t slot) const noexcept { return _table[slot].place == 0; }
-    bool isAt(std::size_t slot, SnItem const& item, Hash hash) const;
+    RCShdPtr<SnItemTable> _table; // of the current version, else null
+    RCShdPtr<SnItemSet> _next;    // towards the current version
+    Steps _steps;                 // from the next version to this one; the last one is performed first
+    std::size_t _count = 0;       // of a version that is not current
+    std::size_t _recorded = 0;    // steps of all versions since the table was copied; of the current one
+    std::size_t _performed = 0;   // steps that reading this version has cost
+};
 
-    std::size_t findSlot(SnItem const& item, Hash hash) const;
-    void insert(RCShdPtr<SnItem const> const& item, Hash hash, std::size_t slot);
-    void erase(std::size_t slot) noexcept;
-    void freeSlot(std::size_t slot) noexcept;
-    void makeRoomInTable(std::size_t count);
-    void enterAll() noexcept;
-    void closeUp() noexcept;
+/// One operation that changes the content of a selection: finds out whether the content is needed as it was, and then
+/// records the way back. Removed items live until it is destroyed; it does not use the selection then.
+class SnItemChange {
+public:
+    /// Takes all memory that so many changes need, of which so many add items, and so many remove some.
+    SnItemChange(RCShdPtr<SnItemSet>& set, std::size_t changes, std::size_t additions, std::size_t removals);
+    SnItemChange(SnItemChange const&) = delete;
+    SnItemChange& operator=(SnItemChange const&) = delete;
 
-    Vector<RCShdPtr<SnItem const>> _row;
-    Vector<Hash> _hashes; // of the items in the row
-    Vector<Slot> _table;  // as many as a power of two, at least half of them free
-    int _shift = 0;       // leaves as many of a hash's upper bits as number the slots
-    std::size_t _count = 0;
+    /// Performs one of the table's operations.
+    template <auto operation>
+    void apply(RCShdPtr<SnItem const> const& item, SnItemTable::Hash hash) {
+        SnItemTable::Step inverse;
+        if ((_table->*operation)(item, hash, inverse)) keep(inverse);
+    }
+    /// To be called when all changes are made.
+    void finish() noexcept {
+        if (!_steps && _table->isSparse()) _table->closeUp();
+    }
+
+private:
+    static void makeChangeable(SnItemSet& set);
+    void makeVersion(RCShdPtr<SnItemSet>& set, std::size_t changes);
+    // There is room. An item that other threads may release has a destructor that does not use the selection, so that only
+    // one without other owners has to wait.
+    void keep(SnItemTable::Step& inverse) noexcept {
+        if (_steps)
+            _steps->push_back(std::move(inverse));
+        else if (!inverse.item.isNull() && inverse.item->getReferenceCount() == 1)
+            _removed.push_back(std::move(inverse.item));
+    }
+
+    RCShdPtr<SnItemSet> _replaced;
+    Vector<RCShdPtr<SnItem const>> _removed; // if no version needs them
+    SnItemSet::Steps* _steps = nullptr;      // if a version needs them
+    SnItemTable* _table = nullptr;
 };
 
 } // namespace Ko

@@ -6,6 +6,54 @@
 
 namespace Ko {
 
+namespace {
+
+template <auto operation>
+constexpr bool mayAdd = true;
+template <>
+constexpr bool mayAdd<&SnItemTable::remove> = false;
+template <auto operation>
+constexpr bool mayRemove = true;
+template <>
+constexpr bool mayRemove<&SnItemTable::add> = false;
+
+// Makes no version where nothing would change.
+template <auto operation>
+bool changeShared(RCShdPtr<SnItemSet>& set, RCShdPtr<SnItem const> const& item, SnItemTable::Hash hash) {
+    auto const replaced = set->makeCurrent();
+    bool const changes = set->getTable()->find(*item).isNull() ? mayAdd<operation> : mayRemove<operation>;
+    if (!changes) return false;
+    SnItemChange change(set, 1, mayAdd<operation>, mayRemove<operation>);
+    change.apply<operation>(item, hash);
+    change.finish();
+    return true;
+}
+
+template <auto operation>
+bool changeOne(RCShdPtr<SnItemSet>& set, RCShdPtr<SnItem const> const& item) {
+    SnItemTable::Hash const hash = SnItemTable::hashOf(*item);
+    if (!set->isChangeable()) return changeShared<operation>(set, item, hash);
+    SnItemTable::Step inverse; // holds a removed item, which is released last
+    SnItemTable& table = *set->getTable();
+    table.reserve(mayAdd<operation>);
+    if (!(table.*operation)(item, hash, inverse)) return false;
+    if (table.isSparse()) table.closeUp();
+    return true;
+}
+
+// The other content is walked over, so that it stays as it is also where it is this selection's own.
+template <auto operation>
+void changeAll(RCShdPtr<SnItemSet>& set, SnItemSet& others) {
+    auto const replaced = others.makeCurrent();
+    RCShdPtr<SnItemTable const> const table = others.getTable();
+    std::size_t const count = table->getCount();
+    SnItemChange change(set, count, mayAdd<operation> ? count : 0, mayRemove<operation> ? count : 0);
+    table->forEach([&](auto const& item, auto hash) { change.apply<operation>(item, hash); });
+    change.finish();
+}
+
+} // namespace
+
 SnSelection::SnSelection() : _items(RCShdPtr<SnItemSet>::create()) {}
 SnSelection::SnSelection(RCShdPtr<SnItemSet> const& items) : _items(items) {}
 SnSelection::~SnSelection() = default;
@@ -24,47 +72,36 @@ bool SnSelection::contains(SnItem const& item) const {
     return !find(item).isNull();
 }
 RCShdPtr<SnItem const> SnSelection::find(SnItem const& item) const {
-    return _items->find(item);
+    auto const replaced = _items->makeCurrent();
+    return _items->getTable()->find(item);
 }
 SnSelection::Items SnSelection::getItems() const {
+    auto const replaced = _items->makeCurrent();
     return Items(_items);
 }
 
 bool SnSelection::add(RCShdPtr<SnItem const> const& item) {
-    SnItemSet::Hash const hash = SnItemSet::hashOf(*item);
-    return changeableItems().add(item, hash);
+    return changeOne<&SnItemTable::add>(_items, item);
 }
 bool SnSelection::remove(RCShdPtr<SnItem const> const& item) {
-    SnItemSet::Hash const hash = SnItemSet::hashOf(*item);
-    return changeableItems().remove(*item, hash);
+    return changeOne<&SnItemTable::remove>(_items, item);
 }
 void SnSelection::toggle(RCShdPtr<SnItem const> const& item) {
-    SnItemSet::Hash const hash = SnItemSet::hashOf(*item);
-    changeableItems().toggle(item, hash);
+    changeOne<&SnItemTable::toggle>(_items, item);
 }
 void SnSelection::clear() {
     _items = RCShdPtr<SnItemSet>::create();
 }
 
-// The other content is shared meanwhile, so that it stays as it is also where it is this selection's own.
-
 void SnSelection::add(SnSelection const& items) {
     if (isEmpty()) return replace(items);
-    RCShdPtr<SnItemSet const> const others = items._items;
-    SnItemSet& own = changeableItems();
-    own.reserve(others->getCount()); // all or nothing
-    others->forEach([&](auto const& item, SnItemSet::Hash hash) { own.add(item, hash); });
+    changeAll<&SnItemTable::add>(_items, *items._items);
 }
 void SnSelection::remove(SnSelection const& items) {
-    RCShdPtr<SnItemSet const> const others = items._items;
-    SnItemSet& own = changeableItems();
-    others->forEach([&](auto const& item, SnItemSet::Hash hash) { own.remove(*item, hash); });
+    changeAll<&SnItemTable::remove>(_items, *items._items);
 }
 void SnSelection::toggle(SnSelection const& items) {
-    RCShdPtr<SnItemSet const> const others = items._items;
-    SnItemSet& own = changeableItems();
-    own.reserve(others->getCount());
-    others->forEach([&](auto const& item, SnItemSet::Hash hash) { own.toggle(item, hash); });
+    changeAll<&SnItemTable::toggle>(_items, *items._items);
 }
 void SnSelection::replace(SnSelection const& items) noexcept {
     _items = items._items;
@@ -75,13 +112,9 @@ void SnSelection::dump(std::ostream& stream) const {
         item->dump(stream);
 }
 
-SnItemSet& SnSelection::changeableItems() {
-    if (_items->getReferenceCount() > 1) _items = RCShdPtr<SnItemSet>::create(*_items);
-    return *_items;
-}
-
 SnSelection::Items::Items(RCShdPtr<SnItemSet> const& items)
-    : _keeper(items), _begin(items->getRow().data()), _end(_begin + items->getRow().size()) {}
+    : _keeper(items->getTable()), _begin(items->getTable()->getRow().data()),
+      _end(_begin + items->getTable()->getRow().size()) {}
 
 void dumpObject(std::ostream& stream, SnSelection const& selection) {
     selection.dump(stream);

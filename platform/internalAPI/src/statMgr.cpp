@@ -20,7 +20,7 @@ Registry& registry() {
     return *instance;
 }
 
-/// What one thread has collected, by the counters' indices.
+/// The counts that one thread has collected, by the index of the counter.
 struct Collected {
     Collected() = default;
     ~Collected() { StatMgr::flushStatistics(); }

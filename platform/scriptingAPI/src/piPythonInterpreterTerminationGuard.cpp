@@ -27,7 +27,7 @@ Holders& holders() {
 
 thread_local int guardsOfThisThread = 0;
 
-/// Keeps other threads that want a guard waiting.
+/// While it exists, other threads wait for a guard.
 class Ending {
 public:
     explicit Ending(std::unique_lock<std::mutex>& lock) : _lock(lock) {

@@ -15,7 +15,7 @@ using namespace KoTest;
 
 using Param = SnItemBasic<ActBasicParam>;
 
-TEST(ActAction, IsValidWithTwoEmptyItemsAndShowsWhatItIsTold) {
+TEST(ActAction, IsValidWithTwoEmptyItemsAndReturnsTheDisplayString) {
     std::vector<std::string> journal;
     RecordingAction action(
         {"a", "", "", [](auto const& target, auto const& input) { return target == input; }}, journal);

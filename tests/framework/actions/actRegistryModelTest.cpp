@@ -14,7 +14,7 @@ namespace {
 using namespace Ko;
 using namespace KoTest;
 
-/// What an action answers.
+/// The answers of an action.
 struct Traits {
     int number;
     std::string description, group, compositeName;
@@ -57,7 +57,7 @@ public:
         RCShdPtr<SnItem const> const&, RCShdPtr<SnItem const> const&, RCShdPtr<SnSelection> const&) const override {}
 };
 
-/// The registry beside a list of what was registered. Composites stand for others, and for one another.
+/// The registry beside a list of the registered actions. Composites stand for others, and for one another.
 class RegistryMachine {
 public:
     static constexpr std::array operations{"Register", "Register", "Register", "RegisterAgain", "Unregister",
@@ -144,7 +144,7 @@ private:
         if (registry.unregisterAction(reinterpret_cast<ActAction const*>(&unknown))) return "an unknown action";
         return records.empty() ? "" : unregister(chosen(choices).action);
     }
-    // Destroyed when no other registration of it is left.
+    // The last registration destroys it.
     std::string unregister(ActAction* action) {
         auto const isIt = [action](Record const& record) { return record.action == action; };
         records.erase(std::find_if(records.begin(), records.end(), isIt));
@@ -167,7 +167,7 @@ private:
         std::erase_if(records, [](Record const& record) { return record.isDynamic; });
         registry.deleteAllDynamicActions();
         for (auto const& [action, registrations] : left)
-            if (registrations == 0) OPtr<ActAction>(action).reset(); // whoever made it does that
+            if (registrations == 0) OPtr<ActAction>(action).reset(); // as the maker of a dynamic action does
         return compareAlive();
     }
     std::string compareAlive() const {
@@ -202,8 +202,8 @@ private:
     std::string compareListed(
         ConstIterator<ActAction const*> found, Groups const& groups, ActRegistry::Numerator order) const {
         Listed actual, expected;
-        for (; !found.atEnd(); ++found)
-            actual.push_back(nameOf(*found));
+        for (ActAction const* const action : found.elements())
+            actual.push_back(nameOf(action));
         for (Record const& record : records)
             if (groups.contains(record.traits.group)) expected.push_back(nameOf(record.action));
         return compare("group", order, actual, expected);
@@ -236,8 +236,8 @@ private:
                         : registry.getActions(RCShdPtr<SnSelection const>(selection), input, compositeName, order);
         }
         Listed actual;
-        for (; !found.atEnd(); ++found)
-            actual.push_back(nameOf(found->getAction()) + ":" + valueOf(found->getTarget()));
+        for (ActRegistry::Entry const& entry : found.elements())
+            actual.push_back(nameOf(entry.getAction()) + ":" + valueOf(entry.getTarget()));
         return compare(name, order, actual, expectedOf(targets, groups, compositeName, order));
     }
 
@@ -257,7 +257,7 @@ private:
         return expected;
     }
 
-    // A composite is valid if one of its members is, other than by itself.
+    // A composite is valid if one of its members is, not counting itself.
     bool isValid(Record const& record, std::string const& target, std::set<ActAction*> within) const {
         if (!record.traits.isComposite) return record.traits.isValidFor(target);
         if (!within.insert(record.action).second) return false;
@@ -266,7 +266,7 @@ private:
         });
     }
 
-    // Sorted by description, with those that describe themselves the same in any order.
+    // Sorted by description; actions of equal descriptions may be in any order.
     std::string compare(std::string const& what, ActRegistry::Numerator order, Listed actual, Listed expected) const {
         if (order != ActRegistry::FirstOnly) {
             auto const described = [](std::string const& name) { return name.substr(0, name.find('#')); };

@@ -5,6 +5,8 @@
 #include "tests/support/childProcess.h"
 #include "tests/support/recordingAction.h"
 
+#include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace {
@@ -14,14 +16,14 @@ using namespace KoTest;
 using Journal = std::vector<std::string>;
 using Items = List<RCShdPtr<SnItem const>>;
 
-// What is listed, and in which order: actRegistryModelTest.cpp.
+// The content and the order of query results are tested in actRegistryModelTest.cpp.
 class ActRegistryTest : public testing::Test, public WithActions {
 protected:
     RCShdPtr<SnItem const> const none;
     RCShdPtr<SnItem const> const t1 = text("1"), t2 = text("2"), input = text("i");
 };
 
-TEST_F(ActRegistryTest, TakesWhatIsCarriedAsTheInput) {
+TEST_F(ActRegistryTest, PassesTheCarrierAsTheInput) {
     add({"a", "", "", [](auto const& target, auto const&) { return target == "2"; }});
     auto const carrier = DrCarrier::create(selectionOf({"x"}));
     auto const drops = registry.getActions(Items{t1, t2}, carrier, "", first);
@@ -29,7 +31,7 @@ TEST_F(ActRegistryTest, TakesWhatIsCarriedAsTheInput) {
     EXPECT_EQ(carrier, SnItemConvert<RCShdPtr<DrCarrier>>::get(drops->getInput()));
 }
 
-TEST_F(ActRegistryTest, AsksForActionsWithoutItemsByFreshEmptyOnes) {
+TEST_F(ActRegistryTest, QueriesWithoutItemsByNewEmptyOnes) {
     add({"a", "", "", {}});
     auto const entries = registry.getNoTargetNoInputActions("", "", first);
     EXPECT_TRUE(entries->getTarget()->isEqual(*SnItemBasic<ActBasicParam>::create(ActBasicParam())));
@@ -38,19 +40,19 @@ TEST_F(ActRegistryTest, AsksForActionsWithoutItemsByFreshEmptyOnes) {
     EXPECT_FALSE(entries->getTarget() == registry.getNoTargetNoInputActions("", "", first)->getTarget());
 }
 
-TEST_F(ActRegistryTest, ReadsADescriptionOnceWhenItSorts) {
+TEST_F(ActRegistryTest, ReadsEachDescriptionOnceToSort) {
     auto const* const invalid = add({"", "", "", [](auto const&, auto const&) { return false; }});
     std::vector<RecordingAction*> actions;
     for (int number = 0; number < 100; ++number)
         actions.push_back(add({std::to_string(number * 37 % 100), "", "", {}}));
-    registry.getActions(Items{t1, t2}, input, "", sorted);
-    registry.getActions(Items{t1, t2}, input, "", first);
+    static_cast<void>(registry.getActions(Items{t1, t2}, input, "", sorted));
+    static_cast<void>(registry.getActions(Items{t1, t2}, input, "", first));
     for (auto const* const action : actions)
         EXPECT_EQ(1, action->descriptionsRead);
     EXPECT_EQ(0, invalid->descriptionsRead);
 }
 
-TEST_F(ActRegistryTest, AnswersBySnapshotsThatPerformOnTheirItemsOrOnAnotherInput) {
+TEST_F(ActRegistryTest, ReturnsSnapshotsThatPerformOnTheirItemsOrOnAnotherInput) {
     auto* const action = add({"a", "", "group", {}});
     action->setDisplayString("A");
     auto const entry = registry.getActions(text("mine"), text("i"), "", first);
@@ -84,7 +86,7 @@ TEST_F(ActRegistryTest, LetsActionsRegisterAndUnregisterWhileTheyArePerformed) {
     EXPECT_EQ(100u, registry.getActionsInGroup("new", first).getCardinality());
 }
 
-TEST_F(ActRegistryTest, KeepsAnActionThatDropsItselfUntilTheOutermostCallHasReturned) {
+TEST_F(ActRegistryTest, KeepsAnActionThatUnregistersItselfUntilTheOutermostCallReturns) {
     auto* const action = add({"a", "", "", {}});
     auto entries = registry.getActions(t1, input, "", first);
     int depth = 0;
@@ -105,21 +107,91 @@ TEST_F(ActRegistryTest, KeepsAnActionThatDropsItselfUntilTheOutermostCallHasRetu
     EXPECT_EQ((Journal{"b(?,?)", "~b"}), journal);
 }
 
-TEST_F(ActRegistryTest, GuardsTheInterpreterWhileItAsksForSeveralTargets) {
+// In each query, one action unregisters itself and registers others while the operation that the row names is called.
+TEST_F(ActRegistryTest, AsksActionsThatRegisterOthersAndUnregisterThemselves) {
+    struct Row {
+        char const* name;
+        char const* readWhat;
+        std::string expected;
+        std::function<std::string()> ask;
+    };
+    auto const names = [&](ConstIterator<ActAction const*> found) {
+        std::string result;
+        for (ActAction const* const action : found.elements())
+            result += action->getDescription();
+        return result;
+    };
+    for (Row const& row : {Row{"first", "composite name", "b:1",
+                               [&] { return listed(registry.getActions(t1, input, {"g"}, "", first)); }},
+             Row{"sorted", "group", "b:1", [&] { return listed(registry.getActions(t1, input, {"g"}, "", sorted)); }},
+             Row{"sorting", "description", "b:1",
+                 [&] { return listed(registry.getActions(t1, input, {"g"}, "", sorted)); }},
+             Row{"group", "group", "b", [&] { return names(registry.getActionsInGroup("g", first)); }},
+             Row{"sorted group", "description", "b", [&] { return names(registry.getActionsInGroup("g", sorted)); }},
+             Row{"getAction", "description", "none", [&] { return registry.getAction("a", "") ? "a" : "none"; }},
+             Row{"unregister", "group", "", [&] {
+                     return registry.unregisterActionsInGroup("g"),
+                            listed(registry.getActions(t1, input, {"g"}, "", first));
+                 }}}) {
+        SCOPED_TRACE(row.name);
+        auto* const action = add({"a", "", "g", {}});
+        add({"b", "", "g", {}});
+        action->onRead = [&](char const* what) {
+            if (std::string(row.readWhat) != what || !registry.unregisterAction(action)) return;
+            for (int number = 0; number < 100; ++number)
+                add({"new", "", "new", {}});
+            journal.push_back("read on");
+        };
+        EXPECT_EQ(row.expected, row.ask());
+        EXPECT_EQ((Journal{"read on", "~a"}), Journal(journal.begin(), journal.begin() + 2))
+            << "destroyed when it has returned";
+        registry.unregisterActionsInGroup(Set<std::string>{"g", "new"});
+        journal.clear();
+    }
+}
+
+TEST_F(ActRegistryTest, LeavesOutActionsThatAreUnregisteredDuringTheQuery) {
+    for (auto const order : {first, sorted}) {
+        RecordingAction* itself = nullptr;
+        auto* const earlier = add({"b", "", "", {}});
+        itself = add({"a", "", "", [&](auto const&, auto const&) {
+                          registry.unregisterAction(earlier);
+                          registry.unregisterAction(itself);
+                          add({"new", "", "new", {}});
+                          return true;
+                      }});
+        add({"c", "", "", {}});
+        EXPECT_EQ("c:1", listed(registry.getActions(t1, input, "", order)));
+        EXPECT_EQ((Journal{"~b", "~a"}), takeJournal());
+        registry.unregisterActionsInGroup(Set<std::string>{"", "new"});
+        journal.clear();
+    }
+}
+
+TEST_F(ActRegistryTest, DestroysAGroupWhoseDestructorsRegisterActions) {
+    for (int number = 0; number < 20; ++number)
+        add({"old", "", "g", {}})->onDestroy = [&] { add({"new", "", "n", {}}); }; // perhaps at the same address
+    registry.unregisterActionsInGroup("g");
+    EXPECT_EQ(20u, registry.getActionsInGroup("n", first).getCardinality());
+    EXPECT_EQ(20, std::count(journal.begin(), journal.end(), "~old"));
+    EXPECT_EQ(20u, journal.size());
+}
+
+TEST_F(ActRegistryTest, GuardsTheInterpreterDuringQueriesForSeveralTargets) {
     Journal held;
     add({"a", "", "", [&](auto const&, auto const&) {
              held.push_back(PiPythonInterpreterTerminationGuard::isHeld() ? "held" : "free");
              return true;
          }});
-    registry.getActions(t1, input, "", first);
-    registry.getActions(Items{t1}, input, "", first);
-    registry.getActions(selectionOf({"1"}), input, "", first);
-    registry.getActions(Items{t1}, DrCarrier::create(SnSelection::create()), "", first);
+    static_cast<void>(registry.getActions(t1, input, "", first));
+    static_cast<void>(registry.getActions(Items{t1}, input, "", first));
+    static_cast<void>(registry.getActions(selectionOf({"1"}), input, "", first));
+    static_cast<void>(registry.getActions(Items{t1}, DrCarrier::create(SnSelection::create()), "", first));
     EXPECT_EQ((Journal{"free", "held", "held", "held"}), held);
     EXPECT_FALSE(PiPythonInterpreterTerminationGuard::isHeld());
 }
 
-TEST(ActRegistry, DestroysWhatIsRegisteredInOrderAtItsEnd) {
+TEST(ActRegistry, DestroysTheRegisteredActionsInOrderAtItsEnd) {
     inChildProcess([] {
         static Journal journal;
         ActRegistry& registry = ActRegistry::getInstance();

@@ -14,7 +14,7 @@ using namespace Ko;
 using namespace KoTest;
 using Point = GePoint2<float>;
 
-TEST(DrCarrier, BeginsWhereItIsPutAndMayBeLaunchedElsewhere) {
+TEST(DrCarrier, BeginsAtItsLocationUnlessLaunchedElsewhere) {
     auto const carrier = DrCarrier::create(nullptr);
     EXPECT_TRUE(carrier->getSelection().isNull());
     carrier->setLocation(Point(1.0f, 2.0f));
@@ -40,8 +40,9 @@ TEST(DrCarrier, IsAnItemToo) {
 
 TEST(DrCarrier, AssertsTheApplicationThread) {
     auto const carrier = DrCarrier::create(SnSelection::create());
-    std::function<void()> const operations[] = {[] { DrCarrier::create(nullptr); }, [&] { carrier->getSelection(); },
-        [&] { carrier->getLocation(); }, [&] { carrier->getLaunchLocation(); }, [&] { carrier->setLocation({}); },
+    std::function<void()> const operations[] = {[] { return DrCarrier::create(nullptr); },
+        [&] { return carrier->getSelection(); }, [&] { return carrier->getLocation(); },
+        [&] { return carrier->getLaunchLocation(); }, [&] { carrier->setLocation({}); },
         [&] { carrier->setLaunchLocation({}); }};
     std::jthread([&] {
         for (auto const& operation : operations)
@@ -59,7 +60,7 @@ TEST(DrCarrier, EndsTheProcessWhenDestroyedOnAnotherThread) {
         "PiAppThread::isCurrent\\(\\)");
 }
 
-TEST(DrSrcSink, TakesPartInNothingByDefault) {
+TEST(DrSrcSink, RefusesToPopulateAndToConsumeByDefault) {
     class View : public DrSrcSink {
     } view;
     EXPECT_FALSE(view.willPopulateSelection());

@@ -4,6 +4,7 @@
 #include "tests/support/childProcess.h"
 #include "tests/support/items.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <thread>
@@ -21,7 +22,7 @@ std::string clipboard() {
     return content(*clipboard.getContent()->getSelection()) + "/" + std::to_string(clipboard.getSrcAction());
 }
 
-TEST(DrClipboard, KeepsWhatWasLastPutOnItUnlessThatIsNothing) {
+TEST(DrClipboard, KeepsTheLastContentThatIsNotEmpty) {
     inChildProcess([] {
         EXPECT_FALSE(DrClipboard::isInitialized());
         EXPECT_EQ("/0", clipboard());
@@ -41,22 +42,55 @@ TEST(DrClipboard, KeepsWhatWasLastPutOnItUnlessThatIsNothing) {
     });
 }
 
-/// Is destroyed with what its package has brought, or ends the process.
+/// Calls a function when it is destroyed.
 class Item : public SnItemBasic<LiString> {
 public:
-    Item() : SnItemBasic<LiString>("", nullptr) {}
-    ~Item() override {
-        SnItemConvert<RCShdPtr<DrCarrier>>::getPredicate();
-        std::cerr << "destroyed in time, ";
-    }
+    explicit Item(std::function<void()> onDestroy) : SnItemBasic<LiString>("i", nullptr), _onDestroy(onDestroy) {}
+    ~Item() override { _onDestroy(); }
+
+private:
+    std::function<void()> _onDestroy;
 };
 
-TEST(DrClipboard, IsEmptiedBeforeThePackagesEnd) {
+// The selection belongs to the clipboard alone then.
+void putItem(std::function<void()> onDestroy) {
+    auto const selection = SnSelection::create();
+    selection->add(RCShdPtr<Item>::create(onDestroy));
+    put(selection, DrClipboard::Copy);
+}
+
+TEST(DrClipboard, ChangesContentAndActionBeforeItReleasesTheOldContent) {
+    inChildProcess([] {
+        DrClipboard& board = DrClipboard::getInstance();
+        for (auto const& [change, expected] : std::vector<std::pair<std::function<void()>, char const*>>{
+                 {[] { put(selectionOf({"a"}), DrClipboard::Cut); }, "a/2"}, {[&] { board.clear(); }, "/0"}}) {
+            std::string seen;
+            putItem([&] {
+                seen = clipboard();
+                put(selectionOf({"b"}), DrClipboard::Copy);
+            });
+            change();
+            EXPECT_EQ(expected, seen);
+            EXPECT_EQ("b/1", clipboard()) << "what a destructor puts stays";
+        }
+        std::jthread([&] {
+            std::function<void()> const operations[] = {[&] { return board.getContent(); },
+                [&] { return board.getSrcAction(); }, [&] { board.setContent(nullptr, DrClipboard::Copy); },
+                [&] { board.clear(); }};
+            for (auto const& operation : operations)
+                EXPECT_THROW(operation(), ExAssertionFailed);
+        }).join();
+    });
+}
+
+TEST(DrClipboard, IsEmptiedBeforeThePackagesAreFinalised) {
     inChildProcess(
         [] {
-            auto selection = SnSelection::create();
-            selection->add(RCShdPtr<Item>::create());
-            put(std::exchange(selection, nullptr), DrClipboard::Copy);
+            putItem([] {
+                static_cast<void>(
+                    SnItemConvert<RCShdPtr<DrCarrier>>::getPredicate()); // ends the process if it is too late
+                std::cerr << "destroyed in time, ";
+            });
             InInitMgr::finalize();
             EXPECT_EQ("/0", clipboard());
             std::cerr << "finalised";

@@ -2,12 +2,13 @@
 #include "internalAPI/constIterator.imp.h"
 
 #include <gtest/gtest.h>
+#include <ranges>
 
 namespace {
 
 using namespace Ko;
 
-TEST(ConstIterator, GoesBothWaysAndStopsAtBothEnds) {
+TEST(ConstIterator, MovesBothWaysAndStopsAtBothEnds) {
     ConstIterator<LiString> position;
     position = ConstIterator<LiString>({"a", "b", "c"});
     EXPECT_THROW(position.previous(), IteratorEx::ExOutOfRange);
@@ -24,16 +25,23 @@ TEST(ConstIterator, GoesBothWaysAndStopsAtBothEnds) {
     EXPECT_EQ("b", *position);
     position.last();
     EXPECT_EQ("c", position.item());
+    std::string all;
+    for (LiString const& element : ConstIterator<LiString>({"a", "b"}).elements()) // lives as long as the range
+        all += element;
+    for (LiString const& element : position.elements())
+        all += element;
+    EXPECT_EQ("ababc", all);
     position.first();
     EXPECT_EQ("a", position.item());
 }
 
-TEST(ConstIterator, OverNothingIsAtBothEnds) {
+TEST(ConstIterator, OverAnEmptySequenceIsAtBothEnds) {
     for (ConstIterator<LiString> position : {ConstIterator<LiString>(), ConstIterator<LiString>(Vector<LiString>())}) {
         position.last();
         EXPECT_TRUE(position.atBegin());
         EXPECT_TRUE(position.atEnd());
-        EXPECT_THROW(position.item(), IteratorEx::ExOutOfRange);
+        EXPECT_THROW(position.next(), IteratorEx::ExOutOfRange);
+        EXPECT_TRUE(std::ranges::empty(position.elements()));
     }
 }
 

@@ -67,13 +67,13 @@ TEST_F(SnItemTest, IsConvertedToTheValueThatItCarries) {
     EXPECT_FALSE(SnItemConvert<LiString>::test(number));
     EXPECT_FALSE(SnItemConvert<LiString>::test(nullptr));
     EXPECT_EQ("5", SnItemConvert<LiString>::get(text));
-    auto const error = caught<ExNullPtr>([] { SnItemConvert<LiString>::get(nullptr); });
+    auto const error = caught<ExNullPtr>([] { return SnItemConvert<LiString>::get(nullptr); });
     EXPECT_NE(std::string::npos, error.getReason().find("Ko::SnItemBasic<std::")) << error.what();
 }
 
-TEST_F(SnItemTest, IsConvertedAsLongAsOnePackageNeedsTheConversion) {
+TEST_F(SnItemTest, IsConvertedWhileAnyPackageNeedsTheConversion) {
     using Convert = SnItemConvert<int>;
-    auto const error = caught<ExAssertionFailed>([&] { Convert::test(number); });
+    auto const error = caught<ExAssertionFailed>([&] { return Convert::test(number); });
     EXPECT_STREQ("_pred != 0", error.what());
     EXPECT_STREQ("internalAPI/snIsItem.imp", error.getFile());
     EXPECT_EQ(76, error.getLine());
@@ -82,7 +82,7 @@ TEST_F(SnItemTest, IsConvertedAsLongAsOnePackageNeedsTheConversion) {
     Convert::finalize();
     EXPECT_TRUE(Convert::test(number));
     Convert::finalize();
-    EXPECT_THROW(Convert::getPredicate(), ExAssertionFailed);
+    EXPECT_THROW(static_cast<void>(Convert::getPredicate()), ExAssertionFailed);
 }
 
 } // namespace

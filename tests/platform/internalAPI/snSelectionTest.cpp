@@ -3,6 +3,7 @@
 #include "internalAPI/snItemBasic.imp.h"
 
 #include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
 #include <random>
 #include <sstream>
@@ -11,7 +12,7 @@ namespace {
 
 using namespace Ko;
 
-/// A number with a hash that tells only few numbers apart, so that probes have to look further.
+/// A number with a hash of few values, so that probes collide.
 struct Clashing {
     int number;
     friend bool operator==(Clashing const&, Clashing const&) = default;
@@ -33,15 +34,20 @@ RCShdPtr<SnItem const> itemOf(int number) {
 
 using Numbers = std::vector<int>;
 
-Numbers contentOf(SnSelection const& selection) {
+Numbers numbersOf(SnSelection::Items const& items) {
     Numbers numbers;
-    for (RCShdPtr<SnItem const> const& item : selection.getItems())
+    for (RCShdPtr<SnItem const> const& item : items)
         numbers.push_back(dynamic_cast<SnItemBasic<Clashing> const&>(*item).get().number);
+    return numbers;
+}
+
+Numbers contentOf(SnSelection const& selection) {
+    Numbers const numbers = numbersOf(selection.getItems());
     EXPECT_EQ(numbers.size(), selection.getCount());
     return numbers;
 }
 
-TEST(SnSelection, FindsTheItemThatIsSelectedByAnEqualOne) {
+TEST(SnSelection, FindsTheSelectedItemByAnEqualOne) {
     auto const selection = SnSelection::create();
     auto const item = itemOf(7);
     selection->add(item);
@@ -55,7 +61,7 @@ TEST(SnSelection, FindsTheItemThatIsSelectedByAnEqualOne) {
     EXPECT_NE(std::string::npos, stream.str().find("Data:      7"));
 }
 
-TEST(SnSelection, IsASetInOrderAlsoWhereHashesClash) {
+TEST(SnSelection, KeepsTheOrderAlsoWhenHashesCollide) {
     unsigned const seed = std::random_device()();
     std::mt19937 random(seed);
     auto const selection = SnSelection::create();
@@ -70,6 +76,74 @@ TEST(SnSelection, IsASetInOrderAlsoWhereHashesClash) {
         else
             model.push_back(number);
         ASSERT_EQ(model, contentOf(*selection)) << "seed " << seed << ", step " << step;
+    }
+}
+
+/// Calls a function when it is destroyed.
+class Fuse : public SnItemBasic<LiString> {
+public:
+    explicit Fuse(std::function<void()> onDestroy) : SnItemBasic<LiString>("fuse", nullptr), _onDestroy(onDestroy) {}
+    ~Fuse() override { _onDestroy(); }
+
+private:
+    std::function<void()> _onDestroy;
+};
+
+// The destructor of a removed item clears the selection, or releases its last owner.
+TEST(SnSelection, ReleasesItemsAfterTheChangeIsComplete) {
+    using Change = std::function<void(SnSelection&, SnSelection const&)>;
+    RCShdPtr<SnItem const> const fuse = RCShdPtr<Fuse>::create([] {});
+    for (auto const& [name, change, left] : std::vector<std::tuple<char const*, Change, std::size_t>>{
+             {"remove", [&](auto&selection, auto&) { selection.remove(fuse); }, 100},
+             {"toggle", [&](auto&selection, auto&) { selection.toggle(fuse); }, 100},
+             {"remove all", [](auto&selection, auto&others) { selection.remove(others); }, 50},
+             {"toggle all", [](auto&selection, auto&others) { selection.toggle(others); }, 50},
+             {"replace", [](auto&selection, auto&others) { selection.replace(others); }, 51},
+             {"clear", [](auto&selection, auto&) { selection.clear(); }, 0}})
+        for (bool const releasesOwner : {false, true}) {
+            auto selection = SnSelection::create(), others = SnSelection::create();
+            others->add(fuse);
+            std::size_t seen = 1000;
+            selection->add(RCShdPtr<Fuse>::create([&] {
+                seen = selection->getCount();
+                selection->clear();
+                if (releasesOwner) selection.reset();
+            }));
+            for (int number = 0; number < 100; ++number) {
+                selection->add(itemOf(number));
+                if (number < 50) others->add(itemOf(number));
+            }
+            change(*selection, *others);
+            EXPECT_EQ(left, seen) << name;
+            EXPECT_TRUE(releasesOwner ? selection.isNull() : selection->isEmpty()) << name;
+        }
+}
+
+// Copies are read, changed and destroyed in random order.
+TEST(SnSelection, CopiesKeepTheirContent) {
+    unsigned const seed = std::random_device()();
+    std::mt19937 random(seed);
+    std::vector<std::pair<RCShdPtr<SnSelection>, Numbers>> copies{{SnSelection::create(), {}}};
+    std::vector<std::pair<SnSelection::Items, Numbers>> walked;
+    for (int step = 0; step < 3000; ++step) {
+        auto& [selection, model] = copies[random() % copies.size()];
+        for (unsigned times = random() % 4; times > 0; --times) {
+            int const number = static_cast<int>(random() % 100);
+            selection->toggle(itemOf(number));
+            if (std::erase(model, number) == 0) model.push_back(number);
+        }
+        if (random() % 8 == 0) walked.emplace_back(selection->getItems(), model);
+        if (walked.size() > 3) walked.erase(walked.begin());
+        auto const copy = std::pair(selection->copy(), model);
+        if (copies.size() < 20)
+            copies.push_back(copy);
+        else
+            copies[random() % 20] = copy;
+        auto const& [other, expected] = copies[random() % copies.size()];
+        ASSERT_EQ(expected.size(), other->getCount()) << "seed " << seed << ", step " << step;
+        ASSERT_EQ(expected, contentOf(*other)) << "seed " << seed << ", step " << step;
+        for (auto const& [items, numbers] : walked)
+            ASSERT_EQ(numbers, numbersOf(items)) << "seed " << seed << ", step " << step;
     }
 }
 

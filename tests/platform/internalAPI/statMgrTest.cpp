@@ -11,7 +11,7 @@ StatCounter const pixels("pixels");
 StatCounter const morePixels("pixels");
 StatCounter const files("files");
 
-TEST(StatMgr, AddsUpWhatThreadsFlush) {
+TEST(StatMgr, AddsUpTheFlushedCountsOfThreads) {
     pixels.add(5);
     EXPECT_EQ(0u, pixels.getTotal()) << "collected, not flushed";
     std::jthread([] {

@@ -1,14 +1,21 @@
 #pragma once
 
+#include "base/oPtr.h"
 #include "framework/command/cmCommand.h"
+#include "framework/command/cmReplay.h"
 #include "internalAPI/cbDispatcher.h"
 #include "pluginAPI/piCommandStack.h"
 
 #include <deque>
 #include <exception>
+#include <functional>
 #include <string>
 
 namespace Ko {
+
+class CmMerger;
+struct CmHistoryChange;
+extern template class KO_FRAMEWORK_API CbDispatcher<CmHistoryChange>;
 
 /// The undo history of one document: executed commands and a cursor, the current command. The commands up to the cursor can
 /// be undone, those after it redone.
@@ -95,6 +102,48 @@ public:
     /// Ends a registration.
     void removeChangeCallback(CbHandler<CbEmptyType>* handler);
 
+    /// Undoes like `undo()`, but answers where nothing can be undone or the command fails. What listeners throw passes on.
+    CmReplay tryUndo();
+    /// Redoes like `redo()`, but answers where nothing can be redone or the command fails. What listeners throw passes on.
+    CmReplay tryRedo();
+    /// Moves like `moveTo()`, but answers where `target` is the current element or a command fails. What listeners throw passes on.
+    CmReplay tryMoveTo(ConstIterator target);
+
+    /// The description of the command that `undo()` would take back; empty if there is none.
+    [[nodiscard]] LiString getUndoText() const;
+    /// The description of the command that `redo()` would repeat; empty if there is none.
+    [[nodiscard]] LiString getRedoText() const;
+
+    /// Marks the present state as the one that is saved.
+    /// @throws ExInternalError while a step is open that has collected commands.
+    void setClean();
+    /// Whether the document is as it was at the last `setClean()`, or as at the beginning where there was none. False while a
+    /// step is open that has collected commands. Never again true once that state is gone, or after a failed or an unlogged change,
+    /// until `setClean()` is called.
+    [[nodiscard]] bool isClean() const noexcept { return _clean == _current && !_openStep; }
+
+    /// Decides from now on which logged commands join the last one; null keeps all apart.
+    void setMerger(RCShdPtr<CmMerger> merger);
+
+    /// Limits the memory of all commands, as far as they tell it (`CmSized`): while it is exceeded, the oldest commands are dropped.
+    /// The newest one, and commands that can be redone, stay.
+    /// @param bytes 0 for no limit.
+    void setMaxMemory(std::size_t bytes);
+    /// The limit in bytes; 0 when there is none.
+    [[nodiscard]] std::size_t getMaxMemory() const noexcept;
+    /// The memory that counts towards the limit, in bytes; 0 when there is no limit.
+    [[nodiscard]] std::size_t getMemory() const noexcept;
+
+    /// Calls `callable` after any change of the history, before all callbacks above and before `onCleanChange`. During a move over several
+    /// steps it is called with the last one.
+    [[nodiscard]] CbSubscription onHistoryChange(std::function<void(CmHistoryChange const&)> callable);
+    /// Calls `callable` when `isClean()` has changed.
+    [[nodiscard]] CbSubscription onCleanChange(std::function<void()> callable);
+    /// Calls `callable` whenever a handler of `addCommandProcessedCallback` would be called.
+    [[nodiscard]] CbSubscription onCommandProcessed(std::function<void()> callable);
+    /// Calls `callable` whenever a handler of `addChangeCallback` would be called.
+    [[nodiscard]] CbSubscription onChange(std::function<void()> callable);
+
     [[nodiscard]] State getState() const override { return _state; }
     [[nodiscard]] std::string const& getName() const override { return _name; }
     /// Sets the name for display and diagnosis; empty at first.
@@ -104,20 +153,64 @@ private:
     friend class StepCollector;
     class Span;
 
+    class Keeper;
+    class Replay;
+
     void append(RCShdPtr<CmCommand> cmd);
+    bool joinLast(RCShdPtr<CmCommand> const& next);
+    int countSurplus(int newest) const noexcept;
+    void dropForLogged(int redoable, int height, int surplus);
+    Replay undoStep(bool isLast, bool isAnswered);
+    Replay redoStep(bool isLast, bool isAnswered);
+    Replay replayTo(ConstIterator target, bool isAnswered);
     template <class Run>
-    void replay(Span& span, State state, char const* verb, Run run);
-    [[noreturn]] void rethrowAfterNotification(Span const& span, std::exception_ptr const& unexpected);
+    Replay replay(Span& span, State state, char const* verb, bool isLast, bool isAnswered, Run run);
+    void notifyAfterReplay(Replay const& result, bool isLast);
+    int cut(Span& span, CmCommand& failed, std::exception_ptr const& error) noexcept;
+    void cutByFailure(CmCommand& failed, std::exception_ptr const& error) noexcept;
+    void dropOldest(int count);
+    void dropAll();
     void drop(int first, int end, bool isProcessed);
+    void prepare() const;
     void giveUpHistory() noexcept;
+    void loseCleanMark(int altered) noexcept {
+        _clean = noPosition;
+        _altered = altered;
+    }
+    void forgetOldest(int count) noexcept {
+        _clean = _clean >= count ? _clean - count : noPosition;
+        _altered = _altered >= count ? _altered - count : noPosition;
+    }
+    // An altered state is lost when it is left by an undo or a redo: the commands do not know of the alteration.
+    void stepBack() noexcept {
+        if (_current == _altered) [[unlikely]] {
+            if (_clean == _current) _clean = noPosition;
+            --_altered;
+        }
+        --_current;
+    }
+    void confirmStepForward() noexcept {
+        if (_altered == _current - 1 && _clean == _altered) _clean = noPosition;
+    }
     void requireNoOpenStep() const {
         if (_openStep) [[unlikely]]
             refuseWhileStepIsOpen();
     }
     [[noreturn]] void refuseWhileStepIsOpen() const;
     void setOpenStep(CmCommand const* step) noexcept { _openStep = step; }
-    void notifyProcessed();
-    void notifyChanged();
+    // Notifies the listeners of the clean mark if that has changed.
+    void updateCleanMark() {
+        if (_keeper) [[unlikely]]
+            deliverChanges();
+    }
+    void deliverChanges();
+    void notify(bool isProcessed, bool isLast = true);
+    bool callListeners(bool isProcessed, LgFirstError& error);
+    Keeper& getKeeper();
+
+    static OPtr<ExBase const> toExBase(std::exception_ptr const& error);
+
+    static constexpr int noPosition = -1;
 
     Commands _stack;
     int _current = 0;
@@ -129,6 +222,11 @@ private:
     // The commands that guards have collected for this stack and not logged yet; null if there are none.
     CmCommand const* _openStep = nullptr;
     Span* _innermostSpan = nullptr;
+    // The position of the state that was saved; `noPosition` when the history does not lead there.
+    int _clean = 0;
+    // The highest position whose state differs from what a redo of its command makes, after an unlogged or a failed change.
+    int _altered = noPosition;
+    OPtr<Keeper> _keeper;
 };
 
 /// Writes the history as XML, the current command marked, as `RCShdPtr<CmCommandStack>::dump` does.

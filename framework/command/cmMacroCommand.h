@@ -27,6 +27,8 @@ public:
     [[nodiscard]] bool isEmpty() const noexcept;
     /// The number of commands, each of which may be a macro itself.
     [[nodiscard]] int getSize() const noexcept;
+    /// The command at a position from 0 to `getSize() - 1`, in the order of execution.
+    [[nodiscard]] RCShdPtr<CmCommand> const& getCommand(int position) const noexcept;
     /// Removes all commands. The description stays.
     void clear();
 

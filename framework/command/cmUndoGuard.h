@@ -7,7 +7,11 @@
 #include "pluginAPI/piUndoGuard.h"
 #include "resmgt/msgServer.h"
 
+#include <functional>
+
 namespace Ko {
+
+class UndoGuardStack;
 
 /// Groups all commands that are executed while it is open into one undoable step.
 ///
@@ -54,9 +58,40 @@ public:
 
     /// Calls `cb` once, when the outermost guard next closes, if it still exists then.
     static void addEndOfOutermostGuardCallback(RCWeakPtr<CbHandler<CbEmptyType>> const& cb);
+    /// Calls `callable` whenever an outermost guard closes, after the callbacks above.
+    [[nodiscard]] static CbSubscription onEndOfOutermostGuard(std::function<void()> callable);
     /// Registers an extension until the package "command" is finalised. Begin hooks are called in the order of registration,
     /// end hooks in reverse.
     static void registerUndoGuardExtension(RCShdPtr<CmUndoGuardExtension> ext);
+
+    /// Unexecutes what was collected since this guard was entered, the last command first, and logs none of it. What can be redone
+    /// stays. The guard stays open.
+    ///
+    /// A command that fails is treated as in `CmCommandStack::undo`: a `CmEx::ExCommandFailure` is an answer, anything else passes on,
+    /// and the history is dropped with the whole step, since no position of it leads to a known state.
+    /// @throws ExAssertionFailed when a guard is open inside this one; ExInternalError while a `PiUndoScope` is open.
+    CmReplay rollBack();
+    /// Takes back a whole long transaction, between two of its guards, and ends it: the document and the history are as before its
+    /// begin. Failures are treated as by `rollBack`.
+    /// @throws ExAssertionFailed when a guard is open or no long transaction is in progress; ExInternalError while a `PiUndoScope`
+    /// is open.
+    static CmReplay abandonLongTransition();
+
+    /// Calls `action` outside all guards and transactions: now if there are none, else when the present one has been logged, taken
+    /// back or abandoned. For what an event of a job wants to change while the user drags. Actions are called in the order in which
+    /// they were handed over. What a postponed action throws reaches the code that closes the guard.
+    static void callOutside(std::function<void()> action);
+    /// Calls `callable` with true when a guard or a long transaction begins outside all others, and with false when it has ended
+    /// and is logged, taken back or abandoned. Guards that only suspend logging do not count. What `callable` throws at a begin is
+    /// logged.
+    [[nodiscard]] static CbSubscription onTransaction(std::function<void(bool hasBegun)> callable);
+
+private:
+    void enter(UndoGuardStack& guards, RCShdPtr<CmCommandStack> const& stack, LiString const& description,
+        PiExecParam const& param);
+
+    int _numCollectedBefore = 0;
+    int _nestingLevel = 0;
 };
 
 } // namespace Ko

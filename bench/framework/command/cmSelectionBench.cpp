@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <list>
+#include <malloc.h>
 #include <random>
 #include <string>
 #include <unordered_map>
@@ -158,6 +159,31 @@ void ToggleOneByOne(benchmark::State& state) {
     perItem(state);
 }
 
+// What a history of commands costs that each toggle one item: time, and memory for each that is kept.
+void toggleHistory(benchmark::State& state, RCShdPtr<SnSelection> const& selection) {
+    constexpr int commands = 200;
+    auto const one = selectionOf(layers(-1, 0));
+    auto const usedBytes = [] { return static_cast<double>(mallinfo2().uordblks + mallinfo2().hblkhd); };
+    double bytes = 0;
+    for (auto _ : state) {
+        auto const stack = RCShdPtr<CmCommandStack>::create();
+        stack->setMaxStackHeight(commands + 1);
+        double const before = usedBytes();
+        for (int number = 0; number < commands; ++number)
+            stack->executeAndLog(CmSelectionChangeWithItemsCmd::create(selection, one, Type::Toggle));
+        bytes = usedBytes() - before;
+    }
+    state.counters["bytesPerCommand"] = bytes / commands;
+}
+void HistoryBesideMany(benchmark::State& state) {
+    toggleHistory(state, selectionOf(layers(0, state.range(0))));
+}
+void HistoryAfterMany(benchmark::State& state) {
+    auto const selection = selectionOf(layers(0, state.range(0)));
+    selection->remove(*selection->copy());
+    toggleHistory(state, selection);
+}
+
 // A selection that is filled item by item.
 void Fill(benchmark::State& state) {
     Items const items = layers(0, state.range(0));
@@ -188,6 +214,8 @@ BENCHMARK(RemoveLeast)->Apply(sizes);
 BENCHMARK(Fill)->Apply(sizes);
 BENCHMARK(FillLeast)->Apply(sizes);
 BENCHMARK(ToggleOneByOne)->Apply(sizes);
+BENCHMARK(HistoryBesideMany)->Arg(1)->Arg(1000)->Arg(100000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(HistoryAfterMany)->Arg(1)->Arg(1000)->Arg(100000)->Unit(benchmark::kMicrosecond);
 
 } // namespace
 

@@ -1,6 +1,12 @@
 #include "framework/command/src/cmGuardHooks.h"
 
+#include "internalAPI/cbDispatcher.imp.h"
+
+#include <utility>
+
 namespace Ko {
+
+template class CbDispatcher<bool>;
 
 // Hooks may register further extensions and callbacks, so each one is copied before it is called.
 
@@ -26,7 +32,18 @@ void GuardHooks::end(bool isLongTransition, LgFirstError& error) {
         RCShdPtr<CbHandler<CbEmptyType>> const callback = next.owned ? next.owned : next.handler.lock();
         if (callback) error.capture([&] { callback->call({}); });
     }
+    endings.call({}, error);
     endExtensions(_extensions.size(), isLongTransition, error);
+}
+
+void GuardHooks::notifyTransaction(bool hasBegun, LgFirstError& error) {
+    if (std::exchange(_isTransactionTold, hasBegun) != hasBegun) transactions.call(hasBegun, error);
+}
+
+std::function<void()> GuardHooks::takeOutside() {
+    std::function<void()> next = std::move(_outside.front());
+    _outside.pop_front();
+    return next;
 }
 
 void GuardHooks::endExtensions(std::size_t count, bool isLongTransition, LgFirstError& error) {

@@ -6,6 +6,7 @@
 #include "resmgt/lgFirstError.h"
 
 #include <deque>
+#include <functional>
 
 namespace Ko {
 
@@ -13,7 +14,15 @@ namespace Ko {
 class GuardHooks {
 public:
     /// Whether there is nothing to call.
-    bool isEmpty() const noexcept { return _extensions.empty() && _callbacks.empty(); }
+    bool isEmpty() const noexcept {
+        return _extensions.empty() && _callbacks.empty() && _outside.empty() && transactions.isEmpty() &&
+               endings.isEmpty();
+    }
+
+    /// Listeners of the begin and the end of transactions: whether one has begun.
+    CbDispatcher<bool> transactions;
+    /// Listeners of every closing of an outermost guard.
+    CbDispatcher<CbEmptyType> endings;
 
     /// Extensions are never removed.
     void addExtension(RCShdPtr<CmUndoGuardExtension> extension) { _extensions.push_back(std::move(extension)); }
@@ -23,6 +32,15 @@ public:
     }
     /// Calls `callback` at the next closing, and shares its ownership until then.
     void addOwnedEndCallback(RCShdPtr<CbHandler<CbEmptyType>> const& callback) { _callbacks.push_back({{}, callback}); }
+
+    /// Calls `action` after the present guards and transaction.
+    void addOutside(std::function<void()> action) { _outside.push_back(std::move(action)); }
+    /// Calls the listeners of transactions. An end is delivered only after its begin.
+    void notifyTransaction(bool hasBegun, LgFirstError& error);
+    /// Takes the next action that waits for the end of the transaction; there must be one.
+    std::function<void()> takeOutside();
+    /// How many actions wait.
+    std::size_t getNumOutside() const noexcept { return _outside.size(); }
 
     /// Calls the begin hooks in the order of registration. If one throws, the end hooks of those before it are called.
     void begin(bool isLongTransition);
@@ -39,6 +57,8 @@ private:
 
     Vector<RCShdPtr<CmUndoGuardExtension>> _extensions;
     std::deque<EndCallback> _callbacks;
+    std::deque<std::function<void()>> _outside;
+    bool _isTransactionTold = false;
 };
 
 } // namespace Ko

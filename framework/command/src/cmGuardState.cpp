@@ -23,37 +23,38 @@ constexpr char const* places[] = {"outside a long transaction", nullptr, nullptr
 
 } // namespace
 
-void GuardState::refuseToEnter(GuardState const& around, PiExecParam::Transition transition, GuardKind kind) const {
-    if (static_cast<unsigned>(around._state) > END_TXN_OFG)
-        guardSource.abort("The undo guards are in the unknown state " + std::to_string(around._state) + ".");
-    if (char const* const allowed = allowedNested[around._state]) {
-        requireNestedGuard(around);
+// The texts name the levels inside the guard, one above those that the state still has.
+void GuardState::refuseToEnter(PiExecParam::Transition transition, GuardKind kind) const {
+    if (static_cast<unsigned>(_state) > END_TXN_OFG)
+        guardSource.abort("The undo guards are in the unknown state " + std::to_string(_state) + ".");
+    if (char const* const allowed = allowedNested[_state]) {
+        requireNestedGuard();
         guardSource.fail(allowed);
     }
-    around.isActive() ? requireGuardOfLongTransaction() : requireFirstGuard(around, kind);
+    isActive() ? requireGuardOfLongTransaction() : requireFirstGuard(kind);
     guardSource.abort("A guard with transition parameter " + std::to_string(transition) + " cannot be opened " +
-                      places[around._state] + ".");
+                      places[_state] + ".");
 }
 
-void GuardState::requireFirstGuard(GuardState const& around, GuardKind kind) const {
+void GuardState::requireFirstGuard(GuardKind kind) const {
     guardSource.require(_longTxnNestingLevel == 0, "_longTxnNestingLevel == 0");
-    guardSource.require(_shortTxnNestingLevel == 1, "_shortTxnNestingLevel == 1");
-    guardSource.require(around.permitsLogging(), "_noLogLevel == std::numeric_limits<int>::max()");
-    guardSource.require(around.permitsRedo(), "_noRedoLevel == std::numeric_limits<int>::max()");
+    guardSource.require(_shortTxnNestingLevel == 0, "_shortTxnNestingLevel == 1");
+    guardSource.require(permitsLogging(), "_noLogLevel == std::numeric_limits<int>::max()");
+    guardSource.require(permitsRedo(), "_noRedoLevel == std::numeric_limits<int>::max()");
     guardSource.require(kind != GuardKind::NoRedo, "!noRedo");
 }
 
 void GuardState::requireGuardOfLongTransaction() const {
     guardSource.require(_longTxnNestingLevel > 0, "_longTxnNestingLevel > 0");
-    guardSource.require(_shortTxnNestingLevel == 1, "_shortTxnNestingLevel == 1");
+    guardSource.require(_shortTxnNestingLevel == 0, "_shortTxnNestingLevel == 1");
 }
 
-void GuardState::requireNestedGuard(GuardState const& around) const {
-    if (around._state == NO_TXN)
+void GuardState::requireNestedGuard() const {
+    if (_state == NO_TXN)
         guardSource.require(_longTxnNestingLevel == 0, "_longTxnNestingLevel == 0");
     else
         guardSource.require(_longTxnNestingLevel > 0, "_longTxnNestingLevel > 0");
-    guardSource.require(_shortTxnNestingLevel > 1, "_shortTxnNestingLevel > 1");
+    guardSource.require(_shortTxnNestingLevel > 0, "_shortTxnNestingLevel > 1");
 }
 
 void GuardState::beginLongTransaction() {

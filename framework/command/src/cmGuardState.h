@@ -16,44 +16,42 @@ enum class GuardKind { Plain, NoLog, NoRedo };
 
 /// Which guards are open in the process, and how far a long transaction has come.
 ///
-/// A value: entering and leaving a guard give the next state, and assigning an earlier state rolls back. It knows
-/// neither commands nor hooks.
+/// A value: assigning an earlier state rolls back. It knows neither commands nor hooks.
 class GuardState {
 public:
-    /// The state inside a further guard; `suspended` completes it for guards that are not plain.
-    /// @throws ExAssertionFailed, ExProgramAborted, ExInternalError when such a guard may not be opened here.
-    GuardState entered(PiExecParam::Transition transition, GuardKind kind) const {
-        GuardState inside = *this;
-        inside._state = getNext(transition);
-        ++inside._shortTxnNestingLevel;
-        if (inside._state == none || !isSound() || (!isActive() && kind == GuardKind::NoRedo)) [[unlikely]]
-            inside.refuseToEnter(*this, transition, kind);
-        if (transition == PiExecParam::BEGIN_TRANSITION && inside.isOutermost()) inside.beginLongTransaction();
-        return inside;
+    /// Enters a further guard; `suspend` completes that for guards that are not plain.
+    /// @throws ExAssertionFailed, ExProgramAborted, ExInternalError when such a guard may not be opened here; the state is
+    /// unchanged then.
+    void enter(PiExecParam::Transition transition, GuardKind kind) {
+        State const next = getNext(transition);
+        bool const isAllowed = next != none && (kind != GuardKind::NoRedo || isActive());
+        if (!isAllowed || (kind == GuardKind::Plain && !isSound())) [[unlikely]]
+            refuseToEnter(transition, kind);
+        if (transition == PiExecParam::BEGIN_TRANSITION && !isGuardOpen()) beginLongTransaction();
+        _state = next;
+        ++_shortTxnNestingLevel;
     }
-    /// The state in which the innermost guard suspends logging or redo, unless one around it does.
-    GuardState suspended(GuardKind kind) const noexcept {
-        GuardState inside = *this;
-        if (kind == GuardKind::NoLog && _noLogLevel == noLevel) inside._noLogLevel = _shortTxnNestingLevel;
-        if (kind == GuardKind::NoRedo && _noRedoLevel == noLevel) inside._noRedoLevel = _shortTxnNestingLevel;
-        return inside;
+    /// Lets the innermost guard suspend logging or redo, unless a guard around it does.
+    void suspend(GuardKind kind) noexcept {
+        if (kind == GuardKind::NoLog && _noLogLevel == noLevel) _noLogLevel = _shortTxnNestingLevel;
+        if (kind == GuardKind::NoRedo && _noRedoLevel == noLevel) _noRedoLevel = _shortTxnNestingLevel;
     }
-    /// The state after the innermost guard.
+    /// Leaves the innermost guard.
     /// @throws ExAssertionFailed when no guard is open.
-    GuardState left() const {
+    void leave() {
         if (!isGuardOpen()) [[unlikely]]
             refuseToLeave();
-        GuardState outside = *this;
-        if (--outside._shortTxnNestingLevel == 0) outside.leaveTransaction();
-        if (outside._shortTxnNestingLevel < _noLogLevel) outside._noLogLevel = noLevel;
-        if (outside._shortTxnNestingLevel < _noRedoLevel) outside._noRedoLevel = noLevel;
-        return outside;
+        if (--_shortTxnNestingLevel == 0) leaveTransaction();
+        if (_shortTxnNestingLevel < _noLogLevel) _noLogLevel = noLevel;
+        if (_shortTxnNestingLevel < _noRedoLevel) _noRedoLevel = noLevel;
     }
 
     /// Whether a guard is open or a long transaction is in progress.
     bool isActive() const noexcept { return _state != OUT_OF_GUARD; }
     /// Whether a guard is open.
     bool isGuardOpen() const noexcept { return _shortTxnNestingLevel > 0; }
+    /// How many guards are open.
+    int getNestingLevel() const noexcept { return _shortTxnNestingLevel; }
     /// Whether exactly one guard is open.
     bool isOutermost() const noexcept { return _shortTxnNestingLevel == 1; }
     /// Whether a long transaction is in progress.
@@ -102,7 +100,7 @@ private:
         bool const isInTable = static_cast<unsigned>(_state) < 8 && static_cast<unsigned>(transition) < 4;
         return isInTable ? table[_state][transition] : none;
     }
-    // Levels and state agree. Only `entered` and `left` change them, so anything else is a corrupted state.
+    // Whether levels and state agree, as `enter` and `leave` keep them.
     bool isSound() const noexcept {
         bool const isBetweenGuards = _state == OUT_OF_GUARD || (_state > NO_TXN && _state % 2 == 1);
         return isBetweenGuards == (_shortTxnNestingLevel == 0) && isLongTransition() == (_longTxnNestingLevel > 0);
@@ -112,10 +110,10 @@ private:
         bool const isEnded = _state == NO_TXN || (_state == END_TXN && _longTxnNestingLevel == 0);
         _state = isEnded ? OUT_OF_GUARD : static_cast<State>(_state + 1);
     }
-    [[noreturn]] void refuseToEnter(GuardState const& around, PiExecParam::Transition transition, GuardKind kind) const;
-    void requireFirstGuard(GuardState const& around, GuardKind kind) const;
+    [[noreturn]] void refuseToEnter(PiExecParam::Transition transition, GuardKind kind) const;
+    void requireFirstGuard(GuardKind kind) const;
     void requireGuardOfLongTransaction() const;
-    void requireNestedGuard(GuardState const& around) const;
+    void requireNestedGuard() const;
     void beginLongTransaction();
     [[noreturn]] void refuseToLeave() const;
 

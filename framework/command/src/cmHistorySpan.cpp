@@ -1,6 +1,7 @@
 #include "framework/command/src/cmHistorySpan.h"
 
 #include "base/assertions.h"
+#include "framework/command/src/cmHistoryKeeper.h"
 
 #include <algorithm>
 #include <new>
@@ -13,7 +14,7 @@ namespace {
 constexpr AssertionSource source{"framework\\command\\src\\cmCommandStack"};
 
 // Where a boundary between elements lies after the removal of the elements from `first` up to `end`.
-int moved(int boundary, int first, int end) noexcept {
+int movedBoundary(int boundary, int first, int end) noexcept {
     if (boundary <= first) return boundary;
     return boundary < end ? first : boundary - (end - first);
 }
@@ -43,43 +44,52 @@ private:
     Vector<RCShdPtr<CmCommand>> _others;
 };
 
-CmCommandStack::Span::StateScope::StateScope(Span const& span, State during) noexcept : _span(span) {
-    if (_span._stack) _before = std::exchange(_span._stack->_state, during);
+void CmCommandStack::Span::refuseChange() {
+    source.fail("isUntouched(position)");
 }
 
-CmCommandStack::Span::StateScope::~StateScope() {
-    if (_span._stack) _span._stack->_state = _before;
-}
-
-bool CmCommandStack::Span::requireUntouched() const {
-    if (!_stack) return false;
-    source.require(!_isTouched && _stack->_current == _running, "isUntouched(position)");
-    return true;
+int CmCommandStack::Span::moved(int position) const noexcept {
+    return movedBoundary(position + 1, _first, _end) - 1;
 }
 
 void CmCommandStack::Span::drop() noexcept {
     while (_stack && _first < _end) {
-        Removed removed(_end - _first);
-        remove(std::min(_end - _first, removed.getCapacity()), removed);
+        Removed removed(getLength());
+        remove(removed);
     }
 }
 
-void CmCommandStack::Span::release() noexcept {
+void CmCommandStack::Span::drop(Span& one, Span& other) noexcept {
+    {
+        Removed removed(one.getLength()), removedToo(other.getLength());
+        one.remove(removed);
+        other.remove(removedToo);
+    }
+    one.drop();
+    other.drop();
+}
+
+void CmCommandStack::Span::dropFailed() noexcept {
     _running = none;
+    drop();
     _kept.reset();
 }
 
-void CmCommandStack::Span::remove(int count, Removed& removed) noexcept {
+void CmCommandStack::Span::remove(Removed& removed) noexcept {
+    int const count = std::min(getLength(), removed.getCapacity());
     int const first = _first;
     int const end = _first + count;
     CmCommandStack& stack = *_stack;
     for (Span* span = stack._innermostSpan; span; span = span->_outer)
         span->follow(first, end);
-    auto const begin = stack._stack.begin() + first;
+    // The bottom element takes the place of the last one that is removed after it; the front of the queue goes cheaply.
+    if (first == 1) stack._stack[0].swap(stack._stack[static_cast<std::size_t>(count)]);
+    auto const begin = stack._stack.begin() + (first == 1 ? 0 : first);
     for (int index = 0; index < count; ++index)
         removed.add(std::move(begin[index]));
     stack._stack.erase(begin, begin + count);
-    stack._current = moved(stack._current + 1, first, end) - 1;
+    if (stack._keeper) stack._keeper->removeSizes(first, count);
+    stack._current = movedBoundary(stack._current + 1, first, end) - 1;
 }
 
 void CmCommandStack::Span::touch() noexcept {
@@ -107,8 +117,8 @@ void CmCommandStack::Span::follow(int first, int end) noexcept {
         keepRunning();
     else if (_running >= end)
         _running -= end - first;
-    _first = moved(_first, first, end);
-    _end = moved(_end, first, end);
+    _first = movedBoundary(_first, first, end);
+    _end = movedBoundary(_end, first, end);
 }
 
 } // namespace Ko

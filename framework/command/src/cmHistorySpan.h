@@ -2,6 +2,8 @@
 
 #include "framework/command/cmCommandStack.h"
 
+#include <utility>
+
 namespace Ko {
 
 /// A part of a history that stays known while user code runs, whatever that does to the history: its positions follow
@@ -11,7 +13,7 @@ public:
     static constexpr int none = -1;
 
     /// The elements from `first` up to and without `end`.
-    /// @param running position of the command that is about to run; it survives its removal and the stack until `release`.
+    /// @param running position of the command that is about to run; it survives its removal and the stack until `dropFailed`.
     Span(CmCommandStack& stack, int first, int end, int running = none) noexcept
         : _stack(&stack), _outer(stack._innermostSpan), _first(first), _end(end), _running(running) {
         stack._innermostSpan = this;
@@ -25,8 +27,12 @@ public:
     /// Sets the state of the stack while a command runs.
     class StateScope {
     public:
-        StateScope(Span const& span, State during) noexcept;
-        ~StateScope();
+        StateScope(Span const& span, State during) noexcept : _span(span) {
+            if (_span._stack) _before = std::exchange(_span._stack->_state, during);
+        }
+        ~StateScope() {
+            if (_span._stack) _span._stack->_state = _before;
+        }
         StateScope(StateScope const&) = delete;
         StateScope& operator=(StateScope const&) = delete;
 
@@ -37,15 +43,28 @@ public:
 
     /// Whether the stack still exists.
     bool isAlive() const noexcept { return _stack != nullptr; }
+    /// Whether elements came or went since the span was made.
+    bool isTouched() const noexcept { return _isTouched; }
+    int getFirst() const noexcept { return _first; }
+    int getLength() const noexcept { return _end - _first; }
+    /// The position that `position` has once the span is dropped; an element of the span gives the one before the span.
+    int moved(int position) const noexcept;
     /// @returns `isAlive()`.
     /// @throws ExAssertionFailed when the running command changed the history.
-    bool requireUntouched() const;
+    bool requireUntouched() const {
+        if (!_stack) return false;
+        if (_isTouched || _stack->_current != _running) [[unlikely]]
+            refuseChange();
+        return true;
+    }
 
     /// Removes the elements from the history and destroys them when the history is consistent again, as their destructors
     /// may run arbitrary code. Where memory is exhausted, they go in several portions.
     void drop() noexcept;
-    /// Stops keeping the running command alive.
-    void release() noexcept;
+    /// Drops the span after the running command has failed, and stops keeping that alive.
+    void dropFailed() noexcept;
+    /// Drops two spans, and destroys the elements of both when both are removed.
+    static void drop(Span& one, Span& other) noexcept;
 
     /// Marks this span and those around it: elements came or went.
     void touch() noexcept;
@@ -55,7 +74,8 @@ public:
 private:
     class Removed;
 
-    void remove(int count, Removed& removed) noexcept;
+    [[noreturn]] static void refuseChange();
+    void remove(Removed& removed) noexcept;
     void follow(int first, int end) noexcept;
     void keepRunning() noexcept;
 

@@ -72,6 +72,10 @@ int CmMacroCommand::getSize() const noexcept {
     return static_cast<int>(_imp->commands.size());
 }
 
+RCShdPtr<CmCommand> const& CmMacroCommand::getCommand(int position) const noexcept {
+    return _imp->commands[static_cast<std::size_t>(position)];
+}
+
 // The commands are destroyed when the macro is empty: a destructor may use the macro.
 void CmMacroCommand::clear() {
     Vector<RCShdPtr<CmCommand>> removed;

@@ -14,9 +14,8 @@ void OpenGuards::leaveWithWork(bool quiet) {
     int exceptionsAtEntry = 0;
     error.capture([&] {
         OpenGuards& guards = getInstance();
-        GuardState const outside = guards._state.left();
         exceptionsAtEntry = guards._exceptionsAtEntry;
-        guards.endOutermost(quiet, outside, error);
+        guards.endOutermost(quiet, error);
     });
     error.finish(exceptionsAtEntry);
 }

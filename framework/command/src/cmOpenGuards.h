@@ -28,29 +28,27 @@ public:
 
     /// Opens a guard that has neither a stack nor a transition.
     void enter(GuardKind kind) {
-        GuardState const around = _state;
-        _state = around.entered(PiExecParam::NOT_TRANSITION, kind);
-        if (_state.isOutermost()) {
-            _exceptionsAtEntry = 0;
-            if (_hasWork) [[unlikely]]
-                beginOutermost(around);
-        }
-        _state = _state.suspended(kind);
+        if (!_state.isGuardOpen()) _exceptionsAtEntry = 0;
+        if (_hasWork && !_state.isGuardOpen()) [[unlikely]]
+            beginOutermost(kind);
+        else
+            _state.enter(PiExecParam::NOT_TRANSITION, kind);
+        _state.suspend(kind);
     }
     /// Closes the innermost guard, whatever fails. Throws the first error at the end, or logs it while another exception
     /// passes through the guard's scope.
     /// @param quiet whether listeners are not notified of commands that were executed without being collected.
     static void leave(bool quiet) {
-        if (!isUsable() || !_instance->isLeftByStateAlone()) [[unlikely]]
+        if (!PiAppThread::isCurrent()) [[unlikely]]
             return leaveWithWork(quiet);
-        _instance->_state = _instance->_state.left();
+        leaveOnSameThread(quiet);
     }
 
-    /// Suspends logging like `CmUndoGuardNoLog(false)`. Every execution, undo and redo opens one.
+    /// Suspends logging like `CmUndoGuardNoLog(false)`. Every execution, undo and redo opens one, on the stack of its function.
     class [[nodiscard]] NoLogScope {
     public:
         NoLogScope() { getInstance().enter(GuardKind::NoLog); }
-        ~NoLogScope() noexcept(false) { leave(false); }
+        ~NoLogScope() noexcept(false) { leaveOnSameThread(false); }
         NoLogScope(NoLogScope const&) = delete;
         NoLogScope& operator=(NoLogScope const&) = delete;
     };
@@ -63,20 +61,25 @@ protected:
     virtual ~OpenGuards() = default;
     static void setInstance(OpenGuards* instance) noexcept { _instance = instance; }
 
-    /// Completes the opening of an outermost guard, entered from the state `around`. If it throws, it has restored that.
-    virtual void beginOutermost(GuardState const& around) = 0;
-    /// Closes the outermost guard; afterwards the state is `outside`. Leaves what hooks and listeners throw in `error`.
-    virtual void endOutermost(bool quiet, GuardState const& outside, LgFirstError& error) = 0;
+    /// Enters an outermost guard when there is work. If it throws, everything is as it was.
+    virtual void beginOutermost(GuardKind kind) = 0;
+    /// Closes the outermost guard. Leaves what hooks and listeners throw in `error`.
+    virtual void endOutermost(bool quiet, LgFirstError& error) = 0;
 
     GuardState _state;
     // Whether opening or closing an outermost guard takes more than a change of the state.
     bool _hasWork = false;
-    // How many exceptions were passing when the outermost guard was entered; 0 for a guard that had no work then.
+    // How many exceptions were passing when an outermost guard was entered that had work then or was plain; otherwise 0.
     int _exceptionsAtEntry = 0;
 
 private:
     static bool isUsable() noexcept { return PiAppThread::isCurrent() && _instance; }
     [[noreturn]] static void refuse();
+    static void leaveOnSameThread(bool quiet) {
+        if (!_instance || !_instance->isLeftByStateAlone()) [[unlikely]]
+            return leaveWithWork(quiet);
+        _instance->_state.leave();
+    }
     bool isLeftByStateAlone() const noexcept { return _state.isGuardOpen() && !(_hasWork && _state.isOutermost()); }
     static void leaveWithWork(bool quiet);
 

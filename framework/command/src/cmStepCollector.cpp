@@ -1,5 +1,7 @@
 #include "framework/command/src/cmStepCollector.h"
 
+#include "base/exBase.h"
+#include "framework/command/cmEx.h"
 #include "framework/command/src/cmLog.h"
 
 #include <string>
@@ -32,6 +34,7 @@ void StepCollector::collect(RCShdPtr<CmCommand> cmd, bool isSkippedOnRedo) {
     cmd->setDisableExecutionOnRedo(isSkippedOnRedo);
     _macro->add(std::move(cmd));
     _stack->setOpenStep(_macro.get());
+    _stack->updateCleanMark();
 }
 
 bool StepCollector::closeScope() noexcept {
@@ -55,6 +58,44 @@ RCShdPtr<CmCommandStack> StepCollector::flush(GuardState const& state, bool isNo
     }
     _macro->setDescription({});
     return std::move(_stack);
+}
+
+void StepCollector::requireNoScope() const {
+    if (_openScopes > 0)
+        throw ExInternalError(
+            guardSource.file(), __LINE__, "A step cannot be taken back while a scope of commands is open.");
+}
+
+// A command leaves the step before it runs, so that it can do anything to the step.
+CmReplay StepCollector::rollBack(int count) {
+    requireNoScope();
+    if (getSize() <= count) return {};
+    RCShdPtr<CmCommandStack> const stack = _stack;
+    while (getSize() > count) {
+        RCShdPtr<CmCommand> const command = _macro->removeLast();
+        CmLog::write(CmLog::commandFlow, "Undoing ", *command);
+        try {
+            CmCommandStack::unexecuteStatic(command);
+        } catch (CmEx::ExCommandFailure const&) {
+            CmLog::write(CmLog::commandFailure, "Undoing ", *command, " failed.\n");
+            return cut(*command, std::current_exception());
+        } catch (...) {
+            CmLog::write(CmLog::unexpectedFailure, "Undoing ", *command, " failed unexpectedly\n");
+            cut(*command, std::current_exception());
+            throw;
+        }
+    }
+    if (isEmpty()) stack->setOpenStep(nullptr);
+    stack->updateCleanMark();
+    return {CmReplay::Outcome::Done, nullptr, 0};
+}
+
+CmReplay StepCollector::cut(CmCommand& failed, std::exception_ptr const& error) {
+    _stack->setOpenStep(nullptr);
+    CmReplay result{CmReplay::Outcome::Failed, CmCommandStack::toExBase(error), _stack->getStackHeight() - 1};
+    _macro->clear();
+    _stack->cutByFailure(failed, error);
+    return result;
 }
 
 void StepCollector::logCollected() {

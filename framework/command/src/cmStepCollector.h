@@ -5,6 +5,7 @@
 #include "framework/command/src/cmGuardState.h"
 #include "resmgt/lgFirstError.h"
 
+#include <exception>
 #include <optional>
 
 namespace Ko {
@@ -49,6 +50,15 @@ public:
     /// @returns whether a scope was open; false when its begin mark was dropped.
     bool closeScope() noexcept;
 
+    /// How many commands are collected.
+    int getSize() const noexcept { return _macro->getSize(); }
+    /// Unexecutes the collected commands from the last one down to position `count`, and forgets them. When one of them fails, all that
+    /// is collected is dropped together with the history: no position of it leads to a known state.
+    /// @throws what a command throws, unless it is a `CmEx::ExCommandFailure`; ExInternalError while a scope is open.
+    CmReplay rollBack(int count);
+    /// @throws ExInternalError while a scope is open.
+    void requireNoScope() const;
+
     /// Logs what was collected; more than one step if listeners add commands meanwhile. Afterwards the collector is empty.
     /// @param state of the guards, the outermost of which is open; @param isNotified whether listeners are notified of
     /// commands that were executed without being collected.
@@ -59,6 +69,7 @@ public:
 
 private:
     void logCollected();
+    CmReplay cut(CmCommand& failed, std::exception_ptr const& error);
     void reportUnlogged() const noexcept;
 
     RCShdPtr<CmCommandStack> _stack;

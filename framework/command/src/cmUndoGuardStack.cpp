@@ -3,6 +3,8 @@
 #include "framework/command/src/cmLog.h"
 
 #include <exception>
+#include <typeinfo>
+#include <utility>
 
 namespace Ko {
 
@@ -20,13 +22,17 @@ void UndoGuardStack::finalize() {
     if (_owned->_state.isActive())
         CmLog::writeLine(
             CmLog::unexpectedFailure, [] { return "An undo guard or a long transaction is never closed."; });
+    if (std::size_t const lost = _owned->_hooks.getNumOutside(); lost > 0)
+        CmLog::writeLine(CmLog::unexpectedFailure, [lost] {
+            return "Actions that wait for the end of a transaction are never called: " + std::to_string(lost);
+        });
     _owned.reset();
 }
 
 void UndoGuardStack::enter(
     RCShdPtr<CmCommandStack> const& stack, LiString const& description, PiExecParam const& param) {
     GuardState const around = _state;
-    _state = around.entered(param.get(), GuardKind::Plain);
+    _state.enter(param.get(), GuardKind::Plain);
     StepCollector::Attachment attachment(_collector);
     try {
         attach(attachment, stack, description);
@@ -39,6 +45,27 @@ void UndoGuardStack::enter(
         takeBack(around, attachment);
         throw;
     }
+    if (!around.isActive() && !_hooks.transactions.isEmpty()) [[unlikely]]
+        beginTransaction();
+}
+
+void UndoGuardStack::beginTransaction() {
+    LgFirstError error("A listener of transactions");
+    _hooks.notifyTransaction(true, error);
+    error.log();
+}
+
+// The actions are called one after the other, also where one of them opens and closes guards. After one that opens a long
+// transaction the others wait for its end.
+void UndoGuardStack::endTransaction(LgFirstError& error) {
+    _hooks.notifyTransaction(false, error);
+    while (!_state.isActive() && !_isCallingOutside && _hooks.getNumOutside() > 0) {
+        std::function<void()> const action = _hooks.takeOutside();
+        _isCallingOutside = true;
+        error.capture(action);
+        _isCallingOutside = false;
+    }
+    updateWork();
 }
 
 void UndoGuardStack::attach(
@@ -54,7 +81,9 @@ void UndoGuardStack::attach(
     if (!target) guardSource.require(_collector.isEmpty(), "! (_stack.isNull() && !_macroCmd->isEmpty() )");
 }
 
-void UndoGuardStack::beginOutermost(GuardState const& around) {
+void UndoGuardStack::beginOutermost(GuardKind kind) {
+    GuardState const around = _state;
+    _state.enter(PiExecParam::NOT_TRANSITION, kind);
     StepCollector::Attachment attachment(_collector);
     try {
         _exceptionsAtEntry = std::uncaught_exceptions();
@@ -74,16 +103,49 @@ void UndoGuardStack::takeBack(GuardState const& around, StepCollector::Attachmen
     _state = around;
     attachment.takeBack(error);
     updateWork();
+    if (!around.isActive()) endTransaction(error);
     error.log();
 }
 
-void UndoGuardStack::endOutermost(bool quiet, GuardState const& outside, LgFirstError& error) {
+void UndoGuardStack::endOutermost(bool quiet, LgFirstError& error) {
+    GuardState outside = _state;
+    outside.leave();
+    close(quiet, outside, error);
+}
+
+void UndoGuardStack::close(bool quiet, GuardState const& outside, LgFirstError& error) {
     _hooks.end(_state.isLongTransition(), error);
     // Released last: its destructor may run arbitrary code, which must find the guard closed.
     RCShdPtr<CmCommandStack> released;
     if (!outside.isActive()) released = _collector.flush(_state, !quiet, error);
     // Also closes guards that hooks and listeners left open.
     _state = outside;
+    updateWork();
+    if (!outside.isActive()) endTransaction(error);
+}
+
+CmReplay UndoGuardStack::rollBack(Mark const& mark) {
+    guardSource.require(mark.nestingLevel == _state.getNestingLevel(), "isInnermostGuard()");
+    return _collector.rollBack(mark.numCollected);
+}
+
+// The hooks see one more outermost guard, in which everything is unexecuted.
+CmReplay UndoGuardStack::abandonLongTransition() {
+    guardSource.require(_state.isLongTransition() && !_state.isGuardOpen(), "isBetweenGuardsOfLongTransition()");
+    _collector.requireNoScope();
+    enter(GuardKind::NoLog);
+    CmReplay result;
+    LgFirstError error("The abandoning of a long transaction");
+    error.capture([&] { result = _collector.rollBack(0); });
+    close(true, GuardState(), error);
+    error.rethrow();
+    return result;
+}
+
+void UndoGuardStack::callOutside(std::function<void()> action) {
+    if (!action) RCExUtil::throwExNullPtr(typeid(action).name());
+    if (!_state.isActive() && !_isCallingOutside) return action();
+    _hooks.addOutside(std::move(action));
     updateWork();
 }
 

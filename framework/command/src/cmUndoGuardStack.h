@@ -31,6 +31,24 @@ public:
     /// Collects and executes the mark that ends it.
     void endScope(RCShdPtr<CmCommand> const& endMark);
 
+    /// A place in the step, to which `rollBack` returns.
+    struct Mark {
+        int numCollected = 0;
+        int nestingLevel = 0;
+    };
+    /// The present place.
+    Mark getMark() const noexcept { return {_collector.getSize(), _state.getNestingLevel()}; }
+    /// Takes back what the innermost guard has collected since `mark`.
+    CmReplay rollBack(Mark const& mark);
+    /// Takes back and ends the long transaction, between two of its guards.
+    CmReplay abandonLongTransition();
+    /// Calls `action` now, or after the guards and the transaction that are in progress.
+    void callOutside(std::function<void()> action);
+    /// The hooks; `updateWork` after subscribing.
+    GuardHooks& getHooks() noexcept { return _hooks; }
+    /// Notes whether opening or closing a guard has to call hooks.
+    void updateWork() noexcept { _hasWork = !_hooks.isEmpty() || _collector.getStack(); }
+
     /// Whether commands are collected now.
     bool isLogging() const noexcept { return _state.permitsLogging() && _collector.getStack(); }
 
@@ -40,20 +58,23 @@ public:
     void addOwnedEndCallback(RCShdPtr<CbHandler<CbEmptyType>> const& callback);
 
 private:
-    void beginOutermost(GuardState const& around) override;
-    void endOutermost(bool quiet, GuardState const& outside, LgFirstError& error) override;
+    void beginOutermost(GuardKind kind) override;
+    void endOutermost(bool quiet, LgFirstError& error) override;
 
     void attach(
         StepCollector::Attachment& attachment, RCShdPtr<CmCommandStack> const& stack, LiString const& description);
     void takeBack(GuardState const& around, StepCollector::Attachment& attachment) noexcept;
     void requireOpenGuard() const;
     void collect(RCShdPtr<CmCommand> cmd);
-    void updateWork() noexcept { _hasWork = !_hooks.isEmpty() || _collector.getStack(); }
+    void close(bool quiet, GuardState const& outside, LgFirstError& error);
+    void beginTransaction();
+    void endTransaction(LgFirstError& error);
 
     static OPtr<UndoGuardStack> _owned;
 
     StepCollector _collector;
     GuardHooks _hooks;
+    bool _isCallingOutside = false;
 };
 
 } // namespace Ko

@@ -169,6 +169,7 @@ TEST_F(CmCommandStackTest, DroppedCommandsAreDestroyedWhenTheHistoryIsWhole) {
             char const* const expected[] = {row.seen, row.logged, "*0", ""};
             EXPECT_EQ(expected[&reaction - reactions], stack ? history(*stack) : "");
             seen = "done";
+            stack.reset(); // the commands refer to what ends here
         }
 }
 

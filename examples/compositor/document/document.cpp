@@ -28,7 +28,11 @@ Layer const& Document::layer(std::string const& name) const {
     return layer(found->second);
 }
 
-std::size_t Document::indexOf(std::uint64_t id) const {
+bool Document::contains(LayerId id) const {
+    return std::ranges::find(_layers, id, &Layer::id) != _layers.end();
+}
+
+std::size_t Document::indexOf(LayerId id) const {
     auto const found = std::ranges::find(_layers, id, &Layer::id);
     if (found == _layers.end()) throw DocumentError("the layer is no longer there");
     return static_cast<std::size_t>(found - _layers.begin());
@@ -36,16 +40,15 @@ std::size_t Document::indexOf(std::uint64_t id) const {
 
 void Document::insert(std::size_t index, Layer layer) {
     check(layer);
-    if (index > _layers.size())
-        throw DocumentError("position " + std::to_string(index) + " lies above the highest layer");
-    // First what can fail for lack of memory.
+    if (index != _layers.size()) checkIndex(index);
+    // Allocate first: nothing has changed yet if that throws.
     if (_layers.size() == _layers.capacity()) _layers.reserve(2 * _layers.size() + 1);
     _idsByName.emplace(layer.name, layer.id);
     _lastId = std::max(_lastId, layer.id);
     _layers.insert(_layers.begin() + static_cast<std::ptrdiff_t>(index), std::move(layer));
 }
 
-Layer Document::remove(std::uint64_t id) {
+Layer Document::remove(LayerId id) {
     auto const position = _layers.begin() + static_cast<std::ptrdiff_t>(indexOf(id));
     _idsByName.erase(position->name);
     Layer removed = std::move(*position);
@@ -53,10 +56,9 @@ Layer Document::remove(std::uint64_t id) {
     return removed;
 }
 
-void Document::reorder(std::uint64_t id, std::size_t index) {
+void Document::reorder(LayerId id, std::size_t index) {
     std::size_t const from = indexOf(id);
-    if (index >= _layers.size())
-        throw DocumentError("position " + std::to_string(index) + " lies above the highest layer");
+    checkIndex(index);
     auto const at = [this](std::size_t position) { return _layers.begin() + static_cast<std::ptrdiff_t>(position); };
     if (from < index)
         std::rotate(at(from), at(from + 1), at(index + 1));
@@ -82,6 +84,11 @@ void Document::check(Layer const& layer) const {
         throw DocumentError("there is a layer \"" + layer.name + "\" already");
     if (!(layer.placed.opacity >= 0.0f && layer.placed.opacity <= 1.0f))
         throw DocumentError("an opacity lies between 0 and 1");
+}
+
+void Document::checkIndex(std::size_t index) const {
+    if (index >= _layers.size())
+        throw DocumentError("position " + std::to_string(index) + " lies above the highest layer");
 }
 
 Renderer Document::renderer() const {

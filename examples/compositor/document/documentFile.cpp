@@ -18,12 +18,12 @@ constexpr std::string_view magic = "compositor document ";
 constexpr int version = 1;
 constexpr std::size_t longestLine = std::size_t{1} << 20;
 
-/// Reads the lines of the text, and keeps the number of the line for messages.
+/// Reads the lines of text, and counts them for error messages.
 class HeaderReader {
 public:
     HeaderReader(std::istream& stream, std::uint64_t length) : _stream(*stream.rdbuf()), _left(length) {}
 
-    /// Reads the next line; `word`, `number` and `rest` then take its pieces. @returns false when it does not end.
+    /// Reads the next line, for `word`, `number` and `rest`. @returns false when the input ends before the line.
     bool tryNextLine() {
         ++_number;
         _line.clear();
@@ -74,7 +74,7 @@ private:
     int _number = 0;
 };
 
-/// A picture that the header announces. The layers have it already; its pixels come later.
+/// A picture whose length the header has announced. Layers refer to it before its pixels have been read.
 struct Announced {
     std::uint64_t length;
     std::shared_ptr<Picture> picture;
@@ -154,7 +154,7 @@ struct Pictures {
     std::vector<std::uint64_t> lengths;
 };
 
-// Of the same length whatever the lengths of the pictures, which are known only when they have been written.
+// The lengths of the pictures have a fixed width, so that the header can be overwritten after the pictures were written.
 std::string headerOf(Document const& document, Pictures const& pictures) {
     constexpr std::size_t digits = 12;
     std::string text = std::string(magic) + toText(version) + "\ncanvas " + toText(document.canvas().width) + " " +

@@ -18,16 +18,15 @@ template class Ko::SnItemConvert<compositor::LayerRef>;
 template class Ko::SnItemBasic<compositor::Editor*>;
 template class Ko::SnIsItem<compositor::Editor*>;
 template class Ko::SnItemConvert<compositor::Editor*>;
-template class Ko::ActTypedAction<compositor::LayerRef, Ko::ActBasicParam>;
+template class Ko::ActTypedAction<compositor::LayerRef, compositor::Statement>;
 template class Ko::ActTypedAction<compositor::LayerRef, Ko::RCShdPtr<Ko::DrCarrier>>;
-template class Ko::ActTypedAction<compositor::Editor*, Ko::ActBasicParam>;
+template class Ko::ActTypedAction<compositor::Editor*, compositor::Statement>;
 template class Ko::ActTypedAction<compositor::Editor*, Ko::RCShdPtr<Ko::DrCarrier>>;
 
 namespace compositor {
 
 bool exists(LayerRef const& ref) {
-    auto const& layers = ref.editor->document().layers();
-    return std::ranges::any_of(layers, [&](Layer const& layer) { return layer.id == ref.layer.id; });
+    return ref.editor->document().contains(ref.layer.id);
 }
 
 namespace {
@@ -41,28 +40,11 @@ constexpr char const* blendComposite = "Blend";
 constexpr char const* separator = " > ";
 constexpr int largest = std::numeric_limits<int>::max();
 
-std::string joined(std::vector<std::string> const& words) {
-    std::string text;
-    for (std::string const& word : words) {
-        text += text.empty() ? "\"" : " \"";
-        for (char const character : word) {
-            if (character == '"' || character == '\\') text += '\\';
-            text += character;
-        }
-        text += '"';
-    }
-    return text;
-}
-
 class BlendModes final : public ActCompositeAction {
 public:
     LiString getDescription() const override { return blendComposite; }
     std::string getGroup() const override { return group; }
 };
-
-std::string const& nameOf(LayerRef const& ref) {
-    return ref.editor->document().layer(ref.layer.id).name;
-}
 
 std::size_t positionOf(LayerRef const& ref) {
     return ref.editor->document().indexOf(ref.layer.id);
@@ -75,7 +57,7 @@ std::vector<LayerRef> layersIn(RCShdPtr<DrCarrier> const& carrier) {
     return layers;
 }
 
-/// Puts dropped layers right above the one that they are dropped on.
+/// Moves dropped layers directly above the layer that they are dropped on.
 class DropAbove final : public ActTypedAction<LayerRef, RCShdPtr<DrCarrier>> {
 public:
     LiString getDescription() const override { return "Drop Above"; }
@@ -91,14 +73,14 @@ public:
         LayerRef below = target;
         for (LayerRef const& layer : layersIn(carrier)) {
             std::size_t const above = positionOf(below) + (positionOf(layer) > positionOf(below) ? 1 : 0);
-            target.editor->reorderLayer(nameOf(layer), above);
+            target.editor->reorderLayer(layer.layer.id, above);
             selection->add(LayerItem::create(layer));
             below = layer;
         }
     }
 };
 
-/// Adds copies of the layers that were copied or cut.
+/// Adds copies of the layers on the clipboard.
 class Paste final : public ActTypedAction<Editor*, RCShdPtr<DrCarrier>> {
 public:
     LiString getDescription() const override { return "Paste"; }
@@ -123,32 +105,32 @@ void registerLayerEdits() {
     };
     add({"Move", "X and Y", 2, 2}, exists, [](LayerRef const& ref, Statement const& input) {
         int const x = input.integer(1, -largest, largest);
-        ref.editor->moveLayer(nameOf(ref), x, input.integer(2, -largest, largest));
+        ref.editor->moveLayer(ref.layer.id, x, input.integer(2, -largest, largest));
     });
     add({"Opacity", "a number from 0 to 1", 1, 1}, exists,
         [](LayerRef const& ref, Statement const& input) {
-            ref.editor->setOpacity(nameOf(ref), input.number(1, 0.0f, 1.0f));
+            ref.editor->setOpacity(ref.layer.id, input.number(1, 0.0f, 1.0f));
         },
         {"0", "0.25", "0.5", "0.75", "1"});
     add({"Rename", "the new name", 1, 1}, exists,
-        [](LayerRef const& ref, Statement const& input) { ref.editor->renameLayer(nameOf(ref), input.words[1]); });
+        [](LayerRef const& ref, Statement const& input) { ref.editor->renameLayer(ref.layer.id, input.words[1]); });
     add({"Remove", "nothing", 0, 0}, exists,
-        [](LayerRef const& ref, Statement const&) { ref.editor->removeLayer(nameOf(ref)); });
+        [](LayerRef const& ref, Statement const&) { ref.editor->removeLayer(ref.layer.id); });
     add({"Reorder", "a position", 1, 1}, exists, [](LayerRef const& ref, Statement const& input) {
-        ref.editor->reorderLayer(nameOf(ref), static_cast<std::size_t>(input.integer(1, 0, largest)));
+        ref.editor->reorderLayer(ref.layer.id, static_cast<std::size_t>(input.integer(1, 0, largest)));
     });
     add(
         {"Raise", "nothing", 0, 0},
         [](LayerRef const& ref) { return exists(ref) && positionOf(ref) + 1 < ref.editor->document().layers().size(); },
-        [](LayerRef const& ref, Statement const&) { ref.editor->reorderLayer(nameOf(ref), positionOf(ref) + 1); });
+        [](LayerRef const& ref, Statement const&) { ref.editor->reorderLayer(ref.layer.id, positionOf(ref) + 1); });
     add(
         {"Lower", "nothing", 0, 0}, [](LayerRef const& ref) { return exists(ref) && positionOf(ref) > 0; },
-        [](LayerRef const& ref, Statement const&) { ref.editor->reorderLayer(nameOf(ref), positionOf(ref) - 1); });
+        [](LayerRef const& ref, Statement const&) { ref.editor->reorderLayer(ref.layer.id, positionOf(ref) - 1); });
     for (char const* const mode : {"over", "add", "multiply", "screen"})
         add(
             {mode, "nothing", 0, 0}, exists,
             [](LayerRef const& ref, Statement const& input) {
-                ref.editor->setBlend(nameOf(ref), blendModeOf(input.word()));
+                ref.editor->setBlend(ref.layer.id, blendModeOf(input.word()));
             },
             {}, blendComposite);
 }
@@ -165,16 +147,18 @@ void registerDocumentEdits() {
         ActRegistry::Static);
 }
 
-// The action of that path for a target, with its input.
-ActRegistry::Entry find(std::string const& path, Item const& target, std::string const& input) {
+// The entry of an action for a target. @param arguments without the description.
+ActRegistry::Entry find(std::string const& path, Item const& target, std::vector<std::string> const& arguments) {
     std::size_t const split = path.find(separator);
     bool const isMember = split != std::string::npos;
     std::string const composite = isMember ? path.substr(0, split) : "";
     std::string const description = isMember ? path.substr(split + std::string_view(separator).size()) : path;
-    auto entry = ActRegistry::getInstance().getActions(
-        target, SnItemBasic<ActBasicParam>::create(ActBasicParam(input)), composite, ActRegistry::FirstOnly);
-    for (; !entry.atEnd(); ++entry)
-        if (entry->getDescription() == description) return *entry;
+    Statement input{0, {description}};
+    input.words.insert(input.words.end(), arguments.begin(), arguments.end());
+    auto const entries =
+        ActRegistry::getInstance().getActions(target, StatementItem::create(input), composite, ActRegistry::FirstOnly);
+    for (ActRegistry::Entry const& entry : entries.elements())
+        if (entry.getDescription() == description) return entry;
     throw ScriptError("\"" + path + "\" is not possible here; \"menu\" lists what is");
 }
 
@@ -182,6 +166,7 @@ ActRegistry::Entry find(std::string const& path, Item const& target, std::string
 
 EditActions::EditActions() {
     SnItemConvert<LayerRef>::initialize();
+    SnItemConvert<Statement>::initialize();
     SnItemConvert<Editor*>::initialize();
     registerLayerEdits();
     ActRegistry& registry = ActRegistry::getInstance();
@@ -194,25 +179,26 @@ EditActions::EditActions() {
 EditActions::~EditActions() {
     ActRegistry::getInstance().unregisterActionsInGroup(group);
     SnItemConvert<Editor*>::finalize();
+    SnItemConvert<Statement>::finalize();
     SnItemConvert<LayerRef>::finalize();
 }
 
 void EditActions::perform(Editor& editor, std::string const& path, std::vector<Layer> const& layers,
     std::vector<std::string> const& arguments) {
-    // A single edit is a step under its own, more telling name.
+    // A single edit is an undo step of its own, with a more precise description.
     std::optional<CmUndoGuard> guard;
     if (layers.size() > 1) guard.emplace(editor.history(), path);
     for (Layer const& layer : layers)
-        find(path, LayerItem::create({&editor, layer}), joined(arguments)).performAction(SnSelection::create());
+        find(path, LayerItem::create({&editor, layer}), arguments).performAction(SnSelection::create());
 }
 
 void EditActions::perform(Editor& editor, std::string const& description, std::vector<std::string> const& arguments) {
-    find(description, SnItemBasic<Editor*>::create(&editor), joined(arguments)).performAction(SnSelection::create());
+    find(description, SnItemBasic<Editor*>::create(&editor), arguments).performAction(SnSelection::create());
 }
 
 std::vector<std::string> EditActions::options(Editor& editor, std::string const& path, Layer const& layer) {
     Vector<LiString> options;
-    find(path, LayerItem::create({&editor, layer}), "").enumOptions(options);
+    find(path, LayerItem::create({&editor, layer}), {}).enumOptions(options);
     return options;
 }
 

@@ -8,10 +8,11 @@
 
 namespace compositor {
 
-/// Registers every edit of documents as an action while it exists. One at a time, while the framework is initialised.
+/// Registers every edit of a document as an action, and unregisters them when it is destroyed. One object at a time, while the
+/// framework is initialised.
 ///
-/// Actions on layers take a `LayerItem` as their target; what they need besides is a text, the arguments of a statement. The
-/// blend modes are members of the composite action "Blend". Dropped and pasted layers come in a carrier.
+/// The target of an action is a `LayerItem`, or an item with the editor; its input is a `StatementItem`. The blend modes are
+/// members of the composite action "Blend". For drops and pasting the input is a carrier.
 class EditActions {
 public:
     EditActions();
@@ -19,16 +20,16 @@ public:
     EditActions(EditActions const&) = delete;
     EditActions& operator=(EditActions const&) = delete;
 
-    /// Performs an action on each of the layers, as one step of the history.
+    /// Performs an action on each of the layers, as one undo step.
     /// @param path the description; for a member of a composite, "Composite > Member".
-    /// @param arguments as the action expects them.
-    /// @throws ScriptError when there is no such action for one of the layers, and what the action throws.
+    /// @param arguments of the action, without its description.
+    /// @throws ScriptError when the action is not valid for one of the layers. Exceptions of the action are passed on.
     static void perform(Editor& editor, std::string const& path, std::vector<Layer> const& layers,
         std::vector<std::string> const& arguments);
-    /// Performs an action that needs no layer.
+    /// Performs an action on the document.
     static void perform(Editor& editor, std::string const& description, std::vector<std::string> const& arguments);
     /// The choices that an action offers for a layer.
-    static std::vector<std::string> options(Editor& editor, std::string const& path, Layer const& layer);
+    [[nodiscard]] static std::vector<std::string> options(Editor& editor, std::string const& path, Layer const& layer);
 };
 
 } // namespace compositor

@@ -12,7 +12,7 @@ namespace {
 using Ko::LiString;
 using Ko::RCShdPtr;
 
-// Runs a change; what the document refuses becomes the failure that a command stack expects.
+// Translates the error of the document into the failure that a command stack expects.
 template <class Change>
 void attempt(Change change) {
     try {
@@ -22,17 +22,17 @@ void attempt(Change change) {
     }
 }
 
-/// A layer that goes into the document and out of it again.
+/// A layer that is inserted into the document and removed again.
 class Presence {
 public:
     Presence(Document& document, Layer layer, std::size_t index)
         : _document(document), _layer(std::move(layer)), _index(index) {}
 
     std::string const& name() const { return _layer.name; }
-    void putIn() {
+    void insert() {
         attempt([this] { _document.insert(_index, _layer); });
     }
-    void takeOut() {
+    void remove() {
         attempt([this] {
             _index = _document.indexOf(_layer.id);
             _layer = _document.remove(_layer.id);
@@ -52,8 +52,8 @@ public:
     LiString getDescription() const override { return "Add " + _presence.name(); }
 
 protected:
-    void executeInternal() override { _presence.putIn(); }
-    void unexecuteInternal() override { _presence.takeOut(); }
+    void executeInternal() override { _presence.insert(); }
+    void unexecuteInternal() override { _presence.remove(); }
 
 private:
     Presence _presence;
@@ -65,78 +65,75 @@ public:
     LiString getDescription() const override { return "Remove " + _presence.name(); }
 
 protected:
-    void executeInternal() override { _presence.takeOut(); }
-    void unexecuteInternal() override { _presence.putIn(); }
+    void executeInternal() override { _presence.remove(); }
+    void unexecuteInternal() override { _presence.insert(); }
 
 private:
     Presence _presence;
 };
 
-class ReorderLayerCommand final : public Ko::CmCommand {
+/// A command that swaps a value of the document for its own, and back again.
+class SwapCommand : public Ko::CmCommand {
 public:
-    ReorderLayerCommand(Document& document, Layer const& layer, std::size_t index)
-        : _document(document), _id(layer.id), _description("Reorder " + layer.name), _index(index) {}
+    SwapCommand(Document& document, std::string description)
+        : _document(document), _description(std::move(description)) {}
     LiString getDescription() const override { return _description; }
 
 protected:
-    void executeInternal() override { swap(); }
-    void unexecuteInternal() override { swap(); }
+    void executeInternal() override {
+        attempt([this] { swap(_document); });
+    }
+    void unexecuteInternal() override {
+        attempt([this] { swap(_document); });
+    }
+    virtual void swap(Document& document) = 0;
 
 private:
-    void swap() {
-        attempt([this] {
-            std::size_t const before = _document.indexOf(_id);
-            _document.reorder(_id, _index);
-            _index = before;
-        });
+    Document& _document;
+    std::string _description;
+};
+
+class ReorderLayerCommand final : public SwapCommand {
+public:
+    ReorderLayerCommand(Document& document, Layer const& layer, std::size_t index)
+        : SwapCommand(document, "Reorder " + layer.name), _id(layer.id), _index(index) {}
+
+private:
+    void swap(Document& document) override {
+        std::size_t const before = document.indexOf(_id);
+        document.reorder(_id, _index);
+        _index = before;
     }
 
-    Document& _document;
-    std::uint64_t _id;
-    std::string _description;
+    LayerId _id;
     std::size_t _index;
 };
 
-class ChangeLayerCommand final : public Ko::CmCommand {
+class ChangeLayerCommand final : public SwapCommand {
 public:
     ChangeLayerCommand(Document& document, Layer changed, std::string description)
-        : _document(document), _other(std::move(changed)), _description(std::move(description)) {}
-    LiString getDescription() const override { return _description; }
-
-protected:
-    void executeInternal() override { swap(); }
-    void unexecuteInternal() override { swap(); }
+        : SwapCommand(document, std::move(description)), _other(std::move(changed)) {}
 
 private:
-    void swap() {
-        attempt([this] {
-            Layer before = _document.layer(_other.id);
-            _document.replace(_other);
-            _other = std::move(before);
-        });
+    void swap(Document& document) override {
+        Layer before = document.layer(_other.id);
+        document.replace(_other);
+        _other = std::move(before);
     }
 
-    Document& _document;
     Layer _other;
-    std::string _description;
 };
 
-class SetCanvasCommand final : public Ko::CmCommand {
+class SetCanvasCommand final : public SwapCommand {
 public:
-    SetCanvasCommand(Document& document, Size canvas) : _document(document), _other(canvas) {}
-    LiString getDescription() const override { return "Set Canvas"; }
-
-protected:
-    void executeInternal() override { swap(); }
-    void unexecuteInternal() override { swap(); }
+    SetCanvasCommand(Document& document, Size canvas) : SwapCommand(document, "Set Canvas"), _other(canvas) {}
 
 private:
-    void swap() {
-        Size const before = _document.canvas();
-        _document.setCanvas(std::exchange(_other, before));
+    void swap(Document& document) override {
+        Size const before = document.canvas();
+        document.setCanvas(std::exchange(_other, before));
     }
 
-    Document& _document;
     Size _other;
 };
 

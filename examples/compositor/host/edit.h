@@ -1,22 +1,23 @@
 #pragma once
 
-#include "framework/actions/actBasicParam.h"
 #include "framework/actions/actTypedAction.imp.h"
 #include "host/layerItem.h"
+#include "host/statementItem.h"
 #include "plugIns/plugIn.h"
 
 #include <functional>
 
 namespace compositor {
 
-/// An edit of what its target names, under a description that "menu" lists and "do" takes. Its input is a text: the arguments.
+/// An edit of its target, as an action. Its input is a statement: the description and the arguments. Menus show the
+/// description, and the script word "do" finds the action by it.
 template <class Target>
-class Edit final : public Ko::ActTypedAction<Target, Ko::ActBasicParam> {
+class Edit final : public Ko::ActTypedAction<Target, Statement> {
 public:
     using Run = std::function<void(Target const& target, Statement const& input)>;
     using IsPossible = bool (*)(Target const& target);
 
-    /// Where a menu shows it.
+    /// The place in menus.
     struct Place {
         char const* group;
         char const* composite = "";
@@ -29,25 +30,21 @@ public:
     Ko::LiString getDescription() const override { return _verb.description; }
     std::string getGroup() const override { return _place.group; }
     std::string getCompositeName() const override { return _place.composite; }
-    bool inputValid(Target const& target, Ko::ActBasicParam const&) const override { return _isPossible(target); }
+    bool inputValid(Target const& target, Statement const&) const override { return _isPossible(target); }
     void performAction(
-        Target const& target, Ko::ActBasicParam const& input, Ko::RCShdPtr<Ko::SnSelection> const&) const override {
-        _run(target, parse(input.getValue()));
+        Target const& target, Statement const& input, Ko::RCShdPtr<Ko::SnSelection> const&) const override {
+        // A menu performs an action without input.
+        Statement const& statement = input.words.empty() ? Statement{0, {_verb.description}} : input;
+        if (statement.arguments() < _verb.fewest || statement.arguments() > _verb.most)
+            throw ScriptError("\"" + _verb.description + "\" takes " + _verb.arguments);
+        _run(target, statement);
     }
-    int enumOptions(Target const&, Ko::ActBasicParam const&, Ko::Vector<Ko::LiString>& options) const override {
+    int enumOptions(Target const&, Statement const&, Ko::Vector<Ko::LiString>& options) const override {
         options.insert(options.end(), _options.begin(), _options.end());
         return static_cast<int>(_options.size());
     }
 
 private:
-    Statement parse(std::string const& input) const {
-        Statement statement{0, splitWords(input)};
-        statement.words.insert(statement.words.begin(), _verb.description);
-        if (statement.arguments() < _verb.fewest || statement.arguments() > _verb.most)
-            throw ScriptError("\"" + _verb.description + "\" takes " + _verb.arguments);
-        return statement;
-    }
-
     Place _place;
     Verb _verb;
     IsPossible _isPossible;
@@ -55,7 +52,7 @@ private:
     std::vector<Ko::LiString> _options;
 };
 
-/// Whether its document still has that layer.
-bool exists(LayerRef const& ref);
+/// Whether the document still contains the layer.
+[[nodiscard]] bool exists(LayerRef const& ref);
 
 } // namespace compositor

@@ -34,7 +34,7 @@ void Editor::setCanvas(Size canvas) {
 void Editor::addLayer(std::string const& name, Picture picture) {
     Layer layer{_document.newId(), name, {}};
     layer.placed.picture = std::make_shared<Picture const>(std::move(picture));
-    Document(_document).insert(0, layer);
+    _document.check(layer);
     execute(makeAddLayer(_document, std::move(layer)));
 }
 
@@ -49,56 +49,58 @@ Layer Editor::addCopy(Layer const& layer) {
     return copy;
 }
 
-void Editor::removeLayer(std::string const& name) {
-    execute(makeRemoveLayer(_document, _document.layer(name)));
+void Editor::removeLayer(LayerId id) {
+    execute(makeRemoveLayer(_document, _document.layer(id)));
 }
 
-void Editor::reorderLayer(std::string const& name, std::size_t index) {
-    Layer const& layer = _document.layer(name);
-    Document(_document).reorder(layer.id, index);
-    execute(makeReorderLayer(_document, layer, index));
+void Editor::reorderLayer(LayerId id, std::size_t index) {
+    _document.checkIndex(index);
+    execute(makeReorderLayer(_document, _document.layer(id), index));
 }
 
-void Editor::renameLayer(std::string const& name, std::string const& newName) {
-    Layer changed = _document.layer(name);
+void Editor::renameLayer(LayerId id, std::string const& newName) {
+    Layer changed = _document.layer(id);
+    std::string const description = "Rename " + changed.name;
     changed.name = newName;
-    change(std::move(changed), "Rename " + name);
+    change(std::move(changed), description);
 }
 
-void Editor::moveLayer(std::string const& name, int x, int y) {
-    Layer changed = _document.layer(name);
+void Editor::moveLayer(LayerId id, int x, int y) {
+    Layer changed = _document.layer(id);
     changed.placed.x = x;
     changed.placed.y = y;
-    change(std::move(changed), "Move " + name);
+    std::string const description = "Move " + changed.name;
+    change(std::move(changed), description);
 }
 
-void Editor::setOpacity(std::string const& name, float opacity) {
-    Layer changed = _document.layer(name);
+void Editor::setOpacity(LayerId id, float opacity) {
+    Layer changed = _document.layer(id);
     changed.placed.opacity = opacity;
-    change(std::move(changed), "Opacity of " + name);
+    std::string const description = "Opacity of " + changed.name;
+    change(std::move(changed), description);
 }
 
-void Editor::setPicture(std::string const& name, Picture picture, std::string const& description) {
-    Layer changed = _document.layer(name);
+void Editor::setPicture(LayerId id, Picture picture, std::string const& description) {
+    Layer changed = _document.layer(id);
     changed.placed.picture = std::make_shared<Picture const>(std::move(picture));
     change(std::move(changed), description);
 }
 
-void Editor::setBlend(std::string const& name, BlendMode blend) {
-    Layer changed = _document.layer(name);
+void Editor::setBlend(LayerId id, BlendMode blend) {
+    Layer changed = _document.layer(id);
     changed.placed.blend = blend;
-    change(std::move(changed), "Blend " + name);
+    std::string const description = "Blend " + changed.name;
+    change(std::move(changed), description);
 }
 
 void Editor::execute(Ko::RCShdPtr<Ko::CmCommand> const& command) {
-    // Joins the guard that is open, if any; the command's own description names the step otherwise.
+    // Part of the step of an open guard, if there is one; otherwise a step with the description of the command.
     Ko::CmUndoGuard guard(_history, command->getDescription());
     guard.execAndAddUndoCommand(command);
 }
 
-// Tried on a copy first: a change that the document refuses is told in words and never becomes a command.
 void Editor::change(Layer changed, std::string const& description) {
-    Document(_document).replace(changed);
+    _document.check(changed);
     execute(makeChangeLayer(_document, std::move(changed), description));
 }
 

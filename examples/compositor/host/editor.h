@@ -10,38 +10,40 @@
 
 namespace compositor {
 
-/// One open document and its history. Every edit is an undo step of its own, or part of the guard that is open around it.
+/// One open document and its history. Every edit is an undo step of its own, or part of the open guard.
 ///
-/// What an edit throws, `DocumentError` or `ImageError`, it throws before it changes anything. Between `Ko::InInitMgr`'s
-/// initialise and finalise, on the application thread.
+/// An edit that throws `DocumentError` or `ImageError` has changed nothing. To be used between the framework's initialisation
+/// and finalisation, on the application thread.
 class Editor {
 public:
     Editor() = default;
     Editor(Editor const&) = delete;
     Editor& operator=(Editor const&) = delete;
 
-    Document const& document() const { return _document; }
-    Ko::RCShdPtr<Ko::CmCommandStack> const& history() const { return _history; }
-    /// The selected layers, as `LayerItem`s; some may have been removed meanwhile.
-    Ko::RCShdPtr<Ko::SnSelection> const& selection() const { return _selection; }
+    [[nodiscard]] Document const& document() const { return _document; }
+    [[nodiscard]] Ko::RCShdPtr<Ko::CmCommandStack> const& history() const { return _history; }
+    /// The selected layers, as `LayerItem`s. The document may no longer contain some of them.
+    [[nodiscard]] Ko::RCShdPtr<Ko::SnSelection> const& selection() const { return _selection; }
     /// Executes a command as an undo step of its own, or as part of the guard that is open.
     void execute(Ko::RCShdPtr<Ko::CmCommand> const& command);
 
-    /// Opens a document in place of this one, with a history of its own, or adds a picture as a layer named `name`.
+    /// Replaces the document by that in the file and clears the history, or adds a picture file as a layer named `name`.
+    /// @throws DocumentError or ImageError naming the path and the reason.
     void open(std::filesystem::path const& path, std::string const& name);
 
     void setCanvas(Size canvas);
     void addLayer(std::string const& name, Picture picture);
-    /// Adds a layer like another one on top, of this document or not, under a name that is free. @returns it.
+    /// Adds a copy of a layer, which may belong to another document, on top, under a free name.
+    /// @returns the new layer.
     Layer addCopy(Layer const& layer);
-    void removeLayer(std::string const& name);
-    void reorderLayer(std::string const& name, std::size_t index);
-    void renameLayer(std::string const& name, std::string const& newName);
-    void moveLayer(std::string const& name, int x, int y);
-    void setOpacity(std::string const& name, float opacity);
-    /// @param description names the step.
-    void setPicture(std::string const& name, Picture picture, std::string const& description);
-    void setBlend(std::string const& name, BlendMode blend);
+    void removeLayer(LayerId id);
+    void reorderLayer(LayerId id, std::size_t index);
+    void renameLayer(LayerId id, std::string const& newName);
+    void moveLayer(LayerId id, int x, int y);
+    void setOpacity(LayerId id, float opacity);
+    /// @param description of the undo step.
+    void setPicture(LayerId id, Picture picture, std::string const& description);
+    void setBlend(LayerId id, BlendMode blend);
 
 private:
     void change(Layer changed, std::string const& description);

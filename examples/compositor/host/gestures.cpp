@@ -49,8 +49,8 @@ public:
 protected:
     bool showMenu(Entries entries, GePoint2<int> const&, Selection const&) override {
         std::map<std::string, std::string> groups;
-        for (; !entries.atEnd(); ++entries)
-            groups[entries->getGroup()] += lines(*entries, "  ");
+        for (ActRegistry::Entry const& entry : entries.elements())
+            groups[entry.getGroup()] += lines(entry, "  ");
         for (auto const& [group, text] : groups)
             _output << group << "\n" << text;
         return !groups.empty();
@@ -59,15 +59,15 @@ protected:
 private:
     static std::string lines(ActRegistry::Entry const& entry, std::string const& indent) {
         std::string text = indent + entry.getDescription() + nameOf(entry) + "\n";
-        for (Entries member = getMembers(entry); !member.atEnd(); ++member)
-            text += lines(*member, indent + "  ");
+        for (ActRegistry::Entry const& member : getMembers(entry).elements())
+            text += lines(member, indent + "  ");
         return text;
     }
 
     std::ostream& _output;
 };
 
-/// The list of layers as a user sees it: what he drags comes from there, and is dropped there.
+/// The list of layers in a user interface: source and sink of drags.
 class LayerList final : public DrSrcSink {
 public:
     LayerList(Editor& editor, std::vector<Layer> const& grabbed, Layer const& under)
@@ -101,10 +101,8 @@ void Gestures::select(std::vector<std::string> const& names) {
 std::vector<Layer> Gestures::selected() const {
     std::vector<Layer> layers;
     for (auto const& item : _editor.selection()->getItems()) {
-        std::uint64_t const id = SnItemConvert<LayerRef>::get(item).layer.id;
-        auto const& all = _editor.document().layers();
-        auto const found = std::ranges::find(all, id, &Layer::id);
-        if (found != all.end()) layers.push_back(*found);
+        LayerId const id = SnItemConvert<LayerRef>::get(item).layer.id;
+        if (_editor.document().contains(id)) layers.push_back(_editor.document().layer(id));
     }
     return layers;
 }
@@ -151,12 +149,10 @@ void Gestures::dragAlong(std::string const& name, std::vector<Point> const& path
         CmUndoGuard const guard(_editor.history(), "Drag " + name, grouped ? PiExecParam::NOT_TRANSITION : transition);
         work();
     };
-    std::vector<Layer> const dragged{_editor.document().layer(name)};
+    LayerId const dragged = _editor.document().layer(name).id;
     guarded(PiExecParam::BEGIN_TRANSITION, [] {});
     for (Point const point : path)
-        guarded(PiExecParam::TRANSITION, [&] {
-            EditActions::perform(_editor, "Move", dragged, {std::to_string(point.x), std::to_string(point.y)});
-        });
+        guarded(PiExecParam::TRANSITION, [&] { _editor.moveLayer(dragged, point.x, point.y); });
     guarded(PiExecParam::END_TRANSITION, [] {});
 }
 

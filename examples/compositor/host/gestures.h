@@ -8,32 +8,32 @@
 
 namespace compositor {
 
-/// What a user does with the mouse and the clipboard: each is one step of the history that can be undone.
+/// Operations with the mouse and the clipboard. Each edit is one undo step.
 class Gestures {
 public:
     explicit Gestures(Editor& editor) : _editor(editor) {}
 
-    /// Selects these layers and no others; none at all clears the selection.
+    /// Selects these layers only. Without names, clears the selection.
     void select(std::vector<std::string> const& names);
-    /// The selected layers that the document still has, as they are now.
-    std::vector<Layer> selected() const;
-    /// Shows the actions that are valid for the selected layers, or for the document when there are none; by group,
-    /// composites with their members below them.
+    /// The selected layers that the document still contains, in their current state.
+    [[nodiscard]] std::vector<Layer> selected() const;
+    /// Writes the actions that are valid for the selected layers, or for the document when none is selected, by group. Members
+    /// of a composite are indented below it.
     void showMenu(std::ostream& output) const;
 
     /// @throws ScriptError when nothing is selected.
     void copy();
     void cut();
-    /// @throws ScriptError when nothing was copied or cut.
+    /// @throws ScriptError when the clipboard is empty.
     void paste();
     struct Point {
         int x;
         int y;
     };
-    /// Drags a layer along a path: one long transaction, and one undo step, of as many guards as there are points. Inside a
-    /// group it is part of that.
+    /// Drags a layer along a path: one long transaction with a guard for each point, and one undo step. Inside a group it
+    /// is part of the step of that group.
     void dragAlong(std::string const& name, std::vector<Point> const& path);
-    /// Drags layers and drops them on another one. @throws ScriptError when nothing takes them there.
+    /// Drags layers and drops them on another one. @throws ScriptError when the target does not accept them.
     void drag(std::vector<std::string> const& names, std::string const& target);
 
 private:

@@ -13,20 +13,20 @@
 
 namespace compositor {
 
-/// Runs the script language on an editor: results go to one stream, errors with their place to another. What takes long
-/// becomes a job, and the script goes on meanwhile.
+/// Runs the script language on an editor. Results are written to one stream, errors with file and line to another. Rendering,
+/// saving and external programs become jobs, and the script continues while they run.
 class Interpreter {
 public:
     Interpreter(Editor& editor, Jobs& jobs, PlugIns const& plugIns, std::ostream& output, std::ostream& errors)
         : _editor(editor), _gestures(editor), _jobs(jobs), _plugIns(plugIns), _output(output), _errors(errors) {}
 
-    /// Runs a whole script, and waits for the jobs that it has started. It is read to its end first: one with a group that
-    /// does not end changes nothing.
-    /// @param name stands before the line in error messages.
-    /// @returns whether all went well; the first error, also of a job, ends it.
+    /// Runs a whole script, and waits for the jobs that it has started. Reads all of it first, so that a script with a missing
+    /// "end" changes nothing. The first error, also of a job, ends the script.
+    /// @param name for error messages, before the line.
+    /// @returns whether there was no error.
     bool runScript(std::istream& script, std::string const& name);
 
-    /// Runs what a person types, with a prompt before each line, and goes on after errors.
+    /// Runs the lines of a terminal, with a prompt before each, and continues after errors.
     void runTerminal(std::istream& terminal);
 
     /// One word of the language.
@@ -37,15 +37,15 @@ public:
         std::size_t mostArguments;
         bool insideGroups;
         void (*run)(Interpreter& self, Statement const& statement);
-        /// What "help WORD" shows below the usage: lines.
+        /// More lines for "help WORD".
         char const* details = "";
     };
-    static std::vector<Word> const& words();
+    [[nodiscard]] static std::vector<Word> const& words();
     /// @throws ScriptError when there is no such word.
-    static Word const& wordOf(std::string const& name);
+    [[nodiscard]] static Word const& wordOf(std::string const& name);
 
 private:
-    /// The next statement; none at the end.
+    /// The next statement; nothing at the end.
     using Source = std::function<std::optional<Statement>()>;
 
     void run(std::string const& name, bool stopsAtErrors, Source source);
@@ -74,6 +74,9 @@ private:
     void exportPicture(Statement const& statement);
     void echo(Statement const& statement);
     void help(Statement const& statement);
+    [[noreturn]] void quit();
+
+    static std::vector<Word> const _words;
 
     Editor& _editor;
     Gestures _gestures;

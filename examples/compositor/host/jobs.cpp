@@ -1,17 +1,11 @@
 #include "host/jobs.h"
 
 #include "base/evEventManager.h"
-#include "document/documentFile.h"
-#include "framework/bgTask/bgEx.h"
-#include "framework/bgTask/bgProcess.h"
-#include "image/atomicFile.h"
 #include "resmgt/msgServer.h"
 #include "script/script.h"
-#include "text/commandLine.h"
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <ostream>
 
 namespace compositor {
@@ -20,84 +14,6 @@ namespace {
 
 using Ko::RCShdPtr;
 using State = Ko::BgJobHintChangeState;
-
-/// Work that writes a file.
-class FileProtocol final : public Ko::BgJobProtocol {
-public:
-    using Work = std::function<void(Progress const& progress)>;
-
-    FileProtocol(std::string const& type, std::filesystem::path const& path, Work work)
-        : BgJobProtocol(type + " " + path.filename().string(), type), _work(std::move(work)) {}
-
-    void execute() override {
-        try {
-            _work([this](int done, int total) {
-                reportProgress(done, total);
-                return continueExecution();
-            });
-        } catch (std::exception const& error) {
-            throw Ko::BgEx::ExBgTaskFailed("compositor/host/jobs.cpp", __LINE__, error.what());
-        }
-    }
-
-private:
-    Work _work;
-};
-
-/// An external program, with something to be done before and after it.
-class ProgramProtocol : public Ko::BgProcess {
-public:
-    ProgramProtocol(std::string const& type, std::string const& name, std::string const& commandLine,
-        std::vector<std::string> const& environment, LineSink sink)
-        : BgProcess(type + " " + name, commandLine, type), _sink(std::move(sink)) {
-        for (std::string const& entry : environment) {
-            std::size_t const separator = entry.find('=');
-            if (separator == std::string::npos || separator == 0)
-                throw ScriptError("\"" + entry + "\" does not define a variable; write NAME=VALUE");
-            addEnvironmentVariable(entry.substr(0, separator), entry.substr(separator + 1));
-        }
-    }
-
-protected:
-    void processOutputString(std::string const& line) override { _sink(line); }
-    void processErrorString(std::string const& line) override { _sink(line); }
-
-private:
-    LineSink _sink;
-};
-
-class ExportProtocol final : public ProgramProtocol {
-public:
-    ExportProtocol(Renderer renderer, std::filesystem::path const& path, std::filesystem::path picture,
-        std::string const& commandLine, LineSink sink)
-        : ProgramProtocol("export", path.filename().string(), commandLine, {}, std::move(sink)),
-          _renderer(std::move(renderer)), _picture(std::move(picture)) {}
-
-    void execute() override {
-        struct Removal {
-            std::filesystem::path const& path;
-            ~Removal() {
-                std::error_code ignored;
-                std::filesystem::remove(path, ignored);
-            }
-        } const removal{_picture};
-        if (render()) ProgramProtocol::execute();
-    }
-
-private:
-    // Half of the work, as far as anybody can tell.
-    bool render() try {
-        return _renderer.renderToFile(_picture, [this](int done, int total) {
-            reportProgress(done, 2 * total);
-            return continueExecution();
-        });
-    } catch (std::exception const& error) {
-        throw Ko::BgEx::ExBgTaskFailed("compositor/host/jobs.cpp", __LINE__, error.what());
-    }
-
-    Renderer _renderer;
-    std::filesystem::path _picture;
-};
 
 std::string percent(float progress) {
     return std::isfinite(progress) ? std::to_string(std::lround(progress * 100.0f)) + "%" : "?";
@@ -133,29 +49,6 @@ std::string nameOf(State::JobState_t state) {
 
 } // namespace
 
-Ko::OPtr<Ko::BgJobProtocol> makeRenderProtocol(Document const& document, std::filesystem::path const& path) {
-    return std::make_unique<FileProtocol>("render", path,
-        [renderer = document.renderer(), path](Progress const& progress) { renderer.renderToFile(path, progress); });
-}
-
-Ko::OPtr<Ko::BgJobProtocol> makeSaveProtocol(Document const& document, std::filesystem::path const& path) {
-    return std::make_unique<FileProtocol>(
-        "save", path, [document, path](Progress const& progress) { saveDocument(document, path, progress); });
-}
-
-Ko::OPtr<Ko::BgJobProtocol> makeRunProtocol(
-    std::string const& commandLine, std::vector<std::string> const& environment, LineSink sink) {
-    return std::make_unique<ProgramProtocol>(
-        "run", commandLine.substr(0, commandLine.find(' ')), commandLine, environment, std::move(sink));
-}
-
-Ko::OPtr<Ko::BgJobProtocol> makeExportProtocol(
-    Document const& document, std::filesystem::path const& path, std::string const& commandLine, LineSink sink) {
-    std::filesystem::path const picture = temporaryPathBeside(path, ".png");
-    std::string const command = fillIn(commandLine, {{"%o", path.string()}, {"%f", picture.string()}});
-    return std::make_unique<ExportProtocol>(document.renderer(), path, picture, command, std::move(sink));
-}
-
 Jobs::Jobs(std::ostream& output, std::ostream& errors, Bars bars) : _output(output), _errors(errors), _bars(bars) {
     Ko::EvEventManager::getInstance().setWakeUpHandler([this] { _awake.set(); });
     Ko::MsgProtocol::setHandler([this](Ko::Msg const& message) { showError(message.getText()); });
@@ -173,7 +66,7 @@ void Jobs::submit(std::string place, Ko::OPtr<Ko::BgJobProtocol> protocol) {
     std::string title = "job " + std::to_string(number) + " (" + protocol->getJobName() + ")";
     auto const job = Ko::BgJob::create(std::move(protocol));
     _entries[number] = {std::move(place), job, std::move(title)};
-    // Before the manager: what this knows of a failure comes before its message.
+    // Observe the job before the manager does: the place of a failure must be known before its message is displayed.
     job->attachObserver(this);
     Ko::BgManager::getInstance().addJob(job);
 }
@@ -223,7 +116,7 @@ void Jobs::wait() {
         if (!isAnyRunning()) break;
         _awake.wait();
     }
-    // A worker may still be about to post the message of a job that has failed; it has when the protocol is free.
+    // The message of a failed job is posted before its protocol can be released, so no message is missing afterwards.
     for (auto const& [number, entry] : _entries)
         entry.job->releaseProtocol();
     update();
@@ -244,7 +137,7 @@ bool Jobs::takeFailure() {
     return std::exchange(_hasFailed, false);
 }
 
-// On the thread that changes the job.
+// Called on the thread that changes the job.
 void Jobs::update(Ko::ObObserver<Ko::BgJobTag> const*, Ko::ObHints const& hints) {
     Ko::EvEventManager& events = Ko::EvEventManager::getInstance();
     if (auto const change = hints.pickHint<State>())
@@ -305,7 +198,7 @@ void Jobs::drawBars() {
     _output << std::flush;
 }
 
-// Leaves the cursor where the first bar was.
+// Leaves the cursor at the first bar.
 void Jobs::eraseBars() {
     if (_barsDrawn > 0) _output << "\x1b[" << std::exchange(_barsDrawn, 0) << "A\x1b[J" << std::flush;
 }

@@ -4,7 +4,6 @@
 #include "internalAPI/snItemBasic.h"
 #include "internalAPI/snItemConvert.h"
 
-#include <cstdint>
 #include <functional>
 #include <ostream>
 
@@ -12,8 +11,8 @@ namespace compositor {
 
 class Editor;
 
-/// A layer of an editor's document, as it was when the item was made: what is selected, dragged and copied. Two are the same
-/// layer by editor and id, whatever has changed since.
+/// A layer of an editor's document, with a copy of the layer as it was when the item was created. Used in selections, drags
+/// and the clipboard. Equality compares editor and id only.
 struct LayerRef {
     Editor* editor;
     Layer layer;
@@ -32,7 +31,7 @@ inline std::ostream& operator<<(std::ostream& stream, LayerRef const& ref) {
 template <>
 struct std::hash<compositor::LayerRef> {
     std::size_t operator()(compositor::LayerRef const& ref) const noexcept {
-        return std::hash<std::uint64_t>()(ref.layer.id);
+        return std::hash<compositor::LayerId>()(ref.layer.id);
     }
 };
 

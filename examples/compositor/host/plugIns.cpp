@@ -17,7 +17,7 @@ using namespace Ko;
 
 constexpr char const* types[] = {"op", "gen"};
 
-/// Notes which files are opened, and which of them the framework says to have failed.
+/// Records the opened files, and the failures that the framework reports.
 class Notes final : public PimUtils::Callback {
 public:
     Notes(std::map<std::string, std::string>& failures, std::ostream& errors) : _failures(failures) {
@@ -62,11 +62,11 @@ void PlugIns::list(std::ostream& output) const {
         output << directory.getPath() << "\n";
         for (char const* const type : types)
             for (OsFilePath const& path : findFiles(directory, type))
-                output << "  " << path.getFileName().getPath() << ": " << fateOf(path) << "\n";
+                output << "  " << path.getFileName().getPath() << ": " << stateOf(path) << "\n";
     }
 }
 
-std::string PlugIns::fateOf(Ko::OsFilePath const& path) const {
+std::string PlugIns::stateOf(Ko::OsFilePath const& path) const {
     auto const opened = _failures.find(path.getPath());
     if (opened != _failures.end()) return opened->second.empty() ? "loaded" : "failed: " + opened->second;
     if (!isLibrary(path)) return "not a library";

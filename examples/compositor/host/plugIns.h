@@ -8,19 +8,19 @@
 
 namespace compositor {
 
-/// The host's plug-ins: operators (`*.op.so`) and generators (`*.gen.so`) from the plug-in directories. One a process, made
-/// before what sets a handler for messages, such as `Jobs`: it has one of its own while it loads.
+/// The plug-ins of the host: operators (`*.op.so`) and generators (`*.gen.so`) in the plug-in directories. One object per
+/// process, created before `Jobs`: both set the handler for messages, this class only while it loads.
 class PlugIns {
 public:
-    /// Loads them. One that fails is told in a line on `errors`; the others are loaded all the same.
+    /// Loads the plug-ins. Writes a line to `errors` for each that fails, and continues with the others.
     explicit PlugIns(std::ostream& errors);
-    /// The directories, and what became of each file there that has the name of a plug-in.
+    /// Writes the directories, and the state of each file in them that has the name of a plug-in.
     void list(std::ostream& output) const;
 
 private:
-    std::string fateOf(Ko::OsFilePath const& path) const;
+    std::string stateOf(Ko::OsFilePath const& path) const;
 
-    // By path, of those that were opened: why they failed; nothing when they did not.
+    // For each opened file the reason of its failure, or an empty text.
     std::map<std::string, std::string> _failures;
 };
 

@@ -19,7 +19,7 @@ fs::path folderOf(fs::path const& path) {
     return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
-// The file that a path leads to, which need not exist.
+// The target of a chain of symbolic links. It need not exist.
 fs::path followLinks(fs::path path) {
     std::error_code error;
     for (int links = 0; links < mostLinks && fs::is_symlink(fs::symlink_status(path, error)); ++links) {
@@ -58,7 +58,7 @@ AtomicFile::~AtomicFile() {
     if (!_temporary.empty()) fs::remove(_temporary, ignored);
 }
 
-// With a name only where the system has no files without one, or no way to name them later.
+// The file gets a name at once if the system cannot create files without one, or cannot name them later.
 void AtomicFile::open() {
     constexpr mode_t mode = 0666;
     int descriptor = ::open(folderOf(_path).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode);

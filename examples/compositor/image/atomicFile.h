@@ -10,26 +10,26 @@
 
 namespace compositor {
 
-/// A path in the same folder that neither exists nor is used by another process: that of the file, a random number and
-/// `extension`.
+/// An unused path in the same folder: `path`, a random number and `extension`.
 [[nodiscard]] std::filesystem::path temporaryPathBeside(
     std::filesystem::path const& path, std::string const& extension);
 
-/// A file that is written whole or not at all. It replaces the file that is there, keeps its permissions, and follows symbolic
-/// links. Until `commit` it has no name where the file system allows that, so that a killed process leaves nothing.
+/// A new version of a file, which replaces the file as a whole or not at all. Keeps the permissions of the file, and follows
+/// symbolic links. Where the file system allows it, the new version has no name before `commit`, so that a killed process
+/// leaves no file.
 class AtomicFile {
 public:
     /// @throws ImageError naming the path and the system's reason, here and below.
     explicit AtomicFile(std::filesystem::path path);
-    /// Without `commit`, the old file stays as it was.
+    /// Without `commit`, the old version stays.
     ~AtomicFile();
     AtomicFile(AtomicFile const&) = delete;
     AtomicFile& operator=(AtomicFile const&) = delete;
 
     void write(std::span<std::byte const> bytes);
-    /// Overwrites from the begin.
+    /// Continues at the start of the file, to overwrite its first bytes.
     void rewind();
-    /// Puts the file in its place when all of it is on the disk.
+    /// Waits until the content is on the disk, then replaces the file.
     void commit();
 
 private:

@@ -15,7 +15,8 @@ double toLinear(double srgb) {
 
 constexpr int cells = 4096;
 
-// `light` by value; `above` by value: the light half way to the next value; `guess` by cell: the value at its lower end.
+// For each value: `light`, and `above`, the light halfway to the next value. For each cell of light: `guess`, the value at its
+// lower end.
 struct Tables {
     Tables() {
         for (std::size_t value = 0; value < light.size(); ++value) {

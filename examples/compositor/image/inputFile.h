@@ -8,9 +8,9 @@
 
 namespace compositor {
 
-/// A file that is read from its begin.
+/// A file that is read from its start.
 struct InputFile {
-    /// Opens an ordinary file; devices and pipes, which may never end, are refused.
+    /// Opens a regular file. Refuses devices and pipes, which may be endless.
     /// @throws ImageError naming the path and the reason.
     explicit InputFile(std::filesystem::path const& path);
 

@@ -10,7 +10,7 @@
 
 namespace compositor {
 
-/// What is wrong with a picture or its file, in words for a person.
+/// A fault of a picture or its file. The message is for users.
 class ImageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -30,21 +30,25 @@ struct Size {
     int height = 0;
     bool operator==(Size const&) const = default;
 
-    std::size_t pixels() const { return static_cast<std::size_t>(width) * static_cast<std::size_t>(height); }
+    [[nodiscard]] std::size_t pixels() const {
+        return static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    }
 };
 
-/// @throws ImageError unless both sides lie in 1 to 65535 and there are at most 2^28 pixels.
+/// @throws ImageError unless both sides are from 1 to 65535 and there are at most 2^28 pixels.
 void checkSize(Size size);
 
-/// 8-bit sRGB pixels with straight alpha, in rows from top to bottom. Not changed any more once it is shared.
+/// 8-bit sRGB pixels with straight alpha, in rows from top to bottom. A shared picture never changes.
 class Picture {
 public:
     /// Transparent black. @throws ImageError as `checkSize`.
     explicit Picture(Size size);
 
-    Size size() const { return _size; }
-    std::span<Colour> row(int y) { return {&_pixels[offset(y)], static_cast<std::size_t>(_size.width)}; }
-    std::span<Colour const> row(int y) const { return {&_pixels[offset(y)], static_cast<std::size_t>(_size.width)}; }
+    [[nodiscard]] Size size() const { return _size; }
+    [[nodiscard]] std::span<Colour> row(int y) { return {&_pixels[offset(y)], static_cast<std::size_t>(_size.width)}; }
+    [[nodiscard]] std::span<Colour const> row(int y) const {
+        return {&_pixels[offset(y)], static_cast<std::size_t>(_size.width)};
+    }
     bool operator==(Picture const&) const = default;
 
 private:

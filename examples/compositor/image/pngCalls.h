@@ -9,11 +9,11 @@
 
 namespace compositor {
 
-/// Calls into libpng, which reports errors by jumping. Every call goes through `run`, whose frames hold nothing that needs
-/// destruction; callbacks go through `keep`, which no exception leaves.
+/// Calls into libpng, which reports errors by `longjmp`. `run` makes the calls; its frames have no objects with destructors.
+/// Callbacks use `keep`, since no exception may pass through libpng.
 class PngCalls {
 public:
-    /// @throws ImageError with the message of libpng, or what a callback has thrown.
+    /// @throws ImageError with the message of libpng, or the exception of a callback.
     template <class Call>
     void run(png_structp png, Call const call) {
         if (succeeds(png, call)) return;
@@ -21,7 +21,8 @@ public:
         throw ImageError(_message);
     }
 
-    /// For a callback; the error pointer of `png` is a `PngCalls`. Jumps when `work` throws.
+    /// Runs the work of a callback. When it throws, keeps the exception and leaves libpng. The error pointer of `png` must be
+    /// a `PngCalls`.
     template <class Work>
     static void keep(png_structp png, Work const& work) {
         auto* const calls = static_cast<PngCalls*>(png_get_error_ptr(png));

@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::size_t signatureLength = 8;
 
-// Deflate makes at most 258 bytes of 2 bits.
-constexpr std::uint64_t mostBytesOfOne = 1032;
+// The best compression of deflate: 258 bytes in 2 bits.
+constexpr std::uint64_t bestCompression = 1032;
 
 /// Decodes one picture of a stream.
 class PngDecoder {
@@ -34,7 +34,7 @@ public:
         readRows(picture);
         return picture;
     }
-    /// Bytes of the picture that were not read.
+    /// The number of bytes that have not been read.
     std::uint64_t left() const { return _left; }
 
 private:
@@ -48,18 +48,18 @@ private:
         _size = {
             static_cast<int>(png_get_image_width(_png, _info)), static_cast<int>(png_get_image_height(_png, _info))};
     }
-    // Of what describes a picture only its gamma is needed; texts could take much memory.
+    // Ignores all chunks that describe the picture, except for its gamma: long texts would take much memory.
     void skipTexts() {
         png_set_keep_unknown_chunks(_png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
         png_set_keep_unknown_chunks(
             _png, PNG_HANDLE_CHUNK_AS_DEFAULT, reinterpret_cast<png_const_bytep>("gAMA\0sRGB"), 2);
     }
-    // Before memory is taken for the pixels: so few bytes cannot hold so many.
+    // Called before memory is allocated for the pixels.
     void checkLength() const {
         checkSize(_size);
         std::uint64_t const content =
             std::uint64_t{png_get_rowbytes(_png, _info)} * static_cast<std::uint64_t>(_size.height);
-        if (content / mostBytesOfOne > _left)
+        if (content / bestCompression > _left)
             throw ImageError("the PNG picture is cut off: it is too short for " + std::to_string(_size.width) + " x " +
                              std::to_string(_size.height) + " pixels");
     }

@@ -9,8 +9,8 @@ namespace compositor {
 
 namespace {
 
-/// Encodes one picture. Speed counts more than size: only runs are searched for, in the differences of neighbours, or of
-/// rows where two rows are equal. Photographs get no larger by that.
+/// Encodes one picture. Prefers speed to size: the compression searches for runs of equal bytes only, in the differences of
+/// neighbouring pixels, or of neighbouring rows if these are equal. For photographs the files are no larger.
 class PngEncoder {
 public:
     PngEncoder(Size size, int colourType, ByteSink const& sink) : _sink(sink) {
@@ -39,7 +39,7 @@ public:
         bool const isRepeated = _hasPrevious && std::equal(_previous.begin(), _previous.end(), samples);
         int const filter = isRepeated ? PNG_FILTER_UP : PNG_FILTER_SUB;
         run([this, samples, filter] {
-            // The library prepares for the filters of the first row only.
+            // libpng allocates memory for the filters that are set before the first row.
             if (_hasPrevious) png_set_filter(_png, PNG_FILTER_TYPE_BASE, filter);
             png_write_row(_png, samples);
         });
@@ -73,7 +73,7 @@ std::uint8_t const* samplesOf(std::span<Colour const> row) {
     return reinterpret_cast<std::uint8_t const*>(row.data());
 }
 
-// What all pixels of a picture have in common.
+// Properties of all pixels of a picture.
 struct Common {
     bool isGrey = true;
     bool isOpaque = true;
@@ -84,7 +84,7 @@ struct Common {
 };
 
 Common commonOf(Picture const& picture) {
-    // Collected in bits, so that the loop has no branches.
+    // Differences are collected in bits: the loop has no branches.
     std::uint8_t difference = 0, opaque = 0xFF;
     for (int y = 0; y < picture.size().height; ++y)
         for (Colour const& colour : picture.row(y)) {
@@ -95,7 +95,7 @@ Common commonOf(Picture const& picture) {
     return {difference == 0, opaque == 0xFF};
 }
 
-// Stores the samples that a picture's pixels do not have in common.
+// Packs the samples that need to be stored.
 void pack(std::span<Colour const> row, Common common, std::uint8_t* next) {
     for (Colour const& colour : row) {
         *next++ = colour.red;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::array<char const*, 4> modeNames{"over", "add", "multiply", "screen"};
 
-// The source over the destination: one channel each, and both alphas.
+// The blend modes: one channel of the source and of the destination, and both alphas.
 float over(float source, float destination, float sourceAlpha, float) {
     return source + destination * (1.0f - sourceAlpha);
 }
@@ -39,7 +39,7 @@ void blendRow(std::span<Colour const> source, float opacity, Light* destination,
 }
 
 void blendRow(BlendMode mode, std::span<Colour const> source, float opacity, Light* destination) {
-    // Each mode's loop is compiled for itself.
+    // A loop for each mode, so that the compiler can optimise each of them.
     switch (mode) {
     case BlendMode::Over:
         return blendRow(source, opacity, destination, [](auto... values) { return over(values...); });
@@ -52,13 +52,13 @@ void blendRow(BlendMode mode, std::span<Colour const> source, float opacity, Lig
     }
 }
 
-/// The tiles from the left to the right border of the canvas that the file is about to need.
+/// One row of tiles, over the whole width of the canvas. Rendered when its first row of pixels is read.
 class Band {
 public:
     Band(Renderer const& renderer, Size canvas, Progress const& progress)
         : _renderer(renderer), _canvas(canvas), _progress(progress) {}
 
-    /// Copies a row, in the order from top to bottom. @returns false when the rendering was stopped.
+    /// Copies a row of pixels. Rows must be read from top to bottom. @returns false when the rendering was stopped.
     bool read(int y, std::span<Colour> row) {
         int const inBand = y % tileSize;
         if (inBand == 0 && !render(y)) return false;
@@ -117,7 +117,7 @@ Renderer::Renderer(Size canvas, std::vector<PlacedPicture> layers) : _canvas(can
 void Renderer::renderRow(int x, int y, std::span<Colour> pixels) const {
     std::vector<Light> composed(pixels.size());
     for (PlacedPicture const& layer : _layers) {
-        // In 64 bits: a layer may lie anywhere.
+        // In 64 bits, since a layer may have any position.
         std::int64_t const sourceY = std::int64_t{y} - layer.y;
         std::int64_t const layerX = std::int64_t{layer.x} - x;
         Size const size = layer.picture->size();

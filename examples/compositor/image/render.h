@@ -10,11 +10,11 @@
 
 namespace compositor {
 
-/// How a layer is laid over what lies below it.
+/// How a layer is combined with the layers below it.
 ///
-/// In the formulas, s is a channel of the layer and d that of what lies below it, both in linear light and multiplied by their
-/// alphas, a and b; a is the layer's own alpha times its opacity. The resulting alpha follows from the same formula, with a
-/// in place of s and b in place of d.
+/// In the formulas, s is a channel of the layer and d the same channel of the layers below, both in linear light and multiplied
+/// by their alphas a and b, where a is the layer's own alpha times its opacity. The resulting alpha follows from the same
+/// formula, with a in place of s and b in place of d.
 enum class BlendMode {
     Over,     ///< s + d (1 - a)
     Add,      ///< min(1, s + d)
@@ -22,11 +22,11 @@ enum class BlendMode {
     Screen,   ///< s + d - s d
 };
 
-std::string toString(BlendMode mode);
-/// @throws ImageError naming the modes that there are.
-BlendMode blendModeOf(std::string const& name);
+[[nodiscard]] std::string toString(BlendMode mode);
+/// @throws ImageError that lists the modes.
+[[nodiscard]] BlendMode blendModeOf(std::string const& name);
 
-/// A picture where it is to lie on the canvas; any part may lie outside.
+/// A picture and its place on the canvas. It may be partly or completely outside.
 struct PlacedPicture {
     SharedPicture picture;
     int x = 0;
@@ -35,20 +35,21 @@ struct PlacedPicture {
     BlendMode blend = BlendMode::Over;
 };
 
-/// Is told how many steps of how many are done; returns false to stop.
+/// Receives the number of completed steps and of all steps; returns false to stop.
 using Progress = std::function<bool(int done, int total)>;
 
-/// Composites pictures, the lowest first, over a transparent canvas: premultiplied, in linear light, tile by tile. Parts may
-/// be rendered in any order and on several threads at once.
+/// Composites pictures, the lowest first, over a transparent canvas: premultiplied, in linear light, tile by tile. Any number
+/// of threads may use a renderer at the same time.
 class Renderer {
 public:
     /// @throws ImageError as `checkSize`.
     Renderer(Size canvas, std::vector<PlacedPicture> layers);
 
-    /// Renders the pixels from (x, y) to the right.
+    /// Renders a part of the row `y` that starts at `x`.
     void renderRow(int x, int y, std::span<Colour> pixels) const;
 
-    /// @returns false when it was stopped; no file is written then. @throws ImageError naming the path and the reason.
+    /// Renders into a PNG file.
+    /// @returns false when `progress` stopped it; no file is written then. @throws ImageError naming the path and the reason.
     bool renderToFile(std::filesystem::path const& path, Progress const& progress = {}) const;
 
 private:

@@ -9,7 +9,7 @@ namespace {
 
 constexpr int largestSide = 65535;
 
-// The statement without the name and the size that come first.
+// Removes the name and the size, which come first.
 Statement ownArguments(Statement input) {
     input.words.erase(input.words.begin() + 1, input.words.begin() + 4);
     return input;
@@ -20,7 +20,7 @@ Statement ownArguments(Statement input) {
 Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Operator apply) {
     auto const run = [apply](LayerRef const& ref, Statement const& input) {
         Layer const& layer = ref.editor->document().layer(ref.layer.id);
-        ref.editor->setPicture(layer.name, apply(*layer.placed.picture, input), input.word() + " " + layer.name);
+        ref.editor->setPicture(layer.id, apply(*layer.placed.picture, input), input.word() + " " + layer.name);
     };
     return std::make_unique<Edit<LayerRef>>(Edit<LayerRef>::Place{"Operators"}, verb, exists, run);
 }

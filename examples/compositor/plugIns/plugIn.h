@@ -11,33 +11,35 @@
 
 namespace compositor {
 
-/// What an action is called, and what it takes.
+/// The description of an action and the arguments that it takes.
 struct Verb {
     std::string description;
-    std::string arguments; ///< As a message tells them: "a radius in pixels", "nothing".
+    std::string arguments; ///< For messages: "a radius in pixels", "nothing".
     std::size_t fewest;
     std::size_t most;
 };
 
-/// Makes another picture of a layer's. @param input its word is the description; the arguments follow. What it throws is
-/// told to the user: ScriptError for an argument, ImageError for a picture that cannot be made. The layer stays as it was then.
+/// Makes a new picture from that of a layer.
+/// @param input the description of the action and the arguments.
+/// @throws ScriptError for a wrong argument, ImageError for a picture that cannot be made. The user sees the message, and the
+/// layer is unchanged.
 using Operator = Picture (*)(Picture const& picture, Statement const& input);
 
-/// Makes the picture of a new layer. @param input without the name and size of the layer.
+/// Makes the picture of a new layer. Throws like an `Operator`.
+/// @param input the description of the action and the arguments after the name and size of the layer.
 using Generator = Picture (*)(Size size, Statement const& input);
 
-/// An action on layers, in the group "Operators": one undo step for all that are selected.
-Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Operator apply);
-/// An action on the document, in the group "Generators". Before the generator's own arguments it takes the new layer's name,
-/// width and height.
-Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Generator make);
+/// An action on layers, in the group "Operators".
+[[nodiscard]] Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Operator apply);
+/// An action on the document, in the group "Generators". Its first arguments are the name, width and height of the new layer.
+[[nodiscard]] Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Generator make);
 
-/// The package of a plug-in with one action, which is registered while the package is initialised. A static object:
+/// The package of a plug-in with one action, which is registered while the package is initialised. Define one static object:
 ///
 ///     struct InvertTag {};
 ///     compositor::PlugIn<InvertTag> package("invert", {"Invert", "nothing", 0, 0}, invert);
 ///
-/// An operator's file is named `<name>.op.so`, a generator's `<name>.gen.so`.
+/// The file of an operator is named `<name>.op.so`, a generator's `<name>.gen.so`.
 template <class Tag>
 class PlugIn final : public Ko::InInit<Tag> {
 public:

@@ -13,8 +13,8 @@ namespace {
 constexpr char const* blanks = " \t\r";
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-// The text between quotation marks; `index` goes from the first to behind the second.
-std::string quoted(std::string const& line, std::size_t& index) {
+// Reads the text between quotation marks. Moves `index` from the opening mark to the character after the closing one.
+std::string readQuoted(std::string const& line, std::size_t& index) {
     std::string text;
     for (++index; index < line.size() && line[index] != '"'; ++index) {
         if (line[index] == '\\' && index + 1 < line.size()) ++index;
@@ -45,13 +45,17 @@ float Statement::number(std::size_t index, float minimum, float maximum) const {
     return parse(words[index], minimum, maximum, "number");
 }
 
+std::string quoted(std::string const& text) {
+    return "\"" + text + "\"";
+}
+
 std::vector<std::string> splitWords(std::string const& line) {
     std::vector<std::string> words;
     for (std::size_t index = line.find_first_not_of(blanks); index < line.size();
          index = line.find_first_not_of(blanks, index)) {
         if (line[index] == '#') break;
         if (line[index] == '"') {
-            words.push_back(quoted(line, index));
+            words.push_back(readQuoted(line, index));
             continue;
         }
         std::size_t const end = std::min(line.find_first_of(blanks, index), line.size());

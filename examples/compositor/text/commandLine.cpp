@@ -19,7 +19,6 @@ std::string escaped(
     return result;
 }
 
-// For a place inside single quotes.
 std::string inSingleQuotes(std::string_view text) {
     return escaped(text, "'", "'\\", "'");
 }
@@ -34,7 +33,7 @@ std::string asWord(std::string_view text) {
     return isPlain ? std::string(text) : "'" + inSingleQuotes(text) + "'";
 }
 
-/// Reads a command line from its begin to its end.
+/// Copies a command line from start to end.
 class Filler {
 public:
     Filler(std::string_view commandLine, std::vector<Placeholder> const& placeholders)
@@ -47,7 +46,7 @@ public:
     }
 
 private:
-    // A placeholder that is all that stands between quotation marks is a word as well.
+    // Quoted text that is only a placeholder, as in '%f', is no text for a shell.
     bool fillInQuoted() {
         char const first = _rest.front();
         if (_quote != '\0' || (first != '\'' && first != '"')) return false;

@@ -11,8 +11,8 @@ struct Placeholder {
     std::string value;
 };
 
-/// Replaces the placeholders in a command line by their values, each as one word. Inside the quoted text of another command,
-/// as in "sh -c 'cp %f copy'", the value is one word for the shell that reads this text.
+/// Replaces placeholders in a command line by their values. A value becomes one word, quoted if necessary. Inside quoted text,
+/// as in "sh -c 'cp %f copy'", it becomes one word for the shell that will parse this text.
 [[nodiscard]] std::string fillIn(std::string_view commandLine, std::vector<Placeholder> const& placeholders);
 
 } // namespace compositor

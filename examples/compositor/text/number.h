@@ -7,7 +7,7 @@
 
 namespace compositor {
 
-/// The number that the whole text stands for, whatever the locale. @returns nothing when it is not a number, or does not fit.
+/// Reads a number, independently of the locale. @returns nothing unless the whole text is a number that fits.
 template <class Number>
 [[nodiscard]] std::optional<Number> toNumber(std::string_view text) {
     Number value{};

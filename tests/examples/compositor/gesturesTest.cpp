@@ -32,7 +32,7 @@ protected:
     }
     std::string state() const { return names(editor.document().layers()) + "| " + names(gestures.selected()); }
 
-    // One step, which can be undone and redone.
+    // Expects one undo step, and undoes and redoes it.
     template <class Gesture>
     void expectStep(std::string const& after, Gesture gesture) {
         std::string const before = state();
@@ -70,8 +70,8 @@ TEST_F(GesturesTest, MenusChangeWithTheSelection) {
     gestures.select({"a"});
     EXPECT_NE(std::string::npos, menu().find("Raise (a)"));
     EXPECT_EQ(std::string::npos, menu().find("Lower"));
-    editor.removeLayer("a");
-    EXPECT_EQ("Compositor\n  Set Canvas\n", menu()) << "what is gone offers nothing";
+    editor.removeLayer(editor.document().layer("a").id);
+    EXPECT_EQ("Compositor\n  Set Canvas\n", menu()) << "a removed layer has no actions";
 }
 
 TEST_F(GesturesTest, ActionsWorkOnAllSelectedLayersInOneStep) {
@@ -95,18 +95,18 @@ TEST_F(GesturesTest, ActionsWorkOnAllSelectedLayersInOneStep) {
         EditActions::options(editor, "Opacity", editor.document().layers().front()));
 }
 
-TEST_F(GesturesTest, CopiesArePastedAsTheyWereUnderNamesThatAreFree) {
+TEST_F(GesturesTest, CopiesArePastedAsTheyWereWithFreeNames) {
     EXPECT_THROW(gestures.copy(), ScriptError);
     EXPECT_THROW(gestures.paste(), ScriptError);
     gestures.select({"a", "c"});
     gestures.copy();
-    editor.moveLayer("a", 50, 50);
+    editor.moveLayer(editor.document().layer("a").id, 50, 50);
     expectStep("a b c a copy c copy | a copy c copy ", [&] { gestures.paste(); });
     EXPECT_EQ(0, editor.document().layer("a copy").placed.x);
     expectStep("a b c a copy c copy a copy 2 c copy 2 | a copy 2 c copy 2 ", [&] { gestures.paste(); });
 }
 
-TEST_F(GesturesTest, WhatIsCutCanBePasted) {
+TEST_F(GesturesTest, CutLayersCanBePasted) {
     gestures.select({"b"});
     expectStep("a c | ", [&] { gestures.cut(); });
     EXPECT_EQ(Ko::DrClipboard::Cut, Ko::DrClipboard::getInstance().getSrcAction());

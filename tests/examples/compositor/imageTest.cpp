@@ -44,7 +44,7 @@ TEST(Picture, RefusesImpossibleSizes) {
         EXPECT_THROW(Picture{size}, ImageError);
 }
 
-// The formulas as they are written down, in double, for one channel.
+// The formulas of the blend modes for one channel, in double.
 double reference(BlendMode mode, double source, double destination, double sourceAlpha, double destinationAlpha) {
     if (mode == BlendMode::Over) return source + destination * (1 - sourceAlpha);
     if (mode == BlendMode::Add) return std::min(1.0, source + destination);
@@ -80,7 +80,7 @@ TEST(Renderer, BlendsAsTheFormulasSay) {
                 EXPECT_NEAR(expectedChannel(mode, above, opacity, below, channel), row[0].*channel, 1)
                     << toString(mode);
         }
-    EXPECT_THROW(blendModeOf("dissolve"), ImageError);
+    EXPECT_THROW(static_cast<void>(blendModeOf("dissolve")), ImageError);
 }
 
 TEST(Renderer, ClipsLayersThatLieAnywhere) {
@@ -103,7 +103,7 @@ TEST(Renderer, ClipsLayersThatLieAnywhere) {
     }
 }
 
-// A kind of PNG picture, and a picture of that kind as it is stored: rows of packed samples.
+// A kind of PNG file, and rows of packed samples as the file stores them.
 struct Stored {
     int colourType;
     int depth;
@@ -133,7 +133,7 @@ struct Stored {
         auto const byte = [](unsigned value) { return static_cast<std::uint8_t>(value); };
         return {byte(index * 3), byte(255 - index), byte(index * 7), byte(index * 11)};
     }
-    // The pixel in 8 bits, after the definition of the format.
+    // The pixel in 8 bits, as the definition of PNG says.
     Colour pixel(int x, int y) const {
         if (colourType == PNG_COLOR_TYPE_PALETTE) {
             Colour colour = paletteEntry(sample(x, y, 0));
@@ -270,7 +270,7 @@ TEST(Writing, KeepsPermissionsFollowsLinksAndLeavesNothing) {
     EXPECT_EQ(3, folder.entries());
 }
 
-TEST(Writing, ToADiskThatIsFullTellsTheReasonAndLeavesNothing) {
+TEST(Writing, ToAFullDiskReportsTheReasonAndLeavesNothing) {
     inChildProcess([] {
         TemporaryFolder const folder;
         std::signal(SIGXFSZ, SIG_IGN);
@@ -288,7 +288,7 @@ TEST(Writing, ToADiskThatIsFullTellsTheReasonAndLeavesNothing) {
     });
 }
 
-TEST(Files, ThatCannotBeUsedAreNamedWithTheReason) {
+TEST(Files, ThatCannotBeOpenedAreReportedWithTheReason) {
     TemporaryFolder const folder;
     EXPECT_NE(std::string::npos, errorOf([&] { InputFile(folder / ""); }).find("it is a directory"));
     EXPECT_EQ("/dev/null cannot be written: it is not a file", errorOf([] { AtomicFile("/dev/null"); }));

@@ -13,7 +13,7 @@ class InterpreterTest : public KoTest::Session {
 protected:
     InterpreterTest() { run("checker a 2 2 1 000000 ffffff\nchecker b 2 2 1 ff0000 0000ff80\n"); }
 
-    // What the document looks like, and where its history stands.
+    // The layers of the document and the position in its history.
     std::string state() {
         run("layers");
         return take(output) + std::to_string(editor.history()->getNbUndoableCommands());
@@ -26,7 +26,7 @@ protected:
         EXPECT_FALSE(Ko::CmUndoGuard::isGuardActive());
     }
 
-    // Many times, as a program would write it.
+    // 100,000 lines.
     static std::string repeated(std::string const& line) {
         std::string text;
         for (int count = 0; count < 100000; ++count)
@@ -71,7 +71,7 @@ TEST_F(InterpreterTest, MovesThroughTheHistoryAndLimitsIt) {
     EXPECT_EQ(4, editor.document().layer("a").placed.y);
 }
 
-TEST_F(InterpreterTest, KeepsQuietEditsOutOfTheHistoryAndNeverUndoesTheWrongThing) {
+TEST_F(InterpreterTest, KeepsQuietEditsOutOfTheHistoryAndNeverUndoesTheWrongStep) {
     run("move a 1 0\nquietly\n opacity b 0.5\n remove a\nend");
     EXPECT_EQ(3, editor.history()->getNbUndoableCommands());
     EXPECT_FALSE(run("undo"));
@@ -80,7 +80,7 @@ TEST_F(InterpreterTest, KeepsQuietEditsOutOfTheHistoryAndNeverUndoesTheWrongThin
     EXPECT_EQ(0.5f, editor.document().layer("b").placed.opacity);
 }
 
-TEST_F(InterpreterTest, TellsBadInputInOneLineWithItsPlaceAndChangesNothing) {
+TEST_F(InterpreterTest, ReportsBadInputWithItsLineAndChangesNothing) {
     folder.write("text.png", "not a picture");
     std::string const missing = (folder / "missing.png").string();
     std::string const text = (folder / "text.png").string();
@@ -132,42 +132,42 @@ TEST_F(InterpreterTest, RendersTheDocumentAsItWasWhenTheJobWasSubmitted) {
     std::string const picture = (folder / "out.png").string();
     EXPECT_TRUE(run("canvas 2 2\nrender " + picture + "\nremove a\nremove b\nwait\njobs\njobs")) << take(errors);
     EXPECT_EQ((Colour{255, 0, 0, 255}), KoTest::readPicture(picture).row(0)[0]);
-    EXPECT_THAT(
-        take(told), testing::ContainsRegex("^job 1 \\(render out.png\\): busy\njob 1 \\(render out.png\\): complete\n"
-                                           "  job 1 \\(render out.png\\): complete, 100%, submitted [-0-9: ]+, "
-                                           "started [-0-9: ]+, ended [-0-9: ]+\n$"))
-        << "and what has ended is listed once";
+    EXPECT_THAT(take(jobOutput),
+        testing::ContainsRegex("^job 1 \\(render out.png\\): busy\njob 1 \\(render out.png\\): complete\n"
+                               "  job 1 \\(render out.png\\): complete, 100%, submitted [-0-9: ]+, "
+                               "started [-0-9: ]+, ended [-0-9: ]+\n$"))
+        << "a job that has ended is listed once";
 }
 
 TEST_F(InterpreterTest, StopsJobsAndLeavesNoHalfWrittenFile) {
     std::string const large = "canvas 20000 10000\nrender " + (folder / "large.png").string() + "\n";
     EXPECT_TRUE(run(large + "stop 1\nwait"));
-    EXPECT_NE(std::string::npos, take(told).find("job 1 (render large.png): stopped\n"));
+    EXPECT_NE(std::string::npos, take(jobOutput).find("job 1 (render large.png): stopped\n"));
     EXPECT_EQ(0, folder.entries());
     EXPECT_TRUE(run(large + "save " + (folder / "x.koc").string() + "\nquit\nremove a"));
     EXPECT_EQ(2u, editor.document().layers().size()) << "quit ends the script";
-    EXPECT_NE(std::string::npos, take(told).find("job 2 (render large.png): stopped\n"));
+    EXPECT_NE(std::string::npos, take(jobOutput).find("job 2 (render large.png): stopped\n"));
     EXPECT_FALSE(std::filesystem::exists(folder / "large.png"));
     EXPECT_TRUE(Ko::BgManager::getInstance().getJobs().empty());
 }
 
-TEST_F(InterpreterTest, EndsAScriptWhenAJobFailsAndTellsItOnce) {
+TEST_F(InterpreterTest, EndsAScriptWhenAJobFailsAndReportsItOnce) {
     std::string const bad = (folder / "no/x.png").string();
     EXPECT_FALSE(run("\nrender " + bad + "\nwait\nremove a"));
     EXPECT_EQ(
         "test:2: A background job failed: " + bad + " cannot be written: No such file or directory\n", take(errors));
     EXPECT_EQ(2u, editor.document().layers().size());
-    EXPECT_TRUE(run("wait")) << "told once";
+    EXPECT_TRUE(run("wait")) << "reported once";
 }
 
 TEST_F(InterpreterTest, RunsExternalProgramsAndShowsTheirLines) {
     EXPECT_TRUE(run("run \"sh -c 'echo $WHO; echo oops >&2'\" \"WHO=the world\"\nwait")) << take(errors);
-    std::string const lines = take(told);
+    std::string const lines = take(jobOutput);
     EXPECT_NE(std::string::npos, lines.find("  [1] the world\n")) << lines;
     EXPECT_NE(std::string::npos, lines.find("  [1] oops\n"));
     EXPECT_NE(std::string::npos, lines.find("job 1 (run sh): complete\n"));
     EXPECT_TRUE(run("run \"sleep 1000\"\nstop 2\nwait"));
-    EXPECT_NE(std::string::npos, take(told).find("job 2 (run sleep): stopped\n"));
+    EXPECT_NE(std::string::npos, take(jobOutput).find("job 2 (run sleep): stopped\n"));
     expectError(
         "run \"sh -c 'exit 3'\"", "1: A background job failed: External process terminated with return value 3");
     expectError("run /no/such/program", "1: A background job failed: External process could not be launched");
@@ -186,7 +186,7 @@ TEST_F(InterpreterTest, HandsATemporaryPictureToAProgram) {
     EXPECT_EQ(0, folder.entries()) << "the temporary pictures are gone";
 }
 
-TEST(Jobs, ShowABarForEachThatRunsWhileSomebodyWaits) {
+TEST(Jobs, ShowABarForEachRunningJobWhileWaiting) {
     std::ostringstream terminal;
     TemporaryFolder const folder;
     {

@@ -47,7 +47,7 @@ inline compositor::Picture readPicture(std::filesystem::path const& path) {
     return compositor::readPng(file.stream, file.length);
 }
 
-/// The message with which the call fails.
+/// The message of the exception that the call throws.
 template <class Call>
 std::string errorOf(Call call) {
     try {

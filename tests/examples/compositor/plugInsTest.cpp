@@ -11,7 +11,7 @@ using testing::HasSubstr;
 class PlugInsTest : public Session {
 protected:
     void add(Picture picture, std::string const& name = "a") { editor.addLayer(name, std::move(picture)); }
-    // Of a picture one pixel high.
+    // The pixels of a layer one pixel high.
     std::vector<Colour> pixels(std::string const& name = "a") const {
         auto const row = editor.document().layer(name).placed.picture->row(0);
         return {row.begin(), row.end()};
@@ -70,7 +70,7 @@ TEST_F(PlugInsTest, ABlurSpreadsLightAndKeepsPlainColours) {
     EXPECT_EQ(plain, pixels("b"));
 }
 
-TEST_F(PlugInsTest, RefuseWhatIsImpossibleAndLeaveTheLayer) {
+TEST_F(PlugInsTest, RefuseBadArgumentsAndLeaveTheLayer) {
     add(paint({3, 1}, [](int, int) { return white; }));
     for (auto const& [script, error] :
         std::vector<std::pair<char const*, char const*>>{{"do Blur", "\"Blur\" takes a radius in pixels"},
@@ -97,7 +97,7 @@ TEST_F(PlugInsTest, ShowInTheMenus) {
     EXPECT_EQ("", errors.str());
 }
 
-// What `compositor` says with these arguments to a script that lists its plug-ins.
+// Runs `compositor` with a script that lists its plug-ins.
 class PlugInsOfAHost : public testing::Test {
 protected:
     PlugInsOfAHost() { folder.write("script.kos", "plugins\ndo \"Add Noise\" n 1 1 1\n"); }
@@ -116,7 +116,7 @@ protected:
     mutable int exitCode = 0;
 };
 
-TEST_F(PlugInsOfAHost, AreToldToHaveFailedAndSkipped) {
+TEST_F(PlugInsOfAHost, ThatFailAreReportedAndSkipped) {
     std::string const content = "not a library";
     std::string const bad = folder.write("more/bad.op.so", content).string();
     folder.write("more/empty.gen.so", "");
@@ -131,7 +131,7 @@ TEST_F(PlugInsOfAHost, AreToldToHaveFailedAndSkipped) {
     EXPECT_THAT(said, HasSubstr("\n  noise.gen.so: loaded\n"));
 }
 
-TEST_F(PlugInsOfAHost, AreChosenByArgumentsEnvironmentAndConfigurationFile) {
+TEST_F(PlugInsOfAHost, AreFilteredByArgumentsEnvironmentAndConfigurationFile) {
     std::string const file = folder.write("compositor.conf", "marlo::plugins::exclude = op=all,gen=noise\n").string();
     for (auto const& [arguments, environment] : std::vector<std::pair<std::string, std::string>>{
              {"plugins_include:op=none,gen=check", ""}, {"plugins_exclude:op=all,gen=noise", ""},

@@ -10,7 +10,7 @@
 
 namespace KoTest {
 
-/// A compositor without a terminal: it runs scripts.
+/// A compositor that runs scripts without a terminal.
 class Session : public testing::Test {
 protected:
     bool run(std::string const& script) {
@@ -25,11 +25,11 @@ protected:
 
     std::ostringstream output;
     std::ostringstream errors;
-    std::ostringstream told; // by jobs
+    std::ostringstream jobOutput;
     compositor::EditActions const actions;
     compositor::PlugIns const plugIns{errors};
     compositor::Editor editor;
-    compositor::Jobs jobs{told, errors, compositor::Jobs::Bars::NotShown};
+    compositor::Jobs jobs{jobOutput, errors, compositor::Jobs::Bars::NotShown};
     compositor::Interpreter interpreter{editor, jobs, plugIns, output, errors};
 };
 

@@ -5,7 +5,7 @@ namespace {
 
 using namespace compositor;
 
-// Squares in turn of both colours, the first one at the top left.
+// Squares of alternating colours. The first colour is at the top left.
 Picture makeChecker(Size size, Statement const& input) {
     int const cell = input.integer(1, 1, 65535);
     Colour const colours[] = {colourOf(input.words[2]), colourOf(input.words[3])};

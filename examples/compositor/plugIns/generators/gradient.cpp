@@ -22,7 +22,7 @@ bool isVertical(Statement const& input) {
     throw ScriptError("\"" + input.words[3] + "\" is not a direction; write horizontal or vertical");
 }
 
-// From one colour at the left or top edge to the other at the right or bottom one, even in sRGB.
+// From one colour at the left or top edge to another at the right or bottom edge; linear in sRGB.
 Picture makeGradient(Size size, Statement const& input) {
     Colour const from = colourOf(input.words[1]), to = colourOf(input.words[2]);
     bool const vertical = isVertical(input);

@@ -6,8 +6,8 @@ namespace {
 
 using namespace compositor;
 
-// Grey values, all as likely as the others. The generator is one whose numbers the language defines, so that a seed makes
-// the same picture everywhere.
+// Uniformly distributed grey values. The language defines the numbers of this generator, so that a seed makes the same picture
+// everywhere.
 Picture makeNoise(Size size, Statement const& input) {
     std::mt19937 random(static_cast<std::uint32_t>(input.integer(1, 0, 2147483647)));
     Picture picture(size);

@@ -7,7 +7,7 @@ namespace {
 
 using namespace compositor;
 
-// Adds so many times of a light.
+// Adds a multiple of a light.
 void add(Light& sum, Light const& light, float times) {
     sum.red += times * light.red;
     sum.green += times * light.green;
@@ -15,7 +15,7 @@ void add(Light& sum, Light const& light, float times) {
     sum.alpha += times * light.alpha;
 }
 
-// The mean over a window of pixels, along a line; the outermost ones are repeated beyond its ends.
+// Replaces each pixel of a line by the mean of a window around it. The first and last pixel are repeated beyond the ends.
 template <class Pixel>
 void blurLine(int length, int radius, Pixel const& pixel, std::vector<Light>& line) {
     line.clear();
@@ -34,7 +34,7 @@ void blurLine(int length, int radius, Pixel const& pixel, std::vector<Light>& li
     }
 }
 
-// Three passes come close to a Gaussian curve.
+// Three passes approximate a Gaussian blur.
 Picture blur(Picture const& picture, Statement const& input) {
     int const radius = input.integer(1, 0, 1000);
     Picture result = picture;

@@ -8,7 +8,7 @@ namespace {
 
 using namespace compositor;
 
-// What becomes of each value of a channel, as light.
+// The resulting light for each value of a channel.
 std::array<float, 256> makeCurve(float gain, float gamma) {
     std::array<float, 256> curve{};
     for (std::size_t value = 0; value < curve.size(); ++value)

@@ -6,7 +6,7 @@ namespace {
 
 using namespace compositor;
 
-// A picture of another size, each of whose pixels is one of the old picture.
+// Makes a picture of another size. `source` returns the place of a pixel in the old picture.
 template <class Source>
 Picture remap(Picture const& picture, Size size, Source source) {
     Picture result(size);
@@ -25,7 +25,7 @@ Picture scale(Picture const& picture, float factor) {
     };
     Size const size{scaled(width), scaled(height)};
     checkSize(size);
-    // The nearest pixel, by the middles of both.
+    // The pixel whose centre is nearest.
     auto const nearest = [](int place, int to, int from) {
         return static_cast<int>((2LL * place + 1) * from / (2LL * to));
     };

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "base/oPtr.h"
+#include "document/document.h"
+#include "framework/bgTask/bgJobProtocol.h"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace compositor {
+
+/// Renders the current state of the document into a PNG file, as a job.
+[[nodiscard]] Ko::OPtr<Ko::BgJobProtocol> makeRenderProtocol(
+    Document const& document, std::filesystem::path const& path);
+/// Saves the current state of the document.
+[[nodiscard]] Ko::OPtr<Ko::BgJobProtocol> makeSaveProtocol(Document const& document, std::filesystem::path const& path);
+
+/// Receives the output lines of a program, on the thread of its job.
+using LineSink = std::function<void(std::string const& line)>;
+/// Runs an external program.
+/// @param environment "NAME=value" entries, added to the environment of this process.
+[[nodiscard]] Ko::OPtr<Ko::BgJobProtocol> makeRunProtocol(
+    std::string const& commandLine, std::vector<std::string> const& environment, LineSink sink);
+/// Renders the current state of the document into a temporary picture beside `path`, and runs an external program with it.
+/// @param commandLine "%f" in it stands for the temporary picture and "%o" for the path; see `fillIn`.
+[[nodiscard]] Ko::OPtr<Ko::BgJobProtocol> makeExportProtocol(
+    Document const& document, std::filesystem::path const& path, std::string const& commandLine, LineSink sink);
+
+} // namespace compositor

@@ -57,13 +57,12 @@ template class Ko::ActTypedAction<LiString, RCShdPtr<DrCarrier>>;
 
 void showMenu(RCShdPtr<SnItem const> const& layer) {
     auto const nothing = SnItemBasic<ActBasicParam>::create(ActBasicParam());
-    auto entry = ActRegistry::getInstance().getActions(layer, nothing, "", ActRegistry::AllSorted);
+    auto const entries = ActRegistry::getInstance().getActions(layer, nothing, "", ActRegistry::AllSorted);
     std::cout << "menu:";
-    for (; !entry.atEnd(); ++entry)
-        std::cout << " [" << entry->getDescription() << ']';
+    for (ActRegistry::Entry const& entry : entries.elements())
+        std::cout << " [" << entry.getDescription() << ']';
     std::cout << '\n';
-    entry.first();
-    if (!entry.atEnd()) entry->performAction(SnSelection::create());
+    if (!entries.atEnd()) entries->performAction(SnSelection::create());
 }
 
 int main(int argc, char** argv) {

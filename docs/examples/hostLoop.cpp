@@ -26,7 +26,7 @@ public:
     WakePipe& operator=(WakePipe const&) = delete;
 
     int descriptor() const { return _ends[0]; }
-    // A pipe that is full wakes as well.
+    // A full pipe wakes as well.
     void wake() const { static_cast<void>(!write(_ends[1], "", 1)); }
     void drain() const {
         for (char bytes[64]; read(_ends[0], bytes, sizeof bytes) > 0;) {
@@ -37,14 +37,12 @@ private:
     int _ends[2];
 };
 
-/// A host's loop: waits for the framework and for lines of the terminal alike.
+/// A host's loop, which waits for events of the framework and of other sources.
 class Loop {
 public:
     Loop() : _pipe(std::make_shared<WakePipe const>()) {
-        // The handler shares the pipe: it may still be running on another thread when the loop has gone.
+        // The handler owns the pipe too: it may still be running on another thread when the loop is destroyed.
         EvEventManager::getInstance().setWakeUpHandler([pipe = _pipe] { pipe->wake(); });
-        // What was posted before the handler was set woke nobody.
-        _pipe->wake();
     }
     ~Loop() { EvEventManager::getInstance().setWakeUpHandler({}); }
     Loop(Loop const&) = delete;
@@ -62,12 +60,12 @@ public:
 
 private:
     void processEvents() {
-        // First: a byte that comes while events are processed is for the next turn.
+        // Before the events: a byte that arrives while they are processed is for the next turn.
         _pipe->drain();
         try {
             EvEventManager::getInstance().processEvents();
         } catch (std::exception const& error) {
-            // That event is done, and the handler was called for those behind it.
+            // That event is done, and the handler was called for the events after it.
             std::cout << "an event failed: " << error.what() << '\n';
         }
     }
@@ -100,6 +98,6 @@ int main(int argc, char** argv) {
     Loop loop;
     BgManager::getInstance().addJob(std::make_unique<Work>(loop));
     loop.run();
-    // Before the loop goes, which the job and its events refer to.
+    // Before the loop is destroyed, which the job and its events use.
     BgManager::getInstance().stopAllJobs();
 }

@@ -5,7 +5,7 @@
 
 namespace KoInit {
 
-/// Stands for the package "framework": all of this library.
+/// The tag of the package "framework", which depends on all packages of this library.
 struct framework {};
 
 } // namespace KoInit

@@ -5,7 +5,7 @@
 
 namespace KoInit {
 
-/// Stands for the package "plugInMgr".
+/// The tag of the package "plugInMgr".
 struct plugInMgr {};
 
 } // namespace KoInit

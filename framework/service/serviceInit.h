@@ -5,7 +5,7 @@
 
 namespace KoInit {
 
-/// Stands for the package "service".
+/// The tag of the package "service".
 struct service {};
 
 } // namespace KoInit

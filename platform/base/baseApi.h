@@ -2,7 +2,7 @@
 
 #include "base/export.h"
 
-/// Marks what libKObase exports.
+/// Marks the classes and functions that libKObase exports.
 #if defined(KO_BUILDING_BASE)
 #define KO_BASE_API KO_EXPORT
 #else

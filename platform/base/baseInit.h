@@ -5,7 +5,7 @@
 
 namespace KoInit {
 
-/// Stands for the package of libKObase.
+/// The tag of the package of libKObase.
 struct base {};
 
 } // namespace KoInit

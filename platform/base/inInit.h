@@ -4,13 +4,13 @@
 
 #include <vector>
 
-/// Tags that stand for packages, one for each library and module. Those of plug-ins and hosts may lie elsewhere.
+/// Tags of packages, one for each library and module. Tags of plug-ins and hosts may lie in other namespaces.
 namespace KoInit {}
 
-/// All of the framework.
+/// The framework and the libraries below it.
 namespace Ko {
 
-/// Base of the package that `Tag` stands for. `Tag` is an empty type in the namespace `KoInit`, named like the package:
+/// Base of the package whose identity is `Tag`, an empty type that is named like the package:
 ///
 ///     namespace KoInit { struct scene {}; }
 ///
@@ -24,16 +24,16 @@ namespace Ko {
 template <class Tag>
 class InInit : public InPackageInit {
 public:
-    /// A library declares a specialisation of this for its package and exports it, so that whoever names the package is
-    /// linked with the library and loads it.
-    static Type getType() { return typeid(Tag); }
+    /// The identity of the package, for dependencies. A library exports a specialisation of this function for its package,
+    /// so that a library that names the package is linked with it and loads it.
+    [[nodiscard]] static Type getType() { return typeid(Tag); }
 
     void setInitialized(bool initialized) override { _initialized = initialized; }
-    /// From the return of the initialise hook to the call of the finalise hook.
-    bool isInitialized() const noexcept { return _initialized; }
+    /// Whether the package may be used: from the return of the initialise hook to the call of the finalise hook.
+    [[nodiscard]] bool isInitialized() const noexcept { return _initialized; }
 
 protected:
-    /// Registers the package.
+    /// Registers the package. The object must not be const, as the start-up changes it.
     InInit(std::string name, std::vector<Type> const& dependencies) : InPackageInit(std::move(name), getType()) {
         registerPackage();
         for (Type const package : dependencies)
@@ -45,9 +45,9 @@ private:
     bool _initialized = false;
 };
 
-/// The type records of the packages that the tags stand for.
+/// The identities of packages, by their tags.
 template <class... Tags>
-std::vector<InPackageInit::Type> packagesOf() {
+[[nodiscard]] std::vector<InPackageInit::Type> packagesOf() {
     return {InInit<Tags>::getType()...};
 }
 

@@ -41,8 +41,8 @@ public:
     /// throws, the packages that were initialised are finalised again in reverse.
     /// @param argc is the number of arguments that are left, after the call.
     /// @param argv ends with a null pointer.
-    /// @throws InInitEx. What a hook throws is passed on with the package's name before its reason if it derives from
-    ///   ExBase; any other exception becomes an InInitEx with its text, or with the name of its type if it has no text.
+    /// @throws InInitEx. An exception of a hook is passed on with the package's name before its reason if it derives from
+    ///   ExBase; any other one becomes an InInitEx with its text, or with the name of its type if it has no text.
     ///   ExAssertionFailed while the process is initialised or being initialised.
     static void initialize(int& argc, char** argv);
     /// Initialises the registered packages, without a command line.
@@ -74,8 +74,7 @@ public:
     [[nodiscard]] InInitScope(int& argc, char** argv) { InInitMgr::initialize(argc, argv); }
     /// As `InInitMgr::initialize()`.
     [[nodiscard]] InInitScope() { InInitMgr::initialize(); }
-    /// @throws what `InInitMgr::finalize()` throws; while another exception is passing, that is written to standard
-    /// error instead.
+    /// @throws as `InInitMgr::finalize()`; while another exception is passing, the text is written to standard error instead.
     ~InInitScope() noexcept(false);
     InInitScope(InInitScope const&) = delete;
     InInitScope& operator=(InInitScope const&) = delete;

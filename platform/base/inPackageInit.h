@@ -13,42 +13,46 @@ class InVariableBase;
 /// One package: a part of a library with work to do when the process starts and ends.
 ///
 /// A package is one static object of a class derived from `InInit<Tag>`. It registers itself while its library is
-/// loaded and is forgotten when that is unloaded. The initialisation manager calls the hooks, each package's after those
+/// loaded and is removed when the library is unloaded. The initialisation manager calls the hooks of a package after those
 /// of the packages that it depends on, and its finalising hooks before theirs.
 class KO_BASE_API InPackageInit {
 public:
-    /// Tells packages apart: the type record of a package's tag type.
+    /// The identity of a package: the type record of its tag.
     using Type = std::type_index;
 
     InPackageInit(InPackageInit const&) = delete;
     InPackageInit& operator=(InPackageInit const&) = delete;
 
-    /// By which messages call the package.
-    virtual std::string const& getName() const;
-    /// Names a package that has to be initialised before this one, or takes that back; until the start-up begins:
+    /// The name of the package in messages.
+    [[nodiscard]] virtual std::string const& getName() const;
+    /// Adds a package that has to be initialised before this one. Only before the start-up begins.
     virtual void addDependency(Type package);
+    /// Removes a package that was added, however often. Only before the start-up begins.
     virtual void removeDependency(Type package);
-    /// Called after all packages of the same start-up were initialised.
+    /// Called after all packages of the same start-up were initialised. An exception undoes the initialisation.
     virtual void postInitialize();
-    /// Called before the finalise hook of any package that is initialised now.
+    /// Called before the finalise hook of any package.
     virtual void preFinalize();
-    /// The package's work at the start of the process and at its end; what they throw ends the start-up, or is passed on:
+    /// The package's work at the start of the process. An exception ends the start-up.
     virtual void initialize();
+    /// The package's work at the end of the process. An exception is passed on after the hooks of the other packages.
     virtual void finalize();
-    /// Told true after the initialise hook has returned, and false before the finalise hook is called.
+    /// Called with true after the initialise hook has returned, and with false before the finalise hook is called.
     virtual void setInitialized(bool initialized) = 0;
 
-    /// What the start-up goes by:
-    Type getPackageType() const { return _type; }
-    std::vector<Type> const& getDependencies() const { return _dependencies; }
-    std::vector<InVariableBase*> const& getVariables() const { return _variables; }
+    /// The identity of the package.
+    [[nodiscard]] Type getPackageType() const { return _type; }
+    /// The packages that have to be initialised before this one, in the order in which they were added.
+    [[nodiscard]] std::vector<Type> const& getDependencies() const { return _dependencies; }
+    /// The variables of the package, which are read right before its initialise hook.
+    [[nodiscard]] std::vector<InVariableBase*> const& getVariables() const { return _variables; }
 
 protected:
     /// Does not register the package.
     InPackageInit(std::string name, Type type);
     virtual ~InPackageInit();
 
-    /// Makes the package known to the next start-up.
+    /// Adds the package to the next start-up.
     void registerPackage();
 
 private:

@@ -6,13 +6,13 @@
 
 namespace Ko {
 
-/// Where the framework is installed.
+/// The place where the framework is installed.
 class KO_BASE_API InPaths {
 public:
-    /// The directory that the environment variable `KO_INSTALL_DIR` names, else the parent of the folder that libKObase
-    /// was loaded from; where that is the system's own folder for libraries, `koframework8` in it. Holds `messages/` and
-    /// `plugins/`.
-    static std::string getInstallDir();
+    /// The installation directory, which holds `messages/` and `plugins/`: the one that the environment variable
+    /// `KO_INSTALL_DIR` names, else the parent of the folder that libKObase was loaded from. A library in the system's own
+    /// folder for libraries has the folder `koframework8` in it instead.
+    [[nodiscard]] static std::string getInstallDir();
 };
 
 } // namespace Ko

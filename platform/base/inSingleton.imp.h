@@ -14,7 +14,7 @@ template <class T>
 T* InSingleton<T>::_pointee = nullptr;
 
 namespace InSingletonSource {
-// Under which the misuse of every singleton is reported, whichever source instantiates it.
+// The place that all exceptions name, whichever source instantiates the singleton.
 constexpr char const* file = ".\\base/inSingleton.imp.h";
 constexpr int initializedTwice = 60;
 constexpr int initializedAfterDestruction = 65;
@@ -25,7 +25,7 @@ constexpr int usedOutsideLifetime = 104;
 
 template <class T>
 void InSingleton<T>::performInitialize() {
-    // Kept by this class alone, which the constructor of T befriends.
+    // A local class has the access of this one, which T befriends.
     struct Deleter {
         void operator()(T* object) const { delete object; }
     };

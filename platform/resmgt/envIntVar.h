@@ -6,20 +6,20 @@
 
 namespace Ko {
 
-/// A whole number that the environment may set. It is read on first use and stays the same from then on. Any thread, also
+/// A whole number that the environment may set. It is read on first use and does not change after that. Any thread, also
 /// before the constructors of static objects have run.
 class KO_RESMGT_API EnvIntVar {
 public:
     /// The texts are not copied and must live as long as the variable.
-    /// @param source the source that the variable belongs to, for messages.
+    /// @param source the name of the source that uses the variable, for messages.
     constexpr EnvIntVar(char const* name, int defaultValue, char const* source) noexcept
         : _name(name), _value(defaultValue), _source(source) {}
 
-    /// In the environment.
-    char const* getName() const noexcept { return _name; }
-    /// The value of the environment; the default where it has none. A value that is not a whole number in the range of
-    /// int is reported in the log, and the default is used.
-    int get();
+    /// The name of the environment variable.
+    [[nodiscard]] char const* getName() const noexcept { return _name; }
+    /// The value in the environment, else the default. A value that is not a whole number in the range of int is reported
+    /// in the log, and the default is used.
+    [[nodiscard]] int get();
 
 private:
     void read();

@@ -6,14 +6,14 @@
 
 namespace Ko {
 
-/// Keeps the first of the exceptions that several steps throw, each of which is to run whatever another one does:
+/// Keeps the first exception of several steps, all of which have to run:
 ///
 ///     LgFirstError error("A listener");
 ///     for (Listener* listener : listeners)
 ///         error.capture([&] { listener->changed(); });
 ///     error.rethrow();
 ///
-/// Every further exception is written to the log at level 0, as a failure of what `context` names.
+/// Every further exception is written to the log at level 0, after the context: "A listener failed: ...".
 class KO_RESMGT_API LgFirstError {
 public:
     /// @param context is not copied.
@@ -21,7 +21,7 @@ public:
     LgFirstError(LgFirstError const&) = delete;
     LgFirstError& operator=(LgFirstError const&) = delete;
 
-    /// Runs a step, and keeps or logs what it throws.
+    /// Runs a step, and keeps or logs its exception.
     template <class Step>
     void capture(Step step) noexcept {
         try {

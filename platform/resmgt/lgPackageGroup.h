@@ -27,7 +27,8 @@ public:
     /// Whether the package is initialised.
     bool exists() const noexcept { return _group != nullptr; }
 
-    /// Ask before computing what only the log needs; false while the group does not exist.
+    /// Whether a level is logged; to be asked before a text is computed that only the log needs. False while the group does
+    /// not exist.
     bool isEnabled(int level) const noexcept { return _group && _group->isEnabled(level); }
     /// Writes the text that `makeText()` returns; it is called only if the level is on.
     template <class MakeText>

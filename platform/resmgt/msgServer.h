@@ -9,26 +9,26 @@
 
 namespace Ko {
 
-/// The texts that users read, by message identifier. Any thread.
+/// The texts of messages for users, by identifier. Any thread.
 ///
 /// They come from catalogues: files in `messages/` of the installation directory, UTF-8, with one message a line and
 /// comments after `#`:
 ///
 ///     MSG_PLUG_IN_MISSING "The plug-in %1 was not found in %2."
 ///
-/// In a text, `\"`, `\\` and `\n` stand for a quotation mark, a backslash and a line break, `%1` to `%9` for what is
-/// substituted, and `%%` for a percent sign.
+/// In a text, `\"`, `\\` and `\n` stand for a quotation mark, a backslash and a line break, `%1` to `%9` for the
+/// substitutions, and `%%` for a percent sign.
 class KO_RESMGT_API MsgServer {
 public:
-    /// The one of the process.
-    static MsgServer& getInstance();
+    /// The server of the process, which is never destroyed.
+    [[nodiscard]] static MsgServer& getInstance();
 
-    /// Takes the message's text from the catalogues that are open now; from the one opened last if several have it.
+    /// Keeps the message's text from the catalogues that are open now; from the one opened last if several have it.
     void subscribe(LiString const& id);
 
-    /// The text of a message. Where it has none, because its catalogue or the message is missing, the identifier and the
-    /// substitutions: "MSG_X: first, second".
-    LiString format(LiString const& id, Vector<LiString> const& substitutions = {}) const;
+    /// The text of a message. If its catalogue or the message is missing, the identifier and the substitutions: "MSG_X:
+    /// first, second".
+    [[nodiscard]] LiString format(LiString const& id, Vector<LiString> const& substitutions = {}) const;
 
 private:
     friend class MsgFileGuard;
@@ -44,12 +44,13 @@ private:
     Texts _subscribed;
 };
 
-/// Holds a catalogue open for the length of a scope. A catalogue that does not exist is an empty one; a line that cannot
-/// be read is reported in the log, with its place, and skipped.
+/// Keeps a catalogue open for the length of a scope. A catalogue that does not exist is empty; a line that cannot be
+/// understood is reported in the log, with its place, and skipped.
 class KO_RESMGT_API MsgFileGuard {
 public:
     /// @param catalogue the file's name, such as "bgTask.msg".
-    explicit MsgFileGuard(LiString const& catalogue) : _catalogue(MsgServer::getInstance().open(catalogue)) {}
+    [[nodiscard]] explicit MsgFileGuard(LiString const& catalogue)
+        : _catalogue(MsgServer::getInstance().open(catalogue)) {}
     ~MsgFileGuard() { MsgServer::getInstance().close(_catalogue); }
     MsgFileGuard(MsgFileGuard const&) = delete;
     MsgFileGuard& operator=(MsgFileGuard const&) = delete;
@@ -58,30 +59,31 @@ private:
     MsgServer::OpenCatalogue _catalogue;
 };
 
-/// One message, subscribed when this is built, while its catalogue is open.
+/// One message, subscribed on construction, while its catalogue is open.
 class KO_RESMGT_API MsgSubscription {
 public:
-    /// As `MsgServer::subscribe`.
+    /// Subscribes the message, as `MsgServer::subscribe`.
     explicit MsgSubscription(LiString id);
 
     /// The message's identifier.
-    LiString const& getId() const noexcept { return _id; }
-    /// As `MsgServer::format`.
-    LiString format(Vector<LiString> const& substitutions = {}) const;
+    [[nodiscard]] LiString const& getId() const noexcept { return _id; }
+    /// The text of the message, as `MsgServer::format`.
+    [[nodiscard]] LiString format(Vector<LiString> const& substitutions = {}) const;
 
 private:
     LiString _id;
 };
 
-/// Something that the user is told.
+/// A message for the user.
 class KO_RESMGT_API Msg {
 public:
-    /// A warning is about something that the program goes on without.
+    /// After a warning the program goes on; an error says that what the user asked for was not done.
     enum class Severity { Warning, Error };
 
-    /// As they were given:
-    Severity getSeverity() const noexcept { return _severity; }
-    LiString const& getText() const noexcept { return _text; }
+    /// How serious the message is.
+    [[nodiscard]] Severity getSeverity() const noexcept { return _severity; }
+    /// The text as the user reads it.
+    [[nodiscard]] LiString const& getText() const noexcept { return _text; }
 
 protected:
     /// @param text as the user reads it.
@@ -92,33 +94,32 @@ private:
     LiString _text;
 };
 
-/// Something did not go as it should, and the program goes on without.
+/// Something failed, and the program goes on without it.
 class KO_RESMGT_API MsgWarning : public Msg {
 public:
     /// @param text as the user reads it.
     explicit MsgWarning(LiString text) : Msg(Severity::Warning, std::move(text)) {}
 };
 
-/// What the user wanted was not done.
+/// What the user asked for was not done.
 class KO_RESMGT_API MsgError : public Msg {
 public:
     /// @param text as the user reads it.
     explicit MsgError(LiString text) : Msg(Severity::Error, std::move(text)) {}
 };
 
-/// How messages reach the user: a line on standard error, "error: text" or "warning: text", until a host sets a handler
-/// that shows a dialog, say. Any thread.
+/// Shows messages to the user: by default as a line on standard error, "error: text" or "warning: text". A host may set a
+/// handler that shows a dialog, for example. Any thread.
 class KO_RESMGT_API MsgProtocol {
 public:
     /// Shows a message to the user.
     using Handler = std::function<void(Msg const&)>;
 
-    /// Hands the message to the handler, in this thread and without a lock, so that a handler may display further
-    /// messages. What it throws is written to the log.
+    /// Calls the handler with the message, in this thread and without a lock, so that a handler may display further
+    /// messages. Its exceptions are written to the log.
     static void display(Msg const& message) noexcept;
-    /// The handler set before may still be running in another thread.
-    /// @param handler shows a message, for several threads at once if they display at once; none stands for the line on
-    ///   standard error.
+    /// Replaces the handler. The one before may still be running in another thread.
+    /// @param handler may be called by several threads at once; an empty one stands for the line on standard error.
     static void setHandler(Handler handler);
 };
 

@@ -9,7 +9,7 @@
 
 namespace Ko {
 
-/// What goes wrong with files.
+/// Base of the exceptions about files.
 class KO_RESMGT_API OsFileEx : public ExBase {
 public:
     class ExInvalidPath;
@@ -18,10 +18,10 @@ protected:
     OsFileEx(char const* file, int line, char const* function, LiString const& problem);
 };
 
-/// A path at which there is not what was expected; the reason names the function and the path.
+/// A path does not lead to a file of the expected kind; the reason names the function and the path.
 class KO_RESMGT_API OsFileEx::ExInvalidPath : public OsFileEx {
 public:
-    /// @param problem the system's own words, if it has any.
+    /// @param problem the system's own message, if it has any.
     ExInvalidPath(
         char const* file, int line, char const* function, OsFilePath const& path, LiString const& problem = {});
     ExBase* clone() const override;
@@ -31,18 +31,18 @@ public:
 /// Facts about files.
 class KO_RESMGT_API OsFile {
 public:
-    /// What the system tells of a file; of the file that it leads to, where it is a link.
+    /// The properties of a file; for a link, of its target.
     struct Info {
-        /// False for everything else that a path can name.
+        /// True for a directory, false for everything else.
         bool isDirectory;
-        /// In bytes.
+        /// The size of the content in bytes.
         std::uint64_t size;
-        /// When its content was last written.
+        /// The time of the last change of its content.
         std::chrono::system_clock::time_point modified;
     };
 
-    /// @returns nothing where there is no such file, or the way to it is closed.
-    static std::optional<Info> getInfo(OsFilePath const& path);
+    /// The properties of a file; nothing where it does not exist or cannot be reached.
+    [[nodiscard]] static std::optional<Info> getInfo(OsFilePath const& path);
 };
 
 } // namespace Ko

@@ -7,7 +7,7 @@
 
 namespace Ko {
 
-/// The path of a file or directory, in UTF-8. Only text: nothing here looks whether there is such a file.
+/// The path of a file or directory, in UTF-8. Only text: no function accesses the file system.
 ///
 /// Separators at the end are dropped, so that "plugins/" and "plugins" are the same path. Extensions are written without
 /// their dot, and a file name that only begins with a dot has none.
@@ -18,35 +18,38 @@ public:
     OsFilePath(LiString path);
     OsFilePath(char const* path) : OsFilePath(LiString(path)) {}
 
-    /// Between the directories of a path: '/'.
-    static char getSeparator() noexcept;
-    /// Between the paths of a list: ':', or ';' on Windows.
-    static char getMultiPathSeparator() noexcept;
+    /// The separator between the directories of a path: '/'.
+    [[nodiscard]] static char getSeparator() noexcept;
+    /// The separator between the paths of a list: ':', or ';' on Windows.
+    [[nodiscard]] static char getMultiPathSeparator() noexcept;
 
-    /// The text, without separators at its end; an absolute path does not depend on the current directory:
-    LiString const& getPath() const noexcept { return _path; }
-    bool isEmpty() const noexcept { return _path.empty(); }
-    bool isAbsolute() const noexcept;
+    /// The text, without separators at its end.
+    [[nodiscard]] LiString const& getPath() const noexcept { return _path; }
+    /// Whether the path is the empty text.
+    [[nodiscard]] bool isEmpty() const noexcept { return _path.empty(); }
+    /// Whether the path does not depend on the current directory.
+    [[nodiscard]] bool isAbsolute() const noexcept;
 
-    /// What stands before the file name; empty where there is nothing.
-    OsFilePath getDirectory() const;
-    /// What stands behind the last separator, with its extension.
-    OsFilePath getFileName() const;
+    /// The part before the file name; may be empty.
+    [[nodiscard]] OsFilePath getDirectory() const;
+    /// The part after the last separator, with its extension.
+    [[nodiscard]] OsFilePath getFileName() const;
     /// The file name without its last extension.
-    LiString getBaseName() const;
-    /// What stands behind the last dot of the file name.
-    LiString getExtension() const;
-    /// The path with an extension behind it, also behind one that it has.
-    OsFilePath withExtension(LiString const& extension) const;
+    [[nodiscard]] LiString getBaseName() const;
+    /// The part after the last dot of the file name; empty where there is none.
+    [[nodiscard]] LiString getExtension() const;
+    /// The path with an extension added, also if it has one.
+    [[nodiscard]] OsFilePath withExtension(LiString const& extension) const;
 
     /// `path` within `directory`; `path` itself where that is absolute or the directory is empty.
     friend KO_RESMGT_API OsFilePath operator+(OsFilePath const& directory, OsFilePath const& path);
 
     /// Less than, equal to or greater than 0, as this path comes before, is or comes after the other one by the rules of
     /// the system's file names: without regard to case on Windows.
-    int compare(OsFilePath const& other) const noexcept;
-    /// As `compare`:
+    [[nodiscard]] int compare(OsFilePath const& other) const noexcept;
+    /// Whether `compare` gives 0.
     bool operator==(OsFilePath const& other) const noexcept { return compare(other) == 0; }
+    /// Whether `compare` gives less than 0.
     bool operator<(OsFilePath const& other) const noexcept { return compare(other) < 0; }
 
 private:

@@ -11,7 +11,7 @@ namespace Ko {
 /// A test, or a host whose memory is limited, can replace the system's figures by `setInstance()`.
 class KO_RESMGT_API OsMemoryArch {
 public:
-    /// All in bytes.
+    /// Figures in bytes.
     struct Memory {
         /// Memory that new work can get without moving other memory to the page file.
         std::uint64_t freePhysical = 0;

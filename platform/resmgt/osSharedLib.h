@@ -5,33 +5,34 @@
 
 namespace Ko {
 
-/// A shared library could not be opened, or has no such symbol; the reason is what the system says, with the path.
+/// A shared library cannot be opened, or has no such symbol; the reason is the path and the system's message.
 class KO_RESMGT_API OsSharedLibEx : public ExBase {
 public:
+    /// As `ExBase`.
     OsSharedLibEx(char const* file, int line, LiString reason);
     ExBase* clone() const override;
     [[noreturn]] void raise() const override;
 };
 
-/// A shared library that was opened while the process runs. The object is only a handle: a library stays in the process
-/// until that ends, whatever becomes of its handles, since its code and its classes may be in use anywhere.
+/// A shared library that was opened while the process runs. The object is only a handle: the library stays in the process
+/// until that ends, also without handles, since its code and its classes may be in use anywhere.
 class KO_RESMGT_API OsSharedLib {
 public:
-    /// What the names of shared libraries end with: ".so", or ".dll" on Windows.
-    static char const* getSuffix() noexcept;
-    /// The least that a plug-in's file name ends with, after its type; here the same.
-    static char const* getMinSuffix() noexcept;
+    /// The suffix of the names of shared libraries: ".so", or ".dll" on Windows.
+    [[nodiscard]] static char const* getSuffix() noexcept;
+    /// The suffix of a plug-in's file name, after its type; the same on these systems.
+    [[nodiscard]] static char const* getMinSuffix() noexcept;
 
-    /// Opens the file, with everything that it needs, and runs the constructors of its static objects. A library that is
-    /// open already is not opened again. The symbols of the library are visible to none but itself.
-    /// @param path is only ever a file: a name without directory lies in the current one, not where the system has its
-    ///   libraries.
-    /// @throws OsSharedLibEx when it cannot be opened; then nothing of it was run.
+    /// Opens the file and the libraries that it needs, and runs the constructors of their static objects. A library that is
+    /// open already is not opened again. The symbols of the library are visible only to itself.
+    /// @param path without a directory means a file in the current directory, not one in the system's folders for libraries.
+    /// @throws OsSharedLibEx when it, or a library that it needs, cannot be opened, is cut off or damaged; then none of its
+    ///   code was run.
     static OsSharedLib open(OsFilePath const& path);
 
-    /// As it was opened.
-    OsFilePath const& getPath() const noexcept { return _path; }
-    /// The address of an exported function or object; cast it to what it is.
+    /// The path with which it was opened.
+    [[nodiscard]] OsFilePath const& getPath() const noexcept { return _path; }
+    /// The address of an exported function or object, to be cast to its type.
     /// @throws OsSharedLibEx when the library exports no such name.
     void* getSymbol(LiString const& name) const;
 

@@ -8,18 +8,20 @@
 
 namespace Ko {
 
-/// A pattern for whole file names: `*` stands for any characters, also none, `?` for any one; everything else for itself.
+/// A pattern for whole file names: `*` matches any number of characters, `?` any one; everything else matches itself.
 class KO_RESMGT_API OsWildcardFilter {
 public:
-    /// @param pattern in UTF-8, if it is not wide.
+    /// @param pattern in wide characters.
     explicit OsWildcardFilter(std::wstring const& pattern);
+    /// @param pattern in UTF-8.
     explicit OsWildcardFilter(LiString const& pattern);
 
-    /// @param name in UTF-8; a byte that is none counts as a character of its own.
-    bool matches(std::string_view name) const noexcept;
+    /// Whether the pattern matches the whole name.
+    /// @param name in UTF-8; a byte that is not UTF-8 counts as a character of its own.
+    [[nodiscard]] bool matches(std::string_view name) const noexcept;
 
 private:
-    // A character each; a byte that is not UTF-8 lies above all characters.
+    // One element for each character; bytes that are not UTF-8 have numbers above all characters.
     std::u32string _pattern;
 };
 

@@ -2,7 +2,7 @@
 
 #include "base/export.h"
 
-/// Marks what libKOresmgt exports.
+/// Marks the classes and functions that libKOresmgt exports.
 #if defined(KO_BUILDING_RESMGT)
 #define KO_RESMGT_API KO_EXPORT
 #else

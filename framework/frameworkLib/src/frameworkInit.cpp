@@ -28,7 +28,7 @@ public:
 
     void initialize() override { InBuildInfoUtil::registerInfo(std::make_unique<FrameworkBuildInfo>()); }
 
-    // So that no item outlives the packages that it comes from.
+    // No item on the clipboard may outlive the package that defines its class.
     void preFinalize() override {
         if (DrClipboard::isInitialized()) DrClipboard::getInstance().clear();
     }

@@ -7,8 +7,9 @@ namespace Ko {
 /// The log group "PlugInMgr" and its levels.
 class PimLog {
 public:
+    /// The level of lines about plug-ins that failed.
     static constexpr int failure = 2;
-    /// Why a file is not loaded although nothing failed.
+    /// The level of lines about files that are not loaded for another reason than a failure.
     static constexpr int selection = 5;
 
     static inline constinit LgPackageGroup group{"PlugInMgr"};

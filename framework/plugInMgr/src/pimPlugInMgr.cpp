@@ -43,7 +43,7 @@ private:
 
 void PIManager::loadPlugIn(OsFilePath const& path, InInitMgr::InitType mode) {
     std::lock_guard const guard(_lock);
-    // Before the library is opened: one that fails, or that loads itself, is not tried again.
+    // Inserted before the library is opened, so that a library that fails or loads itself is not opened again.
     if (!_loadedNames.insert(path.getFileName()).second)
         throw PimEx::ExLibMultipleLoad(source.file(), loadedTwice, path);
     switch (mode) {

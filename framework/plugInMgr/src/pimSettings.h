@@ -25,7 +25,7 @@ struct PimSettings {
           exclusions(package, "marlo::plugins::exclude", "plugins_exclude:", "KO_PLUGINS_EXCLUDE",
               "Plugins exclusion list.") {}
 
-    /// Those of the one package of the process.
+    /// The settings of the package of this process.
     static PimSettings const& get();
 
     PimSetting directories;

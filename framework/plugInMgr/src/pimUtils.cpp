@@ -24,7 +24,7 @@ LiString const listSeparator = ",";
 LiString const pairSeparator = "=";
 LiString const everyName = "all";
 
-// Fragments of names, by the type of plug-in that they are for.
+// Fragments of names, by the type of the plug-ins to which they apply.
 using Rules = std::unordered_map<LiString, Set<LiString>>;
 
 class NullCallback final : public PimUtils::Callback {
@@ -53,7 +53,7 @@ bool names(Set<LiString> const& fragments, LiString const& name) {
         [&](LiString const& fragment) { return fragment == everyName || name.find(fragment) != LiString::npos; });
 }
 
-// Both are parts of `text`; the part after its last dot is empty where it has no dot.
+// The parts of a text before and after its last dot. A text without a dot has only the first part.
 struct Split {
     explicit Split(std::string_view text) : before(text.substr(0, text.rfind('.'))) {
         if (before.size() < text.size()) after = text.substr(before.size() + 1);
@@ -64,7 +64,7 @@ struct Split {
 bool isFilteredOut(OsFilePath const& path) {
     static bool const hasSuffix = *OsSharedLib::getMinSuffix() != '\0';
     LiString const file = path.getFileName().getPath();
-    // Of ".op.so" the type is "op", and the name is empty: not by the rules for extensions, which make it a hidden file.
+    // The type of ".op.so" is "op", although a path has no extension after a leading dot.
     Split const split(hasSuffix ? Split(file).before : file);
     LiString const name(split.before), type(split.after);
     if (auto const included = inclusions.find(type); included != inclusions.end() && !names(included->second, name))
@@ -93,7 +93,7 @@ bool open(OsFilePath const& path, InInitMgr::InitType mode, PimUtils::Callback& 
     return false;
 }
 
-// Whether the plug-in is present.
+// Returns whether the plug-in is present.
 bool loadFile(OsFilePath const& path, InInitMgr::InitType mode, PimUtils::Callback& callback) {
     if (PimPlugInMgr::getInstance().isLoaded(path)) return true;
     if (isFilteredOut(path)) return skip(path, "is filtered out.");
@@ -155,7 +155,7 @@ int PimUtils::loadWildcard(
 
 int PimUtils::loadWildcard(std::string const& pattern, InInitMgr::InitType mode, Callback& callback) {
     int loaded = 0;
-    // By a copy: a plug-in that is loaded may add a directory of its own.
+    // A copy, as a plug-in may add a directory while it is loaded.
     for (OsFilePath const& directory : Vector<OsFilePath>(filePaths))
         loaded += loadWildcard(directory, pattern, mode, callback);
     return loaded;
@@ -166,7 +166,7 @@ bool PimUtils::load(OsFilePath const& path, InInitMgr::InitType mode) {
     OsFilePath const file = isLibrary ? path : OsFilePath(path.getPath() + OsSharedLib::getMinSuffix());
     if (file.getFileName() != file) return loadFile(file, mode, nullCallback);
     Vector<OsFilePath> const directories = filePaths;
-    // An empty path names no directory; joined with the file, it would stand for the current one.
+    // An empty path names no directory. Joined with the file name, it would mean the current directory.
     return std::any_of(directories.begin(), directories.end(), [&](OsFilePath const& directory) {
         return !directory.isEmpty() && loadFile(directory + file, mode, nullCallback);
     });

@@ -13,7 +13,7 @@ void printFatalError(std::string const& text) noexcept {
     std::cerr << text << std::endl;
 }
 
-// Set once by the logging library while it is loaded; any thread may fail at any time after.
+// Set once by the logging library while it is loaded; after that, any thread may read it.
 std::atomic<Assertions::FatalErrorHandler> fatalErrorHandler{&printFatalError};
 
 } // namespace

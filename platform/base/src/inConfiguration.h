@@ -30,8 +30,7 @@ private:
 
     void readArguments(int& argc, char** argv, std::vector<std::string> const& aliases);
 
-    // Also those that assign nothing yet: a library that is opened later may have a variable of that alias. Without the
-    // arguments that are the value of the one before.
+    // All arguments but those that are the value of the one before. A library that is opened later may have further aliases.
     std::vector<Argument> _arguments;
     std::map<std::string, std::string> _keys;
 };

@@ -62,7 +62,7 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-// UTF-8 and both orders of UTF-16.
+// The marks of UTF-8 and of both byte orders of UTF-16.
 bool startsWithByteOrderMark(std::string_view line) {
     constexpr std::array<std::string_view, 3> marks{"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"};
     return std::any_of(marks.begin(), marks.end(), [&](std::string_view mark) { return line.starts_with(mark); });
@@ -93,7 +93,7 @@ std::string valueOf(std::string_view text, Lines const& lines) {
     return value.starts_with('"') ? quotedValue(value, lines) : std::string(trimmed(value.substr(0, value.find('#'))));
 }
 
-// Nothing for a line that is empty or a comment.
+// Key and value; nothing for a line that is empty or a comment.
 std::optional<std::pair<std::string, std::string>> assignmentIn(std::string_view line, Lines const& lines) {
     auto const separator = line.find('=');
     std::string_view const before = line.substr(0, std::min(separator, line.find('#')));
@@ -110,7 +110,7 @@ bool isThere(std::string const& path) {
     std::error_code error;
     auto const type = std::filesystem::status(path, error).type();
     if (type == std::filesystem::file_type::directory) failToRead(path, messageOf(EISDIR));
-    // Other errors, such as a missing right, are found again when it is opened.
+    // Other errors, such as a missing permission, occur again when it is opened.
     return type != std::filesystem::file_type::not_found;
 }
 

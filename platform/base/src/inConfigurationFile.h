@@ -5,9 +5,9 @@
 
 namespace Ko {
 
-/// Reads the values of a configuration file by their keys. Of a key that stands there twice, the last value counts.
+/// Reads the values of a configuration file by their keys. Of a key with several values, the last one counts.
 /// @param mustExist false: a file that does not exist is empty.
-/// @throws InInitEx with the path, and the line of what is no assignment.
+/// @throws InInitEx with the path, and with the number of a line that is not an assignment.
 std::map<std::string, std::string> readConfigurationFile(std::string const& path, bool mustExist);
 
 } // namespace Ko

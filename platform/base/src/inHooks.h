@@ -8,7 +8,7 @@ namespace Ko {
 
 /// Throws the current exception again with the package's name before its reason. An exception of the framework keeps its
 /// type; any other becomes an `InInitEx` with its text, or with the name of its type where it has no text.
-/// @param attempt what the package could not be: "initialised".
+/// @param attempt the attempt that failed: "initialised".
 [[noreturn]] void rethrowWithPackage(InPackageInit const& package, char const* attempt);
 
 /// Runs a hook of a package, as `hook(package)`.
@@ -22,13 +22,13 @@ void callHook(InPackageInit& package, char const* attempt, Hook hook) {
     }
 }
 
-/// Of several exceptions, the one that is passed on: the first. The others are written to standard error.
+/// Keeps the first of several exceptions, to pass it on. The others are written to standard error.
 class InFirstError {
 public:
-    /// Takes the current exception, if there is one.
+    /// Starts with the current exception, if there is one.
     InFirstError() noexcept : _first(std::current_exception()) {}
 
-    /// Called while an exception is handled.
+    /// Adds the current exception; called from its handler.
     void add();
     /// Throws the first exception, if there is one.
     void rethrow() const;

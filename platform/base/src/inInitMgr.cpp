@@ -17,7 +17,7 @@ constexpr AssertionSource source{"base\\src\\inInitMgr"};
 enum class Stage { NotStarted, Starting, Started, Failed, Ended };
 std::atomic<Stage> stage{Stage::NotStarted};
 
-// A process starts once: the packages of a start-up that failed or has ended are not initialised again.
+// A process starts once: packages are not initialised again after a failure or the end.
 void requireFirstStart() {
     source.require(stage != Stage::Starting && stage != Stage::Started, "!initialized");
     if (stage == Stage::Failed)

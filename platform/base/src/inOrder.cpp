@@ -34,7 +34,7 @@ std::string quoted(Packages const& packages) {
     return result;
 }
 
-// A tag is the identity of a package: with two of one tag, a dependency could mean either.
+// A tag is the identity of a package: a dependency on a tag of two packages would be ambiguous.
 void requireOwnTag(InPackageInit const& package, InPackageInit const* other) {
     if (!other || other == &package) return;
     throw InInitEx(source, __LINE__,
@@ -48,7 +48,7 @@ void requireDependency(InPackageInit const& package, InPackageInit::Type type, b
         "Package " + quoted(package) + " depends on " + typeNameOf(type.name()) + ", which is not registered.");
 }
 
-// The packages on a circle, in the order of `packages`, each of which depends on another one of them.
+// The packages of one circle, in the order of `packages`. Each of `packages` depends on another one of them.
 Packages circleIn(Packages const& packages) {
     auto const next = [&](InPackageInit const* package) {
         for (InPackageInit::Type const type : package->getDependencies())
@@ -75,7 +75,7 @@ void sortByDependencies(Packages& packages, InFindInitialized const& findInitial
         for (InPackageInit::Type const type : package->getDependencies())
             requireDependency(*package, type, find(packages, type) || findInitialized(type));
     }
-    // Always the first package with no dependency left in the rest.
+    // The next one is always the first package without a dependency in the rest.
     Packages sorted, rest = packages;
     while (!rest.empty()) {
         auto const next = std::find_if(rest.begin(), rest.end(), [&](InPackageInit const* package) {

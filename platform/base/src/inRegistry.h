@@ -33,7 +33,7 @@ public:
     /// The aliases under which the command line assigns the variables of the waiting packages.
     std::vector<std::string> argumentAliases();
 
-    /// Initialises the waiting packages of the guard; those without a guard where that is null.
+    /// Initialises the waiting packages of the guard. A null guard stands for the packages without one.
     /// @param onLateFailure is called for a package whose post-initialise hook runs and throws after this call; may be null.
     void initialize(InOpeningGuard const* guard, InInitMgr::InitType type,
         std::shared_ptr<LateFailure const> const& onLateFailure = nullptr);
@@ -49,7 +49,7 @@ private:
     struct StartUp;
     // Packages that are initialised together.
     struct Batch;
-    // The packages that are finalised after a failure, before those that depend on them are added.
+    // The packages that are finalised after a failure, without those that depend on them.
     struct Fault;
     struct Waiting {
         InPackageInit* package;
@@ -87,7 +87,7 @@ private:
 
     std::mutex _mutex;
     std::vector<Waiting> _waiting;
-    // In the order of their initialisation: each after those that it depends on.
+    // In the order of their initialisation, so that each comes after those that it depends on.
     std::vector<Initialized> _initialized;
     std::vector<ToPostInitialize> _toPostInitialize;
     unsigned long _batches = 0;

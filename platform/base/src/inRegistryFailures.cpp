@@ -1,4 +1,4 @@
-// The post-initialise hooks, and the end of packages: after a failure and at the end of the process.
+// The post-initialise hooks, and finalising packages: after a failure and at the end of the process.
 #include "base/exBase.h"
 #include "base/src/inHooks.h"
 #include "base/src/inRegistry.h"
@@ -12,9 +12,9 @@ namespace Ko {
 
 namespace {
 
-constexpr std::size_t behindAll = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t afterAll = std::numeric_limits<std::size_t>::max();
 
-// Reports the current exception; one that is no ordinary error is thrown again.
+// Reports the current exception. An exception that is not an ordinary error is thrown again.
 void reportLateFailure(InRegistry::LateFailure const* onFailure) {
     try {
         throw;
@@ -36,7 +36,8 @@ void InRegistry::callPostInitialize(StartUp const& startUp, Batch& batch) {
         callPostInitialize(entry, &batch);
 }
 
-// For the packages that stay initialised although another one of their start-up failed; that error is passed on already.
+// For the packages that stay initialised after another one of their start-up has failed. The first error is passed on by the
+// caller.
 void InRegistry::callPostInitializeOfRest(StartUp const& startUp) {
     InFirstError errors;
     for (ToPostInitialize entry; (entry = nextToPostInitialize(startUp)).package;)
@@ -47,8 +48,8 @@ void InRegistry::callPostInitializeOfRest(StartUp const& startUp) {
         }
 }
 
-// A library that was opened within the start-up of others fails alone: its packages are finalised, and the start-up goes on.
-// A failure within `batch`, which may be null, is passed on.
+// A failure of a package of `batch`, which may be null, is passed on. Any other package belongs to a library that was opened
+// within the start-up: only the packages of that library are finalised, and the start-up goes on.
 void InRegistry::callPostInitialize(ToPostInitialize const& entry, Batch* batch) {
     try {
         callHook(*entry.package, "initialised", [](InPackageInit& package) { package.postInitialize(); });
@@ -94,7 +95,7 @@ void InRegistry::finalizeAll() {
     errors.rethrow();
 }
 
-// The last initialised first. Must not allocate.
+// In the reverse order of initialisation. Must not allocate.
 void InRegistry::finalizePackages(Fault const& fault, InFirstError& errors) {
     auto const call = [&](InPackageInit& package, auto hook) {
         try {
@@ -103,11 +104,11 @@ void InRegistry::finalizePackages(Fault const& fault, InFirstError& errors) {
             errors.add();
         }
     };
-    std::size_t end = behindAll;
+    std::size_t end = afterAll;
     while (InPackageInit* const package = lastAtFault(fault, end))
         call(*package, [](InPackageInit& chosen) { chosen.preFinalize(); });
-    // From the end each time: a hook may have initialised packages.
-    while (InPackageInit* const package = lastAtFault(fault, end = behindAll)) {
+    // The search starts at the end each time, as a hook may have initialised packages.
+    while (InPackageInit* const package = lastAtFault(fault, end = afterAll)) {
         package->setInitialized(false);
         {
             auto const isOf = [package](auto const& entry) { return entry.package == package; };
@@ -128,7 +129,7 @@ InPackageInit* InRegistry::lastAtFault(Fault const& fault, std::size_t& end) {
     return nullptr;
 }
 
-// One pass is enough, as dependencies come first. Called under the lock.
+// One pass is enough, as packages come after their dependencies. Called under the lock.
 void InRegistry::markAtFault(Fault const& fault) {
     std::size_t first = _initialized.size();
     for (std::size_t index = 0; index < _initialized.size(); ++index) {

@@ -13,7 +13,7 @@ struct InRegistry::StartUp {
     StartUp(StartUp const&) = delete;
     StartUp& operator=(StartUp const&) = delete;
 
-    // Of the start-ups that go on in this thread.
+    // The innermost of the start-ups of this thread.
     static inline thread_local StartUp* innermost = nullptr;
     StartUp* const outer;
 };
@@ -37,11 +37,11 @@ struct InRegistry::Batch {
     Batch(Packages toInitialize, InInitMgr::InitType initType, unsigned long batchNumber,
         std::shared_ptr<LateFailure const> lateFailure)
         : packages(std::move(toInitialize)), type(initType), number(batchNumber), onLateFailure(std::move(lateFailure)),
-          // A library's own static objects are constructed after those of the libraries that it needs.
+          // Its static objects are constructed after those of the libraries that it needs, so its packages come last.
           library(packages.empty() ? nullptr : libraryOf(packages.back())) {}
 
-    // All that a start-up of the process had to initialise. Of a library that was opened, all that lies in it or in the
-    // library of the package that failed.
+    // All packages if the start-up of the process failed. If that of an opened library failed, the packages of the batch in
+    // that library, or in the library of the package that failed.
     Fault getFault() const {
         return {type == InInitMgr::Standard, number, library, failed ? libraryOf(failed) : library};
     }

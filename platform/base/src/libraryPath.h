@@ -5,9 +5,9 @@
 namespace Ko {
 
 /// The absolute path of the file that this library was loaded from.
-std::string baseLibraryPath();
+[[nodiscard]] std::string baseLibraryPath();
 
-/// Tells the libraries apart in which static objects lie; null for an object that lies in none.
-void const* libraryOf(void const* object) noexcept;
+/// Identifies the library in which a static object lies; null for an object that lies in none.
+[[nodiscard]] void const* libraryOf(void const* object) noexcept;
 
 } // namespace Ko

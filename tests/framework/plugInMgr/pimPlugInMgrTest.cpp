@@ -25,7 +25,7 @@ void load(OsFilePath const& path) {
     manager().loadPlugIn(path, InInitMgr::Reinitialization);
 }
 
-// What became of loading.
+// "loaded", or the reason of the failure.
 std::string outcomeOf(OsFilePath const& path) {
     try {
         load(path);
@@ -35,7 +35,7 @@ std::string outcomeOf(OsFilePath const& path) {
     }
 }
 
-// The journal since it was last taken.
+// The entries of the journal since the last call.
 Journal takeJournal() {
     return std::exchange(plugInJournal(), {});
 }
@@ -133,7 +133,7 @@ TEST_F(PimPlugInMgrTest, CastsAndThrowsAcrossTheBorder) {
     EXPECT_EQ(typeid(*shapes()[0]), typeid(*shapes()[1]));
 }
 
-// Of several threads that load the same libraries, each library is loaded by exactly one.
+// Several threads load the same libraries: exactly one of them loads each library.
 TEST_F(PimPlugInMgrTest, OpensEachLibraryOnceHoweverManyThreadsLoad) {
     constexpr int libraries = 8, threads = 4;
     Vector<OsFilePath> paths;

@@ -50,7 +50,7 @@ TEST_F(PimUtilsTest, LoadsATypeFromAllDirectoriesInOrderAndCountsItAgain) {
     folder.add("one/t1.typed.so", "grade.op.so");
     folder.add("one/t3.other.so", "noise.gen.so");
     folder.add("two/t4.typed.so", "noise.gen.so");
-    folder.add("two/t1.typed.so", "invert.op.so"); // of a name that is taken
+    folder.add("two/t1.typed.so", "invert.op.so"); // has the name of another one
     PimUtils::addPiDirectoryPath(folder.path("one"));
     PimUtils::addPiDirectoryPath(folder.path("two"));
     EXPECT_EQ(4, PimUtils::loadType("typed", mode, callback));
@@ -65,7 +65,7 @@ TEST_F(PimUtilsTest, LoadsATypeFromAllDirectoriesInOrderAndCountsItAgain) {
 
 struct BadPlugIn {
     char const* name;
-    char const* fixture; // none stands for a text file
+    char const* fixture; // null stands for a text file
     std::uintmax_t size;
     bool opens;
     char const* words;
@@ -86,7 +86,7 @@ TEST_F(PimUtilsTest, ReportsAndSkipsBadPlugIns) {
             row.fixture ? folder.add(file, row.fixture).getPath() : folder.write(file, "none").string();
         if (row.size != 0) std::filesystem::resize_file(path, row.size);
         folder.add(in + "/" + in + "Zest.bad.so", "blur.op.so");
-        for (int const count : {1, 2}) // at first the good one, then also the bad one, which was tried
+        for (int const count : {1, 2}) // at first the good one, then also the bad one, as it was attempted
             EXPECT_EQ(count, PimUtils::loadType(folder.path(in), "bad", mode, callback));
         EXPECT_EQ((Names{"+blur", "*blur"}), Names(plugInJournal().end() - 2, plugInJournal().end()));
         ASSERT_EQ(++failures, messages.texts().size());

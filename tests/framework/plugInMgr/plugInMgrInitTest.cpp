@@ -19,7 +19,7 @@ using namespace KoTest;
 
 using Names = std::vector<std::string>;
 
-// Does something while the framework is started with a command line.
+// Calls `body` while the framework is initialised with a command line.
 template <class Body>
 void whileStarted(Names arguments, Body body) {
     CommandLine line(std::move(arguments));
@@ -38,7 +38,7 @@ Names directoriesBelow(PlugInFolder const& folder) {
 }
 
 struct Directories {
-    // "@" stands for the folder that has "one", "two" and "file" in it, and is the installation directory.
+    // "@" stands for the installation directory, which contains "one", "two", "file" and the current directory "current".
     char const* list;
     Names expected;
     Names warnings;
@@ -66,7 +66,7 @@ TEST(PlugInMgrPackage, TakesThoseDirectoriesOfTheListThatExist) {
             whileStarted({}, [&] {
                 std::filesystem::current_path("/");
                 EXPECT_EQ(row.expected, directoriesBelow(folder));
-                // No catalogue is there, so that messages show their names.
+                // Without a catalogue, messages show their identifiers.
                 EXPECT_EQ(row.warnings, messages.texts());
             });
         });

@@ -50,7 +50,7 @@ private:
     }
 };
 
-// A hook that makes a package within a guard of its own and initialises it, as opening its library does.
+// A hook that creates and initialises a package within a guard of its own, as opening a library does.
 template <class Guard, class Opened>
 auto opening(std::unique_ptr<Opened>& opened, std::vector<InPackageInit::Type> const& dependencies = {}) {
     return [&opened, dependencies] {
@@ -118,13 +118,16 @@ TEST(InInitMgr, RefusesToStartAgain) {
     });
 }
 
-TEST(InInitMgr, NamesWhatHasNoOrderAndStartsNothing) {
+TEST(InInitMgr, NamesAMissingDependencyAndStartsNothing) {
     inChildProcess([] {
         Package<'a'> a;
         Package<'b'> b(on<'a', 'x'>());
         expectFailedStartUp(
             "Package \"b\" depends on (anonymous namespace)::Tag<(char)120>, which is not registered.", "");
     });
+}
+
+TEST(InInitMgr, NamesThePackagesOfACircleAndStartsNothing) {
     inChildProcess([] {
         Package<'a'> a(on<'c'>());
         Package<'b'> b(on<'a'>());
@@ -140,6 +143,9 @@ TEST(InInitMgr, NamesWhatHasNoOrderAndStartsNothing) {
         Package<'c'> c(on<'d', 'b'>());
         expectFailedStartUp("Packages depend on each other in a circle: \"a\", \"b\".", "");
     });
+}
+
+TEST(InInitMgr, RefusesASecondPackageOfATag) {
     inChildProcess([] {
         struct Other : InInit<Tag<'a'>> {
             Other() : InInit("other", {}) {}
@@ -239,7 +245,7 @@ TEST(InReinitGuard, IsAStartUpOfItsOwnAndForgetsWhatFailed) {
     });
 }
 
-// Each depends on the two before it: a walk along every path between them would not end.
+// Each package depends on the two before it: a walk along all paths between them would not end.
 template <char first, char... names>
 auto chainOf(std::integer_sequence<char, first, names...>) {
     return std::tuple(std::make_unique<Package<first>>(),
@@ -318,7 +324,7 @@ TEST(InRecursiveInitGuard, JoinsTheStartUpThatGoesOnAndAReinitGuardDoesNot) {
     });
 }
 
-// What is opened within a start-up fails alone, whenever it fails.
+// A library that is opened within a start-up fails alone, also after it was opened.
 TEST(InRecursiveInitGuard, ReportsAPostInitialiseHookThatThrowsAndTheStartGoesOn) {
     for (bool const isAborted : {false, true})
         inChildProcess([&] {

@@ -33,7 +33,7 @@ public:
     InContextAlias<InInitArg, 1> otherArgument{other, "other:"};
 };
 
-// Starts with the given sources and tells what the variable became, "-" where it is not valid, or why it did not start.
+// Starts with the given sources. @returns the value of the variable, "-" where it is not valid, or the reason of the failure.
 std::string valueFor(std::vector<std::string> arguments, char const* environment, char const* file) try {
     TemporaryFolder const folder;
     if (environment) ::setenv("KO_TEST_DIR", environment, 1);
@@ -95,7 +95,7 @@ TEST(InVariable, NamesAConfigurationFileThatCannotBeRead) {
             ::setenv(row.variable, row.value.c_str(), 1);
             EXPECT_EQ("The configuration file \"" + row.path + "\" cannot be read: " + row.why + ".",
                 caught<InInitEx>([] { InInitMgr::initialize(); }).getReason());
-            EXPECT_THROW(static_cast<void>(SettingsInit().directory.get()), InInitEx);
+            EXPECT_THROW(SettingsInit().directory.get(), InInitEx);
         });
 }
 

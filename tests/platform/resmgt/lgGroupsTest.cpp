@@ -72,7 +72,7 @@ struct FunctionSink : LgSink {
     std::function<void()> const function;
 };
 
-// Takes the sinks away for a while.
+// Removes the sinks for the length of a test.
 struct LgSinksTest : testing::Test {
     ~LgSinksTest() override { LgSinks::replace(before); }
 
@@ -126,6 +126,22 @@ TEST_F(LgSinksTest, AreNotCalledAnyMoreOnceTheyAreRemovedWhoeverWrites) {
         removed = true;
     }
     stop = true;
+}
+
+TEST_F(LgSinksTest, AreDestroyedWhileNoLockIsHeld) {
+    class Sink final : public LgSink {
+    public:
+        explicit Sink(LgMinorGroup const& itsGroup) : _group(itsGroup) {}
+        ~Sink() override {
+            std::thread([this] { _group.write(0, "from another thread"); }).join();
+        }
+        void write(LgRecord const&) override { LgSinks::replace({}); }
+
+    private:
+        LgMinorGroup const& _group;
+    };
+    LgSinks::add(std::make_shared<Sink>(group));
+    group.write(0, "line");
 }
 
 TEST(LgFirstError, RunsEveryStepThrowsTheFirstErrorAndLogsTheOthers) {

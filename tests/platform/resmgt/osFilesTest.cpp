@@ -107,7 +107,7 @@ TEST_F(OsFsUtilsTest, ListsTheChildrenThatMatchInTheOrderOfTheirNames) {
 
 TEST_F(OsFsUtilsTest, SaysWhyADirectoryCannotBeListed) {
     auto const error = KoTest::caught<OsFileEx::ExInvalidPath>(
-        [this] { static_cast<void>(OsFsUtils::getChildren(path("b.op"), OsWildcardFilter(L"*"))); });
+        [this] { OsFsUtils::getChildren(path("b.op"), OsWildcardFilter(L"*")); });
     EXPECT_EQ(
         "OsFsUtils::getChildren: Invalid path \"" + path("b.op").getPath() + "\": Not a directory.", error.getReason());
 }

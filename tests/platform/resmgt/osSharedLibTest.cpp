@@ -67,7 +67,7 @@ TEST(OsSharedLib, PassesOnWhatTheSystemSaysWithThePath) {
     }
 }
 
-// At whatever byte a library ends too early, the process lives on.
+// The process survives a library that ends too early, at any byte.
 TEST(OsSharedLib, RefusesALibraryThatIsCutOff) {
     TemporaryFolder const folder;
     auto const whole = std::filesystem::file_size(libraries / "answer.so");
@@ -80,7 +80,7 @@ TEST(OsSharedLib, RefusesALibraryThatIsCutOff) {
     }
 }
 
-// As above for a library that the opened one needs, directly or not.
+// The same for a library that the opened one needs, directly or through another one.
 TEST(OsSharedLib, NamesALibraryThatIsCutOffAmongThoseThatItNeeds) {
     auto const copy = [](TemporaryFolder const& folder, std::string const& name) {
         for (char const* const from : {"", "absent"})
@@ -104,7 +104,7 @@ TEST(OsSharedLib, NamesALibraryThatIsCutOffAmongThoseThatItNeeds) {
             });
 }
 
-// The parts of a library that the loader reads first.
+// The headers of a library.
 struct Parts {
     explicit Parts(std::string& file) : header(at<ElfW(Ehdr)>(file, 0)) {
         segments = {at<ElfW(Phdr)>(file, header->e_phoff), header->e_phnum};
@@ -126,7 +126,7 @@ struct Parts {
     ElfW(Ehdr) * header;
     std::span<ElfW(Phdr)> segments;
     ElfW(Phdr) * dynamic = nullptr;
-    std::span<ElfW(Dyn)> entries; // and what lies behind them
+    std::span<ElfW(Dyn)> entries; // and the rest of their segment
 };
 
 TEST(OsSharedLib, RefusesALibraryWhoseHeadersLieOutsideOfIt) {

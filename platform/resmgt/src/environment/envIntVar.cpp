@@ -24,7 +24,7 @@ void EnvIntVar::read() {
     }
     LgPackageGroup::write("Environment", 1,
         LiString("The environment variable ") + _name + " is \"" + text +
-            "\", which is no whole number from -2147483648 to 2147483647; " + std::to_string(_value) + " is used (" +
+            "\", which is not a whole number from -2147483648 to 2147483647; " + std::to_string(_value) + " is used (" +
             _source + ").");
 }
 

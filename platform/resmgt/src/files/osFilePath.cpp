@@ -45,7 +45,7 @@ std::string_view OsFilePath::name() const noexcept {
     return std::string_view(_path).substr(static_cast<std::size_t>(_path.rend() - end));
 }
 
-// Within the file name. Neither "." and ".." nor ".profile" have an extension.
+// The position in the file name; npos for a name without an extension, such as ".", ".." and ".profile".
 std::size_t OsFilePath::extensionDot() const noexcept {
     std::string_view const fileName = name();
     std::size_t const dot = fileName.rfind('.');

@@ -10,7 +10,7 @@ namespace {
 
 constexpr char32_t strayBytes = 0x110000;
 
-// Takes the first character off a text that is not empty.
+// Removes the first character of a text that is not empty.
 char32_t next(std::string_view& text) noexcept {
     auto const [code, length] = firstCharacter(text);
     char32_t const taken = length > 0 ? code : strayBytes + static_cast<unsigned char>(text[0]);
@@ -30,7 +30,7 @@ std::u32string decoded(std::string_view text) {
 OsWildcardFilter::OsWildcardFilter(std::wstring const& pattern) : _pattern(pattern.begin(), pattern.end()) {}
 OsWildcardFilter::OsWildcardFilter(LiString const& pattern) : _pattern(decoded(pattern)) {}
 
-// Where a character does not fit, only the last star has to take one more: what those before it took can stay.
+// When a character does not match, only the last star has to match one more: the matches of earlier stars stay valid.
 bool OsWildcardFilter::matches(std::string_view name) const noexcept {
     std::size_t index = 0;
     std::size_t afterStar = std::u32string::npos;

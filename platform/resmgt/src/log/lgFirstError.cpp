@@ -32,7 +32,7 @@ void LgFirstError::write(std::exception_ptr const& error) const noexcept {
     try {
         LgPackageGroup::write("Errors", 0, LiString(_context) + " failed: " + describe(error));
     } catch (...) {
-        // Nothing is left to tell it to.
+        // The log was the last resort.
     }
 }
 

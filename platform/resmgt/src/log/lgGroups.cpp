@@ -20,7 +20,7 @@ namespace {
 using GroupName = std::pair<LiString, LiString>;
 
 struct Rule {
-    // Where the minor name is empty, all groups of the major one; "*" stands for all groups.
+    // With an empty minor name, all groups of the major one; "*" stands for all groups.
     GroupName group;
     int level;
 };
@@ -101,14 +101,14 @@ void writeSafely(LgSink& sink, LgRecord const& record) noexcept {
     try {
         sink.write(record);
     } catch (...) {
-        // A log that cannot be written must not stop the work that it tells of.
+        // A log that cannot be written must not stop the work that is logged.
     }
 }
 
 void Log::write(LgRecord const& record) {
     std::shared_ptr<LgSinks::Sinks const> sinks; // released without the lock: a sink may have removed itself
     std::lock_guard const guard(_sinkMutex);
-    // The lock is this thread's: only a sink that logs can find the flag set.
+    // This thread holds the lock, so only a sink that logs can find the flag set.
     if (std::exchange(_isWriting, true)) return;
     sinks = _sinks;
     for (std::shared_ptr<LgSink> const& sink : *sinks)
@@ -118,10 +118,12 @@ void Log::write(LgRecord const& record) {
 
 template <class Change>
 void Log::changeSinks(Change change) {
+    // Released after the lock, as in `write`.
+    std::shared_ptr<LgSinks::Sinks const> before;
     std::lock_guard const guard(_sinkMutex);
     LgSinks::Sinks sinks = *_sinks;
     change(sinks);
-    _sinks = std::make_shared<LgSinks::Sinks const>(std::move(sinks));
+    before = std::exchange(_sinks, std::make_shared<LgSinks::Sinks const>(std::move(sinks)));
 }
 
 Log& theLog() {

@@ -22,7 +22,7 @@ struct Entry {
 
 constexpr char const* blanks = " \t\r";
 
-// The text between the quotation marks that `line` begins with, and nothing but a comment after them.
+// The text in the quotation marks that `line` begins with; nothing if anything but a comment follows them.
 std::optional<LiString> unquoted(LiString const& line) {
     LiString text;
     std::size_t index = 1;

@@ -149,7 +149,7 @@ bool readTexts(Image const& image, Vector<Dynamic> const& entries, ElfFile& file
 bool readDynamicSection(Bytes const& bytes, Vector<Segment> const& segments, ElfFile& file) {
     auto const section = std::find_if(
         segments.begin(), segments.end(), [](Segment const& segment) { return segment.p_type == PT_DYNAMIC; });
-    if (section == segments.end()) return true; // which the loader refuses in words
+    if (section == segments.end()) return true; // the loader refuses it with a message
     Image const image(bytes, segments);
     auto const entries = readDynamic(image, *section);
     return entries && hasTables(image, *entries) && readTexts(image, *entries, file);

@@ -5,15 +5,15 @@
 
 namespace Ko {
 
-/// What the headers of a shared library say, read with bounds: whatever a file contains, nothing is read outside of it.
+/// The headers of a shared library, read with bounds: nothing outside of the file is read, whatever its headers claim.
 struct ElfFile {
     enum class State {
-        /// There is no such file, or it is none for this system: the loader says why, or searches for another one.
+        /// The file does not exist or is not a library for this system: the loader reports that, or searches for another one.
         Foreign,
         /// The file ends before the contents that its headers list: the loader would map it, and the process would die of
         /// the first page that is missing.
         CutOff,
-        /// What the loader reads first lies outside of the library's segments: the process would die of it.
+        /// Tables that the loader reads lie outside of the library's segments: the process would die of reading them.
         Damaged,
         Complete
     };
@@ -21,7 +21,7 @@ struct ElfFile {
     State state = State::Foreign;
     /// The names of the libraries that it needs, as they stand in it.
     Vector<LiString> needed;
-    /// Where it says that these are; lists with ':' between the directories.
+    /// The directories in which it searches for these, with ':' between them.
     LiString rpath, runpath;
 };
 

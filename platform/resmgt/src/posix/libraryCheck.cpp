@@ -25,7 +25,7 @@ bool isLoaded(LiString const& name) {
     return name.empty() || Handle(::dlopen(name.c_str(), RTLD_LAZY | RTLD_NOLOAD));
 }
 
-/// The directories that the loader searches for every library, as it tells.
+/// The directories that the loader searches for every library, as it lists them.
 struct CommonDirectories {
     CommonDirectories() {
         Handle const program(::dlopen(nullptr, RTLD_LAZY));
@@ -43,7 +43,7 @@ struct CommonDirectories {
 
 private:
     void take(Dl_serpath const& path) {
-        if (path.dls_flags == LA_SER_RUNPATH) return; // of the program itself, for what it needs
+        if (path.dls_flags == LA_SER_RUNPATH) return; // of the program itself
         (path.dls_flags == LA_SER_LIBPATH ? environment : system).emplace_back(path.dls_name);
     }
 };
@@ -64,7 +64,7 @@ void append(Directories& directories, Directories const& others) {
     directories.insert(directories.end(), others.begin(), others.end());
 }
 
-/// A library whose needs are to be looked at.
+/// A library and the directories for the libraries that it needs.
 struct Library {
     OsFilePath path;
     ElfFile file;

@@ -1,9 +1,6 @@
-# What the reference reads instead of a header. It says for members without a comment of their own what the language or their
-# neighbours say already, so that nobody has to write it into the header:
-# - a comment that ends with a colon is about all members up to the next blank line or comment;
-# - an overload is explained by the one above it;
-# - copies, moves, destructors and what is deleted explain themselves.
-# Lines keep their numbers.
+# The first half of scripts/filter-header. Adds the words that a header need not repeat: an overload refers to the function
+# above it, and copies, moves, destructors and deleted functions explain themselves. Every other member needs a sentence of
+# its own: a comment that ends with a colon, as if it were about several, documents none. Lines keep their numbers.
 
 function starts_with(text, start) { return index(text, start) == 1 }
 
@@ -28,10 +25,9 @@ function known(line, name) {
     return ""
 }
 
-# What its neighbours say of a member; the place of an exception is explained by `ExBase`.
-function told(line, name) {
+# What other members say of this one; `ExBase` explains the place of an exception.
+function implied(line, name) {
     if (index(line, "(char const* file, int line")) return "`file` and `line` are the place that raises it, as for `ExBase`."
-    if (shared != "") return shared
     return name != "" && name == explained ? "@overload" : ""
 }
 
@@ -47,7 +43,6 @@ BEGIN { anywhere = 1000; deepest = anywhere }
 
 indent > deepest { print; next }
 
-line == "" { shared = "" }
 line == "" || line ~ /^([#}]|\/\/($|[^\/])|public:|protected:|private:)/ { deepest = anywhere; print; next }
 
 line ~ /^\/\/\// {
@@ -56,10 +51,13 @@ line ~ /^\/\/\// {
     next
 }
 
-comment != "" {
-    shared = comment ~ /:$/ ? substr(comment, 2, length(comment) - 2) "." : ""
-    sub(/:\n$/, ".\n", lines)
+comment ~ /:$/ {
+    comment = ""
+    gsub(/[^\n]/, "", lines)
+}
+lines != "" {
     printf "%s", lines
+    lines = ""
 }
 
 # The comment of a template goes before its first line.
@@ -68,7 +66,7 @@ line ~ /^template <[^;]*>$/ { template = template $0 " "; blank = blank "\n"; do
 {
     name = declared(line)
     language = known(line, name)
-    words = language == "" ? told(line, name) : language
+    words = language == "" ? implied(line, name) : language
     if (comment != "" || documented) words = language = ""
     # Packages name themselves all in the same way, which `InInit` tells.
     named = starts_with(template, "template <>") && name == "getType"

@@ -1,24 +1,24 @@
 #!/usr/bin/env bash
-# What the filter of the reference says for members without a comment, and where it stays silent:  checkFilter.sh FILTER
+# The words that the filter of the reference adds for members without a comment, and those that it drops:  checkFilter.sh FILTER
 set -euo pipefail
 
 filter=$1
 faults=0
 
-# expect PROMISE: reads a header in which the words that the filter is to add stand as "/** ... */ " in front of their line, and a
-# dot that was a colon as "(:)".
+# expect PROMISE: reads a header in which the words that the filter adds stand as "/** ... */ " in front of their line, and the
+# comments that it drops after "(dropped)".
 expect() {
     local expected header filtered
     expected=$(cat)
-    header=$(sed 's|^/\*\* .* \*/ ||; s|(:)$|:|' <<<"$expected")
-    expected=$(sed 's|(:)$|.|' <<<"$expected")
+    header=$(sed 's|^/\*\* .* \*/ ||; s|^(dropped)||' <<<"$expected")
+    expected=$(sed 's|^(dropped).*||' <<<"$expected")
     filtered=$(awk -f "$filter" <<<"$header")
     [[ $filtered != "$expected" ]] || return 0
     printf 'not so: %s\n%s\n' "$1" "$(diff <(printf '%s\n' "$expected") <(printf '%s\n' "$filtered"))" >&2
     faults=$((faults + 1))
 }
 
-expect "a function that nobody explains gets no words" <<'END'
+expect "a function without a comment gets no words" <<'END'
 /// A layer.
 class Layer {
 public:
@@ -56,34 +56,31 @@ public:
 };
 END
 
-expect "a comment with a colon is about all up to the next blank line or comment" <<'END'
+expect "a comment that ends with a colon documents no member: each has a sentence of its own" <<'END'
 class Layer {
 public:
-    /// In pixels(:)
+(dropped)    /// In pixels:
     int width() const;
-/** In pixels. */     int height() const;
+    int height() const;
     /// Of the file.
     int depth() const;
-    int age() const;
 
-    /// How it lies
-    /// on the others(:)
+(dropped)    /// How it lies
+(dropped)    /// on the others:
     using Mode = int;
-
-    Mode mode() const;
 };
 END
 
-expect "bodies and continued lines are nobody's members" <<'END'
+expect "bodies and continued lines are no members" <<'END'
 class Layer {
 public:
-    /// In pixels(:)
+    /// In pixels.
     int area() const {
-        check(this);
+        area(this);
         return width() *
                height();
     }
-/** In pixels. */     int rest(int width,
+/** @overload */     int area(int width,
         int height) const;
 };
 END

@@ -11,7 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-// What a static constructor of a library throws ends the process, by the rules of the language; so no allocation fails while
+// An exception of a library's static constructor ends the process, by the rules of the language. So no allocation fails while
 // the system opens one.
 extern "C" __attribute__((visibility("default"))) void* dlopen(char const* file, int mode) {
     using Open = void* (*)(char const*, int);
@@ -31,7 +31,7 @@ protected:
     PlugInFaults() { plugInJournal().reserve(1000); } // so that it takes no memory
     ~PlugInFaults() override { MsgProtocol::setHandler(nullptr); }
 
-    // "+first +support" and so on, without what happened before.
+    // The entries since the last call: "+first +support".
     static std::string takeJournal() {
         std::string result;
         for (std::string const& entry : plugInJournal())
@@ -43,7 +43,7 @@ protected:
         PimPlugInMgr::getInstance().loadPlugIn(path, InInitMgr::Reinitialization);
     }
 
-    /// Runs `body` in a copy of this process, for what stays in a process for ever. @returns whether a fault was met there.
+    /// Runs `body` in a copy of this process, as its effects cannot be undone. @returns whether a fault occurred there.
     template <class Body>
     static bool hadFaultInCopy(Body body) {
         std::cout << std::flush;
@@ -94,7 +94,7 @@ TEST_F(PlugInFaults, TheFrameworkEndsWithoutMemory) {
     });
 }
 
-// What failed is initialised no more or never was, and what follows is loaded as if nothing had happened.
+// A plug-in that failed is not initialised, and the next one is loaded as usual.
 TEST_F(PlugInFaults, APlugInIsLoadedOrNothingOfItIsLeft) {
     OsFilePath const path = folder.add("blur.op.so"), next = folder.add("grade.op.so");
     tryAllFaultsInCopies("loadPlugIn", [&](FaultyAttempt& attempt) {

@@ -21,7 +21,7 @@ RCShdPtr<SnSelection> numbers(int first, int last) {
     return selection;
 }
 
-// It can still do everything, and finds what it has.
+// All operations still work, and all items are found.
 void expectUsable(SnSelection& selection) {
     auto const other = text("another one");
     EXPECT_TRUE(selection.add(other));
@@ -91,7 +91,7 @@ std::pair<char const*, Create> const commands[] = {{"add command", withItems(CmS
     {"add one command", withOne(CmSelectionChangeCmd::Add)},
     {"remove one command", withOne(CmSelectionChangeCmd::Remove)}};
 
-// What is not executed is not in the history; what cannot be undone or redone is dropped from it.
+// A command that was not executed is not in the history; one that cannot be undone or redone is dropped from it.
 TEST_F(SelectionFaults, ACommandChangesTheSelectionAsAWholeOrNotAtAll) {
     for (std::string const step : {"execute ", "undo ", "redo "})
         for (auto const& [name, command] : commands)
@@ -113,6 +113,19 @@ TEST_F(SelectionFaults, ACommandChangesTheSelectionAsAWholeOrNotAtAll) {
                 if (stack->canUndo()) stack->undo();
                 expectUsable(*selection);
             });
+}
+
+TEST(SelectionMemory, AHistoryCostsTheChangesOfItsCommands) {
+    for (bool const isEmptied : {false, true}) {
+        auto const selection = numbers(1, 20000), one = numbers(0, 0);
+        if (isEmptied) selection->remove(*selection->copy());
+        auto const stack = RCShdPtr<CmCommandStack>::create();
+        long const before = AllocationFaults::liveBytes();
+        for (int times = 0; times < 100; ++times)
+            stack->executeAndLog(
+                CmSelectionChangeWithItemsCmd::create(selection, one, CmSelectionChangeWithItemsCmd::Toggle));
+        EXPECT_LT(AllocationFaults::liveBytes() - before, 100 * 1000) << isEmptied;
+    }
 }
 
 } // namespace

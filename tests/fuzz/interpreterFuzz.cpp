@@ -1,5 +1,5 @@
-// Input: a script of the compositor, which is run. It cannot touch the system: words that are not known to be harmless are
-// left out, and files have names of the target's own, in a folder of its own.
+// Input: a script of the compositor, which is run. It cannot affect the system: only words that are known to be harmless are
+// kept, and file names are replaced by names in a temporary folder.
 #include "base/inInitMgr.h"
 #include "document/documentFile.h"
 #include "framework/command/cmCommandStackGuard.h"
@@ -30,7 +30,7 @@ bool isOneOf(std::string const& word, auto const& words) {
     return std::ranges::find(words, word) != std::end(words);
 }
 
-// What is large only takes long: lengths have two digits, and pictures never grow.
+// Large pictures are slow: lengths get two digits, and pictures never grow.
 void keepSmall(std::vector<std::string>& words) {
     bool isScaled = false;
     for (std::string& word : words) {
@@ -50,7 +50,7 @@ std::string tamed(std::vector<std::string> words, Folder const& folder) {
     return quotedWords(words) + '\n';
 }
 
-// What may be run of a script.
+// The statements of a script that may be run.
 std::string tamedScript(std::string const& script, Folder const& folder) {
     std::istringstream stream(script);
     std::string result = "canvas 32 32\n";
@@ -71,7 +71,7 @@ bool isAlike(Layer const& left, Layer const& right) {
            one.y == other.y && one.opacity == other.opacity && one.blend == other.blend;
 }
 
-// Back to the begin of the history and forth again. What was edited quietly may stand in the way.
+// Undoes and redoes the whole history. Not for scripts with "quietly": these edits can make a step fail.
 void checkHistory(Editor& editor) {
     Ko::CmCommandStack& history = *editor.history();
     Document const document = editor.document();
@@ -95,7 +95,7 @@ void run(std::string const& script, PlugIns const& plugIns, bool isTyped) {
     if (isTyped)
         interpreter.runTerminal(stream);
     else
-        expect(interpreter.runScript(stream, "fuzz") == errors.str().empty(), "a script that fails says why");
+        expect(interpreter.runScript(stream, "fuzz") == errors.str().empty(), "a script that fails reports an error");
     expect(!Ko::CmUndoGuard::isGuardActive(), "no group stays open");
     if (script.find("\"quietly\"") == std::string::npos) checkHistory(editor);
 }

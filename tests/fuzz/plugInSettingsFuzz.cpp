@@ -110,7 +110,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     expect(std::ranges::equal(PimUtils::getFilePaths(), modelDirectories(folder / "", fields[2]), &isSame),
         "those names of the list are searched that stand for directories");
     for (auto name = fields.begin() + 3; name != fields.end(); ++name) {
-        if (name->find('/') != std::string::npos) continue; // a file name has none
+        // A file name has no slash, and the name ".so" has no suffix, as it begins with its only dot.
+        if (name->empty() || name->find('/') != std::string::npos) continue;
         std::string const file = *name + ".so";
         PimUtils::load((folder / "no folder").string() + "/" + file, InInitMgr::Reinitialization);
         expect(lastLine->text.ends_with("is filtered out.") == modelIsFilteredOut(fields[0], fields[1], file),

@@ -18,8 +18,8 @@ inline void writeNumber(std::uint8_t* bytes, std::uint32_t number) {
         bytes[index] = static_cast<std::uint8_t>(number & 0xFF);
 }
 
-/// Calls `visit(type, content)` for the chunks of each PNG picture in the bytes, as far as they can be followed; what stands
-/// behind the content is the checksum.
+/// Calls `visit(type, content)` for the well-formed chunks of each PNG picture in the bytes. The four bytes after the content
+/// are the checksum.
 template <class Visit>
 void visitChunks(std::span<std::uint8_t> bytes, Visit visit) {
     constexpr std::string_view signature = "\x89PNG\r\n\x1A\n";
@@ -36,7 +36,7 @@ void visitChunks(std::span<std::uint8_t> bytes, Visit visit) {
     }
 }
 
-/// Mutations get nowhere behind a wrong checksum.
+/// Decoders stop at a wrong checksum, and would never see the mutations that follow.
 inline void repairChecksums(std::span<std::uint8_t> bytes) {
     visitChunks(bytes, [](std::string_view, std::span<std::uint8_t> content) {
         auto const checksum = crc32(crc32(0, nullptr, 0), content.data() - 4, static_cast<uInt>(content.size() + 4));
@@ -44,7 +44,7 @@ inline void repairChecksums(std::span<std::uint8_t> bytes) {
     });
 }
 
-/// Whether all pictures are small: large ones are allowed, and only take long.
+/// Whether all pictures are small. Large pictures are valid, but slow.
 inline bool areSmall(std::span<std::uint8_t> bytes) {
     bool result = true;
     visitChunks(bytes, [&](std::string_view type, std::span<std::uint8_t> content) {

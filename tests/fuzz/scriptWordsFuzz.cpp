@@ -1,4 +1,4 @@
-// Input: a script of the compositor; it is cut into words, and not run.
+// Input: a script of the compositor, which is split into words but not run.
 #include "script/script.h"
 #include "tests/fuzz/fuzzing.h"
 
@@ -11,7 +11,7 @@ using namespace KoFuzz;
 
 using Words = std::vector<std::string>;
 
-// None where the line cannot be read.
+// Nothing for a line that is refused.
 std::optional<Words> modelSplit(std::string const& line) {
     Words words;
     bool inWord = false, inQuotes = false, wasQuoted = false;
@@ -72,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     std::istringstream lines(script);
     for (std::string line; std::getline(lines, line);) {
         auto const words = split(line);
-        expect(words == modelSplit(line), "lines are cut at blanks outside quotation marks");
+        expect(words == modelSplit(line), "lines are split at blanks outside quotation marks");
         expect(!words || split(quotedWords(*words)) == words, "quoted words stay as they are");
     }
     readStatements(script);

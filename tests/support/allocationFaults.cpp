@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <malloc.h>
 
 namespace KoTest {
 
@@ -29,7 +30,7 @@ struct Plan {
 constinit Plan shared;
 constinit thread_local Plan own;
 constinit thread_local int pauses = 0;
-constinit std::atomic<long> live{0};
+constinit std::atomic<long> live{0}, liveSize{0};
 constinit std::atomic<long> faults{0}, operations{0};
 
 struct Summary {
@@ -57,6 +58,9 @@ bool AllocationFaults::disarm() noexcept {
 long AllocationFaults::liveBlocks() noexcept {
     return live;
 }
+long AllocationFaults::liveBytes() noexcept {
+    return liveSize;
+}
 
 AllocationFaults::Pause::Pause() noexcept {
     ++pauses;
@@ -75,11 +79,14 @@ static void* allocate(std::size_t size) {
     void* const block = std::malloc(size > 0 ? size : 1);
     if (!block) throw std::bad_alloc();
     ++live;
+    liveSize += static_cast<long>(malloc_usable_size(block));
     return block;
 }
 
 static void release(void* block) noexcept {
-    if (block) --live;
+    if (!block) return;
+    --live;
+    liveSize -= static_cast<long>(malloc_usable_size(block));
     std::free(block);
 }
 

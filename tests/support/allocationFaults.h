@@ -24,6 +24,8 @@ public:
     static bool disarm() noexcept;
     /// How many blocks are allocated now.
     static long liveBlocks() noexcept;
+    /// How large these are together.
+    static long liveBytes() noexcept;
 
     /// While it exists, no allocation of this thread fails.
     class Pause {

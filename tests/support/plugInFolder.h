@@ -8,8 +8,9 @@ namespace KoTest {
 /// A folder with copies of the plug-ins that are built for tests.
 class PlugInFolder : public TemporaryFolder {
 public:
-    /// @param name may have folders before it.
-    /// @param fixture the name of the one to copy, where it differs.
+    /// Copies a plug-in into the folder.
+    /// @param name may begin with folders.
+    /// @param fixture the name of the plug-in to copy, if it differs.
     Ko::OsFilePath add(std::string const& name, std::string const& fixture = {}) const {
         std::filesystem::path const original =
             std::filesystem::path(KO_TEST_PLUG_INS) / (fixture.empty() ? name : fixture);

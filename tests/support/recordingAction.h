@@ -11,8 +11,8 @@
 
 namespace KoTest {
 
-/// What a test's action is. It is valid where `isValid` says so, everywhere by default, and records what it performs as
-/// "description(target,input)".
+/// The properties of a test's action. It is valid if `isValid` returns true, by default always, and records each call of
+/// `performAction` as "description(target,input)".
 struct ActionTraits {
     std::string description;
     std::string compositeName;
@@ -34,6 +34,7 @@ public:
 
     bool inputValid(
         Ko::RCShdPtr<Ko::SnItem const> const& target, Ko::RCShdPtr<Ko::SnItem const> const& input) const override {
+        ++asked;
         return !_traits.isValid || _traits.isValid(valueOf(target), valueOf(input));
     }
     void performAction(Ko::RCShdPtr<Ko::SnItem const> const& target, Ko::RCShdPtr<Ko::SnItem const> const& input,
@@ -44,14 +45,22 @@ public:
     }
     Ko::LiString getDescription() const override {
         ++descriptionsRead;
+        if (onRead) onRead("description");
         return _traits.description;
     }
-    std::string getGroup() const override { return _traits.group; }
-    std::string getCompositeName() const override { return _traits.compositeName; }
+    std::string getGroup() const override {
+        if (onRead) onRead("group");
+        return _traits.group;
+    }
+    std::string getCompositeName() const override {
+        if (onRead) onRead("composite name");
+        return _traits.compositeName;
+    }
 
     std::function<void()> onPerform;
     std::function<void()> onDestroy;
-    mutable int descriptionsRead = 0;
+    std::function<void(char const* what)> onRead;
+    mutable int asked = 0, descriptionsRead = 0;
 
 private:
     ActionTraits _traits;
@@ -59,11 +68,11 @@ private:
 };
 
 /// The descriptions of a query's result, with ":" and the target's text where it has one, and blanks between them.
-inline std::string listed(Ko::ConstIterator<Ko::ActRegistry::Entry> entries) {
+inline std::string listed(Ko::ConstIterator<Ko::ActRegistry::Entry> const& entries) {
     std::string result;
-    for (; !entries.atEnd(); ++entries)
-        result += (result.empty() ? "" : " ") + entries->getDescription() +
-                  (valueOf(entries->getTarget()) == "?" ? "" : ":" + valueOf(entries->getTarget()));
+    for (Ko::ActRegistry::Entry const& entry : entries.elements())
+        result += (result.empty() ? "" : " ") + entry.getDescription() +
+                  (valueOf(entry.getTarget()) == "?" ? "" : ":" + valueOf(entry.getTarget()));
     return result;
 }
 

@@ -181,16 +181,15 @@ private:
         _clean = _clean >= count ? _clean - count : noPosition;
         _altered = _altered >= count ? _altered - count : noPosition;
     }
-    // An altered state is lost when it is left by an undo or a redo: the commands do not know of the alteration.
+    // Up to the altered position, a state is lost when it is left by an undo or a redo: the commands do not know of the alteration.
     void stepBack() noexcept {
-        if (_current == _altered) [[unlikely]] {
-            if (_clean == _current) _clean = noPosition;
-            --_altered;
-        }
+        loseAltered(_current);
         --_current;
     }
-    void confirmStepForward() noexcept {
-        if (_altered == _current - 1 && _clean == _altered) _clean = noPosition;
+    void confirmStepForward() noexcept { loseAltered(_current - 1); }
+    void loseAltered(int left) noexcept {
+        if (left <= _altered && left == _clean) [[unlikely]]
+            _clean = noPosition;
     }
     void requireNoOpenStep() const {
         if (_openStep) [[unlikely]]

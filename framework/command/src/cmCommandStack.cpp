@@ -72,6 +72,7 @@ void CmCommandStack::append(RCShdPtr<CmCommand> cmd) {
         _innermostSpan->touch();
     int const surplus = countSurplus(redoable);
     if (_clean >= redoable) _clean = noPosition;
+    _altered = std::min(_altered, redoable - 1);
     if (_keeper) [[unlikely]]
         _keeper->recordLogged(redoable, height, surplus);
     dropForLogged(redoable, height, surplus);

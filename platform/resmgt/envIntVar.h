@@ -1,8 +1,10 @@
 #pragma once
 
+#include "resmgt/liString.h"
 #include "resmgt/resmgtApi.h"
 
 #include <mutex>
+#include <optional>
 
 namespace Ko {
 
@@ -22,7 +24,8 @@ public:
     [[nodiscard]] int get();
 
 private:
-    void read();
+    std::optional<LiString> read();
+    void report(LiString const& text) const;
 
     char const* _name;
     int _value;

@@ -25,6 +25,8 @@ public:
 
     /// The text, without separators at its end.
     [[nodiscard]] LiString const& getPath() const noexcept { return _path; }
+    /// Whether the text contains a zero byte. The system would cut it there, so no function finds or opens such a file.
+    [[nodiscard]] bool hasZeroByte() const noexcept { return _path.find('\0') != LiString::npos; }
     /// Whether the path is the empty text.
     [[nodiscard]] bool isEmpty() const noexcept { return _path.empty(); }
     /// Whether the path does not depend on the current directory.

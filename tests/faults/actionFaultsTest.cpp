@@ -1,8 +1,7 @@
 #include "framework/actions/actCompositeAction.h"
-#include "framework/actions/actRegistry.h"
 #include "tests/faults/faultsTest.h"
 #include "tests/support/childProcess.h"
-#include "tests/support/items.h"
+#include "tests/support/recordingAction.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -16,28 +15,13 @@ int liveActions = 0;
 std::string const group = "a group of actions with a rather long name";
 
 template <class Base>
-class NamedAction : public Base {
+class LiveAction : public Base {
 public:
-    NamedAction(std::string description, std::string compositeName)
-        : _description(std::move(description)), _compositeName(std::move(compositeName)) {
+    LiveAction(std::string description, std::string compositeName)
+        : Base(std::move(description), std::move(compositeName), group) {
         ++liveActions;
     }
-    ~NamedAction() override { --liveActions; }
-
-    LiString getDescription() const override { return _description; }
-    std::string getGroup() const override { return group; }
-    std::string getCompositeName() const override { return _compositeName; }
-
-private:
-    std::string _description, _compositeName;
-};
-
-class ValidAction : public NamedAction<ActAction> {
-public:
-    using NamedAction::NamedAction;
-    bool inputValid(RCShdPtr<SnItem const> const&, RCShdPtr<SnItem const> const&) const override { return true; }
-    void performAction(
-        RCShdPtr<SnItem const> const&, RCShdPtr<SnItem const> const&, RCShdPtr<SnSelection> const&) const override {}
+    ~LiveAction() override { --liveActions; }
 };
 
 /// Actions on two levels, with names that take memory of their own.
@@ -46,7 +30,8 @@ protected:
     static inline std::string const composite = "a composite action with a rather long description";
 
     static OPtr<ActAction> make(std::string const& name, std::string const& compositeName = {}) {
-        return std::make_unique<ValidAction>(name + " of the actions that these tests register", compositeName);
+        return std::make_unique<LiveAction<ValidAction>>(
+            name + " of the actions that these tests register", compositeName);
     }
     static void fill() {
         ActRegistry& registry = ActRegistry::getInstance();
@@ -54,7 +39,8 @@ protected:
             registry.registerAction(make(name), ActRegistry::Static);
             registry.registerAction(make(name, composite), ActRegistry::Dynamic);
         }
-        registry.registerAction(std::make_unique<NamedAction<ActCompositeAction>>(composite, ""), ActRegistry::Static);
+        registry.registerAction(
+            std::make_unique<LiveAction<NamedAction<ActCompositeAction>>>(composite, ""), ActRegistry::Static);
     }
     static void clear() { ActRegistry::getInstance().unregisterActionsInGroup(group); }
     static std::size_t count() {

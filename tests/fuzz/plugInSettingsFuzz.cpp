@@ -7,10 +7,10 @@
 
 #include "base/inInitMgr.h"
 #include "resmgt/lgGroups.h"
+#include "resmgt/liStringParser.h"
 #include "tests/fuzz/fuzzing.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace {
 
@@ -24,14 +24,6 @@ public:
     std::string text;
 };
 
-std::vector<std::string> pieces(std::string const& text, char separator) {
-    std::vector<std::string> result;
-    std::istringstream stream(text);
-    for (std::string piece; std::getline(stream, piece, separator);)
-        if (!piece.empty()) result.push_back(piece);
-    return result;
-}
-
 // Whether a rule of the list is for plug-ins of the type, and whether one of these names the plug-in.
 struct Verdict {
     bool isForType = false, isNamed = false;
@@ -39,7 +31,7 @@ struct Verdict {
 
 Verdict modelVerdict(std::string const& list, std::string const& name, std::string const& type) {
     Verdict verdict;
-    for (std::string const& rule : pieces(list, ',')) {
+    for (std::string const& rule : LiStringParser::splitList(list, ",")) {
         std::size_t const sign = rule.find('=');
         if (sign == std::string::npos || sign + 1 == rule.size() || rule.substr(0, sign) != type) continue;
         std::string const fragment = rule.substr(sign + 1);
@@ -61,7 +53,7 @@ std::vector<std::filesystem::path> modelDirectories(
     std::filesystem::path const& installation, std::string const& list) {
     std::vector<std::filesystem::path> directories;
     if (list.empty()) return {installation / "plugins"};
-    for (std::string const& name : pieces(list, ':'))
+    for (std::string const& name : LiStringParser::splitList(list, ":"))
         if (std::error_code error; std::filesystem::is_directory(installation / name, error))
             directories.push_back(installation / name);
     return directories;

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "tests/support/thrown.h"
+
 #include <exception>
 #include <gtest/gtest.h>
 #include <new>
-#include <string>
 
 namespace KoTest {
 
@@ -59,7 +60,7 @@ public:
         }
         if (!_everyThread) end();
         if (!error) return true;
-        reason = reasonOf(error);
+        reason = messageOf([&] { std::rethrow_exception(error); });
         if (!_everyThread) {
             EXPECT_TRUE(hadFault) << "failed without a fault: " << reason;
         }
@@ -77,14 +78,6 @@ public:
     std::string reason;
 
 private:
-    static std::string reasonOf(std::exception_ptr const& error) {
-        try {
-            std::rethrow_exception(error);
-        } catch (std::exception const& known) {
-            return known.what();
-        }
-    }
-
     AllocationFaults::Kind _kind;
     long _number;
     bool _everyThread;

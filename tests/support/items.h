@@ -3,6 +3,7 @@
 #include "internalAPI/snItemConvert.h"
 #include "internalAPI/snSelection.h"
 
+#include <functional>
 #include <initializer_list>
 #include <string>
 
@@ -11,6 +12,16 @@ namespace KoTest {
 inline Ko::RCShdPtr<Ko::SnItem const> text(char const* value) {
     return Ko::SnItemBasic<Ko::LiString>::create(value);
 }
+
+/// Calls a function when it is destroyed.
+class Fuse : public Ko::SnItemBasic<Ko::LiString> {
+public:
+    explicit Fuse(std::function<void()> onDestroy) : SnItemBasic("fuse", nullptr), _onDestroy(std::move(onDestroy)) {}
+    ~Fuse() override { _onDestroy(); }
+
+private:
+    std::function<void()> const _onDestroy;
+};
 
 inline Ko::RCShdPtr<Ko::SnSelection> selectionOf(std::initializer_list<char const*> values) {
     auto const selection = Ko::SnSelection::create();

@@ -11,6 +11,31 @@
 
 namespace KoTest {
 
+/// An action of the given kind, with its names.
+template <class Base>
+class NamedAction : public Base {
+public:
+    NamedAction(std::string description, std::string compositeName, std::string group)
+        : _description(std::move(description)), _compositeName(std::move(compositeName)), _group(std::move(group)) {}
+    Ko::LiString getDescription() const override { return _description; }
+    std::string getCompositeName() const override { return _compositeName; }
+    std::string getGroup() const override { return _group; }
+
+private:
+    std::string const _description, _compositeName, _group;
+};
+
+/// Valid for all items; performs nothing.
+class ValidAction : public NamedAction<Ko::ActAction> {
+public:
+    using NamedAction::NamedAction;
+    bool inputValid(Ko::RCShdPtr<Ko::SnItem const> const&, Ko::RCShdPtr<Ko::SnItem const> const&) const override {
+        return true;
+    }
+    void performAction(Ko::RCShdPtr<Ko::SnItem const> const&, Ko::RCShdPtr<Ko::SnItem const> const&,
+        Ko::RCShdPtr<Ko::SnSelection> const&) const override {}
+};
+
 /// The properties of a test's action. It is valid if `isValid` returns true, by default always, and records each call of
 /// `performAction` as "description(target,input)".
 struct ActionTraits {

@@ -1,13 +1,35 @@
 #pragma once
 
 #include "base/exBase.h"
-#include "tests/support/caught.h"
 
+#include <stdexcept>
 #include <string>
 
 namespace KoTest {
 
-/// What the call throws, in words: "reason [file]", or "reason [file:line]".
+/// What the call throws, which has to be an `Exception`.
+template <class Exception, class Call>
+Exception caught(Call call) {
+    try {
+        call();
+    } catch (Exception const& error) {
+        return error;
+    }
+    throw std::logic_error("nothing was thrown");
+}
+
+/// The message of the exception that the call throws.
+template <class Call>
+std::string messageOf(Call call) {
+    try {
+        call();
+    } catch (std::exception const& error) {
+        return error.what();
+    }
+    return "nothing was thrown";
+}
+
+/// What the call throws, as text: "reason [file]", or "reason [file:line]".
 template <class Ex = Ko::ExAssertionFailed, class Call>
 std::string thrownBy(Call call, bool withLine = false) {
     Ex const error = caught<Ex>(call);

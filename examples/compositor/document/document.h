@@ -24,6 +24,8 @@ struct Layer {
     LayerId id = 0;
     std::string name;
     PlacedPicture placed;
+
+    bool operator==(Layer const&) const = default;
 };
 
 /// A canvas with layers from bottom to top. A value: copies are independent, and cheap because pictures are shared.

@@ -47,6 +47,8 @@ fs::path temporaryPathBeside(fs::path const& path, std::string const& extension)
 }
 
 AtomicFile::AtomicFile(fs::path path) : _path(followLinks(std::move(path))) {
+    if (_path.native().find('\0') != std::string::npos)
+        throw ImageError(std::string(_path.c_str()) + " cannot be written: its name contains a zero byte");
     std::error_code error;
     if (fs::exists(_path, error) && !fs::is_regular_file(_path, error))
         throw ImageError(_path.string() + " cannot be written: it is not a file");

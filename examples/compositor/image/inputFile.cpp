@@ -7,8 +7,9 @@ namespace compositor {
 
 InputFile::InputFile(std::filesystem::path const& path) {
     auto const fail = [&path](std::string const& reason) {
-        throw ImageError(path.string() + " cannot be read: " + reason);
+        throw ImageError(std::string(path.c_str()) + " cannot be read: " + reason);
     };
+    if (path.native().find('\0') != std::string::npos) fail("its name contains a zero byte");
     std::error_code error;
     auto const status = std::filesystem::status(path, error);
     if (std::filesystem::is_directory(status)) fail("it is a directory");

@@ -33,6 +33,9 @@ struct PlacedPicture {
     int y = 0;
     float opacity = 1.0f;
     BlendMode blend = BlendMode::Over;
+
+    /// Equal pictures are the same object.
+    bool operator==(PlacedPicture const&) const = default;
 };
 
 /// Receives the number of completed steps and of all steps; returns false to stop.

@@ -2,6 +2,7 @@
 #include "tests/examples/compositor/pictures.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/temporaryFolder.h"
+#include "tests/support/thrown.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -109,7 +110,7 @@ TEST_F(DocumentFile, ReportsATruncationAtAnyByte) {
     std::string const text = save();
     for (std::size_t length = 0; length < text.size(); ++length)
         EXPECT_THROW(decode(text.substr(0, length)), DocumentError) << length;
-    EXPECT_EQ("there are 1 bytes after the last picture", errorOf([&] { decode(text + "x"); }));
+    EXPECT_EQ("there are 1 bytes after the last picture", messageOf([&] { decode(text + "x"); }));
 }
 
 TEST_F(DocumentFile, ReportsTheLineOrThePictureThatIsWrong) {
@@ -133,7 +134,7 @@ TEST_F(DocumentFile, ReportsTheLineOrThePictureThatIsWrong) {
             {start + "canvas 1 1\npicture 4\ndata\nabcd", "picture 0: it is not a PNG picture"},
             {start + "canvas 1 1\npicture " + std::to_string(hugePicture().size()) + "\ndata\n" + hugePicture(),
                 "picture 0: the PNG picture is cut off: "}}) {
-        std::string const error = errorOf([&input = text] { decode(input); });
+        std::string const error = messageOf([&input = text] { decode(input); });
         EXPECT_EQ(0u, error.find(expected)) << error;
     }
 }

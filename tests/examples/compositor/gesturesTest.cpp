@@ -123,12 +123,4 @@ TEST_F(GesturesTest, DropsPutLayersAboveTheirTarget) {
     EXPECT_FALSE(Ko::CmUndoGuard::isGuardActive());
 }
 
-TEST_F(GesturesTest, ADragAlongAPathIsOneStep) {
-    gestures.select({"a"});
-    expectStep("a b c | a ", [&] { gestures.dragAlong("a", {{1, 1}, {2, 2}, {3, 5}}); });
-    EXPECT_EQ(5, editor.document().layer("a").placed.y);
-    editor.history()->undo();
-    EXPECT_EQ(0, editor.document().layer("a").placed.y);
-}
-
 } // namespace

@@ -6,10 +6,12 @@
 #include "tests/examples/compositor/pictures.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/temporaryFolder.h"
+#include "tests/support/thrown.h"
 
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <png.h>
 #include <random>
@@ -224,8 +226,8 @@ TEST(PngFile, KeepsEveryPixelAndReportsDamageOfAnyKind) {
         damaged[place] ^= '\x40';
         EXPECT_THROW(decode(damaged), ImageError) << "damaged at " << place;
     }
-    EXPECT_EQ(
-        "the PNG picture is cut off: it is too short for 65535 x 4000 pixels", errorOf([] { decode(hugePicture()); }));
+    EXPECT_EQ("the PNG picture is cut off: it is too short for 65535 x 4000 pixels",
+        messageOf([] { decode(hugePicture()); }));
 }
 
 TEST(Writing, IsWholeOrNotAtAll) {
@@ -283,15 +285,18 @@ TEST(Writing, ToAFullDiskReportsTheReasonAndLeavesNothing) {
             return true;
         };
         std::string const path = (folder / "x.png").string();
-        EXPECT_EQ(path + " cannot be written: File too large", errorOf([&] { writePng(path, {500, 500}, noise); }));
+        EXPECT_EQ(path + " cannot be written: File too large", messageOf([&] { writePng(path, {500, 500}, noise); }));
         EXPECT_EQ(0, folder.entries());
     });
 }
 
 TEST(Files, ThatCannotBeOpenedAreReportedWithTheReason) {
     TemporaryFolder const folder;
-    EXPECT_NE(std::string::npos, errorOf([&] { InputFile(folder / ""); }).find("it is a directory"));
-    EXPECT_EQ("/dev/null cannot be written: it is not a file", errorOf([] { AtomicFile("/dev/null"); }));
+    std::string const seen = folder.write("x", "").string(), cut = seen + std::string("\0.png", 5);
+    EXPECT_THAT(messageOf([&] { InputFile(folder / ""); }), testing::HasSubstr("it is a directory"));
+    EXPECT_EQ("/dev/null cannot be written: it is not a file", messageOf([] { AtomicFile("/dev/null"); }));
+    EXPECT_EQ(seen + " cannot be read: its name contains a zero byte", messageOf([&] { InputFile{cut}; }));
+    EXPECT_EQ(seen + " cannot be written: its name contains a zero byte", messageOf([&] { AtomicFile{cut}; }));
 }
 
 } // namespace

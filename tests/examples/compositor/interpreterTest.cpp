@@ -55,9 +55,12 @@ TEST_F(InterpreterTest, UndoesAndRedoesEveryEdit) {
     }
 }
 
-TEST_F(InterpreterTest, SkipsAByteOrderMarkAndHelps) {
-    EXPECT_TRUE(run("\xEF\xBB\xBFhelp blend")) << take(errors);
-    EXPECT_THAT(take(output), testing::HasSubstr("multiply  s d + s (1 - b) + d (1 - a)\n"));
+TEST_F(InterpreterTest, ReadsWordsAfterAByteOrderMarkAndHelps) {
+    EXPECT_TRUE(run("\xEF\xBB\xBF\techo a#b  \"\\\"c\\\" \\\\d #\" \"\" e\"f\\ # no word\r\nhelp blend"))
+        << take(errors);
+    std::string const words = take(output);
+    EXPECT_EQ(0u, words.find("a#b \"c\" \\d #  e\"f\\\n")) << words;
+    EXPECT_THAT(words, testing::HasSubstr("multiply  s d + s (1 - b) + d (1 - a)\n"));
 }
 
 TEST_F(InterpreterTest, MovesThroughTheHistoryAndLimitsIt) {
@@ -93,6 +96,8 @@ TEST_F(InterpreterTest, ReportsBadInputWithItsLineAndChangesNothing) {
              {"drag a 1 1 2", "1: a path is made of pairs of X and Y"}, {"redo", "1: there is nothing to redo"},
              {"goto 3", "1: \"3\" is not a whole number from 0 to 2"},
              {"rename a \"b", "1: a quotation mark is not closed"},
+             {"rename a \"b\\\"", "1: a quotation mark is not closed"},
+             {"rename a \"b\"c", "1: after a closing quotation mark there must be a blank"},
              {"group x\n undo\nend", "2: \"undo\" is not possible inside a group"},
              {"quietly\n group x\n move a 1 1\n end", "1: the script ends inside this quietly; \"end\" is missing"},
              {"group x\n group y\n", "2: the script ends inside this group; \"end\" is missing"},

@@ -5,7 +5,6 @@
 #include "tests/fuzz/pngChecksums.h"
 
 #include <sstream>
-#include <stdexcept>
 
 namespace KoTest {
 
@@ -45,17 +44,6 @@ inline std::string hugePicture() {
 inline compositor::Picture readPicture(std::filesystem::path const& path) {
     compositor::InputFile file(path);
     return compositor::readPng(file.stream, file.length);
-}
-
-/// The message of the exception that the call throws.
-template <class Call>
-std::string errorOf(Call call) {
-    try {
-        call();
-    } catch (std::runtime_error const& error) {
-        return error.what();
-    }
-    return "nothing was thrown";
 }
 
 } // namespace KoTest

@@ -1,7 +1,6 @@
 #include "framework/actions/actCompositeAction.h"
-#include "framework/actions/actRegistry.h"
-#include "tests/support/items.h"
 #include "tests/support/randomSteps.h"
+#include "tests/support/recordingAction.h"
 
 #include <algorithm>
 #include <array>
@@ -31,14 +30,11 @@ using Alive = std::set<int>;
 template <class Base>
 class TraitsAction : public Base {
 public:
-    TraitsAction(Traits traits, Alive& alive) : _traits(std::move(traits)), _alive(alive) {
+    TraitsAction(Traits const& traits, Alive& alive)
+        : Base(traits.description, traits.compositeName, traits.group), _traits(traits), _alive(alive) {
         _alive.insert(_traits.number);
     }
     ~TraitsAction() override { _alive.erase(_traits.number); }
-
-    LiString getDescription() const override { return _traits.description; }
-    std::string getGroup() const override { return _traits.group; }
-    std::string getCompositeName() const override { return _traits.compositeName; }
 
 protected:
     Traits const _traits;
@@ -47,14 +43,12 @@ private:
     Alive& _alive;
 };
 
-class PlainAction final : public TraitsAction<ActAction> {
+class PlainAction final : public TraitsAction<ValidAction> {
 public:
     using TraitsAction::TraitsAction;
     bool inputValid(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const&) const override {
         return _traits.isValidFor(valueOf(target));
     }
-    void performAction(
-        RCShdPtr<SnItem const> const&, RCShdPtr<SnItem const> const&, RCShdPtr<SnSelection> const&) const override {}
 };
 
 /// The registry beside a list of the registered actions. Composites stand for others, and for one another.
@@ -119,7 +113,7 @@ private:
         // A composite without a description would stand for the top level.
         traits.isComposite = traits.description.size() > 0 && choices.take(3) == 0;
         if (traits.isComposite)
-            add(std::make_unique<TraitsAction<ActCompositeAction>>(traits, alive), traits, choices);
+            add(std::make_unique<TraitsAction<NamedAction<ActCompositeAction>>>(traits, alive), traits, choices);
         else
             add(std::make_unique<PlainAction>(traits, alive), traits, choices);
     }

@@ -18,6 +18,13 @@ using Items = List<RCShdPtr<SnItem const>>;
 
 class ActUtilsTest : public testing::Test, public WithActions {
 protected:
+    ~ActUtilsTest() override { registry.unregisterActionsInGroup("composites"); }
+    void addComposite(char const* description, char const* compositeName) {
+        registry.registerAction(
+            std::make_unique<NamedAction<ActCompositeAction>>(description, compositeName, "composites"),
+            ActRegistry::Static);
+    }
+
     RCShdPtr<SnItem const> const target = text("1"), input = text("i");
     Items const targets{text("1"), text("2")};
     RCShdPtr<SnSelection> const selection = SnSelection::create();
@@ -130,26 +137,14 @@ protected:
     }
 };
 
-class Composite : public ActCompositeAction {
-public:
-    Composite(char const* description, char const* compositeName)
-        : _description(description), _compositeName(compositeName) {}
-    LiString getDescription() const override { return _description; }
-    std::string getCompositeName() const override { return _compositeName; }
-    std::string getGroup() const override { return "composites"; }
-
-private:
-    char const *_description, *_compositeName;
-};
-
 TEST_F(ActUtilsTest, AMenuShowsTheValidActionsAndTheMembersOfComposites) {
     add({"b", "", "", [](auto const&, auto const& none) { return none == "?"; }});
     add({"", "", "", [](auto const& t, auto const&) { return t == "2"; }});
     for (char const* const inner : {"y", "x"}) {
         add({"member", inner, "", {}});
-        registry.registerAction(std::make_unique<Composite>(inner, "Tools"), ActRegistry::Static);
+        addComposite(inner, "Tools");
     }
-    registry.registerAction(std::make_unique<Composite>("Tools", ""), ActRegistry::Static);
+    addComposite("Tools", "");
     add({"x", "", "", {}}); // a plain action with a composite's name
     auto const menu = RCShdPtr<Menu>::create();
     ActMenuBase::Entries entries;
@@ -157,7 +152,6 @@ TEST_F(ActUtilsTest, AMenuShowsTheValidActionsAndTheMembersOfComposites) {
     EXPECT_EQ("3s :2 Tools:1 Tools:2 b:1 b:2 x:1 x:2 () (x:1 y:1) (x:2 y:2) () () () ()", menu->shown);
     EXPECT_EQ(7u, entries.getCardinality());
     EXPECT_FALSE(menu->setActionsForSelection({}, {0, 0}, selection));
-    registry.unregisterActionsInGroup("composites");
 }
 
 TEST_F(ActUtilsTest, ACompositeAsksEachMemberOnceForATargetAndAnInput) {
@@ -165,7 +159,7 @@ TEST_F(ActUtilsTest, ACompositeAsksEachMemberOnceForATargetAndAnInput) {
     constexpr std::array levels{"", "1", "2", "3", "4", "5", "6"};
     for (std::size_t level = 1; level < levels.size(); ++level)
         for (int times = 0; times < 2; ++times)
-            registry.registerAction(std::make_unique<Composite>(levels[level], levels[level - 1]), ActRegistry::Static);
+            addComposite(levels[level], levels[level - 1]);
     auto* const member = add({"member", levels.back(), "", [](auto const&, auto const&) { return false; }});
     EXPECT_TRUE(registry.getActions(target, input, "", first).atEnd());
     EXPECT_EQ(2, member->asked) << "once for each of the two at the top";
@@ -178,7 +172,6 @@ TEST_F(ActUtilsTest, ACompositeAsksEachMemberOnceForATargetAndAnInput) {
              return i == "other" || top->inputValid(otherTarget, otherInput);
          }});
     EXPECT_TRUE(top->inputValid(target, input));
-    registry.unregisterActionsInGroup("composites");
 }
 
 } // namespace

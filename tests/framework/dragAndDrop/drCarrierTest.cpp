@@ -1,5 +1,4 @@
 #include "framework/dragAndDrop/drCarrier.h"
-#include "framework/dragAndDrop/drSrcSink.h"
 #include "tests/support/items.h"
 #include "tests/support/thrown.h"
 
@@ -58,13 +57,6 @@ TEST(DrCarrier, EndsTheProcessWhenDestroyedOnAnotherThread) {
             std::jthread([&] { carrier.reset(); }).join();
         },
         "PiAppThread::isCurrent\\(\\)");
-}
-
-TEST(DrSrcSink, RefusesToPopulateAndToConsumeByDefault) {
-    class View : public DrSrcSink {
-    } view;
-    EXPECT_FALSE(view.willPopulateSelection());
-    EXPECT_FALSE(view.willConsumeSelection(nullptr));
 }
 
 } // namespace

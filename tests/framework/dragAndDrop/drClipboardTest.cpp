@@ -42,20 +42,10 @@ TEST(DrClipboard, KeepsTheLastContentThatIsNotEmpty) {
     });
 }
 
-/// Calls a function when it is destroyed.
-class Item : public SnItemBasic<LiString> {
-public:
-    explicit Item(std::function<void()> onDestroy) : SnItemBasic<LiString>("i", nullptr), _onDestroy(onDestroy) {}
-    ~Item() override { _onDestroy(); }
-
-private:
-    std::function<void()> _onDestroy;
-};
-
 // The selection belongs to the clipboard alone then.
-void putItem(std::function<void()> onDestroy) {
+void putFuse(std::function<void()> onDestroy) {
     auto const selection = SnSelection::create();
-    selection->add(RCShdPtr<Item>::create(onDestroy));
+    selection->add(RCShdPtr<Fuse>::create(onDestroy));
     put(selection, DrClipboard::Copy);
 }
 
@@ -65,7 +55,7 @@ TEST(DrClipboard, ChangesContentAndActionBeforeItReleasesTheOldContent) {
         for (auto const& [change, expected] : std::vector<std::pair<std::function<void()>, char const*>>{
                  {[] { put(selectionOf({"a"}), DrClipboard::Cut); }, "a/2"}, {[&] { board.clear(); }, "/0"}}) {
             std::string seen;
-            putItem([&] {
+            putFuse([&] {
                 seen = clipboard();
                 put(selectionOf({"b"}), DrClipboard::Copy);
             });
@@ -86,7 +76,7 @@ TEST(DrClipboard, ChangesContentAndActionBeforeItReleasesTheOldContent) {
 TEST(DrClipboard, IsEmptiedBeforeThePackagesAreFinalised) {
     inChildProcess(
         [] {
-            putItem([] {
+            putFuse([] {
                 static_cast<void>(
                     SnItemConvert<RCShdPtr<DrCarrier>>::getPredicate()); // ends the process if it is too late
                 std::cerr << "destroyed in time, ";

@@ -159,17 +159,4 @@ TEST(PlugInMgrPackage, StartsWithoutAPlugInWhosePostInitialiseHookFails) {
     });
 }
 
-TEST(PlugInMgrPackage, HasItsLogGroupForTheLengthOfItsLife) {
-    inChildProcess([] {
-        PlugInFolder const folder;
-        auto const lines = [&] {
-            LogRecorder const log(5);
-            EXPECT_FALSE(PimUtils::load(folder.path("missing.op.so"), InInitMgr::Reinitialization));
-            return log.lines().size();
-        };
-        whileStarted({}, [&] { EXPECT_EQ(1u, lines()); });
-        EXPECT_EQ(0u, lines());
-    });
-}
-
 } // namespace

@@ -1,7 +1,6 @@
 #include "base/exBase.h"
 #include "base/assertions.h"
-#include "base/oPtr.h"
-#include "tests/support/caught.h"
+#include "tests/support/thrown.h"
 
 #include <gtest/gtest.h>
 
@@ -9,15 +8,6 @@ namespace {
 
 using namespace Ko;
 using KoTest::caught;
-
-TEST(ExBase, KeepsItsTypeReasonAndPlaceWhenStoredAndRaisedAgain) {
-    OPtr<ExBase> const stored(ExInternalError("some\\source", 12, "nothing works").clone());
-    auto const error = caught<ExInternalError>([&] { stored->raise(); });
-    EXPECT_EQ("nothing works", error.getReason());
-    EXPECT_STREQ("some\\source", error.getFile());
-    EXPECT_EQ(12, error.getLine());
-    EXPECT_EQ("Ko::ExInternalError", error.getTypeName());
-}
 
 TEST(ExBase, PutsContextBeforeTheReason) {
     ExNullPtr error("source", 1, "inner");

@@ -1,22 +1,24 @@
 #include "base/inInitMgr.h"
 #include "base/assertions.h"
 #include "base/exBase.h"
-#include "base/inInit.h"
+#include "base/inPackageInit.h"
 #include "tests/support/childProcess.h"
+#include "tests/support/thrown.h"
 
+#include <deque>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <thread>
-#include <tuple>
 #include <utility>
 
 namespace {
 
 using namespace Ko;
 using KoTest::inChildProcess;
+using KoTest::messageOf;
 
 std::string calls;
 
@@ -24,184 +26,147 @@ std::string takeCalls() {
     return std::exchange(calls, {});
 }
 
-template <char name>
+template <char letter>
 struct Tag {};
 
-// Records its hooks: "+a" initialise, "*a" post-initialise, "~a" pre-finalise, "-a" finalise.
-template <char name>
-class Package : public InInit<Tag<name>> {
+template <char... letters>
+InPackageInit::Type typeAt(char letter, std::integer_sequence<char, letters...>) {
+    static InPackageInit::Type const types[] = {typeid(Tag<letters>)...};
+    return types[static_cast<std::size_t>(letter)];
+}
+InPackageInit::Type typeOf(char letter) {
+    return typeAt(letter, std::make_integer_sequence<char, 'z' + 1>());
+}
+
+// A package that is named by a letter and depends on those of other letters. Records its hooks: "+a" initialise,
+// "*a" post-initialise, "~a" pre-finalise, "-a" finalise.
+class Package : public InPackageInit {
 public:
-    explicit Package(std::vector<InPackageInit::Type> const& dependencies = {})
-        : InInit<Tag<name>>(std::string(1, name), dependencies) {}
+    explicit Package(char letter, std::string const& dependencies = {})
+        : InPackageInit(std::string(1, letter), typeOf(letter)) {
+        registerPackage();
+        for (char const dependency : dependencies)
+            addDependency(typeOf(dependency));
+    }
 
     void initialize() override { record('+', onInitialize); }
     void postInitialize() override { record('*', onPostInitialize); }
     void preFinalize() override { record('~', {}); }
     void finalize() override { record('-', onFinalize); }
+    void setInitialized(bool initialized) override { isInitialized = initialized; }
 
     std::function<void()> onInitialize;
     std::function<void()> onPostInitialize;
     std::function<void()> onFinalize;
+    bool isInitialized = false;
 
 private:
     void record(char hook, std::function<void()> const& then) {
-        (calls += hook) += name;
+        (calls += hook) += getName();
         if (then) then();
     }
 };
 
 // A hook that creates and initialises a package within a guard of its own, as opening a library does.
-template <class Guard, class Opened>
-auto opening(std::unique_ptr<Opened>& opened, std::vector<InPackageInit::Type> const& dependencies = {}) {
-    return [&opened, dependencies] {
+template <class Guard>
+auto opening(std::unique_ptr<Package>& opened, char letter, std::string const& dependencies = {}) {
+    return [&opened, letter, dependencies] {
         Guard guard;
-        opened = std::make_unique<Opened>(dependencies);
+        opened = std::make_unique<Package>(letter, dependencies);
         guard.initializePackages();
     };
 }
 
-template <char... names>
-std::vector<InPackageInit::Type> on() {
-    return packagesOf<Tag<names>...>();
-}
-
-template <class Call>
-std::string reasonOf(Call call) {
-    try {
-        call();
-    } catch (std::exception const& error) {
-        return error.what();
-    }
-    return "nothing was raised";
+auto throwing(char const* reason) {
+    return [reason] { throw std::runtime_error(reason); };
 }
 
 void expectFailedStartUp(std::string const& reason, std::string const& expected) {
-    EXPECT_EQ(reason, reasonOf([] { InInitMgr::initialize(); }));
+    EXPECT_EQ(reason, messageOf([] { InInitMgr::initialize(); }));
     EXPECT_EQ(expected, takeCalls());
     EXPECT_FALSE(InInitMgr::isInitialized());
 }
 
 TEST(InInitMgr, StartsDependenciesFirstEqualsAsRegisteredAndEndsInReverse) {
     inChildProcess([] {
-        Package<'d'> d(on<'b', 'c'>());
-        Package<'c'> c(on<'a'>());
-        Package<'b'> b(on<'a'>());
-        Package<'a'> a;
-        Package<'e'> e;
-        b.addDependency(InInit<Tag<'e'>>::getType());
+        Package d('d', "bcx"), c('c', "a"), b('b', "a"), a('a'), e('e');
+        b.addDependency(typeOf('e'));
+        d.removeDependency(typeOf('x'));
         {
             InInitScope const scope;
             EXPECT_EQ("+a+c+e+b+d*a*c*e*b*d", takeCalls());
-            EXPECT_TRUE(d.isInitialized());
+            EXPECT_TRUE(d.isInitialized);
             EXPECT_THROW(InInitMgr::initialize(), ExAssertionFailed);
         }
-        EXPECT_FALSE(d.isInitialized());
+        EXPECT_FALSE(d.isInitialized);
         EXPECT_NO_THROW(InInitMgr::finalize());
         EXPECT_EQ("~d~b~e~c~a-d-b-e-c-a", takeCalls());
     });
 }
 
 TEST(InInitMgr, RefusesToStartAgain) {
-    inChildProcess([] {
-        Package<'a'> a;
-        a.onInitialize = [] { EXPECT_THROW(InInitMgr::initialize(), ExAssertionFailed); };
-        InInitMgr::initialize();
-        InInitMgr::finalize();
-        takeCalls();
-        expectFailedStartUp("The framework cannot be initialised again: it was finalised before.", "");
-    });
-    inChildProcess([] {
-        Package<'a'> a;
-        a.onInitialize = [] { throw std::runtime_error("no disk"); };
-        expectFailedStartUp("Package \"a\" could not be initialised: no disk", "+a");
-        expectFailedStartUp("The framework cannot be initialised again: its start-up failed before.", "");
-    });
+    for (bool const fails : {false, true})
+        inChildProcess([fails] {
+            Package a('a');
+            a.onInitialize = [fails] {
+                EXPECT_THROW(InInitMgr::initialize(), ExAssertionFailed);
+                if (fails) throw std::runtime_error("no disk");
+            };
+            EXPECT_EQ(fails, messageOf([] { InInitScope const scope; }).ends_with("no disk"));
+            takeCalls();
+            std::string const why = fails ? "its start-up failed before." : "it was finalised before.";
+            expectFailedStartUp("The framework cannot be initialised again: " + why, "");
+        });
 }
 
-TEST(InInitMgr, NamesAMissingDependencyAndStartsNothing) {
-    inChildProcess([] {
-        Package<'a'> a;
-        Package<'b'> b(on<'a', 'x'>());
-        expectFailedStartUp(
-            "Package \"b\" depends on (anonymous namespace)::Tag<(char)120>, which is not registered.", "");
-    });
-}
+// The packages by their letters, each with those that it depends on.
+struct Refused {
+    std::vector<std::pair<char, char const*>> packages;
+    char const* reason;
+};
 
-TEST(InInitMgr, NamesThePackagesOfACircleAndStartsNothing) {
-    inChildProcess([] {
-        Package<'a'> a(on<'c'>());
-        Package<'b'> b(on<'a'>());
-        Package<'c'> c(on<'b'>());
-        Package<'d'> d;
-        expectFailedStartUp("Packages depend on each other in a circle: \"a\", \"b\", \"c\".", "");
-    });
-    inChildProcess([] {
-        Package<'o'> onlyDependsOnIt(on<'d', 'c'>());
-        Package<'a'> a(on<'b'>());
-        Package<'d'> d;
-        Package<'b'> b(on<'d', 'a'>());
-        Package<'c'> c(on<'d', 'b'>());
-        expectFailedStartUp("Packages depend on each other in a circle: \"a\", \"b\".", "");
-    });
-}
-
-TEST(InInitMgr, RefusesASecondPackageOfATag) {
-    inChildProcess([] {
-        struct Other : InInit<Tag<'a'>> {
-            Other() : InInit("other", {}) {}
-        } other;
-        Package<'a'> a;
-        expectFailedStartUp(
-            "Packages \"other\" and \"a\" have the same tag, (anonymous namespace)::Tag<(char)97>.", "");
-    });
-    inChildProcess([] {
-        Package<'a'> a;
-        InInitMgr::initialize();
-        InReinitGuard guard;
-        Package<'a'> again;
-        EXPECT_EQ("Packages \"a\" and \"a\" have the same tag, (anonymous namespace)::Tag<(char)97>.",
-            reasonOf([&] { guard.initializePackages(); }));
-        EXPECT_TRUE(a.isInitialized());
-    });
-}
-
-TEST(InInitMgr, StartsWithoutADependencyThatWasRemoved) {
-    inChildProcess([] {
-        Package<'b'> b(on<'a', 'x'>());
-        Package<'a'> a;
-        b.removeDependency(InInit<Tag<'x'>>::getType());
-        InInitMgr::initialize();
-        EXPECT_EQ("+a+b*a*b", takeCalls());
-    });
+TEST(InInitMgr, StartsNoPackageWhenTheDependenciesCannotBeFulfilled) {
+    for (Refused const& row : {Refused{{{'a', ""}, {'b', "ax"}},
+                                   "Package \"b\" depends on (anonymous namespace)::Tag<(char)120>, which is not "
+                                   "registered."},
+             Refused{{{'a', "c"}, {'b', "a"}, {'c', "b"}, {'d', ""}},
+                 "Packages depend on each other in a circle: \"a\", \"b\", \"c\"."},
+             Refused{{{'o', "dc"}, {'a', "b"}, {'d', ""}, {'b', "da"}, {'c', "db"}}, // "o" and "c" are not in it
+                 "Packages depend on each other in a circle: \"a\", \"b\"."},
+             Refused{{{'a', ""}, {'a', ""}},
+                 "Packages \"a\" and \"a\" have the same tag, (anonymous namespace)::Tag<(char)97>."}})
+        inChildProcess([&row] {
+            std::deque<Package> packages;
+            for (auto const& [letter, dependencies] : row.packages)
+                packages.emplace_back(letter, dependencies);
+            expectFailedStartUp(row.reason, "");
+        });
 }
 
 TEST(InInitMgr, TakesBackWhatWasInitialisedWhenAHookThrows) {
     inChildProcess([] {
-        Package<'a'> a;
-        Package<'b'> b(on<'a'>());
-        Package<'c'> c(on<'b'>());
-        c.onInitialize = [] { throw std::runtime_error("no disk"); };
-        Package<'d'> d(on<'c'>());
+        Package a('a'), b('b', "a"), c('c', "b"), d('d', "c");
+        c.onInitialize = throwing("no disk");
         expectFailedStartUp("Package \"c\" could not be initialised: no disk", "+a+b+c~b~a-b-a");
     });
     inChildProcess([] {
-        Package<'a'> a;
+        Package a('a');
         a.onInitialize = [] { throw Tag<'e'>(); };
         expectFailedStartUp("Package \"a\" could not be initialised: it threw an exception of the type (anonymous "
                             "namespace)::Tag<(char)101>",
             "+a");
     });
     inChildProcess([] {
-        Package<'a'> a;
+        Package a('a');
         a.onPostInitialize = [] { AssertionSource("source").fail("late"); };
         EXPECT_THROW(InInitMgr::initialize(), ExAssertionFailed);
         EXPECT_EQ("+a*a~a-a", takeCalls());
     });
     inChildProcess([] {
-        std::unique_ptr<Package<'p'>> plugIn;
-        Package<'a'> a;
+        std::unique_ptr<Package> plugIn;
+        Package a('a');
         a.onInitialize = [&] {
-            opening<InRecursiveInitGuard>(plugIn)();
+            opening<InRecursiveInitGuard>(plugIn, 'p')();
             throw std::runtime_error("no licence");
         };
         expectFailedStartUp("Package \"a\" could not be initialised: no licence", "+a+p~p-p");
@@ -211,13 +176,11 @@ TEST(InInitMgr, TakesBackWhatWasInitialisedWhenAHookThrows) {
 TEST(InInitMgr, FinalisesEveryPackageWhateverAnotherOneThrows) {
     inChildProcess(
         [] {
-            Package<'a'> a;
-            Package<'b'> b(on<'a'>());
-            Package<'c'> c(on<'b'>());
-            c.onFinalize = [] { throw std::runtime_error("first"); };
-            a.onFinalize = [] { throw std::runtime_error("second"); };
+            Package a('a'), b('b', "a"), c('c', "b");
+            c.onFinalize = throwing("first");
+            a.onFinalize = throwing("second");
             InInitMgr::initialize();
-            EXPECT_EQ("Package \"c\" could not be finalised: first", reasonOf([] { InInitMgr::finalize(); }));
+            EXPECT_EQ("Package \"c\" could not be finalised: first", messageOf([] { InInitMgr::finalize(); }));
             EXPECT_EQ("+a+b+c*a*b*c~c~b~a-c-b-a", takeCalls());
         },
         "\"a\" could not be finalised: second");
@@ -225,41 +188,44 @@ TEST(InInitMgr, FinalisesEveryPackageWhateverAnotherOneThrows) {
 
 TEST(InReinitGuard, IsAStartUpOfItsOwnAndForgetsWhatFailed) {
     inChildProcess([] {
-        Package<'a'> a;
+        Package a('a');
         InInitMgr::initialize();
         std::optional<InReinitGuard> guard(std::in_place);
-        Package<'b'> b(on<'a'>());
-        Package<'c'> c(on<'b'>());
-        c.onInitialize = [] { throw std::runtime_error("bad plug-in"); };
+        Package b('b', "a"), c('c', "b");
+        c.onInitialize = throwing("bad plug-in");
         EXPECT_EQ(
-            "Package \"c\" could not be initialised: bad plug-in", reasonOf([&] { guard->initializePackages(); }));
+            "Package \"c\" could not be initialised: bad plug-in", messageOf([&] { guard->initializePackages(); }));
         EXPECT_EQ("+a*a+b+c~b-b", takeCalls());
         guard.emplace();
-        Package<'e'> neverInitialized;
+        Package neverInitialized('e');
         guard.emplace();
-        Package<'d'> d(on<'a'>());
+        Package d('d', "a"), again('a');
+        EXPECT_TRUE(messageOf([&] { guard->initializePackages(); })
+                        .ends_with("have the same tag, (anonymous "
+                                   "namespace)::Tag<(char)97>."));
+        EXPECT_TRUE(a.isInitialized);
+        guard.emplace();
+        Package f('f', "a");
         guard->initializePackages();
-        EXPECT_EQ("+d*d", takeCalls());
+        EXPECT_EQ("+f*f", takeCalls());
         InInitMgr::finalize();
-        EXPECT_EQ("~d~a-d-a", takeCalls());
+        EXPECT_EQ("~f~a-f-a", takeCalls());
     });
 }
 
 // Each package depends on the two before it: a walk along all paths between them would not end.
-template <char first, char... names>
-auto chainOf(std::integer_sequence<char, first, names...>) {
-    return std::tuple(std::make_unique<Package<first>>(),
-        std::make_unique<Package<names>>(on<names - 1, (names > first + 1 ? names - 2 : names - 1)>())...);
-}
-
 TEST(InReinitGuard, FindsWhatDependsOnAFailureAmongManyPackages) {
     inChildProcess([] {
-        auto const chain = chainOf(std::make_integer_sequence<char, 'a'>());
+        std::deque<Package> chain;
+        for (char letter = '\0'; letter < 'a'; ++letter)
+            chain.emplace_back(letter, letter < 2
+                                           ? std::string(static_cast<std::size_t>(letter), '\0')
+                                           : std::string{static_cast<char>(letter - 1), static_cast<char>(letter - 2)});
         InInitMgr::initialize();
         takeCalls();
         InReinitGuard guard;
-        Package<'z'> bad(on<'Z'>());
-        bad.onInitialize = [] { throw std::runtime_error("bad plug-in"); };
+        Package bad('z', "Z");
+        bad.onInitialize = throwing("bad plug-in");
         EXPECT_THROW(guard.initializePackages(), InInitEx);
         EXPECT_EQ("+z", takeCalls());
     });
@@ -267,43 +233,40 @@ TEST(InReinitGuard, FindsWhatDependsOnAFailureAmongManyPackages) {
 
 TEST(InRecursiveInitGuard, FinalisesWithAFailedPackageWhatCameToDependOnIt) {
     inChildProcess([] {
-        Package<'a'> a;
+        Package a('a');
         InInitMgr::initialize();
-        std::unique_ptr<Package<'q'>> dependent;
-        std::unique_ptr<Package<'r'>> independent;
+        std::unique_ptr<Package> dependent, independent;
         InReinitGuard guard;
-        Package<'p'> first;
-        Package<'o'> second(on<'p'>());
+        Package first('p'), second('o', "p");
         second.onInitialize = [&] {
             InRecursiveInitGuard inner;
-            dependent = std::make_unique<Package<'q'>>(on<'p'>());
-            independent = std::make_unique<Package<'r'>>(on<'a'>());
+            dependent = std::make_unique<Package>('q', "p");
+            independent = std::make_unique<Package>('r', "a");
             inner.initializePackages();
             throw std::runtime_error("after loading others");
         };
         EXPECT_THROW(guard.initializePackages(), InInitEx);
         EXPECT_EQ("+a*a+p+o+q+r~q~p-q-p*r", takeCalls());
-        EXPECT_TRUE(independent->isInitialized());
+        EXPECT_TRUE(independent->isInitialized);
     });
 }
 
 TEST(InReinitGuard, TakesItsOwnPackagesAndWhatTheyNeedOfThoseWithoutAGuard) {
     inChildProcess([] {
-        Package<'a'> a;
+        Package a('a');
         InInitMgr::initialize();
-        Package<'z'> needed;
-        Package<'y'> notNeeded;
+        Package needed('z'), notNeeded('y');
         InReinitGuard outer;
-        Package<'b'> b;
+        Package b('b');
         {
             InReinitGuard inner;
-            Package<'c'> c(on<'z', 'a'>());
-            std::unique_ptr<Package<'x'>> ofAnotherThread;
-            std::thread([&] { ofAnotherThread = std::make_unique<Package<'x'>>(); }).join();
+            Package c('c', "za");
+            std::unique_ptr<Package> ofAnotherThread;
+            std::thread([&] { ofAnotherThread = std::make_unique<Package>('x'); }).join();
             inner.initializePackages();
             EXPECT_EQ("+a*a+z+c*z*c", takeCalls());
         }
-        Package<'d'> d;
+        Package d('d');
         outer.initializePackages();
         EXPECT_EQ("+b+d*b*d", takeCalls());
     });
@@ -311,14 +274,11 @@ TEST(InReinitGuard, TakesItsOwnPackagesAndWhatTheyNeedOfThoseWithoutAGuard) {
 
 TEST(InRecursiveInitGuard, JoinsTheStartUpThatGoesOnAndAReinitGuardDoesNot) {
     inChildProcess([] {
-        std::unique_ptr<Package<'p'>> joining;
-        std::unique_ptr<Package<'q'>> own;
-        std::unique_ptr<Package<'r'>> joiningLate;
-        Package<'a'> a;
-        Package<'b'> b(on<'a'>());
-        a.onInitialize = opening<InRecursiveInitGuard>(joining);
-        b.onInitialize = opening<InReinitGuard>(own);
-        b.onPostInitialize = opening<InRecursiveInitGuard>(joiningLate);
+        std::unique_ptr<Package> joining, own, joiningLate;
+        Package a('a'), b('b', "a");
+        a.onInitialize = opening<InRecursiveInitGuard>(joining, 'p');
+        b.onInitialize = opening<InReinitGuard>(own, 'q');
+        b.onPostInitialize = opening<InRecursiveInitGuard>(joiningLate, 'r');
         InInitMgr::initialize();
         EXPECT_EQ("+a+p+b+q*q*p*a*b+r*r", takeCalls());
     });
@@ -327,22 +287,20 @@ TEST(InRecursiveInitGuard, JoinsTheStartUpThatGoesOnAndAReinitGuardDoesNot) {
 // A library that is opened within a start-up fails alone, also after it was opened.
 TEST(InRecursiveInitGuard, ReportsAPostInitialiseHookThatThrowsAndTheStartGoesOn) {
     for (bool const isAborted : {false, true})
-        inChildProcess([&] {
-            std::unique_ptr<Package<'p'>> plugIn;
-            std::unique_ptr<Package<'q'>> dependent;
+        inChildProcess([isAborted] {
+            std::unique_ptr<Package> plugIn, dependent;
             std::string reported;
-            Package<'a'> a;
+            Package a('a'), b('b', "a");
             a.onInitialize = [&] {
                 InRecursiveInitGuard guard;
-                plugIn = std::make_unique<Package<'p'>>(on<>());
+                plugIn = std::make_unique<Package>('p');
                 plugIn->onPostInitialize = [&] {
                     if (isAborted) AssertionSource("source").abort("broken");
                     throw std::runtime_error("bad plug-in");
                 };
                 guard.initializePackages([&](ExBase const& error) { reported += error.getReason(); });
-                opening<InRecursiveInitGuard>(dependent, on<'p'>())();
+                opening<InRecursiveInitGuard>(dependent, 'q', "p")();
             };
-            Package<'b'> b(on<'a'>());
             if (isAborted)
                 EXPECT_THROW(InInitMgr::initialize(), ExProgramAborted);
             else
@@ -355,10 +313,10 @@ TEST(InRecursiveInitGuard, ReportsAPostInitialiseHookThatThrowsAndTheStartGoesOn
 TEST(InInitScope, RaisesWhatTheEndThrowsButNeverOverAnotherException) {
     for (bool const isUnwinding : {false, true})
         inChildProcess(
-            [&] {
-                Package<'a'> a;
-                a.onFinalize = [] { throw std::runtime_error("disk full"); };
-                std::string const reason = reasonOf([&] {
+            [isUnwinding] {
+                Package a('a');
+                a.onFinalize = throwing("disk full");
+                std::string const reason = messageOf([isUnwinding] {
                     InInitScope const scope;
                     if (isUnwinding) throw std::logic_error("the first");
                 });

@@ -1,5 +1,5 @@
 #include "base/inSingleton.imp.h"
-#include "tests/support/caught.h"
+#include "tests/support/thrown.h"
 
 #include <gtest/gtest.h>
 

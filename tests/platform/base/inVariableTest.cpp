@@ -2,10 +2,10 @@
 #include "base/inInit.h"
 #include "base/inInitMgr.h"
 #include "base/inPaths.h"
-#include "tests/support/caught.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/commandLine.h"
 #include "tests/support/temporaryFolder.h"
+#include "tests/support/thrown.h"
 
 #include <cstdlib>
 #include <filesystem>

@@ -1,7 +1,7 @@
 #include "base/exBase.h"
 #include "base/rcShdPtr.h"
 #include "base/rcWeakPtr.h"
-#include "tests/support/caught.h"
+#include "tests/support/thrown.h"
 
 #include <barrier>
 #include <gtest/gtest.h>

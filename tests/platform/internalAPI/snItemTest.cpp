@@ -1,7 +1,7 @@
 #include "base/exBase.h"
 #include "internalAPI/snItemBasic.imp.h"
 #include "internalAPI/snItemConvert.imp.h"
-#include "tests/support/caught.h"
+#include "tests/support/thrown.h"
 
 #include <gtest/gtest.h>
 #include <sstream>

@@ -1,8 +1,8 @@
 #include "internalAPI/snSelection.h"
 #include "base/exBase.h"
 #include "internalAPI/snItemBasic.imp.h"
+#include "tests/support/items.h"
 
-#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 #include <random>
@@ -11,6 +11,7 @@
 namespace {
 
 using namespace Ko;
+using KoTest::Fuse;
 
 /// A number with a hash of few values, so that probes collide.
 struct Clashing {
@@ -60,34 +61,6 @@ TEST(SnSelection, FindsTheSelectedItemByAnEqualOne) {
     selection->dump(stream);
     EXPECT_NE(std::string::npos, stream.str().find("Data:      7"));
 }
-
-TEST(SnSelection, KeepsTheOrderAlsoWhenHashesCollide) {
-    unsigned const seed = std::random_device()();
-    std::mt19937 random(seed);
-    auto const selection = SnSelection::create();
-    Numbers model;
-    for (int step = 0; step < 3000; ++step) {
-        int const number = static_cast<int>(random() % 100);
-        auto const found = std::find(model.begin(), model.end(), number);
-        bool const isIn = found != model.end();
-        selection->toggle(itemOf(number));
-        if (isIn)
-            model.erase(found);
-        else
-            model.push_back(number);
-        ASSERT_EQ(model, contentOf(*selection)) << "seed " << seed << ", step " << step;
-    }
-}
-
-/// Calls a function when it is destroyed.
-class Fuse : public SnItemBasic<LiString> {
-public:
-    explicit Fuse(std::function<void()> onDestroy) : SnItemBasic<LiString>("fuse", nullptr), _onDestroy(onDestroy) {}
-    ~Fuse() override { _onDestroy(); }
-
-private:
-    std::function<void()> _onDestroy;
-};
 
 // The destructor of a removed item clears the selection, or releases its last owner.
 TEST(SnSelection, ReleasesItemsAfterTheChangeIsComplete) {

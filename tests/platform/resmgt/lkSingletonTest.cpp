@@ -4,7 +4,6 @@
 #include "tests/support/childProcess.h"
 
 #include <barrier>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <stdexcept>

@@ -1,8 +1,8 @@
 #include "resmgt/osFile.h"
 #include "resmgt/osFilePath.h"
 #include "resmgt/osFsUtils.h"
-#include "tests/support/caught.h"
 #include "tests/support/temporaryFolder.h"
+#include "tests/support/thrown.h"
 
 #include <gtest/gtest.h>
 
@@ -76,10 +76,10 @@ protected:
 };
 
 TEST_F(OsFsUtilsTest, LooksThroughLinks) {
-    for (auto const& [name, exists, isDirectory, size] :
-        std::vector<std::tuple<char const*, bool, bool, std::uint64_t>>{{"a.op", true, false, 0},
-            {"link.op", true, false, 5}, {"dangling.op", false, false, 0}, {"d.op", true, true, 0},
-            {"nothing", false, false, 0}, {"b.op/below a file", false, false, 0}}) {
+    for (auto const& [name, exists, isDirectory, size] : std::vector<std::tuple<LiString, bool, bool, std::uint64_t>>{
+             {"a.op", true, false, 0}, {"link.op", true, false, 5}, {"dangling.op", false, false, 0},
+             {"d.op", true, true, 0}, {"nothing", false, false, 0}, {"b.op/below a file", false, false, 0},
+             {LiString("a.op\0", 5), false, false, 0}}) {
         EXPECT_EQ(exists, OsFsUtils::fileExists(path(name))) << name;
         EXPECT_EQ(isDirectory, OsFsUtils::isDirectory(path(name))) << name;
         auto const info = OsFile::getInfo(path(name));
@@ -106,10 +106,10 @@ TEST_F(OsFsUtilsTest, ListsTheChildrenThatMatchInTheOrderOfTheirNames) {
 }
 
 TEST_F(OsFsUtilsTest, SaysWhyADirectoryCannotBeListed) {
-    auto const error = KoTest::caught<OsFileEx::ExInvalidPath>(
-        [this] { OsFsUtils::getChildren(path("b.op"), OsWildcardFilter(L"*")); });
-    EXPECT_EQ(
-        "OsFsUtils::getChildren: Invalid path \"" + path("b.op").getPath() + "\": Not a directory.", error.getReason());
+    for (auto const& [name, why] : std::vector<std::pair<LiString, char const*>>{
+             {"b.op", "Not a directory."}, {LiString("d.op\0", 5), "It contains a zero byte."}})
+        EXPECT_EQ("OsFsUtils::getChildren: Invalid path \"" + path(name.c_str()).getPath() + "\": " + why,
+            KoTest::messageOf([&, &in = name] { OsFsUtils::getChildren(path(in), OsWildcardFilter(L"*")); }));
 }
 
 } // namespace

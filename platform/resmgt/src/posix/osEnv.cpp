@@ -33,7 +33,7 @@ std::string toUtf8(std::wstring_view text) {
 } // namespace
 
 bool OsEnv::getVariable(LiString const& name, LiString& value) {
-    char const* const found = std::getenv(name.c_str());
+    char const* const found = name.find('\0') == LiString::npos ? std::getenv(name.c_str()) : nullptr;
     if (!found) return false;
     value = found;
     return true;

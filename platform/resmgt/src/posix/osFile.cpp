@@ -16,7 +16,7 @@ std::chrono::system_clock::time_point toTimePoint(timespec const& time) {
 
 std::optional<OsFile::Info> OsFile::getInfo(OsFilePath const& path) {
     struct stat status {};
-    if (::stat(path.getPath().c_str(), &status) != 0) return std::nullopt;
+    if (path.hasZeroByte() || ::stat(path.getPath().c_str(), &status) != 0) return std::nullopt;
     return Info{S_ISDIR(status.st_mode), static_cast<std::uint64_t>(status.st_size), toTimePoint(status.st_mtim)};
 }
 

@@ -17,9 +17,12 @@ struct Closer {
     void operator()(DIR* stream) const noexcept { ::closedir(stream); }
 };
 
+[[noreturn]] void throwUnreadable(OsFilePath const& directory, LiString const& problem, int line = __builtin_LINE()) {
+    throw OsFileEx::ExInvalidPath("resmgt\\src\\osFsUtils", line, "OsFsUtils::getChildren", directory, problem);
+}
+
 [[noreturn]] void throwUnreadable(OsFilePath const& directory, int error, int line = __builtin_LINE()) {
-    throw OsFileEx::ExInvalidPath(
-        "resmgt\\src\\osFsUtils", line, "OsFsUtils::getChildren", directory, std::generic_category().message(error));
+    throwUnreadable(directory, std::generic_category().message(error), line);
 }
 
 bool isChild(std::string_view name) {
@@ -38,6 +41,7 @@ OsFilePath OsFsUtils::getAbsolute(OsFilePath const& path) {
 }
 
 Vector<OsFilePath> OsFsUtils::getChildren(OsFilePath const& directory, OsWildcardFilter const& filter) {
+    if (directory.hasZeroByte()) throwUnreadable(directory.getPath().c_str(), "It contains a zero byte");
     std::unique_ptr<DIR, Closer> const stream(::opendir(directory.getPath().c_str()));
     if (!stream) throwUnreadable(directory, errno);
     Vector<OsFilePath> children;

@@ -28,6 +28,8 @@ char const* OsSharedLib::getMinSuffix() noexcept {
 }
 
 OsSharedLib OsSharedLib::open(OsFilePath const& path) {
+    if (path.hasZeroByte())
+        throw OsSharedLibEx(source, __LINE__, LiString(path.getPath().c_str()) + ": the path contains a zero byte");
     // Without a separator, the loader would search its own directories.
     bool const isBare = path.getDirectory().isEmpty();
     OsFilePath const file = isBare ? OsFilePath(".") + path : path;
@@ -40,6 +42,8 @@ OsSharedLib OsSharedLib::open(OsFilePath const& path) {
 }
 
 void* OsSharedLib::getSymbol(LiString const& name) const {
+    if (name.find('\0') != LiString::npos)
+        throw OsSharedLibEx(source, __LINE__, _path.getPath() + ": the symbol's name contains a zero byte");
     ::dlerror();
     void* const symbol = ::dlsym(_handle, name.c_str());
     if (!symbol) throw OsSharedLibEx(source, __LINE__, lastWords(_path));

@@ -5,7 +5,7 @@
 
 namespace KoInit {
 
-/// Stands for the package "actions".
+/// Identifies the package "actions".
 struct actions {};
 
 } // namespace KoInit

@@ -6,6 +6,7 @@
 #include "internalAPI/cbDispatcher.h"
 #include "pluginAPI/piCommandStack.h"
 
+#include <algorithm>
 #include <deque>
 #include <exception>
 #include <functional>
@@ -117,10 +118,14 @@ public:
     /// Marks the present state as the one that is saved.
     /// @throws ExInternalError while a step is open that has collected commands.
     void setClean();
+    /// Forgets the state that is saved, for instance because saving it failed after all. Possible at any time.
+    void resetClean();
     /// Whether the document is as it was at the last `setClean()`, or as at the beginning where there was none. False while a
-    /// step is open that has collected commands. Never again true once that state is gone, or after a failed or an unlogged change,
-    /// until `setClean()` is called.
+    /// step is open that has collected commands. Never again true until the next `setClean()` once that state is gone: dropped,
+    /// replaced, lost by a failed or an unlogged change, or left by undoing or redoing a command that is older than such a change.
     [[nodiscard]] bool isClean() const noexcept { return _clean == _current && !_openStep; }
+    /// The position of the state that is saved, counted from "Initial State"; -1 when the history does not lead there.
+    [[nodiscard]] int getCleanPosition() const noexcept { return _clean; }
 
     /// Decides from now on which logged commands join the last one; null keeps all apart.
     void setMerger(RCShdPtr<CmMerger> merger);
@@ -156,7 +161,7 @@ private:
     class Keeper;
     class Replay;
 
-    void append(RCShdPtr<CmCommand> cmd);
+    void append(RCShdPtr<CmCommand> cmd, bool isOutdated = false);
     bool joinLast(RCShdPtr<CmCommand> const& next);
     int countSurplus(int newest) const noexcept;
     void dropForLogged(int redoable, int height, int surplus);
@@ -173,23 +178,24 @@ private:
     void drop(int first, int end, bool isProcessed);
     void prepare() const;
     void giveUpHistory() noexcept;
-    void loseCleanMark(int altered) noexcept {
+    void loseCleanMark(int numOutdated) noexcept {
         _clean = noPosition;
-        _altered = altered;
+        _numOutdated = numOutdated;
     }
+    void noteUnlogged();
     void forgetOldest(int count) noexcept {
         _clean = _clean >= count ? _clean - count : noPosition;
-        _altered = _altered >= count ? _altered - count : noPosition;
+        _numOutdated = std::max(_numOutdated - count, 0);
     }
-    // Up to the altered position, a state is lost when it is left by an undo or a redo: the commands do not know of the alteration.
     void stepBack() noexcept {
-        loseAltered(_current);
+        loseCleanMarkIfOutdated(_current);
         --_current;
     }
-    void confirmStepForward() noexcept { loseAltered(_current - 1); }
-    void loseAltered(int left) noexcept {
-        if (left <= _altered && left == _clean) [[unlikely]]
-            _clean = noPosition;
+    void confirmStepForward() noexcept { loseCleanMarkIfOutdated(_current); }
+    // Undoing and redoing an outdated command may lead to a state that never was, for which all commands are outdated.
+    void loseCleanMarkIfOutdated(int command) noexcept {
+        if (command <= _numOutdated) [[unlikely]]
+            loseCleanMark(getStackHeight() - 1);
     }
     void requireNoOpenStep() const {
         if (_openStep) [[unlikely]]
@@ -223,8 +229,8 @@ private:
     Span* _innermostSpan = nullptr;
     // The position of the state that was saved; `noPosition` when the history does not lead there.
     int _clean = 0;
-    // The highest position whose state differs from what a redo of its command makes, after an unlogged or a failed change.
-    int _altered = noPosition;
+    // How many of the oldest commands were executed before the last unlogged or failed change.
+    int _numOutdated = 0;
     OPtr<Keeper> _keeper;
 };
 

@@ -3,6 +3,9 @@
 #include "base/inSingleton.h"
 #include "framework/command/cmCommandStack.h"
 
+#include <functional>
+#include <utility>
+
 namespace Ko {
 
 class CmCommandStackManager;
@@ -28,6 +31,10 @@ public:
     void addCallback(CbHandler<CbEmptyType>* handler) { _changeCallbacks.add(handler); }
     /// Ends the registration of a handler.
     void removeCallback(CbHandler<CbEmptyType>* handler) { _changeCallbacks.remove(handler); }
+    /// Calls `callable` after the active stack has changed.
+    [[nodiscard]] CbSubscription onChange(std::function<void()> callable) {
+        return _changeCallbacks.subscribe(std::move(callable));
+    }
 
 private:
     friend class InSingleton<CmCommandStackManager>;

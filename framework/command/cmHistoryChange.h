@@ -12,13 +12,10 @@ class ExBase;
 /// others. Position 0 is "Initial State", which is never part of one.
 struct CmHistorySplice {
     /// The position of the first element that is replaced.
-    /// The position of the first element that is replaced.
     int first = 0;
     /// How many elements are removed there.
-    /// The number of elements that were there.
     int numRemoved = 0;
     /// How many elements are inserted there.
-    /// The number of elements that are there now.
     int numInserted = 0;
 };
 
@@ -27,7 +24,6 @@ struct CmHistorySplice {
 /// A list that applies the splices of every change and takes over `current` shows the history as it is. Changes come in the order
 /// in which they were made; one that a listener makes comes after the call in which it was made.
 struct CmHistoryChange {
-    /// What the operation was.
     /// What happened to the history.
     enum class Kind {
         Logged,       ///< A command was logged; what could be redone is gone, perhaps also the oldest commands.
@@ -39,8 +35,7 @@ struct CmHistoryChange {
         Unlogged      ///< The document changed without a logged command; the elements stay.
     };
 
-    /// Which of them this change is.
-    /// Tells which of the members below are set.
+    /// What happened; decides which of the members below are set.
     Kind kind = Kind::Logged;
     /// One after the other: each counts in the list that the previous one left.
     std::span<CmHistorySplice const> splices = {};

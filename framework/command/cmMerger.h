@@ -24,7 +24,6 @@ protected:
 /// `CmMergerByTime` on the stack.
 class KO_FRAMEWORK_API CmMergeable {
 public:
-    /// A time of the clock that never goes back.
     /// A time of the steady clock.
     using Time = std::chrono::steady_clock::time_point;
 

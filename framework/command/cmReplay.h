@@ -5,7 +5,7 @@
 
 namespace Ko {
 
-/// What `CmCommandStack::tryUndo`, `tryRedo` and `tryMoveTo` did.
+/// What `CmCommandStack::tryUndo`, `tryRedo` and `tryMoveTo`, or the taking back of a step by `CmUndoGuard`, did.
 struct CmReplay {
     /// How an undo, redo or move ends.
     enum class Outcome {
@@ -14,8 +14,7 @@ struct CmReplay {
         Failed       ///< A command failed, and what became unreliable was dropped.
     };
 
-    /// How it ended.
-    /// `Done`: the history was moved. `NothingToDo`: it was at its end. `Failed`: a command threw.
+    /// How the undo, redo or move ended.
     Outcome outcome = Outcome::NothingToDo;
     /// `Failed`: what the command threw; a standard exception comes as an `ExInternalError` with its text. Null otherwise.
     OPtr<ExBase const> error;

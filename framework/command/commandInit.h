@@ -5,7 +5,7 @@
 
 namespace KoInit {
 
-/// Stands for the package "command".
+/// Identifies the package "command".
 struct command {};
 
 } // namespace KoInit

@@ -5,7 +5,7 @@
 
 namespace KoInit {
 
-/// Stands for the package "dragAndDrop".
+/// Identifies the package "dragAndDrop".
 struct dragAndDrop {};
 
 } // namespace KoInit

@@ -10,7 +10,7 @@
 
 namespace Ko {
 
-/// One round of calls; it knows when its dispatcher is destroyed on the way.
+/// One pass over the handlers. `kill()` is called when the dispatcher is destroyed during the pass.
 template <class Argument>
 class CbDispatcher<Argument>::Pass {
 public:
@@ -38,7 +38,7 @@ private:
     Pass* _outer;
 };
 
-/// A callable and its place in the dispatcher; owned by the subscription, and by its own call while that runs.
+/// The handler of one subscription. Owned by the subscription, and by itself while its callable runs.
 template <class Argument>
 class CbDispatcher<Argument>::Connection : public CbConnection {
 public:

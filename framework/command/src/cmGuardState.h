@@ -10,9 +10,13 @@ namespace Ko {
 /// Raises the assertions of all guards.
 inline constexpr AssertionSource guardSource{"framework\\command\\src\\cmUndoGuard"};
 
-/// What a guard does to the commands that are executed within it: collect them, drop them, or collect them as not to be
-/// executed again on redo.
-enum class GuardKind { Plain, NoLog, NoRedo };
+/// What a guard does to the commands that are executed within it.
+enum class GuardKind {
+    Plain,  ///< Collects them.
+    NoLog,  ///< Drops them.
+    NoRedo, ///< Collects them as not to be executed again on redo.
+    Command ///< Drops them, as they are a part of the command that is running.
+};
 
 /// Which guards are open in the process, and how far a long transaction has come.
 ///
@@ -33,7 +37,11 @@ public:
     }
     /// Lets the innermost guard suspend logging or redo, unless a guard around it does.
     void suspend(GuardKind kind) noexcept {
-        if (kind == GuardKind::NoLog && _noLogLevel == noLevel) _noLogLevel = _shortTxnNestingLevel;
+        bool const suspendsLogging = kind == GuardKind::NoLog || kind == GuardKind::Command;
+        if (suspendsLogging && _noLogLevel == noLevel) {
+            _noLogLevel = _shortTxnNestingLevel;
+            _isCommandRunning = kind == GuardKind::Command;
+        }
         if (kind == GuardKind::NoRedo && _noRedoLevel == noLevel) _noRedoLevel = _shortTxnNestingLevel;
     }
     /// Leaves the innermost guard.
@@ -62,6 +70,8 @@ public:
     bool renamesTransaction() const noexcept { return _state == TXN || _state == END_TXN; }
     /// Whether no open guard suspends logging.
     bool permitsLogging() const noexcept { return _noLogLevel == noLevel; }
+    /// Whether logging is suspended because a command is running, which is itself logged or collected.
+    bool isCommandRunning() const noexcept { return !permitsLogging() && _isCommandRunning; }
     /// Whether no open guard suspends redo.
     bool permitsRedo() const noexcept { return _noRedoLevel == noLevel; }
 
@@ -122,6 +132,8 @@ private:
     int _shortTxnNestingLevel = 0;
     int _noLogLevel = noLevel;
     int _noRedoLevel = noLevel;
+    // Which kind of guard has set `_noLogLevel`.
+    bool _isCommandRunning = false;
 };
 
 } // namespace Ko

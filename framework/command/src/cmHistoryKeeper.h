@@ -46,6 +46,8 @@ public:
 
     /// Whether the merger is to be asked about the next command.
     bool canMerge() const noexcept;
+    /// The next command is kept apart from the last one.
+    void endMerging() noexcept { _isFresh = false; }
 
     void setMaxMemory(std::size_t bytes);
     std::size_t getMaxMemory() const noexcept { return _maxMemory; }

@@ -44,10 +44,11 @@ public:
         leaveOnSameThread(quiet);
     }
 
-    /// Suspends logging like `CmUndoGuardNoLog(false)`. Every execution, undo and redo opens one, on the stack of its function.
+    /// Suspends logging like `CmUndoGuardNoLog(false)` while a command runs. Every execution, undo and redo opens one, on the stack of
+    /// its function.
     class [[nodiscard]] NoLogScope {
     public:
-        NoLogScope() { getInstance().enter(GuardKind::NoLog); }
+        NoLogScope() { getInstance().enter(GuardKind::Command); }
         ~NoLogScope() noexcept(false) { leaveOnSameThread(false); }
         NoLogScope(NoLogScope const&) = delete;
         NoLogScope& operator=(NoLogScope const&) = delete;

@@ -5,7 +5,7 @@
 
 namespace Ko {
 
-/// Marks the begin or the end of a scope of commands, and tells the scope's target each time it is passed.
+/// Marks the begin or the end of a scope of commands. Its execution and unexecution call the scope's target.
 class ScopeCommand : public CmCommand {
 public:
     static RCShdPtr<ScopeCommand> create(RCShdPtr<PiUndoScopeTarget> const& target, bool end);
@@ -14,7 +14,7 @@ public:
 
 protected:
     void executeInternal() override { _target->scopeReached(_end); }
-    // Backwards, the mark at the end of the scope is reached first and begins it.
+    // An undo unexecutes the end mark first, so the scope begins there.
     void unexecuteInternal() override { _target->scopeReached(!_end); }
 
 private:

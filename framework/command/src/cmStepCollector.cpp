@@ -5,6 +5,7 @@
 #include "framework/command/src/cmLog.h"
 
 #include <string>
+#include <utility>
 
 namespace Ko {
 
@@ -35,6 +36,12 @@ void StepCollector::collect(RCShdPtr<CmCommand> cmd, bool isSkippedOnRedo) {
     _macro->add(std::move(cmd));
     _stack->setOpenStep(_macro.get());
     _stack->updateCleanMark();
+}
+
+void StepCollector::noteUnlogged() {
+    RCShdPtr<CmCommandStack> const stack = _stack;
+    _isOutdated = !isEmpty();
+    stack->noteUnlogged();
 }
 
 bool StepCollector::closeScope() noexcept {
@@ -85,7 +92,10 @@ CmReplay StepCollector::rollBack(int count) {
             throw;
         }
     }
-    if (isEmpty()) stack->setOpenStep(nullptr);
+    if (isEmpty()) {
+        stack->setOpenStep(nullptr);
+        _isOutdated = false;
+    }
     stack->updateCleanMark();
     return {CmReplay::Outcome::Done, nullptr, 0};
 }
@@ -94,6 +104,7 @@ CmReplay StepCollector::cut(CmCommand& failed, std::exception_ptr const& error) 
     _stack->setOpenStep(nullptr);
     CmReplay result{CmReplay::Outcome::Failed, CmCommandStack::toExBase(error), _stack->getStackHeight() - 1};
     _macro->clear();
+    _isOutdated = false;
     _stack->cutByFailure(failed, error);
     return result;
 }
@@ -103,12 +114,13 @@ void StepCollector::logCollected() {
     macro->setDescription(_macro->getOwnDescription());
     macro.swap(_macro);
     _stack->setOpenStep(nullptr);
-    _stack->log(macro);
+    _stack->append(std::move(macro), std::exchange(_isOutdated, false));
 }
 
 void StepCollector::giveUp() noexcept {
     if (!isEmpty()) reportUnlogged();
     _openScopes = 0; // their begin marks are dropped
+    _isOutdated = false;
     _stack->setOpenStep(nullptr);
     _macro->clear();
     _stack->giveUpHistory();

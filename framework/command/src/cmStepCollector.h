@@ -45,6 +45,8 @@ public:
     void makeRoom() { _macro->makeRoom(1 + _openScopes); }
     /// @param isSkippedOnRedo whether a redo does not execute the command.
     void collect(RCShdPtr<CmCommand> cmd, bool isSkippedOnRedo);
+    /// Called after a command was executed for the step's stack that is not collected.
+    void noteUnlogged();
     /// Keeps room for the end mark of a scope.
     void openScope() noexcept { ++_openScopes; }
     /// @returns whether a scope was open; false when its begin mark was dropped.
@@ -75,6 +77,8 @@ private:
     RCShdPtr<CmCommandStack> _stack;
     RCShdPtr<CmMacroCommand> _macro = CmMacroCommand::create();
     std::size_t _openScopes = 0;
+    // Whether a command was collected before one that is not.
+    bool _isOutdated = false;
 };
 
 } // namespace Ko

@@ -5,14 +5,14 @@
 
 namespace Ko {
 
-/// A guard that has a callback called when the outermost guard closes.
+/// A guard with a callback, which is called when the outermost guard closes.
 class UndoGuardWithCb final : public CmUndoGuard {
 public:
     UndoGuardWithCb(RCShdPtr<CmCommandStack> const& stack, LiString const& description, PiExecParam const& param,
         RCShdPtr<CbHandler<CbEmptyType>> const& callback);
 };
 
-/// Puts this library's guards behind the facades that plug-ins use.
+/// Constructs the guards of this library inside the facades that plug-ins use.
 class UndoGuardFactory final : public PiUndoGuardFactory {
 public:
     void createUndoGuard(PiUndoGuardStorage& storage, RCShdPtr<PiCommandStack> const& stack,

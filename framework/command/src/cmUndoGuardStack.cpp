@@ -176,11 +176,17 @@ void UndoGuardStack::add(RCShdPtr<CmCommand> const& cmd) {
 void UndoGuardStack::exec(RCShdPtr<CmCommand> const& cmd) {
     RCShdPtr<CmCommand> const kept = cmd;
     CmCommandStack::executeStatic(kept);
+    noteUnlogged();
 }
 
 void UndoGuardStack::collect(RCShdPtr<CmCommand> cmd) {
     requireOpenGuard();
-    if (isLogging()) _collector.collect(std::move(cmd), !_state.permitsRedo());
+    if (!isLogging()) return noteUnlogged();
+    _collector.collect(std::move(cmd), !_state.permitsRedo());
+}
+
+void UndoGuardStack::noteUnlogged() {
+    if (_collector.getStack() && !_state.isCommandRunning()) _collector.noteUnlogged();
 }
 
 void UndoGuardStack::beginScope(RCShdPtr<CmCommand> const& beginMark) {
@@ -196,7 +202,8 @@ void UndoGuardStack::beginScope(RCShdPtr<CmCommand> const& beginMark) {
 // Collected first: whatever the target throws, no begin mark is left without its end mark.
 void UndoGuardStack::endScope(RCShdPtr<CmCommand> const& endMark) {
     if (_collector.closeScope()) collect(endMark);
-    exec(endMark);
+    RCShdPtr<CmCommand> const kept = endMark;
+    CmCommandStack::executeStatic(kept);
 }
 
 void UndoGuardStack::addExtension(RCShdPtr<CmUndoGuardExtension> extension) {

@@ -66,6 +66,7 @@ private:
     void takeBack(GuardState const& around, StepCollector::Attachment& attachment) noexcept;
     void requireOpenGuard() const;
     void collect(RCShdPtr<CmCommand> cmd);
+    void noteUnlogged();
     void close(bool quiet, GuardState const& outside, LgFirstError& error);
     void beginTransaction();
     void endTransaction(LgFirstError& error);

@@ -12,11 +12,7 @@ using namespace KoTest;
 
 class CmCommandStackManagerTest : public testing::Test {
 protected:
-    CmCommandStackManagerTest() { manager.addCallback(&listener); }
-    ~CmCommandStackManagerTest() override {
-        manager.removeCallback(&listener);
-        manager.set(nullptr);
-    }
+    ~CmCommandStackManagerTest() override { manager.set(nullptr); }
     static RCShdPtr<CmCommandStack> make(char const* name) {
         auto stack = RCShdPtr<CmCommandStack>::create();
         stack->setName(name);
@@ -25,10 +21,11 @@ protected:
 
     CmCommandStackManager& manager = CmCommandStackManager::getInstance();
     Journal journal;
-    FunctionHandler listener{[this] { journal.push_back(manager.get().isNull() ? "none" : manager.get()->getName()); }};
+    CbSubscription const listener =
+        manager.onChange([this] { journal.push_back(manager.get().isNull() ? "none" : manager.get()->getName()); });
 };
 
-TEST_F(CmCommandStackManagerTest, GuardsNestAndTellOnlyOfRealChanges) {
+TEST_F(CmCommandStackManagerTest, GuardsNestAndNotifyOnlyOfRealChanges) {
     RCShdPtr<CmCommandStack> const s0 = make("S0"), s1 = make("S1");
     manager.set(s0);
     {

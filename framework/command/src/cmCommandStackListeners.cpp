@@ -1,0 +1,72 @@
+#include "framework/command/cmCommandStack.h"
+
+#include "framework/command/src/cmHistoryKeeper.h"
+#include "resmgt/lgFirstError.h"
+
+#include <utility>
+
+namespace Ko {
+
+void CmCommandStack::addCommandProcessedCallback(CbHandler<CbEmptyType>* handler) {
+    _commandProcessedCallbacks.add(handler);
+}
+void CmCommandStack::removeCommandProcessedCallback(CbHandler<CbEmptyType>* handler) {
+    _commandProcessedCallbacks.remove(handler);
+}
+void CmCommandStack::addChangeCallback(CbHandler<CbEmptyType>* handler) {
+    _changeCallbacks.add(handler);
+}
+void CmCommandStack::removeChangeCallback(CbHandler<CbEmptyType>* handler) {
+    _changeCallbacks.remove(handler);
+}
+
+CbSubscription CmCommandStack::onHistoryChange(std::function<void(CmHistoryChange const&)> callable) {
+    return getKeeper().changes.subscribe(std::move(callable));
+}
+CbSubscription CmCommandStack::onCleanChange(std::function<void()> callable) {
+    return getKeeper().cleanChanges.subscribe(std::move(callable));
+}
+CbSubscription CmCommandStack::onCommandProcessed(std::function<void()> callable) {
+    return _commandProcessedCallbacks.subscribe(std::move(callable));
+}
+CbSubscription CmCommandStack::onChange(std::function<void()> callable) {
+    return _changeCallbacks.subscribe(std::move(callable));
+}
+
+CmCommandStack::Keeper& CmCommandStack::getKeeper() {
+    if (!_keeper) _keeper = std::make_unique<Keeper>(*this);
+    return *_keeper;
+}
+
+// The stack is not used after the last listeners were called: one of them may have released its last owner. During the delivery of a
+// change, the listeners are postponed until all changes are delivered.
+void CmCommandStack::notify(bool isProcessed, bool isLast) {
+    LgFirstError error("A listener of the command stack");
+    if (!_keeper) [[likely]]
+        callListeners(isProcessed, error);
+    else if (_keeper->isDelivering())
+        _keeper->postpone(isProcessed);
+    else if (!isLast || _keeper->deliver(error))
+        while (callListeners(isProcessed, error) && _keeper->takePostponed(isProcessed)) {
+        }
+    error.rethrow();
+}
+
+// @returns whether the stack still exists.
+bool CmCommandStack::callListeners(bool isProcessed, LgFirstError& error) {
+    if (isProcessed && !_commandProcessedCallbacks.isEmpty() && !_commandProcessedCallbacks.call({}, error))
+        return false;
+    return _changeCallbacks.call({}, error);
+}
+
+void CmCommandStack::deliverChanges() {
+    if (!_keeper || _keeper->isDelivering()) return;
+    LgFirstError error("A listener of the command stack");
+    bool isProcessed = false;
+    if (_keeper->deliver(error))
+        while (_keeper->takePostponed(isProcessed) && callListeners(isProcessed, error)) {
+        }
+    error.rethrow();
+}
+
+} // namespace Ko

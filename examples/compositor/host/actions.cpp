@@ -107,6 +107,10 @@ void registerLayerEdits() {
         int const x = input.integer(1, -largest, largest);
         ref.editor->moveLayer(ref.layer.id, x, input.integer(2, -largest, largest));
     });
+    add({"Nudge", "distances in X and Y", 2, 2}, exists, [](LayerRef const& ref, Statement const& input) {
+        int const x = input.integer(1, -largest, largest);
+        ref.editor->nudgeLayer(ref.layer.id, x, input.integer(2, -largest, largest));
+    });
     add({"Opacity", "a number from 0 to 1", 1, 1}, exists,
         [](LayerRef const& ref, Statement const& input) {
             ref.editor->setOpacity(ref.layer.id, input.number(1, 0.0f, 1.0f));

@@ -1,7 +1,9 @@
 #include "host/commands.h"
 
 #include "framework/command/cmEx.h"
+#include "framework/command/cmMerger.h"
 #include "framework/command/cmRemoveCommand.h"
+#include "framework/command/cmSized.h"
 
 #include <utility>
 
@@ -22,6 +24,11 @@ void attempt(Change change) {
     }
 }
 
+// In bytes.
+std::size_t memoryOf(Layer const& layer) {
+    return layer.placed.picture->size().pixels() * sizeof(Colour);
+}
+
 /// A layer that is inserted into the document and removed again.
 class Presence {
 public:
@@ -29,27 +36,33 @@ public:
         : _document(document), _layer(std::move(layer)), _index(index) {}
 
     std::string const& name() const { return _layer.name; }
+    // What the document does not hold as well.
+    std::size_t memory() const { return _isInserted ? 0 : memoryOf(_layer); }
     void insert() {
         attempt([this] { _document.insert(_index, _layer); });
+        _isInserted = true;
     }
     void remove() {
         attempt([this] {
             _index = _document.indexOf(_layer.id);
             _layer = _document.remove(_layer.id);
         });
+        _isInserted = false;
     }
 
 private:
     Document& _document;
     Layer _layer;
     std::size_t _index;
+    bool _isInserted = false;
 };
 
-class AddLayerCommand final : public Ko::CmCommand {
+class AddLayerCommand final : public Ko::CmCommand, public Ko::CmSized {
 public:
     AddLayerCommand(Document& document, Layer layer)
         : _presence(document, std::move(layer), document.layers().size()) {}
     LiString getDescription() const override { return "Add " + _presence.name(); }
+    std::size_t getMemorySize() const noexcept override { return _presence.memory(); }
 
 protected:
     void executeInternal() override { _presence.insert(); }
@@ -59,10 +72,11 @@ private:
     Presence _presence;
 };
 
-class RemoveLayerCommand final : public Ko::CmRemoveCommand {
+class RemoveLayerCommand final : public Ko::CmRemoveCommand, public Ko::CmSized {
 public:
     RemoveLayerCommand(Document& document, Layer const& layer) : _presence(document, layer, 0) {}
     LiString getDescription() const override { return "Remove " + _presence.name(); }
+    std::size_t getMemorySize() const noexcept override { return _presence.memory(); }
 
 protected:
     void executeInternal() override { _presence.remove(); }
@@ -87,6 +101,7 @@ protected:
         attempt([this] { swap(_document); });
     }
     virtual void swap(Document& document) = 0;
+    Document const& document() const { return _document; }
 
 private:
     Document& _document;
@@ -109,19 +124,36 @@ private:
     std::size_t _index;
 };
 
-class ChangeLayerCommand final : public SwapCommand {
+class ChangeLayerCommand : public SwapCommand, public Ko::CmSized {
 public:
     ChangeLayerCommand(Document& document, Layer changed, std::string description)
         : SwapCommand(document, std::move(description)), _other(std::move(changed)) {}
+    std::size_t getMemorySize() const noexcept override { return _memory; }
+
+protected:
+    LayerId layer() const { return _other.id; }
 
 private:
     void swap(Document& document) override {
         Layer before = document.layer(_other.id);
         document.replace(_other);
+        _memory = before.placed.picture == _other.placed.picture ? 0 : memoryOf(before);
         _other = std::move(before);
     }
 
     Layer _other;
+    std::size_t _memory = 0;
+};
+
+class NudgeLayerCommand final : public ChangeLayerCommand, public Ko::CmMergeable {
+public:
+    using ChangeLayerCommand::ChangeLayerCommand;
+
+    void const* getMergeTarget() const override { return &document(); }
+    // Keeps the layer as it was before the first of them: the last one is in the document.
+    bool absorb(Ko::CmCommand const& later) override {
+        return static_cast<NudgeLayerCommand const&>(later).layer() == layer();
+    }
 };
 
 class SetCanvasCommand final : public SwapCommand {
@@ -153,6 +185,10 @@ RCShdPtr<Ko::CmCommand> makeReorderLayer(Document& document, Layer const& layer,
 
 RCShdPtr<Ko::CmCommand> makeChangeLayer(Document& document, Layer changed, std::string description) {
     return RCShdPtr<ChangeLayerCommand>::create(document, std::move(changed), std::move(description));
+}
+
+RCShdPtr<Ko::CmCommand> makeNudgeLayer(Document& document, Layer changed, std::string description) {
+    return RCShdPtr<NudgeLayerCommand>::create(document, std::move(changed), std::move(description));
 }
 
 RCShdPtr<Ko::CmCommand> makeSetCanvas(Document& document, Size canvas) {

@@ -1,27 +1,51 @@
 #include "host/editor.h"
 
 #include "document/documentFile.h"
+#include "framework/command/cmMerger.h"
 #include "framework/command/cmUndoGuard.h"
 #include "host/commands.h"
 #include "image/inputFile.h"
 #include "image/pngFile.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <limits>
+#include <optional>
 
 namespace compositor {
+
+namespace {
+
+constexpr std::chrono::seconds longestPauseOfNudges{2};
+
+int nudged(int position, int distance) {
+    std::int64_t const farthest = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(std::int64_t{position} + distance, -farthest, farthest));
+}
+
+} // namespace
+
+Editor::Editor() {
+    _history->setMerger(Ko::CmMergerByTime::create(longestPauseOfNudges));
+}
 
 void Editor::open(std::filesystem::path const& path, std::string const& name) {
     InputFile file(path);
     auto const fail = [&path](
                           char const* reason) { throw DocumentError(path.string() + " cannot be opened: " + reason); };
+    std::optional<Document> opened;
     try {
         if (isPng(file.stream)) return addLayer(name, readPng(file.stream, file.length));
-        _document = readDocument(file.stream, file.length);
+        opened = readDocument(file.stream, file.length);
     } catch (std::bad_alloc const&) {
         fail("there is not enough memory");
     } catch (std::runtime_error const& error) {
         fail(error.what());
     }
+    // First, since it is refused while a step is open.
+    _history->setClean();
+    _document = std::move(*opened);
     _history->clear();
     _selection->clear();
 }
@@ -73,6 +97,15 @@ void Editor::moveLayer(LayerId id, int x, int y) {
     change(std::move(changed), description);
 }
 
+void Editor::nudgeLayer(LayerId id, int x, int y) {
+    Layer changed = _document.layer(id);
+    changed.placed.x = nudged(changed.placed.x, x);
+    changed.placed.y = nudged(changed.placed.y, y);
+    _document.check(changed);
+    std::string const description = "Nudge " + changed.name;
+    execute(makeNudgeLayer(_document, std::move(changed), description));
+}
+
 void Editor::setOpacity(LayerId id, float opacity) {
     Layer changed = _document.layer(id);
     changed.placed.opacity = opacity;
@@ -91,6 +124,15 @@ void Editor::setBlend(LayerId id, BlendMode blend) {
     changed.placed.blend = blend;
     std::string const description = "Blend " + changed.name;
     change(std::move(changed), description);
+}
+
+int Editor::beginSave() {
+    _history->setClean();
+    return ++_lastSave;
+}
+
+void Editor::saveHasFailed(int number) {
+    if (number == _lastSave) _history->resetClean();
 }
 
 void Editor::execute(Ko::RCShdPtr<Ko::CmCommand> const& command) {

@@ -16,7 +16,7 @@ namespace compositor {
 /// and finalisation, on the application thread.
 class Editor {
 public:
-    Editor() = default;
+    Editor();
     Editor(Editor const&) = delete;
     Editor& operator=(Editor const&) = delete;
 
@@ -28,7 +28,7 @@ public:
     void execute(Ko::RCShdPtr<Ko::CmCommand> const& command);
 
     /// Replaces the document by that in the file and clears the history, or adds a picture file as a layer named `name`.
-    /// @throws DocumentError or ImageError naming the path and the reason.
+    /// @throws DocumentError or ImageError naming the path and the reason; Ko::ExInternalError for a document while a step is open.
     void open(std::filesystem::path const& path, std::string const& name);
 
     void setCanvas(Size canvas);
@@ -40,10 +40,19 @@ public:
     void reorderLayer(LayerId id, std::size_t index);
     void renameLayer(LayerId id, std::string const& newName);
     void moveLayer(LayerId id, int x, int y);
+    /// Moves a layer by some pixels. Nudges that follow each other quickly are one undo step.
+    void nudgeLayer(LayerId id, int x, int y);
     void setOpacity(LayerId id, float opacity);
     /// @param description of the undo step.
     void setPicture(LayerId id, Picture picture, std::string const& description);
     void setBlend(LayerId id, BlendMode blend);
+
+    /// Marks the present state as saved, when its copy is handed to a job that saves it. An edit while the job runs is then a change
+    /// to the saved document, and undoing that edit leads back to it.
+    /// @returns the number of this save.
+    int beginSave();
+    /// Takes the mark of a save back that has failed, unless a later one has set it again.
+    void saveHasFailed(int number);
 
 private:
     void change(Layer changed, std::string const& description);
@@ -51,6 +60,7 @@ private:
     Document _document;
     Ko::RCShdPtr<Ko::CmCommandStack> _history = Ko::RCShdPtr<Ko::CmCommandStack>::create();
     Ko::RCShdPtr<Ko::SnSelection> _selection = Ko::SnSelection::create();
+    int _lastSave = 0;
 };
 
 } // namespace compositor

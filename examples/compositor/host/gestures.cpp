@@ -143,17 +143,51 @@ void Gestures::paste() {
     _editor.execute(CmSelectionReplaceAllItemsCmd::create(_editor.selection(), pasted));
 }
 
+// Each event of the mouse has a guard of its own, and the loop of the host runs in between.
+void Gestures::grab(std::string const& name) {
+    Dragged const layer{_editor.document().layer(name).id, "Drag " + name};
+    CmUndoGuard const guard(_editor.history(), layer.description, PiExecParam::BEGIN_TRANSITION);
+    _dragged = layer;
+}
+
+void Gestures::pull(Point to) {
+    CmUndoGuard const guard(_editor.history(), dragged().description, PiExecParam::TRANSITION);
+    _editor.moveLayer(_dragged->id, to.x, to.y);
+}
+
+void Gestures::release() {
+    std::string const description = dragged().description;
+    _dragged.reset();
+    CmUndoGuard const guard(_editor.history(), description, PiExecParam::END_TRANSITION);
+}
+
+CmReplay Gestures::cancel() {
+    static_cast<void>(dragged());
+    _dragged.reset();
+    return CmUndoGuard::abandonLongTransition();
+}
+
+Gestures::Dragged const& Gestures::dragged() const {
+    if (!_dragged) throw ScriptError("no layer is dragged; \"grab\" begins a drag");
+    return *_dragged;
+}
+
 void Gestures::dragAlong(std::string const& name, std::vector<Point> const& path) {
-    bool const grouped = CmUndoGuard::isGuardActive();
-    auto const guarded = [&](PiExecParam::Transition transition, auto const& work) {
-        CmUndoGuard const guard(_editor.history(), "Drag " + name, grouped ? PiExecParam::NOT_TRANSITION : transition);
-        work();
-    };
-    LayerId const dragged = _editor.document().layer(name).id;
-    guarded(PiExecParam::BEGIN_TRANSITION, [] {});
-    for (Point const point : path)
-        guarded(PiExecParam::TRANSITION, [&] { _editor.moveLayer(dragged, point.x, point.y); });
-    guarded(PiExecParam::END_TRANSITION, [] {});
+    if (CmUndoGuard::isGuardActive()) {
+        LayerId const id = _editor.document().layer(name).id;
+        for (Point const point : path)
+            _editor.moveLayer(id, point.x, point.y);
+        return;
+    }
+    grab(name);
+    try {
+        for (Point const point : path)
+            pull(point);
+    } catch (...) {
+        cancel();
+        throw;
+    }
+    release();
 }
 
 void Gestures::drag(std::vector<std::string> const& names, std::string const& target) {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "framework/command/cmReplay.h"
 #include "host/editor.h"
 
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,16 +32,33 @@ public:
         int x;
         int y;
     };
-    /// Drags a layer along a path: one long transaction with a guard for each point, and one undo step. Inside a group it
-    /// is part of the step of that group.
+    /// Presses the mouse on a layer: begins a long transaction, to which all edits belong until `release` or `cancel`.
+    /// @throws DocumentError when there is no such layer.
+    void grab(std::string const& name);
+    /// Moves the layer that is dragged. @throws ScriptError when none is.
+    void pull(Point to);
+    /// Ends the drag as one undo step.
+    void release();
+    /// Takes the drag back. Document and history are as before `grab`, unless a command fails on the way.
+    Ko::CmReplay cancel();
+    /// Whether a layer is dragged.
+    [[nodiscard]] bool isDragging() const { return _dragged.has_value(); }
+    /// Drags a layer along a path, as one undo step. Inside a group or another drag it is part of that step.
     void dragAlong(std::string const& name, std::vector<Point> const& path);
     /// Drags layers and drops them on another one. @throws ScriptError when the target does not accept them.
     void drag(std::vector<std::string> const& names, std::string const& target);
 
 private:
+    struct Dragged {
+        LayerId id;
+        std::string description;
+    };
+
     void carrySelection(int action);
+    Dragged const& dragged() const;
 
     Editor& _editor;
+    std::optional<Dragged> _dragged;
 };
 
 } // namespace compositor

@@ -55,15 +55,12 @@ bool Interpreter::runScript(std::istream& script, std::string const& name) {
     bool isWell = false;
     try {
         std::vector<Statement> const statements = readAll(script);
-        run(name, true, [next = statements.begin(), end = statements.end()]() mutable {
+        isWell = run(name, true, [next = statements.begin(), end = statements.end()]() mutable {
             return next == end ? std::nullopt : std::optional(*next++);
         });
-        isWell = true;
     } catch (PlacedError const& error) {
         _name = name;
         report(error.line, error.message);
-    } catch (Stop const&) {
-        // Reported already.
     }
     _jobs.wait();
     return !_jobs.takeFailure() && isWell;
@@ -75,7 +72,7 @@ void Interpreter::runTerminal(std::istream& terminal) {
         for (;;)
             try {
                 _jobs.update();
-                _output << "> " << std::flush;
+                _output << (_editor.history()->isClean() ? "> " : "*> ") << std::flush;
                 return reader.next();
             } catch (ScriptError const& error) {
                 report(reader.line(), error.what());
@@ -85,15 +82,26 @@ void Interpreter::runTerminal(std::istream& terminal) {
     _jobs.wait();
 }
 
-void Interpreter::run(std::string const& name, bool stopsAtErrors, Source source) {
+// Returns whether no error has ended it.
+bool Interpreter::run(std::string const& name, bool stopsAtErrors, Source source) {
     _name = name;
     _stopsAtErrors = stopsAtErrors;
     _next = std::move(source);
+    bool isWell = true;
     try {
         runBlock(false);
     } catch (Quit const&) {
         _jobs.stopAll();
+    } catch (Stop const&) {
+        isWell = false;
     }
+    endDrag();
+    return isWell;
+}
+
+// Like a window that closes while the mouse is pressed.
+void Interpreter::endDrag() {
+    if (_gestures.isDragging()) _gestures.cancel();
 }
 
 // Runs statements up to the end of the group, or of the input. Returns whether the group has ended.
@@ -115,9 +123,15 @@ void Interpreter::runStatement(Statement const& statement) {
     Word const& word = wordOf(statement.word());
     if (statement.arguments() < word.fewestArguments || statement.arguments() > word.mostArguments)
         throw ScriptError(std::string("write: ") + word.usage);
-    if (!word.insideGroups && Ko::CmUndoGuard::isGuardActive())
-        throw ScriptError(quoted(statement.word()) + " is not possible inside a group");
+    requirePlace(word);
     word.run(*this, statement);
+}
+
+void Interpreter::requirePlace(Word const& word) const {
+    if (word.place != Place::Anywhere && _depth > 0)
+        throw ScriptError(quoted(word.name) + " is not possible inside a group");
+    if (word.place == Place::OutsideSteps && _gestures.isDragging())
+        throw ScriptError(quoted(word.name) + " is not possible during a drag");
 }
 
 // Jobs have displayed the message of a failure already.
@@ -130,7 +144,11 @@ void Interpreter::updateJobs() {
 }
 
 void Interpreter::submit(Statement const& statement, Ko::OPtr<Ko::BgJobProtocol> protocol) {
-    _jobs.submit(_name + ":" + std::to_string(statement.line), std::move(protocol));
+    _jobs.submit(placeOf(statement), std::move(protocol));
+}
+
+std::string Interpreter::placeOf(Statement const& statement) const {
+    return _name + ":" + std::to_string(statement.line);
 }
 
 void Interpreter::report(int line, std::string const& message) {

@@ -29,13 +29,15 @@ public:
     /// Runs the lines of a terminal, with a prompt before each, and continues after errors.
     void runTerminal(std::istream& terminal);
 
+    /// Where a word is possible: not outside groups of edits means that it changes the history itself.
+    enum class Place { Anywhere, OutsideGroups, OutsideSteps };
     /// One word of the language.
     struct Word {
         char const* name;
         char const* usage;
         std::size_t fewestArguments;
         std::size_t mostArguments;
-        bool insideGroups;
+        Place place;
         void (*run)(Interpreter& self, Statement const& statement);
         /// More lines for "help WORD".
         char const* details = "";
@@ -48,11 +50,14 @@ private:
     /// The next statement; nothing at the end.
     using Source = std::function<std::optional<Statement>()>;
 
-    void run(std::string const& name, bool stopsAtErrors, Source source);
+    bool run(std::string const& name, bool stopsAtErrors, Source source);
+    void endDrag();
     bool runBlock(bool isGroup);
     void runStatement(Statement const& statement);
     void runGroup(Statement const& statement);
     void updateJobs();
+    void requirePlace(Word const& word) const;
+    std::string placeOf(Statement const& statement) const;
     void submit(Statement const& statement, Ko::OPtr<Ko::BgJobProtocol> protocol);
     void report(int line, std::string const& message);
 
@@ -63,6 +68,8 @@ private:
     void open(Statement const& statement);
     void blend(Statement const& statement);
     void drag(Statement const& statement);
+    void pull(Statement const& statement);
+    void cancel();
     void perform(Statement const& statement);
     void options(Statement const& statement);
     void layers();
@@ -70,6 +77,9 @@ private:
     void redo(Statement const& statement);
     void history();
     void goTo(Statement const& statement);
+    void limitMemory(Statement const& statement);
+    void save(Statement const& statement);
+    void flatten(Statement const& statement);
     void runProgram(Statement const& statement);
     void exportPicture(Statement const& statement);
     void echo(Statement const& statement);

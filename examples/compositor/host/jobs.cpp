@@ -61,11 +61,11 @@ Jobs::~Jobs() {
     Ko::EvEventManager::getInstance().setWakeUpHandler({});
 }
 
-void Jobs::submit(std::string place, Ko::OPtr<Ko::BgJobProtocol> protocol) {
+void Jobs::submit(std::string place, Ko::OPtr<Ko::BgJobProtocol> protocol, WhenEnded whenEnded) {
     int const number = ++_lastNumber;
     std::string title = "job " + std::to_string(number) + " (" + protocol->getJobName() + ")";
     auto const job = Ko::BgJob::create(std::move(protocol));
-    _entries[number] = {std::move(place), job, std::move(title)};
+    _entries[number] = {std::move(place), job, std::move(title), std::move(whenEnded)};
     // Observe the job before the manager does: the place of a failure must be known before its message is displayed.
     job->attachObserver(this);
     Ko::BgManager::getInstance().addJob(job);
@@ -158,6 +158,7 @@ void Jobs::stateChanged(Ko::BgJob const& job, State::JobState_t state) {
     eraseBars();
     _output << entry->title << ": " << nameOf(state) << std::endl;
     entry->hasEnded = state == State::Stopped || state == State::Complete || state == State::Failed;
+    if (entry->hasEnded && entry->whenEnded) entry->whenEnded(state == State::Complete);
     if (state != State::Failed) return;
     _hasFailed = true;
     if (auto const error = job.cloneError()) _placesOfErrors.emplace(error->getReason(), entry->place);
@@ -181,6 +182,12 @@ void Jobs::showError(std::string const& text) {
     }
     _errors << found->second << ": " << text << std::endl;
     _placesOfErrors.erase(found);
+}
+
+void Jobs::showFailure(std::string const& place, std::string const& text) {
+    eraseBars();
+    _errors << place << ": " << text << std::endl;
+    _hasFailed = true;
 }
 
 bool Jobs::isAnyRunning() const {

@@ -3,6 +3,7 @@
 #include "framework/bgTask/bgManager.h"
 #include "host/protocols.h"
 
+#include <functional>
 #include <iosfwd>
 #include <map>
 #include <string>
@@ -23,8 +24,12 @@ public:
     /// Stops all running jobs.
     ~Jobs() override;
 
+    /// Called with whether the job is complete, once it has ended.
+    using WhenEnded = std::function<void(bool isComplete)>;
     /// @param place for an error message of the job, such as "script:12".
-    void submit(std::string place, Ko::OPtr<Ko::BgJobProtocol> protocol);
+    void submit(std::string place, Ko::OPtr<Ko::BgJobProtocol> protocol, WhenEnded whenEnded = {});
+    /// Displays that the result of a job could not be used; counts as a failure of the job.
+    void showFailure(std::string const& place, std::string const& text);
     /// Displays the output lines of the job that is submitted next, with its number.
     [[nodiscard]] LineSink nextJobsLines();
     /// Displays all changes since the last call.
@@ -44,6 +49,7 @@ private:
         std::string place;
         Ko::RCShdPtr<Ko::BgJob> job;
         std::string title;
+        WhenEnded whenEnded{};
         float progress = 0.0f;
         bool hasEnded = false;
     };

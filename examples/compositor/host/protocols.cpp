@@ -11,13 +11,13 @@ namespace compositor {
 
 namespace {
 
-/// A job that writes a file.
-class FileProtocol final : public Ko::BgJobProtocol {
+/// A job that works on a copy of the document.
+class DocumentProtocol final : public Ko::BgJobProtocol {
 public:
     using Work = std::function<void(Progress const& progress)>;
 
-    FileProtocol(std::string const& type, std::filesystem::path const& path, Work work)
-        : BgJobProtocol(type + " " + path.filename().string(), type), _work(std::move(work)) {}
+    DocumentProtocol(std::string const& type, std::string const& name, Work work)
+        : BgJobProtocol(name.empty() ? type : type + " " + name, type), _work(std::move(work)) {}
 
     void execute() override {
         try {
@@ -93,13 +93,20 @@ private:
 } // namespace
 
 Ko::OPtr<Ko::BgJobProtocol> makeRenderProtocol(Document const& document, std::filesystem::path const& path) {
-    return std::make_unique<FileProtocol>("render", path,
+    return std::make_unique<DocumentProtocol>("render", path.filename().string(),
         [renderer = document.renderer(), path](Progress const& progress) { renderer.renderToFile(path, progress); });
 }
 
+Ko::OPtr<Ko::BgJobProtocol> makeFlattenProtocol(Document const& document, PictureSink sink) {
+    return std::make_unique<DocumentProtocol>(
+        "flatten", "", [renderer = document.renderer(), sink = std::move(sink)](Progress const& progress) {
+            if (std::optional<Picture> picture = renderer.renderToPicture(progress)) sink(std::move(*picture));
+        });
+}
+
 Ko::OPtr<Ko::BgJobProtocol> makeSaveProtocol(Document const& document, std::filesystem::path const& path) {
-    return std::make_unique<FileProtocol>(
-        "save", path, [document, path](Progress const& progress) { saveDocument(document, path, progress); });
+    return std::make_unique<DocumentProtocol>("save", path.filename().string(),
+        [document, path](Progress const& progress) { saveDocument(document, path, progress); });
 }
 
 Ko::OPtr<Ko::BgJobProtocol> makeRunProtocol(

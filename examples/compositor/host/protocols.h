@@ -14,6 +14,10 @@ namespace compositor {
 /// Renders the current state of the document into a PNG file, as a job.
 [[nodiscard]] Ko::OPtr<Ko::BgJobProtocol> makeRenderProtocol(
     Document const& document, std::filesystem::path const& path);
+/// Receives a rendered picture, on the thread of its job.
+using PictureSink = std::function<void(Picture picture)>;
+/// Renders the current state of the document into a picture.
+[[nodiscard]] Ko::OPtr<Ko::BgJobProtocol> makeFlattenProtocol(Document const& document, PictureSink sink);
 /// Saves the current state of the document.
 [[nodiscard]] Ko::OPtr<Ko::BgJobProtocol> makeSaveProtocol(Document const& document, std::filesystem::path const& path);
 

@@ -14,6 +14,9 @@ namespace {
 using I = Interpreter;
 using S = Statement const;
 
+constexpr auto anywhere = Interpreter::Place::Anywhere;
+constexpr auto outsideGroups = Interpreter::Place::OutsideGroups;
+constexpr auto outsideSteps = Interpreter::Place::OutsideSteps;
 constexpr std::size_t any = std::numeric_limits<std::size_t>::max();
 constexpr int largest = std::numeric_limits<int>::max();
 constexpr char const* blendFormulas =
@@ -34,65 +37,77 @@ std::vector<std::string> argumentsOf(Statement const& statement) {
 std::vector<Interpreter::Word> const Interpreter::_words{
     // "editLayer" and "editDocument" are short for "do": the words perform the action of that description on the layer with the
     // name that comes first, or on the document.
-    {"canvas", "canvas WIDTH HEIGHT", 2, 2, true, [](I& self, S& line) { self.editDocument(line, "Set Canvas"); }},
-    {"open", "open FILE.png [NAME] (adds a layer) or open FILE.koc (a document)", 1, 2, true,
+    {"canvas", "canvas WIDTH HEIGHT", 2, 2, anywhere, [](I& self, S& line) { self.editDocument(line, "Set Canvas"); }},
+    {"open", "open FILE.png [NAME] (adds a layer) or open FILE.koc (a document)", 1, 2, anywhere,
         [](I& self, S& line) { self.open(line); }},
-    {"checker", "checker NAME WIDTH HEIGHT CELL COLOUR COLOUR", 6, 6, true,
+    {"checker", "checker NAME WIDTH HEIGHT CELL COLOUR COLOUR", 6, 6, anywhere,
         [](I& self, S& line) { self.editDocument(line, "Add Checker"); }},
-    {"gradient", "gradient NAME WIDTH HEIGHT COLOUR COLOUR [horizontal|vertical]", 5, 6, true,
+    {"gradient", "gradient NAME WIDTH HEIGHT COLOUR COLOUR [horizontal|vertical]", 5, 6, anywhere,
         [](I& self, S& line) { self.editDocument(line, "Add Gradient"); }},
-    {"move", "move NAME X Y", 3, 3, true, [](I& self, S& line) { self.editLayer(line, "Move"); }},
-    {"opacity", "opacity NAME 0..1", 2, 2, true, [](I& self, S& line) { self.editLayer(line, "Opacity"); }},
-    {"blend", "blend NAME over|add|multiply|screen", 2, 2, true, [](I& self, S& line) { self.blend(line); },
+    {"move", "move NAME X Y", 3, 3, anywhere, [](I& self, S& line) { self.editLayer(line, "Move"); }},
+    {"nudge", "nudge NAME X Y (by so much; quick nudges are one step)", 3, 3, anywhere,
+        [](I& self, S& line) { self.editLayer(line, "Nudge"); }},
+    {"opacity", "opacity NAME 0..1", 2, 2, anywhere, [](I& self, S& line) { self.editLayer(line, "Opacity"); }},
+    {"blend", "blend NAME over|add|multiply|screen", 2, 2, anywhere, [](I& self, S& line) { self.blend(line); },
         blendFormulas},
-    {"rename", "rename NAME NEW", 2, 2, true, [](I& self, S& line) { self.editLayer(line, "Rename"); }},
-    {"remove", "remove NAME", 1, 1, true, [](I& self, S& line) { self.editLayer(line, "Remove"); }},
-    {"reorder", "reorder NAME POSITION (0 is the bottom)", 2, 2, true,
+    {"rename", "rename NAME NEW", 2, 2, anywhere, [](I& self, S& line) { self.editLayer(line, "Rename"); }},
+    {"remove", "remove NAME", 1, 1, anywhere, [](I& self, S& line) { self.editLayer(line, "Remove"); }},
+    {"reorder", "reorder NAME POSITION (0 is the bottom)", 2, 2, anywhere,
         [](I& self, S& line) { self.editLayer(line, "Reorder"); }},
-    {"drag", "drag NAME X Y [X Y ...] (along a path) or drag NAME [NAME ...] to NAME (a drop)", 3, any, true,
+    {"drag", "drag NAME X Y [X Y ...] (along a path) or drag NAME [NAME ...] to NAME (a drop)", 3, any, anywhere,
         [](I& self, S& line) { self.drag(line); }},
-    {"select", "select [NAME ...] (none clears the selection)", 0, any, true,
+    {"grab", "grab NAME ... pull X Y ... release (a drag, step by step)", 1, 1, outsideSteps,
+        [](I& self, S& line) { self._gestures.grab(line.words[1]); }},
+    {"pull", "pull X Y (the layer that is dragged)", 2, 2, outsideGroups, [](I& self, S& line) { self.pull(line); }},
+    {"release", "release (ends the drag)", 0, 0, outsideGroups, [](I& self, S&) { self._gestures.release(); }},
+    {"cancel", "cancel (takes the drag back)", 0, 0, outsideGroups, [](I& self, S&) { self.cancel(); }},
+    {"select", "select [NAME ...] (none clears the selection)", 0, any, anywhere,
         [](I& self, S& line) { self._gestures.select(argumentsOf(line)); }},
-    {"menu", "menu (the actions for the selected layers, or the document)", 0, 0, true,
+    {"menu", "menu (the actions for the selected layers, or the document)", 0, 0, anywhere,
         [](I& self, S&) { self._gestures.showMenu(self._output); }},
     {"do",
         "do ACTION [ARGUMENT ...] (with the selected layers, or the document; \"Blend > screen\" is one of a "
         "sub-menu)",
-        1, any, true, [](I& self, S& line) { self.perform(line); }},
-    {"options", "options ACTION", 1, 1, true, [](I& self, S& line) { self.options(line); }},
-    {"copy", "copy", 0, 0, true, [](I& self, S&) { self._gestures.copy(); }},
-    {"cut", "cut", 0, 0, true, [](I& self, S&) { self._gestures.cut(); }},
-    {"paste", "paste", 0, 0, true, [](I& self, S&) { self._gestures.paste(); }},
-    {"plugins", "plugins (the directories, and the state of each plug-in)", 0, 0, true,
+        1, any, anywhere, [](I& self, S& line) { self.perform(line); }},
+    {"options", "options ACTION", 1, 1, anywhere, [](I& self, S& line) { self.options(line); }},
+    {"copy", "copy", 0, 0, anywhere, [](I& self, S&) { self._gestures.copy(); }},
+    {"cut", "cut", 0, 0, anywhere, [](I& self, S&) { self._gestures.cut(); }},
+    {"paste", "paste", 0, 0, anywhere, [](I& self, S&) { self._gestures.paste(); }},
+    {"plugins", "plugins (the directories, and the state of each plug-in)", 0, 0, anywhere,
         [](I& self, S&) { self._plugIns.list(self._output); }},
-    {"group", "group NAME ... end (one undo step)", 1, 1, true, [](I& self, S& line) { self.group(line); }},
-    {"quietly", "quietly ... end (not in the history)", 0, 0, true, [](I& self, S& line) { self.quietly(line); }},
-    {"undo", "undo [STEPS]", 0, 1, false, [](I& self, S& line) { self.undo(line); }},
-    {"redo", "redo [STEPS]", 0, 1, false, [](I& self, S& line) { self.redo(line); }},
-    {"history", "history", 0, 0, true, [](I& self, S&) { self.history(); }},
-    {"goto", "goto POSITION (as history shows it)", 1, 1, false, [](I& self, S& line) { self.goTo(line); }},
+    {"group", "group NAME ... end (one undo step)", 1, 1, anywhere, [](I& self, S& line) { self.group(line); }},
+    {"quietly", "quietly ... end (not in the history)", 0, 0, anywhere, [](I& self, S& line) { self.quietly(line); }},
+    {"undo", "undo [STEPS]", 0, 1, outsideSteps, [](I& self, S& line) { self.undo(line); }},
+    {"redo", "redo [STEPS]", 0, 1, outsideSteps, [](I& self, S& line) { self.redo(line); }},
+    {"history", "history (with the saved state, and the memory of pictures that only the history holds)", 0, 0,
+        anywhere, [](I& self, S&) { self.history(); }},
+    {"goto", "goto POSITION (as history shows it)", 1, 1, outsideSteps, [](I& self, S& line) { self.goTo(line); }},
     // The initial state is an element of the history too.
-    {"limit", "limit COMMANDS (that the history keeps)", 1, 1, false,
+    {"limit", "limit COMMANDS (that the history keeps)", 1, 1, outsideSteps,
         [](I& self, S& line) { self._editor.history()->setMaxStackHeight(line.integer(1, 1, largest - 1) + 1); }},
-    {"layers", "layers", 0, 0, true, [](I& self, S&) { self.layers(); }},
-    {"dump", "dump (the history as XML)", 0, 0, true, [](I& self, S&) { self._editor.history().dump(self._output); }},
-    {"render", "render FILE.png (a job)", 1, 1, true,
+    {"memory", "memory MEBIBYTES (that the history keeps; 0 for no limit)", 1, 1, outsideSteps,
+        [](I& self, S& line) { self.limitMemory(line); }},
+    {"layers", "layers", 0, 0, anywhere, [](I& self, S&) { self.layers(); }},
+    {"dump", "dump (the history as XML)", 0, 0, anywhere,
+        [](I& self, S&) { self._editor.history().dump(self._output); }},
+    {"render", "render FILE.png (a job)", 1, 1, anywhere,
         [](I& self, S& line) { self.submit(line, makeRenderProtocol(self._editor.document(), line.words[1])); }},
-    {"save", "save FILE.koc (a job)", 1, 1, true,
-        [](I& self, S& line) { self.submit(line, makeSaveProtocol(self._editor.document(), line.words[1])); }},
-    {"run", "run \"COMMAND LINE\" [NAME=VALUE ...] (a job; its lines are shown)", 1, any, true,
+    {"flatten", "flatten NAME (a job; its picture becomes a layer)", 1, 1, anywhere,
+        [](I& self, S& line) { self.flatten(line); }},
+    {"save", "save FILE.koc (a job)", 1, 1, outsideSteps, [](I& self, S& line) { self.save(line); }},
+    {"run", "run \"COMMAND LINE\" [NAME=VALUE ...] (a job; its lines are shown)", 1, any, anywhere,
         [](I& self, S& line) { self.runProgram(line); }},
-    {"export", "export FILE \"COMMAND with %f\" (a job; %f is a rendered picture, %o the file)", 2, 2, true,
+    {"export", "export FILE \"COMMAND with %f\" (a job; %f is a rendered picture, %o the file)", 2, 2, anywhere,
         [](I& self, S& line) { self.exportPicture(line); },
         "    %f and %o need no quotation marks, whatever the path. Inside the quoted text of a shell they are "
         "words for\n"
         "    that shell: export copy.png \"sh -c 'cp %f %o'\"\n"},
-    {"jobs", "jobs (jobs that have ended are listed once)", 0, 0, true, [](I& self, S&) { self._jobs.list(); }},
-    {"stop", "stop JOB", 1, 1, true, [](I& self, S& line) { self._jobs.stop(line.integer(1, 1, largest)); }},
-    {"wait", "wait (until all jobs have ended)", 0, 0, true, [](I& self, S&) { self._jobs.wait(); }},
-    {"echo", "echo TEXT", 0, any, true, [](I& self, S& line) { self.echo(line); }},
-    {"help", "help [WORD]", 0, 1, true, [](I& self, S& line) { self.help(line); }},
-    {"quit", "quit (stops all jobs)", 0, 0, true, [](I& self, S&) { self.quit(); }},
+    {"jobs", "jobs (jobs that have ended are listed once)", 0, 0, anywhere, [](I& self, S&) { self._jobs.list(); }},
+    {"stop", "stop JOB", 1, 1, anywhere, [](I& self, S& line) { self._jobs.stop(line.integer(1, 1, largest)); }},
+    {"wait", "wait (until all jobs have ended)", 0, 0, anywhere, [](I& self, S&) { self._jobs.wait(); }},
+    {"echo", "echo TEXT", 0, any, anywhere, [](I& self, S& line) { self.echo(line); }},
+    {"help", "help [WORD]", 0, 1, anywhere, [](I& self, S& line) { self.help(line); }},
+    {"quit", "quit (stops all jobs)", 0, 0, anywhere, [](I& self, S&) { self.quit(); }},
 };
 
 std::vector<Interpreter::Word> const& Interpreter::words() {
@@ -136,6 +151,11 @@ void Interpreter::drag(Statement const& statement) {
     _gestures.dragAlong(words[1], path);
 }
 
+void Interpreter::pull(Statement const& statement) {
+    int const x = statement.integer(1, -largest, largest);
+    _gestures.pull({x, statement.integer(2, -largest, largest)});
+}
+
 void Interpreter::perform(Statement const& statement) {
     std::vector<Layer> const layers = _gestures.selected();
     std::vector<std::string> const arguments(statement.words.begin() + 2, statement.words.end());
@@ -162,16 +182,6 @@ void Interpreter::layers() {
                 << layer.placed.x << ", " << layer.placed.y << "), opacity " << layer.placed.opacity << ", "
                 << toString(layer.placed.blend) << "\n";
     }
-}
-
-void Interpreter::runProgram(Statement const& statement) {
-    auto const& words = statement.words;
-    submit(statement, makeRunProtocol(words[1], {words.begin() + 2, words.end()}, _jobs.nextJobsLines()));
-}
-
-void Interpreter::exportPicture(Statement const& statement) {
-    auto const& words = statement.words;
-    submit(statement, makeExportProtocol(_editor.document(), words[1], words[2], _jobs.nextJobsLines()));
 }
 
 void Interpreter::echo(Statement const& statement) {

@@ -137,4 +137,12 @@ bool Renderer::renderToFile(std::filesystem::path const& path, Progress const& p
     return writePng(path, _canvas, [&band](int y, std::span<Colour> row) { return band.read(y, row); });
 }
 
+std::optional<Picture> Renderer::renderToPicture(Progress const& progress) const {
+    Picture picture(_canvas);
+    Band band(*this, _canvas, progress);
+    for (int y = 0; y < _canvas.height; ++y)
+        if (!band.read(y, picture.row(y))) return std::nullopt;
+    return picture;
+}
+
 } // namespace compositor

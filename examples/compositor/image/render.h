@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -54,6 +55,9 @@ public:
     /// Renders into a PNG file.
     /// @returns false when `progress` stopped it; no file is written then. @throws ImageError naming the path and the reason.
     bool renderToFile(std::filesystem::path const& path, Progress const& progress = {}) const;
+
+    /// Renders into a picture. @returns nothing when `progress` stopped it.
+    [[nodiscard]] std::optional<Picture> renderToPicture(Progress const& progress = {}) const;
 
 private:
     Size _canvas;

@@ -64,7 +64,7 @@ TEST_F(GesturesTest, MenusChangeWithTheSelection) {
     gestures.select({"c"});
     EXPECT_EQ("Compositor\n  Blend (c)\n    add (c)\n    multiply (c)\n    over (c)\n    screen (c)\n  Lower (c)\n  "
               "Move (c)\n"
-              "  Opacity (c)\n  Remove (c)\n  Rename (c)\n  Reorder (c)\n",
+              "  Nudge (c)\n  Opacity (c)\n  Remove (c)\n  Rename (c)\n  Reorder (c)\n",
         menu())
         << "the highest layer cannot be raised";
     gestures.select({"a"});

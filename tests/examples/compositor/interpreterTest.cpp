@@ -41,6 +41,7 @@ TEST_F(InterpreterTest, UndoesAndRedoesEveryEdit) {
     for (char const* const edit :
         {"canvas 30 20", "checker c 3 3 1 000000 ffffff", "gradient c 3 3 000000 ffffff vertical", "move a 3 -4",
             "opacity a 0.25", "blend b screen", "rename a c", "remove a", "reorder a 1", "drag a 1 1 2 2 3 3",
+            "grab a\n pull 1 1\n opacity b 0\n drag a 2 2 3 3\nrelease", "nudge a 1 0\nnudge a 2 2\nnudge a -1 0",
             "group \"Two words\"\n move a 1 1\n group inner\n opacity b 0\n end\nend"}) {
         std::string const before = state();
         EXPECT_TRUE(run(edit)) << take(errors);
@@ -67,7 +68,7 @@ TEST_F(InterpreterTest, MovesThroughTheHistoryAndLimitsIt) {
     run("move a 1 0\nmove a 2 0\nmove a 3 0\ngoto 3");
     EXPECT_EQ(1, editor.document().layer("a").placed.x);
     run("redo 2\nhistory");
-    EXPECT_EQ("  0 Initial State\n  1 Add a\n  2 Add b\n  3 Move a\n  4 Move a\n> 5 Move a\n", take(output));
+    EXPECT_EQ("  0 Initial State (saved)\n  1 Add a\n  2 Add b\n  3 Move a\n  4 Move a\n> 5 Move a\n", take(output));
     run("limit 2\nhistory");
     EXPECT_EQ("  0 Initial State\n  1 Move a\n> 2 Move a\n", take(output));
     run("drag a 1 2 3 4");
@@ -78,7 +79,8 @@ TEST_F(InterpreterTest, KeepsQuietEditsOutOfTheHistoryAndNeverUndoesTheWrongStep
     run("move a 1 0\nquietly\n opacity b 0.5\n remove a\nend");
     EXPECT_EQ(3, editor.history()->getNbUndoableCommands());
     EXPECT_FALSE(run("undo"));
-    EXPECT_EQ("test:1: a step cannot be undone any more; it and the steps before it were dropped\n", take(errors));
+    EXPECT_EQ("test:1: \"Move a\" cannot be undone any more (Command un/execution failure.); 3 steps were dropped\n",
+        take(errors));
     EXPECT_EQ(0, editor.history()->getNbUndoableCommands());
     EXPECT_EQ(0.5f, editor.document().layer("b").placed.opacity);
 }
@@ -99,6 +101,10 @@ TEST_F(InterpreterTest, ReportsBadInputWithItsLineAndChangesNothing) {
              {"rename a \"b\\\"", "1: a quotation mark is not closed"},
              {"rename a \"b\"c", "1: after a closing quotation mark there must be a blank"},
              {"group x\n undo\nend", "2: \"undo\" is not possible inside a group"},
+             {"grab a\npull 1 1\nundo", "3: \"undo\" is not possible during a drag"},
+             {"grab a\ngroup x\n pull 1 1\nend", "3: \"pull\" is not possible inside a group"},
+             {"pull 1 1", "1: no layer is dragged; \"grab\" begins a drag"},
+             {"flatten a", "1: there is a layer \"a\" already"},
              {"quietly\n group x\n move a 1 1\n end", "1: the script ends inside this quietly; \"end\" is missing"},
              {"group x\n group y\n", "2: the script ends inside this group; \"end\" is missing"},
              {"open " + missing, "1: " + missing + " cannot be read: No such file or directory"},
@@ -107,6 +113,50 @@ TEST_F(InterpreterTest, ReportsBadInputWithItsLineAndChangesNothing) {
              {repeated("group x\n") + repeated("end\n"), "201: groups inside groups go at most 200 deep"},
              {"help fly", "1: unknown word \"fly\"; \"help\" lists the words"}, {"stop 99", "1: there is no job 99"}})
         expectError(script, error);
+}
+
+TEST_F(InterpreterTest, ACancelledDragLeavesDocumentAndHistoryAsTheyWere) {
+    run("move a 1 0\nundo");
+    std::string const before = state();
+    EXPECT_TRUE(run("grab a\npull 9 9\nremove b\ngroup x\n opacity a 0\nend\ncancel")) << take(errors);
+    EXPECT_EQ(before, state());
+    EXPECT_TRUE(run("grab a\npull 9 9")) << "the end of the input cancels it as well";
+    EXPECT_EQ(before, state());
+    EXPECT_TRUE(editor.history()->canRedo());
+}
+
+TEST_F(InterpreterTest, APictureThatArrivesDuringADragOrInAGroupComesAfterThatStep) {
+    run("canvas 2 2\nremove b");
+    EXPECT_TRUE(run("grab a\npull 1 1\nflatten flat\nwait\npull 2 2\nhistory\nrelease")) << take(errors);
+    EXPECT_EQ(std::string::npos, take(output).find("Add flat"));
+    EXPECT_TRUE(run("group x\n move a 0 0\n flatten flat2\n wait\n move a 5 5\nend\nhistory")) << take(errors);
+    EXPECT_THAT(take(output), testing::HasSubstr("  5 Drag a\n  6 Add flat\n  7 x\n> 8 Add flat2\n"));
+    EXPECT_EQ((Colour{0, 0, 0, 255}), editor.document().layer("flat").placed.picture->row(1)[1]) << "as it was then";
+}
+
+TEST_F(InterpreterTest, ShowsWhetherTheDocumentIsSaved) {
+    std::string const saved = "save " + (folder / "x.koc").string() + "\nwait\n";
+    for (auto const& [script, isClean] :
+        std::vector<std::pair<std::string, bool>>{{"", true}, {"undo\nredo", true}, {"move a 3 3", false},
+            {"move a 3 3\nundo", true}, {"undo\nmove a 4 4", false}, {"quietly\n opacity a 0\nend", false},
+            {"group x\n quietly\n  opacity a 0.5\n end\nend", false}, {"grab a\npull 7 7\ncancel", true},
+            {"open " + (folder / "x.koc").string(), true}, {"nudge a 1 1\n" + saved + "nudge a 1 1\nundo", true}}) {
+        EXPECT_TRUE(run(saved + script)) << take(errors);
+        EXPECT_EQ(isClean, editor.history()->isClean()) << script;
+    }
+    EXPECT_FALSE(run("save " + (folder / "no/x.koc").string()));
+    EXPECT_FALSE(editor.history()->isClean()) << "a save that failed";
+    std::istringstream terminal(saved + "remove a\nundo\n");
+    take(output);
+    interpreter.runTerminal(terminal);
+    EXPECT_EQ("*> > > *> > \n", take(output));
+}
+
+TEST_F(InterpreterTest, KeepsPicturesWithinABudget) {
+    EXPECT_TRUE(run("checker c 256 512 9 000000 ffffff\nremove c\nmove a 1 1\nhistory\nmemory 0.6")) << take(errors);
+    EXPECT_THAT(take(output), testing::HasSubstr("  3 Add c\n  4 Remove c (0.5 MiB)\n> 5 Move a\n"));
+    EXPECT_TRUE(run("checker c 256 512 9 000000 ffffff\nremove c\nhistory"));
+    EXPECT_EQ("  0 Initial State\n  1 Move a\n  2 Add c\n> 3 Remove c (0.5 MiB)\n  0.5 MiB of 0.6 MiB\n", take(output));
 }
 
 TEST_F(InterpreterTest, StopsAtAnErrorInAGroupWithWhatWasDoneAsOneStep) {
@@ -128,6 +178,9 @@ TEST_F(InterpreterTest, RendersSavesAndOpensAgain) {
     EXPECT_TRUE(run("remove a\nopen " + document)) << take(errors);
     EXPECT_EQ(saved, state().substr(0, state().rfind('\n')));
     EXPECT_EQ(1, editor.history()->getStackHeight()) << "a history of its own";
+    EXPECT_FALSE(run("group x\n move a 9 9\n open " + document + "\nend")) << "not inside a step";
+    EXPECT_TRUE(run("undo"));
+    EXPECT_EQ(saved, state().substr(0, state().rfind('\n')));
     EXPECT_TRUE(run("open " + picture + "\nopen " + picture + " named"));
     EXPECT_EQ("out", editor.document().layers()[2].name);
     EXPECT_EQ("named", editor.document().layers()[3].name);

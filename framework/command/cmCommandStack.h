@@ -161,16 +161,35 @@ private:
     class Keeper;
     class Replay;
 
+    // A deque finds an element slowly by its position; undo and redo need the last element again, or a neighbour of it.
+    RCShdPtr<CmCommand>& find(int position) {
+        if (position == _lastFound + 1)
+            ++_lastElement;
+        else if (position == _lastFound - 1)
+            --_lastElement;
+        else if (position != _lastFound)
+            _lastElement = _stack.begin() + position;
+        _lastFound = position;
+        return *_lastElement;
+    }
+    // Called after elements came or went.
+    void forgetLastFound() noexcept { _lastFound = neverFound; }
     void append(RCShdPtr<CmCommand> cmd, bool isOutdated = false);
     bool joinLast(RCShdPtr<CmCommand> const& next);
-    int countSurplus(int newest) const noexcept;
+    // How many of the oldest commands are too many when the last element is logged and moves to position `newest`.
+    int countSurplus(int newest) const noexcept {
+        int const tooHigh = newest >= _maxStackHeight ? 1 : 0;
+        return _keeper ? std::max(tooHigh, countSurplusOfMemory(newest)) : tooHigh;
+    }
+    int countSurplusOfMemory(int newest) const noexcept;
     void dropForLogged(int redoable, int height, int surplus);
-    Replay undoStep(bool isLast, bool isAnswered);
-    Replay redoStep(bool isLast, bool isAnswered);
-    Replay replayTo(ConstIterator target, bool isAnswered);
+    bool undoStep(bool isLast, Replay* answer);
+    bool redoStep(bool isLast, Replay* answer);
+    void replayTo(ConstIterator target, Replay* answer);
     template <class Run>
-    Replay replay(Span& span, State state, char const* verb, bool isLast, bool isAnswered, Run run);
-    void notifyAfterReplay(Replay const& result, bool isLast);
+    bool replay(Span& span, State state, char const* verb, bool isLast, Replay* answer, Run run);
+    void cutFailed(Span& span, CmCommand& failed, Replay* answer) noexcept;
+    void notifyQuietly() noexcept;
     int cut(Span& span, CmCommand& failed, std::exception_ptr const& error) noexcept;
     void cutByFailure(CmCommand& failed, std::exception_ptr const& error) noexcept;
     void dropOldest(int count);
@@ -210,15 +229,19 @@ private:
     }
     void deliverChanges();
     void notify(bool isProcessed, bool isLast = true);
+    void notifyWithChanges(bool isProcessed, bool isLast, LgFirstError& error);
     bool callListeners(bool isProcessed, LgFirstError& error);
     Keeper& getKeeper();
 
     static OPtr<ExBase const> toExBase(std::exception_ptr const& error);
 
     static constexpr int noPosition = -1;
+    static constexpr int neverFound = -2;
 
     Commands _stack;
     int _current = 0;
+    Commands::iterator _lastElement;
+    int _lastFound = neverFound;
     int _maxStackHeight = 1000;
     CbDispatcher<CbEmptyType> _commandProcessedCallbacks;
     CbDispatcher<CbEmptyType> _changeCallbacks;

@@ -26,10 +26,11 @@ CmCommandStack::CmCommandStack() : _stack{CmNullCommand::create()} {}
 // The commands are destroyed one by one while the stack is whole: their destructors may use it.
 CmCommandStack::~CmCommandStack() {
     Span::leaveStack(*this);
+    _current = 0;
     while (_stack.size() > 1) {
         RCShdPtr<CmCommand> const last = std::move(_stack.back());
         _stack.pop_back();
-        _current = std::min(_current, getStackHeight() - 1);
+        forgetLastFound();
     }
 }
 
@@ -60,6 +61,7 @@ void CmCommandStack::append(RCShdPtr<CmCommand> cmd, bool isOutdated) {
         prepare();
         if (_keeper) _keeper->addSize(*cmd);
         _stack.push_back(std::move(cmd));
+        forgetLastFound();
     } catch (...) {
         if (_keeper) _keeper->truncateSizes(height);
         CmLog::write(CmLog::unexpectedFailure, "The history is dropped, as it lacks ", *cmd);
@@ -89,12 +91,9 @@ void CmCommandStack::dropForLogged(int redoable, int height, int surplus) {
     if (redo.isAlive()) notify(true);
 }
 
-// How many of the oldest commands are too many when the last element is logged and moves to position `newest`.
-int CmCommandStack::countSurplus(int newest) const noexcept {
-    int const tooHigh = newest >= _maxStackHeight ? 1 : 0;
-    if (!_keeper) [[likely]]
-        return tooHigh;
-    return std::max(tooHigh, _keeper->countSurplus(newest, getStackHeight() - 1, newest - 1));
+// As `countSurplus`, where there is more than the height.
+int CmCommandStack::countSurplusOfMemory(int newest) const noexcept {
+    return _keeper->countSurplus(newest, getStackHeight() - 1, newest - 1);
 }
 
 // Merging is user code: it may throw, release its owner, or change the history, and destroy the stack.

@@ -42,14 +42,18 @@ CmCommandStack::Keeper& CmCommandStack::getKeeper() {
 // change, the listeners are postponed until all changes are delivered.
 void CmCommandStack::notify(bool isProcessed, bool isLast) {
     LgFirstError error("A listener of the command stack");
-    if (!_keeper) [[likely]]
+    if (_keeper) [[unlikely]]
+        notifyWithChanges(isProcessed, isLast, error);
+    else
         callListeners(isProcessed, error);
-    else if (_keeper->isDelivering())
-        _keeper->postpone(isProcessed);
-    else if (!isLast || _keeper->deliver(error))
-        while (callListeners(isProcessed, error) && _keeper->takePostponed(isProcessed)) {
-        }
     error.rethrow();
+}
+
+void CmCommandStack::notifyWithChanges(bool isProcessed, bool isLast, LgFirstError& error) {
+    if (_keeper->isDelivering()) return _keeper->postpone(isProcessed);
+    if (isLast && !_keeper->deliver(error)) return;
+    while (callListeners(isProcessed, error) && _keeper->takePostponed(isProcessed)) {
+    }
 }
 
 // @returns whether the stack still exists.
@@ -63,9 +67,7 @@ void CmCommandStack::deliverChanges() {
     if (!_keeper || _keeper->isDelivering()) return;
     LgFirstError error("A listener of the command stack");
     bool isProcessed = false;
-    if (_keeper->deliver(error))
-        while (_keeper->takePostponed(isProcessed) && callListeners(isProcessed, error)) {
-        }
+    if (_keeper->deliver(error) && _keeper->takePostponed(isProcessed)) notifyWithChanges(isProcessed, false, error);
     error.rethrow();
 }
 

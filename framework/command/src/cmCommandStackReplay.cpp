@@ -24,13 +24,8 @@ class CmCommandStack::Replay {
 public:
     CmReplay::Outcome outcome = CmReplay::Outcome::NothingToDo;
     std::exception_ptr error;
-    bool isExpected = true;
     int numDropped = 0;
 
-    void rethrowUnexpected() const {
-        if (!isExpected) [[unlikely]]
-            std::rethrow_exception(error);
-    }
     CmReplay tell() const { return {outcome, toExBase(error), numDropped}; }
 };
 
@@ -49,37 +44,43 @@ OPtr<ExBase const> CmCommandStack::toExBase(std::exception_ptr const& error) {
 }
 
 void CmCommandStack::undo() {
-    static_cast<void>(undoStep(true, false));
+    undoStep(true, nullptr);
 }
 
 void CmCommandStack::redo() {
-    static_cast<void>(redoStep(true, false));
+    redoStep(true, nullptr);
 }
 
 CmReplay CmCommandStack::tryUndo() {
     requireNoOpenStep();
-    return canUndo() ? undoStep(true, true).tell() : CmReplay();
+    Replay answer;
+    if (canUndo()) undoStep(true, &answer);
+    return answer.tell();
 }
 
 CmReplay CmCommandStack::tryRedo() {
     requireNoOpenStep();
-    return canRedo() ? redoStep(true, true).tell() : CmReplay();
+    Replay answer;
+    if (canRedo()) redoStep(true, &answer);
+    return answer.tell();
 }
 
-CmCommandStack::Replay CmCommandStack::undoStep(bool isLast, bool isAnswered) {
+// Without an answer, an unexpected error is thrown.
+// @returns whether the command has not failed.
+bool CmCommandStack::undoStep(bool isLast, Replay* answer) {
     requireNoOpenStep();
     OpenGuards::NoLogScope const guard;
     source.require(!_stack.empty(), "!_stack.empty()");
     source.require(CmCommandStack::canUndo(), "canUndo()");
     prepare();
     Span span(*this, 1, _current + 1, _current);
-    return replay(span, Undoing, "Undoing ", isLast, isAnswered, [&](CmCommand& command) {
+    return replay(span, Undoing, "Undoing ", isLast, answer, [&](CmCommand& command) {
         command.unexecute();
         if (span.requireUntouched()) stepBack();
     });
 }
 
-CmCommandStack::Replay CmCommandStack::redoStep(bool isLast, bool isAnswered) {
+bool CmCommandStack::redoStep(bool isLast, Replay* answer) {
     requireNoOpenStep();
     OpenGuards::NoLogScope const guard;
     source.require(!_stack.empty(), "!_stack.empty()");
@@ -87,7 +88,7 @@ CmCommandStack::Replay CmCommandStack::redoStep(bool isLast, bool isAnswered) {
     prepare();
     ++_current;
     Span span(*this, _current, getStackHeight(), _current);
-    return replay(span, Redoing, "Redoing ", isLast, isAnswered, [&](CmCommand& command) {
+    return replay(span, Redoing, "Redoing ", isLast, answer, [&](CmCommand& command) {
         command.execute();
         if (span.requireUntouched()) confirmStepForward();
     });
@@ -95,37 +96,41 @@ CmCommandStack::Replay CmCommandStack::redoStep(bool isLast, bool isAnswered) {
 
 // Runs the command at the cursor. If that fails, the elements of the span are dropped.
 template <class Run>
-CmCommandStack::Replay CmCommandStack::replay(
-    Span& span, State state, char const* verb, bool isLast, bool isAnswered, Run run) {
-    CmCommand& command = *_stack[static_cast<std::size_t>(_current)];
-    Replay result;
+bool CmCommandStack::replay(Span& span, State state, char const* verb, bool isLast, Replay* answer, Run run) {
+    CmCommand& command = *find(_current);
     CmLog::write(CmLog::commandFlow, verb, command);
     try {
         Span::StateScope const scope(span, state);
         run(command);
-        result.outcome = CmReplay::Outcome::Done;
     } catch (CmEx::ExCommandFailure const&) {
-        result.error = std::current_exception();
         CmLog::write(CmLog::commandFailure, verb, command, " failed.\n");
+        cutFailed(span, command, answer);
+        if (span.isAlive()) notify(true);
+        return false;
     } catch (...) {
-        result.error = std::current_exception();
-        result.isExpected = false;
         CmLog::write(CmLog::unexpectedFailure, verb, command, " failed unexpectedly\n");
+        cutFailed(span, command, answer);
+        if (span.isAlive()) notifyQuietly();
+        if (!answer) throw;
+        return false;
     }
-    if (result.error) [[unlikely]]
-        result.numDropped = cut(span, command, result.error);
-    else if (span.isAlive() && _keeper)
+    if (answer) answer->outcome = CmReplay::Outcome::Done;
+    if (!span.isAlive()) return true;
+    if (_keeper) [[unlikely]]
         _keeper->record(Keeper::Kind::Moved, {}, _current, !isLast);
-    if (result.error) result.outcome = CmReplay::Outcome::Failed;
-    if (span.isAlive()) notifyAfterReplay(result, isLast);
-    // Inside the scope that suspends logging, so that the first error is the one that is seen.
-    if (!isAnswered) result.rethrowUnexpected();
-    return result;
+    notify(true, isLast);
+    return true;
 }
 
-// An unexpected error of the command is the one that the caller sees.
-void CmCommandStack::notifyAfterReplay(Replay const& result, bool isLast) {
-    if (result.isExpected) return notify(true, isLast || result.error);
+// Called while the error is handled.
+void CmCommandStack::cutFailed(Span& span, CmCommand& failed, Replay* answer) noexcept {
+    std::exception_ptr const error = std::current_exception();
+    int const numDropped = cut(span, failed, error);
+    if (answer) *answer = {CmReplay::Outcome::Failed, error, numDropped};
+}
+
+// An error of a command is the one that the caller sees.
+void CmCommandStack::notifyQuietly() noexcept {
     LgFirstError error("A listener of the command stack");
     error.capture([this] { notify(true); });
     error.log();
@@ -143,43 +148,41 @@ int CmCommandStack::cut(Span& span, CmCommand& failed, std::exception_ptr const&
 }
 
 CmReplay CmCommandStack::tryMoveTo(ConstIterator target) {
-    return replayTo(target, true).tell();
+    Replay answer;
+    replayTo(target, &answer);
+    return answer.tell();
 }
 
 void CmCommandStack::moveTo(ConstIterator target) {
-    static_cast<void>(replayTo(target, false));
+    replayTo(target, nullptr);
 }
 
-CmCommandStack::Replay CmCommandStack::replayTo(ConstIterator target, bool isAnswered) {
+void CmCommandStack::replayTo(ConstIterator target, Replay* answer) {
     requireNoOpenStep();
     auto const goal = static_cast<int>(target - getBegin());
     source.require(goal < getStackHeight(), "target != _stack.end()");
     RCShdPtr<CmCommandStack> const self(getReferenceCount() > 0 ? this : nullptr);
     RCShdPtr<CmCommand> const destination = *target;
     auto const isThere = [&] { return goal < getStackHeight() && getBegin()[goal] == destination; };
-    Replay result;
     try {
-        while (_current > goal && isThere() && !result.error)
-            result = undoStep(_current - 1 == goal, isAnswered);
-        while (_current < goal && isThere() && !result.error)
-            result = redoStep(_current + 1 == goal, isAnswered);
+        bool isDone = true;
+        while (isDone && _current > goal && isThere())
+            isDone = undoStep(_current - 1 == goal, answer);
+        while (isDone && _current < goal && isThere())
+            isDone = redoStep(_current + 1 == goal, answer);
     } catch (...) { // from a listener, after some steps that are not delivered yet
         LgFirstError error("A listener of the command stack");
         error.capture([this] { deliverChanges(); });
         error.log();
         throw;
     }
-    return result;
 }
 
 // Commands of an open step could not be taken back, so that no position of the history leads to a known state.
 void CmCommandStack::cutByFailure(CmCommand& failed, std::exception_ptr const& error) noexcept {
     Span span(*this, 1, getStackHeight());
     cut(span, failed, error);
-    if (!span.isAlive()) return;
-    LgFirstError listeners("A listener of the command stack");
-    listeners.capture([this] { notify(true); });
-    listeners.log();
+    if (span.isAlive()) notifyQuietly();
 }
 
 void CmCommandStack::executeStatic(RCShdPtr<CmCommand> const& cmd) {

@@ -39,6 +39,8 @@ public:
     void notifyTransaction(bool hasBegun, LgFirstError& error);
     /// Takes the next action that waits for the end of the transaction; there must be one.
     std::function<void()> takeOutside();
+    /// Whether anything waits for the beginning or the end of a transaction.
+    bool followTransactions() const noexcept { return !transactions.isEmpty() || getNumOutside() > 0; }
     /// How many actions wait.
     std::size_t getNumOutside() const noexcept { return _outside.size(); }
 

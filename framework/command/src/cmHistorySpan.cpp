@@ -19,6 +19,26 @@ int movedBoundary(int boundary, int first, int end) noexcept {
     return boundary < end ? first : boundary - (end - first);
 }
 
+// The bottom element stays.
+template <class Elements, class Take>
+void removeOldest(Elements& elements, int count, Take take) noexcept {
+    for (; count > 0; --count) {
+        auto oldest = elements.begin();
+        ++oldest;
+        oldest->swap(elements.front());
+        take(elements.front());
+        elements.pop_front();
+    }
+}
+
+template <class Elements, class Take>
+void removeLater(Elements& elements, int first, int count, Take take) noexcept {
+    auto const begin = elements.begin() + first;
+    auto const end = begin + count;
+    std::for_each(begin, end, take);
+    elements.erase(begin, end);
+}
+
 } // namespace
 
 /// The elements that were removed together.
@@ -32,7 +52,7 @@ public:
         }
     }
     int getCapacity() const noexcept { return static_cast<int>(_others.capacity()) + 1; }
-    void add(RCShdPtr<CmCommand>&& command) noexcept {
+    void add(RCShdPtr<CmCommand>& command) noexcept {
         if (!_first)
             _first = std::move(command);
         else
@@ -53,10 +73,17 @@ int CmCommandStack::Span::moved(int position) const noexcept {
 }
 
 void CmCommandStack::Span::drop() noexcept {
+    if (getLength() == 1) [[likely]]
+        return dropOnly();
     while (_stack && _first < _end) {
         Removed removed(getLength());
         remove(removed);
     }
+}
+
+void CmCommandStack::Span::dropOnly() noexcept {
+    RCShdPtr<CmCommand> removed;
+    if (_stack) remove(1, [&removed](RCShdPtr<CmCommand>& command) { removed.swap(command); });
 }
 
 void CmCommandStack::Span::drop(Span& one, Span& other) noexcept {
@@ -76,18 +103,23 @@ void CmCommandStack::Span::dropFailed() noexcept {
 }
 
 void CmCommandStack::Span::remove(Removed& removed) noexcept {
-    int const count = std::min(getLength(), removed.getCapacity());
+    remove(std::min(getLength(), removed.getCapacity()),
+        [&removed](RCShdPtr<CmCommand>& command) { removed.add(command); });
+}
+
+// Takes out the first `count` elements.
+template <class Take>
+void CmCommandStack::Span::remove(int count, Take take) noexcept {
+    CmCommandStack& stack = *_stack;
     int const first = _first;
     int const end = _first + count;
-    CmCommandStack& stack = *_stack;
     for (Span* span = stack._innermostSpan; span; span = span->_outer)
         span->follow(first, end);
-    // The bottom element takes the place of the last one that is removed after it; the front of the queue goes cheaply.
-    if (first == 1) stack._stack[0].swap(stack._stack[static_cast<std::size_t>(count)]);
-    auto const begin = stack._stack.begin() + (first == 1 ? 0 : first);
-    for (int index = 0; index < count; ++index)
-        removed.add(std::move(begin[index]));
-    stack._stack.erase(begin, begin + count);
+    if (first == 1)
+        removeOldest(stack._stack, count, take);
+    else
+        removeLater(stack._stack, first, count, take);
+    stack.forgetLastFound();
     if (stack._keeper) stack._keeper->removeSizes(first, count);
     stack._current = movedBoundary(stack._current + 1, first, end) - 1;
 }

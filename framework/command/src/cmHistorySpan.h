@@ -75,7 +75,10 @@ private:
     class Removed;
 
     [[noreturn]] static void refuseChange();
+    void dropOnly() noexcept;
     void remove(Removed& removed) noexcept;
+    template <class Take>
+    void remove(int count, Take take) noexcept;
     void follow(int first, int end) noexcept;
     void keepRunning() noexcept;
 

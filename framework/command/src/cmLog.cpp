@@ -10,4 +10,8 @@ LiString CmLog::describe(CmCommand const& command) {
     }
 }
 
+void CmLog::writeStep(int level, char const* verb, CmCommand const& command, char const* outcome) noexcept {
+    writeLine(level, [&] { return verb + describe(command) + outcome; });
+}
+
 } // namespace Ko

@@ -20,7 +20,7 @@ public:
     /// Writes `verb`, the command's description and `outcome`.
     static void write(int level, char const* verb, CmCommand const& command, char const* outcome = "") noexcept {
         if (group.isEnabled(level)) [[unlikely]]
-            writeLine(level, [&] { return verb + describe(command) + outcome; });
+            writeStep(level, verb, command, outcome);
     }
     /// Writes what `makeText()` returns.
     template <class MakeText>
@@ -33,6 +33,9 @@ public:
     }
     /// The command's description; a substitute if that throws.
     static LiString describe(CmCommand const& command);
+
+private:
+    static void writeStep(int level, char const* verb, CmCommand const& command, char const* outcome) noexcept;
 };
 
 } // namespace Ko

@@ -121,7 +121,8 @@ void UndoGuardStack::close(bool quiet, GuardState const& outside, LgFirstError& 
     // Also closes guards that hooks and listeners left open.
     _state = outside;
     updateWork();
-    if (!outside.isActive()) endTransaction(error);
+    if (!outside.isActive() && _hooks.followTransactions()) [[unlikely]]
+        endTransaction(error);
 }
 
 CmReplay UndoGuardStack::rollBack(Mark const& mark) {

@@ -24,7 +24,9 @@ constexpr double forever = 1e6;
 /// A launched child with all output that was read.
 class Child : public OsChildProcess {
 public:
-    Child(std::string const& commandLine, Vector<LiString> const& environment = OsEnv::getEntries()) {
+    Child(std::string const& commandLine, Vector<LiString> const& environment = OsEnv::getEntries(),
+        std::string const& folder = "") {
+        setWorkingFolder(folder);
         EXPECT_EQ(Launch::Started, launch(commandLine, environment)) << getLaunchError();
     }
 
@@ -42,6 +44,17 @@ public:
         }
         readAll();
         return exitCode;
+    }
+
+    // Writes up to the end, or until the child refuses it. Returns how many bytes were written.
+    std::size_t feed(std::string_view bytes) {
+        std::size_t written = 0;
+        for (auto count = writeInput(bytes); count && written < bytes.size();
+             count = writeInput(bytes.substr(written))) {
+            written += *count;
+            if (*count == 0) nap(forever);
+        }
+        return written;
     }
 
     std::string output;
@@ -218,6 +231,22 @@ TEST(OsChildProcess, InheritsOnlyTheDirectory) {
     });
 }
 
+TEST(OsChildProcess, RunsInItsWorkingFolder) {
+    inChildProcess([] {
+        TemporaryFolder const folder;
+        std::filesystem::create_directories(folder / "a/b");
+        std::filesystem::create_symlink(KO_TEST_CHILD, folder / "a/played");
+        std::filesystem::current_path(folder / "a");
+        for (auto const& [workingFolder, commandLine, expected] :
+            std::vector<std::array<std::string, 3>>{{"", "./played folder", "a"}, {"b", "../played folder", "a/b"},
+                {folder / "a", "played folder", "a"}, {"..", "a/played folder", "."}}) {
+            Child child(commandLine, {"PATH=."}, workingFolder);
+            child.readToEnd();
+            EXPECT_EQ(std::filesystem::canonical(folder / expected), child.output);
+        }
+    });
+}
+
 TEST(OsChildProcess, IsSearchedForInThePathOfItsEnvironment) {
     TemporaryFolder const folder;
     std::filesystem::create_symlink(KO_TEST_CHILD, folder / "played");
@@ -238,17 +267,25 @@ TEST(OsChildProcess, SaysWhyALaunchFailed) {
         std::string commandLine;
         std::string error;
         Vector<LiString> environment = {};
+        std::string folder = {};
     };
     auto const descriptors = count("/proc/self/fd");
-    for (Row const& row : {Row{"no-such-program x", "No such file or directory"},
-             Row{"''", "No such file or directory"}, Row{text, "Permission denied"}, Row{"  ", malformed},
-             Row{"'a", malformed}, Row{KO_TEST_CHILD + zero, "The command line contains a zero byte"},
-             Row{childCommand(""), "The environment variable \"A\" contains a zero byte", {"B=1", "A=1" + zero}},
-             Row{childCommand(""), "The environment variable \"A\" contains a zero byte", {"A" + zero + "=1"}}}) {
+    for (Row const& row :
+        {Row{"no-such-program x", "No such file or directory"}, Row{"''", "No such file or directory"},
+            Row{text, "Permission denied"}, Row{"  ", malformed}, Row{"'a", malformed},
+            Row{KO_TEST_CHILD + zero, "The command line contains a zero byte"},
+            Row{childCommand(""), "The environment variable \"A\" contains a zero byte", {"B=1", "A=1" + zero}},
+            Row{childCommand(""), "The environment variable \"A\" contains a zero byte", {"A" + zero + "=1"}},
+            Row{childCommand(""), "The working folder contains a zero byte", {}, zero},
+            Row{childCommand(""), "The working folder \"/no\" cannot be entered: No such file or directory", {}, "/no"},
+            Row{childCommand(""), "The working folder \"" + text + "\" cannot be entered: Not a directory", {},
+                text}}) {
         SCOPED_TRACE(row.commandLine);
         OsChildProcess child;
+        child.setWorkingFolder(row.folder);
         EXPECT_EQ(Launch::Failed, child.launch(row.commandLine, row.environment));
         EXPECT_EQ(row.error, child.getLaunchError());
+        child.setWorkingFolder("");
         EXPECT_EQ(Launch::Started, child.launch(childCommand(""), {})) << "the next launch works";
     }
     EXPECT_EQ(descriptors, count("/proc/self/fd"));
@@ -270,6 +307,83 @@ TEST(OsChildProcess, NeedsAFolderForItsOutput) {
     });
 }
 
+TEST(OsChildProcess, ReadsWhatIsWrittenToIt) {
+    std::string bytes(3000000, '\0');
+    for (std::size_t index = 0; index < bytes.size(); ++index)
+        bytes[index] = static_cast<char>(index * index / 7);
+    Child copies(childCommand("copyInput"));
+    EXPECT_EQ(bytes.size(), copies.feed(bytes));
+    copies.closeInput();
+    EXPECT_EQ(0, copies.readToEnd());
+    EXPECT_TRUE(copies.output == bytes);
+    EXPECT_EQ(std::nullopt, copies.writeInput("x"));
+
+    NamedPipe pipe;
+    Child slow(childCommand(pipe.await() + "readInput"));
+    std::size_t taken = 0;
+    while (std::size_t const count = slow.writeInput(bytes).value_or(0))
+        taken += count;
+    EXPECT_LT(taken, bytes.size()) << "a full pipe is not waited for";
+    slow.nap(0.1);
+    EXPECT_EQ(0u, slow.writeInput("x"));
+    pipe.release();
+    EXPECT_EQ(bytes.size(), slow.feed(bytes));
+    EXPECT_TRUE(slow.forget()) << "which ends the input";
+}
+
+TEST(OsChildProcess, MayCloseItsInputWithoutASignalHere) {
+    inChildProcess([] {
+        NamedPipe pipe;
+        std::string const much(200000, 'x');
+        Child child(childCommand(pipe.await() + "closeInput" + pipe.await()));
+        std::jthread const lets([&] { pipe.release(); });
+        EXPECT_LT(child.feed(much), much.size()) << "a wait for the pipe ends";
+        EXPECT_EQ(std::nullopt, child.writeInput("x"));
+        pipe.release();
+        sigset_t pipeSignal, now;
+        sigemptyset(&pipeSignal);
+        sigaddset(&pipeSignal, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &pipeSignal, nullptr);
+        std::raise(SIGPIPE);
+        Child other(childCommand(""));
+        other.readToEnd();
+        EXPECT_EQ(std::nullopt, other.writeInput("x"));
+        ::sigpending(&now);
+        EXPECT_TRUE(sigismember(&now, SIGPIPE)) << "one of the host's own stays";
+    });
+}
+
+TEST(OsChildProcess, TellsWhatItHasUsed) {
+    constexpr std::uint64_t much = 600'000'000;
+    Child child(childCommand("burn 60 allocate " + std::to_string(much)));
+    EXPECT_EQ(std::nullopt, child.getResourceUse());
+    child.readToEnd();
+    EXPECT_TRUE(child.forget());
+    auto const use = child.getResourceUse();
+    ASSERT_TRUE(use && use->peakMemory);
+    EXPECT_GE((use->userTime + use->systemTime).count(), 60000);
+    EXPECT_GE(*use->peakMemory, much);
+
+    // The system's figure for a smaller child is that of this process.
+    std::vector<char> const held(much, 'x');
+    NamedPipe tells;
+    for (bool const isNoted : {false, true}) {
+        Child small(childCommand(tells.tell() + "readInput"));
+        tells.hear();
+        if (isNoted) small.noteMemory();
+        EXPECT_TRUE(small.forget());
+        ASSERT_TRUE(small.getResourceUse());
+        auto const peak = small.getResourceUse()->peakMemory;
+        EXPECT_EQ(isNoted, peak.has_value());
+        EXPECT_LT(peak.value_or(0), much / 10);
+        EXPECT_EQ(0u, peak.value_or(0) % 1024);
+    }
+    Child detached(childCommand("readInput"));
+    detached.detach();
+    EXPECT_TRUE(detached.forget());
+    EXPECT_EQ(std::nullopt, detached.getResourceUse());
+}
+
 TEST(OsChildProcess, EndsANapByAnErrorItsEndOrItsDetachment) {
     NamedPipe writes, ends;
     Child child(childCommand(writes.await() + "err x closeErr" + ends.await()));
@@ -284,6 +398,8 @@ TEST(OsChildProcess, EndsANapByAnErrorItsEndOrItsDetachment) {
     EXPECT_TRUE(child.getExitCode(exitCode));
     EXPECT_EQ(0, exitCode);
     Child other(childCommand("readInput"));
+    other.wake();
+    other.nap(forever);
     other.detach();
     other.nap(forever);
 }

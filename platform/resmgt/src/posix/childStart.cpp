@@ -61,7 +61,7 @@ struct Preparation {
     explicit Preparation(ChildStart const& childStart)
         : start(childStart), pathTexts(findPaths(start.words.front(), searchPathOf(start.environment))),
           paths(pointersTo(pathTexts)), arguments(pointersTo(start.words)), environment(pointersTo(start.environment)),
-          mostDescriptors(::sysconf(_SC_OPEN_MAX)) {}
+          mostDescriptors(::sysconf(_SC_OPEN_MAX)), folder(start.folder.empty() ? nullptr : start.folder.c_str()) {}
 
     ChildStart const& start;
     Vector<LiString> const pathTexts;
@@ -69,7 +69,8 @@ struct Preparation {
     Vector<char*> const arguments;
     Vector<char*> const environment;
     long const mostDescriptors;
-    int error = 0;
+    char const* const folder;
+    StartProblem problem;
 };
 
 // The functions below run in the child, which shares this process's memory and has a stack of its own; the launching thread
@@ -108,6 +109,10 @@ struct Preparation {
     return error;
 }
 
+[[gnu::no_sanitize_address, gnu::no_sanitize_thread]] bool enterFolder(Preparation const& preparation) {
+    return !preparation.folder || syscall(SYS_chdir, preparation.folder) == 0;
+}
+
 [[gnu::no_sanitize_address, gnu::no_sanitize_thread]] int becomeProgram(void* argument) {
     auto& preparation = *static_cast<Preparation*>(argument);
     ::setpgid(0, 0);
@@ -116,7 +121,10 @@ struct Preparation {
     setStandardStreams(preparation.start);
     closeOtherDescriptors(preparation.mostDescriptors);
     resetSignals();
-    preparation.error = executeFirst(preparation);
+    if (enterFolder(preparation))
+        preparation.problem.error = executeFirst(preparation);
+    else
+        preparation.problem = {errno, true};
     ::_exit(1);
 }
 
@@ -147,17 +155,17 @@ pid_t cloneInto(Preparation& preparation, int& process) {
 
 } // namespace
 
-int startChild(ChildStart const& start, StartedChild& child) {
+StartProblem startChild(ChildStart const& start, StartedChild& child) {
     Preparation preparation(start);
     int process = -1;
     pid_t const number = cloneInto(preparation, process);
-    if (number < 0) return errno;
+    if (number < 0) return {errno};
     child = {number, Descriptor(process)};
-    if (preparation.error == 0) return 0;
+    if (preparation.problem.error == 0) return {};
     siginfo_t ignored;
     ::waitid(P_PIDFD, static_cast<id_t>(process), &ignored, WEXITED);
     child = {};
-    return preparation.error;
+    return preparation.problem;
 }
 
 } // namespace Ko

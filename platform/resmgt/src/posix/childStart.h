@@ -16,6 +16,15 @@ struct ChildStart {
     Descriptor const& error;
     /// One that is not open lets the child outlive this process.
     Lifeline const& lifeline;
+    /// Empty for the current one.
+    LiString const& folder;
+};
+
+/// Why a child was not started.
+struct StartProblem {
+    /// An error number; 0 when it was started.
+    int error = 0;
+    bool isOfFolder = false;
 };
 
 /// A child that was started and not reaped yet.
@@ -26,7 +35,7 @@ struct StartedChild {
 };
 
 /// Starts the program `words[0]` as the leader of a process group of its own.
-/// @returns 0, or the error number of the failure; there is no child then.
-[[nodiscard]] int startChild(ChildStart const& start, StartedChild& child);
+/// @returns the problem; there is no child then.
+[[nodiscard]] StartProblem startChild(ChildStart const& start, StartedChild& child);
 
 } // namespace Ko

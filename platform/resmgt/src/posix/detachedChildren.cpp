@@ -131,7 +131,7 @@ void DetachedChildren::drain(Descriptor const& error) {
     Descriptor const nowhere = Descriptor::aboveStandard(::open("/dev/null", O_WRONLY | O_CLOEXEC));
     Lifeline const none;
     StartedChild reader;
-    if (startChild({{"cat"}, searchPath(), input, nowhere, nowhere, none}, reader) == 0)
+    if (startChild({{"cat"}, searchPath(), input, nowhere, nowhere, none, {}}, reader).error == 0)
         adopt(std::move(reader.process));
 }
 

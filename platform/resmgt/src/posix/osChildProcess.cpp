@@ -2,6 +2,8 @@
 
 #include "base/assertions.h"
 #include "base/lkLock.h"
+#include "resmgt/src/posix/childInput.h"
+#include "resmgt/src/posix/childMemory.h"
 #include "resmgt/src/posix/childOutput.h"
 #include "resmgt/src/posix/childStart.h"
 #include "resmgt/src/posix/commandLine.h"
@@ -19,6 +21,7 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/ioctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -35,6 +38,10 @@ std::size_t countOf(ssize_t result) {
     return result > 0 ? static_cast<std::size_t>(result) : 0;
 }
 
+std::chrono::microseconds toMicroseconds(timeval const& time) {
+    return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
+}
+
 timespec toTime(double seconds) {
     auto const whole = static_cast<time_t>(seconds);
     return {whole, static_cast<long>((seconds - static_cast<double>(whole)) * 1e9)};
@@ -48,7 +55,7 @@ public:
     Launch fail(Launch step, LiString const& reason);
     int getExitCodeOf(siginfo_t const& end) const;
     bool signalGroup(int signal) const { return _isAttached && ::kill(-_child.number, signal) == 0; }
-    bool reap() const;
+    bool reap();
     void release();
 
     // For all members up to the descriptors, which belong to the watching thread.
@@ -57,20 +64,24 @@ public:
     bool _isAttached = false;
     bool _isAskedToEnd = false;
     std::optional<int> _terminationCode;
+    std::optional<OsResourceUse> _use;
     Lifeline _lifeline;
 
     StartedChild _child;
-    Descriptor _input;
+    ChildInput _input;
     ChildOutput _output;
     Descriptor _error;
     Descriptor _wake;
     bool _errorIsOpen = false;
     std::array<char, 1024> _errorBuffer;
+    ChildMemory _memory;
+    LiString _folder;
     LiString _launchError;
 
 private:
     Launch prepare(Pipe& input, Pipe& error);
-    static LiString findZeroByte(LiString const& commandLine, Vector<LiString> const& environment);
+    LiString findZeroByte(LiString const& commandLine, Vector<LiString> const& environment) const;
+    LiString describe(StartProblem problem) const;
 };
 
 OsChildProcess::Launch OsChildProcess::Imp::launch(LiString const& commandLine, Vector<LiString> const& environment) {
@@ -81,21 +92,29 @@ OsChildProcess::Launch OsChildProcess::Imp::launch(LiString const& commandLine, 
 
     Pipe input, error;
     if (Launch const result = prepare(input, error); result != Launch::Started) return result;
-    int const problem =
-        startChild({words, environment, input.readEnd, _output.getFile(), error.writeEnd, _lifeline}, _child);
-    if (problem != 0) return fail(Launch::Failed, std::strerror(problem));
+    StartProblem const problem =
+        startChild({words, environment, input.readEnd, _output.getFile(), error.writeEnd, _lifeline, _folder}, _child);
+    if (problem.error != 0) return fail(Launch::Failed, describe(problem));
 
-    _input = std::move(input.writeEnd);
+    _memory.begin();
+    _use.reset();
+    _input = ChildInput(std::move(input.writeEnd));
     _error = std::move(error.readEnd);
     _errorIsOpen = true;
     _isAttached = true;
     return Launch::Started;
 }
 
+LiString OsChildProcess::Imp::describe(StartProblem problem) const {
+    LiString const reason = std::strerror(problem.error);
+    return problem.isOfFolder ? "The working folder \"" + _folder + "\" cannot be entered: " + reason : reason;
+}
+
 // A child would see only the bytes before it. Returns a name for the text that contains it; none when there is none.
-LiString OsChildProcess::Imp::findZeroByte(LiString const& commandLine, Vector<LiString> const& environment) {
+LiString OsChildProcess::Imp::findZeroByte(LiString const& commandLine, Vector<LiString> const& environment) const {
     auto const hasZeroByte = [](LiString const& text) { return text.find('\0') != LiString::npos; };
     if (hasZeroByte(commandLine)) return "The command line";
+    if (hasZeroByte(_folder)) return "The working folder";
     auto const entry = std::ranges::find_if(environment, hasZeroByte);
     if (entry == environment.end()) return {};
     return "The environment variable \"" + LiString(entry->c_str()).substr(0, entry->find('=')) + "\"";
@@ -131,10 +150,14 @@ int OsChildProcess::Imp::getExitCodeOf(siginfo_t const& end) const {
     return firstSignalCode + end.si_status;
 }
 
-bool OsChildProcess::Imp::reap() const {
-    auto const process = static_cast<id_t>(_child.process.get());
+// By the system call itself, which also tells what the child has used.
+bool OsChildProcess::Imp::reap() {
     siginfo_t ignored;
-    return untilDone([&] { return ::waitid(P_PIDFD, process, &ignored, WEXITED); }) == 0;
+    rusage use{};
+    bool const isKnown =
+        untilDone([&] { return ::syscall(SYS_waitid, P_PIDFD, _child.process.get(), &ignored, WEXITED, &use); }) == 0;
+    if (isKnown) _use = {toMicroseconds(use.ru_utime), toMicroseconds(use.ru_stime), _memory.finish(use)};
+    return isKnown;
 }
 
 void OsChildProcess::Imp::release() {
@@ -144,7 +167,8 @@ void OsChildProcess::Imp::release() {
     _lifeline.cut();
     _child = {};
     _output = {};
-    for (Descriptor* const descriptor : {&_input, &_error, &_wake})
+    _input.close();
+    for (Descriptor* const descriptor : {&_error, &_wake})
         descriptor->reset();
 }
 
@@ -153,6 +177,10 @@ OsChildProcess::OsChildProcess() : _imp(std::make_unique<Imp>()) {}
 OsChildProcess::~OsChildProcess() {
     terminate(0);
     forget();
+}
+
+void OsChildProcess::setWorkingFolder(LiString const& folder) {
+    _imp->_folder = folder;
 }
 
 OsChildProcess::Launch OsChildProcess::launch(LiString const& commandLine, Vector<LiString> const& environment) {
@@ -186,6 +214,14 @@ std::string_view OsChildProcess::readError(std::size_t size) {
     return {buffer.data(), countOf(untilDone([&] { return ::read(_imp->_error.get(), buffer.data(), size); }))};
 }
 
+std::optional<std::size_t> OsChildProcess::writeInput(std::string_view bytes) {
+    return _imp->_input.write(bytes);
+}
+
+void OsChildProcess::closeInput() {
+    _imp->_input.close();
+}
+
 bool OsChildProcess::getExitCode(int& exitCode) const {
     auto const process = static_cast<id_t>(_imp->_child.process.get());
     siginfo_t end{};
@@ -198,13 +234,23 @@ bool OsChildProcess::getExitCode(int& exitCode) const {
 
 void OsChildProcess::nap(double seconds) {
     pollfd watched[] = {{_imp->_child.process.get(), POLLIN, 0},
-        {_imp->_errorIsOpen ? _imp->_error.get() : -1, POLLIN, 0}, {_imp->_wake.get(), POLLIN, 0}};
+        {_imp->_errorIsOpen ? _imp->_error.get() : -1, POLLIN, 0}, {_imp->_wake.get(), POLLIN, 0},
+        {_imp->_input.getFull(), POLLOUT, 0}};
     timespec const time = toTime(seconds);
     if (::ppoll(watched, std::size(watched), &time, nullptr) <= 0) return;
     // A pipe whose write ends are all closed is always ready: polling it again would end every nap.
     if ((watched[1].revents & (POLLIN | POLLHUP)) == POLLHUP) _imp->_errorIsOpen = false;
     eventfd_t ignored;
     if (watched[2].revents) ::eventfd_read(_imp->_wake.get(), &ignored);
+}
+
+void OsChildProcess::wake() {
+    std::lock_guard const guard(_imp->_lock);
+    if (_imp->_isAttached) ::eventfd_write(_imp->_wake.get(), 1);
+}
+
+void OsChildProcess::noteMemory() {
+    if (isAttached()) _imp->_memory.note(_imp->_child.number);
 }
 
 bool OsChildProcess::isAttached() const {
@@ -252,10 +298,16 @@ bool OsChildProcess::forget() {
     return isKnown;
 }
 
+std::optional<OsResourceUse> OsChildProcess::getResourceUse() const {
+    std::lock_guard const guard(_imp->_lock);
+    return _imp->_use;
+}
+
 // Without the lock, so that other threads can still ask the child to end.
 void OsChildProcess::waitForEnd() {
     constexpr double longTime = 3600.0;
     _imp->_errorIsOpen = false;
+    _imp->_input.close();
     for (int exitCode = 0; isAttached() && getExitCode(exitCode) && exitCode == stillActive;)
         nap(longTime);
 }

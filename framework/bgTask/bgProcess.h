@@ -2,9 +2,14 @@
 
 #include "base/oPtr.h"
 #include "framework/bgTask/bgJobProtocol.h"
+#include "resmgt/osResourceUse.h"
 
+#include <chrono>
+#include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace Ko {
 
@@ -18,8 +23,9 @@ namespace Ko {
 ///     };
 ///
 /// The command line is split into words as by a shell, but nothing is expanded; for more, run `sh -c '...'`. The program
-/// gets the environment that this process had when the job was created, and an empty standard input. It leads a process
-/// group of its own, runs at the lowest priority, and is killed when this process ends.
+/// gets the environment that this process had when the job was created, and a standard input that stays open and empty until
+/// bytes are written to it. It leads a process group of its own, runs at the lowest priority, and is killed when this process
+/// ends.
 ///
 /// A program starts at once when no other one runs. Otherwise it waits until enough memory is free, and until the
 /// previous program has ended or has run for some time. Four environment variables set these limits:
@@ -40,9 +46,9 @@ public:
     /// @throws BgEx::ExBgTaskFailed when the program cannot be started (the log says why). Passes on what a hook throws; the
     ///   program is killed in that case.
     void execute() override;
-    /// Asks the program and its process group to end, and kills them after 15 seconds. Waits until the program has ended;
-    /// in a hook of any process it does not wait. From the first stop on, the hooks get at most 1 MiB more of each stream;
-    /// the rest is dropped, with a line in the log. A further stop sends no second break. Any thread.
+    /// Asks the program and its process group to end, and kills them after the grace period. Waits until the program has
+    /// ended; in a hook of any process it does not wait. From the first stop on, at most 1 MiB more of each stream is read for
+    /// the hooks; the rest is dropped, with a line in the log. A further stop sends no second break. Any thread.
     void stop() override;
     /// Lets a running program go on alone: the job completes without waiting for it, and without `handleExit`. Any thread.
     void detach();
@@ -50,6 +56,36 @@ public:
     /// Sets or replaces a variable of the program's environment. Not while the job executes.
     /// @throws ExInternalError when the name is empty or contains "=", or when one of them contains a zero byte.
     void addEnvironmentVariable(std::string const& name, std::string const& value);
+    /// Sets the folder in which the program runs; empty, the default, for the current folder of this process at the launch.
+    /// A relative path of the program starts there. The launch fails where the folder cannot be entered. Not while the job
+    /// executes.
+    void setWorkingFolder(std::string const& folder);
+    /// How long a stopped program may go on before it is killed; default 15 seconds, 0 kills it at once. Holds for later
+    /// stops. Any thread.
+    void setStopGrace(std::chrono::milliseconds grace);
+    /// Makes the job call `processOutputStrings` and `processErrorStrings` instead of the hooks for single lines, for example
+    /// in its constructor. Not while the job executes.
+    /// @param interval the shortest time between two calls of the same hook; lines are gathered meanwhile. With 0 they are
+    ///   passed on as they are read.
+    void gatherLines(std::chrono::milliseconds interval);
+
+    /// How many bytes may wait for the program.
+    static constexpr std::size_t inputLimit = std::size_t{1} << 20;
+    /// Queues bytes for the program's standard input, also before its launch. Never waits. What the program has not read at
+    /// its end is dropped. Any thread.
+    /// @returns how many of the bytes were taken, the first ones: fewer when the queue is full, 0 when the input is closed.
+    [[nodiscard]] std::size_t write(std::string_view bytes);
+    /// Ends the program's standard input after the bytes that wait. Any thread.
+    void closeInput();
+    /// How many bytes wait for the program to read; what its pipe holds, usually up to 64 KiB, is not counted. Any thread.
+    [[nodiscard]] std::size_t countWaitingInput() const;
+    /// False after `closeInput()`, after the end of the program, and once it has refused bytes because it closed its input;
+    /// that is no failure of the job. Any thread.
+    [[nodiscard]] bool isInputOpen() const;
+
+    /// What the program has used; nothing before its end, and after `detach()`. To be read from `handleExit` on. Any thread.
+    [[nodiscard]] std::optional<OsResourceUse> getResourceUse() const;
+
     /// The command line as it was given.
     [[nodiscard]] std::string const& getExecutionStr() const noexcept { return _execStr; }
 
@@ -69,6 +105,18 @@ protected:
     /// @param exitCode 128 plus the signal's number when another signal ended the program; 0 when `stop()` killed it.
     /// @throws BgEx::ExBgTaskFailed for any other code.
     virtual void handleExit(int exitCode);
+    /// After `gatherLines`: called on the worker with the lines of standard output that have gathered, never with none. The
+    /// last call also gets the unfinished lines. The base class calls `processOutputString` with each line.
+    ///
+    /// A call comes before its interval is over at the end of the program, and when 65,536 lines or 4 MiB have gathered.
+    virtual void processOutputStrings(Vector<std::string> const& lines);
+    /// The same for the complete lines of standard error. The base class calls `processErrorString` with each.
+    virtual void processErrorStrings(Vector<std::string> const& lines);
+    /// Called on the worker when the program can take input: after its launch, and each time that it has taken bytes and
+    /// less than half of `inputLimit` waits. Writes the next bytes, or closes the input; the base class does nothing.
+    ///
+    /// So a large input needs no thread and little memory. Not called after a stop.
+    virtual void provideInput();
 
 private:
     class Imp;

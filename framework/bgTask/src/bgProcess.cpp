@@ -61,6 +61,38 @@ void BgProcess::addEnvironmentVariable(std::string const& name, std::string cons
     _environment[name] = value;
 }
 
+void BgProcess::setWorkingFolder(std::string const& folder) {
+    _imp->setWorkingFolder(folder);
+}
+
+void BgProcess::setStopGrace(std::chrono::milliseconds grace) {
+    _imp->setStopGrace(grace);
+}
+
+void BgProcess::gatherLines(std::chrono::milliseconds interval) {
+    _imp->gatherLines(interval);
+}
+
+std::size_t BgProcess::write(std::string_view bytes) {
+    return _imp->write(bytes);
+}
+
+void BgProcess::closeInput() {
+    _imp->closeInput();
+}
+
+std::size_t BgProcess::countWaitingInput() const {
+    return _imp->getInput().countWaiting();
+}
+
+bool BgProcess::isInputOpen() const {
+    return _imp->getInput().isOpen();
+}
+
+std::optional<OsResourceUse> BgProcess::getResourceUse() const {
+    return _imp->getResourceUse();
+}
+
 void BgProcess::performInitialize() {
     Imp::performInitialize();
 }
@@ -78,5 +110,17 @@ void BgProcess::handleExit(int exitCode) {
             "External process terminated with return value " + std::to_string(exitCode));
     reportProgress(1, 1);
 }
+
+void BgProcess::processOutputStrings(Vector<std::string> const& lines) {
+    for (std::string const& line : lines)
+        processOutputString(line);
+}
+
+void BgProcess::processErrorStrings(Vector<std::string> const& lines) {
+    for (std::string const& line : lines)
+        processErrorString(line);
+}
+
+void BgProcess::provideInput() {}
 
 } // namespace Ko

@@ -17,13 +17,20 @@ constexpr int launchFailed = 323;
 constexpr double shortestNap = 0.004;
 constexpr double longestNap = 0.5;
 constexpr double shortestWaitForMemory = 0.1;
-constexpr auto gracePeriod = 60 * std::chrono::milliseconds(250);
+constexpr std::chrono::milliseconds longestTime = std::chrono::hours(24 * 365);
+constexpr auto untilFirstNote = std::chrono::milliseconds(100);
+constexpr auto betweenNotes = std::chrono::milliseconds(500);
 constexpr double longestWaitForCertainEnd = 1.0;
 
 constinit EnvIntVar minMemory("KO_BGEXEC_MIN_MEM", 512, bgProcessSourceName);
 constinit EnvIntVar minMemoryPercent("KO_BGEXEC_MIN_MEM_PERCENT", 20, bgProcessSourceName);
 constinit EnvIntVar minSwapFree("KO_BGEXEC_MIN_SWAP_FREE", 512, bgProcessSourceName);
 constinit EnvIntVar waitTime("KO_BGEXEC_WAIT_TIME", 15, bgProcessSourceName);
+
+// Sums of times must not overflow.
+std::chrono::milliseconds bounded(std::chrono::milliseconds time) noexcept {
+    return std::clamp(time, std::chrono::milliseconds(0), longestTime);
+}
 
 std::uint64_t toBytes(int megabytes) {
     return static_cast<std::uint64_t>(megabytes) << 20;
@@ -82,6 +89,7 @@ private:
 };
 
 void BgProcess::Imp::execute() {
+    BgInputQueue::Use const input(_input);
     auto const mayGoOn = [this] { return _process.continueExecution(); };
     BgLaunchTurn::Holder turn(_shared->launchTurn, mayGoOn);
     double const interval = std::max<double>(waitTime.get(), shortestWaitForMemory);
@@ -110,6 +118,8 @@ void BgProcess::Imp::launch() {
         environment.push_back(name + "=" + value);
     _endsAt = notAsked;
     _reader.begin();
+    _wantsInput = true;
+    _notesMemoryAt = Clock::now() + untilFirstNote;
     switch (_child.launch(_process._execStr, environment)) {
     case OsChildProcess::Launch::Started:
         _noChild.reset();
@@ -129,11 +139,12 @@ void BgProcess::Imp::launch() {
 std::optional<int> BgProcess::Imp::watch() {
     // The system does not announce that a file has grown, so the loop polls it. Naps get longer while nothing is written.
     for (double seconds = shortestNap;; seconds = std::min(2 * seconds, longestNap)) {
-        terminateWhenOverdue();
+        keepTimes();
+        bool const hasPassed = passInput();
         bool const hasRead = _reader.readPieces();
         if (!_child.isAttached()) return {};
         if (int const exitCode = getExitCode(); exitCode != OsChildProcess::stillActive) return exitCode;
-        if (hasRead)
+        if (hasRead || hasPassed)
             seconds = shortestNap / 2;
         else if (!_reader.hasErrors())
             nap(seconds);
@@ -141,13 +152,29 @@ std::optional<int> BgProcess::Imp::watch() {
 }
 
 void BgProcess::Imp::nap(double seconds) {
-    std::chrono::duration<double> const untilOverdue = _endsAt.load() - Clock::now();
-    _child.nap(untilOverdue.count() > 0.0 ? std::min(seconds, untilOverdue.count()) : seconds);
+    auto const now = Clock::now();
+    auto const endsAt = _endsAt.load();
+    std::chrono::duration<double> const untilDue = std::min(endsAt > now ? endsAt : notAsked, _reader.getDue()) - now;
+    _child.nap(std::clamp(untilDue.count(), 0.0, seconds));
 }
 
-// For a stop that did not wait.
-void BgProcess::Imp::terminateWhenOverdue() {
-    if (Clock::now() >= _endsAt.load()) _child.terminate(0);
+// Terminates the child after a stop that did not wait, and reads its memory from time to time.
+void BgProcess::Imp::keepTimes() {
+    auto const now = Clock::now();
+    if (now >= _endsAt.load()) _child.terminate(0);
+    if (now < _notesMemoryAt) return;
+    _child.noteMemory();
+    _notesMemoryAt = now + betweenNotes;
+}
+
+// Asks the process for more when the program has taken some, so that a process without input costs nothing.
+bool BgProcess::Imp::passInput() {
+    bool const hasPassed = _input.passOn([this](std::string_view bytes) { return _child.writeInput(bytes); });
+    if ((hasPassed || std::exchange(_wantsInput, false)) && _input.isOpen() && _input.isHalfEmpty() &&
+        _endsAt.load() == notAsked)
+        _process.provideInput();
+    if (!_input.isOpen() && _input.countWaiting() == 0) _child.closeInput();
+    return hasPassed;
 }
 
 int BgProcess::Imp::getExitCode() const {
@@ -158,6 +185,7 @@ int BgProcess::Imp::getExitCode() const {
 }
 
 void BgProcess::Imp::forget() {
+    _input.drop();
     bool const wasKnown = _child.forget();
     _noChild.set();
     bgProcessSource.require(wasKnown, "CloseHandle( _imp->_procInfo.hProcess ) != 0");
@@ -180,9 +208,28 @@ std::optional<BgProcess::Imp::Clock::time_point> BgProcess::Imp::askToEnd() {
     if (_endsAt.load() == notAsked) {
         _reader.limit();
         bool const isAsked = _child.sendBreak();
-        _endsAt = isAsked ? Clock::now() + gracePeriod : Clock::now();
+        _endsAt = isAsked ? Clock::now() + _grace.load() : Clock::now();
     }
     return _endsAt.load();
+}
+
+void BgProcess::Imp::gatherLines(std::chrono::milliseconds interval) noexcept {
+    _reader.gatherLines(bounded(interval));
+}
+
+void BgProcess::Imp::setStopGrace(std::chrono::milliseconds grace) noexcept {
+    _grace = bounded(grace);
+}
+
+std::size_t BgProcess::Imp::write(std::string_view bytes) {
+    BgInputQueue::Added const added = _input.add(bytes);
+    if (added.needsWaking) _child.wake();
+    return added.count;
+}
+
+void BgProcess::Imp::closeInput() {
+    _input.close();
+    _child.wake();
 }
 
 void BgProcess::Imp::detach() {

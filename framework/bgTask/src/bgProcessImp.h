@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/lkLock.h"
+#include "framework/bgTask/src/bgInputQueue.h"
 #include "framework/bgTask/src/bgLaunchTurn.h"
 #include "framework/bgTask/src/bgMemoryGate.h"
 #include "framework/bgTask/src/bgProcessReader.h"
@@ -20,6 +21,14 @@ public:
     void execute();
     void stop();
     void detach();
+
+    void setWorkingFolder(std::string const& folder) { _child.setWorkingFolder(folder); }
+    void gatherLines(std::chrono::milliseconds interval) noexcept;
+    void setStopGrace(std::chrono::milliseconds grace) noexcept;
+    std::size_t write(std::string_view bytes);
+    void closeInput();
+    BgInputQueue const& getInput() const noexcept { return _input; }
+    std::optional<OsResourceUse> getResourceUse() const { return _child.getResourceUse(); }
 
     static void performInitialize();
     static void performFinalize();
@@ -41,11 +50,13 @@ private:
     void launch();
     std::optional<int> watch();
     void nap(double seconds);
-    void terminateWhenOverdue();
+    void keepTimes();
+    bool passInput();
     std::optional<Clock::time_point> askToEnd();
     int getExitCode() const;
     void forget();
 
+    static constexpr std::chrono::milliseconds usualGrace{15000};
     static constexpr Clock::time_point notAsked = Clock::time_point::max();
     static std::shared_ptr<Shared> _currentShared;
 
@@ -56,6 +67,11 @@ private:
     LkEvent _noChild{"No external process", true};
     // When a child that was asked to end is terminated. Written under the startup lock.
     std::atomic<Clock::time_point> _endsAt{notAsked};
+    std::atomic<std::chrono::milliseconds> _grace{usualGrace};
+    BgInputQueue _input{inputLimit};
+    // Whether to ask the process for input. For the watching thread, like the next one.
+    bool _wantsInput = true;
+    Clock::time_point _notesMemoryAt;
     Reader _reader{_process, _child};
 };
 

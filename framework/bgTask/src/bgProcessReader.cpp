@@ -20,6 +20,7 @@ constexpr auto longestRestAfterStop = std::chrono::seconds(1);
 
 void BgProcess::Reader::begin() {
     _isLimited = false;
+    _nextPass = Clock::now();
     _output = {};
     _errors = {};
 }
@@ -31,6 +32,28 @@ bool BgProcess::Reader::readPieces() {
         ++pieces;
     auto const errors = std::min(countErrors(readingErrorsFailed), piecesPerTurn * pieceSize);
     return readAll(errors, &Reader::readErrors, Clock::time_point::max()) > 0 || pieces > 0;
+}
+
+BgProcess::Reader::Clock::time_point BgProcess::Reader::getDue() const noexcept {
+    return _output.batch.isEmpty() && _errors.batch.isEmpty() ? Clock::time_point::max() : _nextPass;
+}
+
+// Looks at the time and the bounds once a piece. Not inlined: that would slow down the loop over single lines.
+[[gnu::noinline]] void BgProcess::Reader::gather(Stream& stream, std::string_view piece) {
+    stream.lines.add(piece, [&stream](std::string const& line) { stream.batch.add(line); });
+    bool const isFull = _output.batch.isFull() || _errors.batch.isFull();
+    if (!isFull && Clock::now() < _nextPass) return;
+    passErrors();
+    passOutput();
+    _nextPass = Clock::now() + *_interval;
+}
+
+void BgProcess::Reader::passOutput() {
+    _output.batch.pass([this](Vector<std::string> const& lines) { _process.processOutputStrings(lines); });
+}
+
+void BgProcess::Reader::passErrors() {
+    _errors.batch.pass([this](Vector<std::string> const& lines) { _process.processErrorStrings(lines); });
 }
 
 bool BgProcess::Reader::hasErrors() const {
@@ -48,10 +71,20 @@ void BgProcess::Reader::readRest() {
         _errors.dropped += unreadErrors;
         logDropped();
     }
-    // A line that was cut by the limit is dropped with the rest.
-    for (Stream const* const stream : {&_output, &_errors})
-        if (stream->dropped == 0 && !stream->lines.getUnfinished().empty())
+    passRest();
+}
+
+// A line that was cut by the limit is dropped with the rest.
+void BgProcess::Reader::passRest() {
+    passErrors();
+    for (Stream const* const stream : {&_output, &_errors}) {
+        if (!stream->hasUnfinished()) continue;
+        if (_interval)
+            _output.batch.add(stream->lines.getUnfinished());
+        else
             _process.processOutputString(stream->lines.getUnfinished());
+    }
+    passOutput();
 }
 
 // The deadline holds only for a limited reader. Returns how many bytes were read.
@@ -72,7 +105,10 @@ std::size_t BgProcess::Reader::readOutput(std::uint64_t size) {
     std::string_view const piece =
         _child.readOutput(static_cast<std::size_t>(std::min({size, allowed, std::uint64_t{pieceSize}})));
     if (isLimited()) _output.allowed -= piece.size();
-    _output.lines.add(piece, [this](std::string const& line) { _process.processOutputString(line); });
+    if (_interval)
+        gather(_output, piece);
+    else
+        _output.lines.add(piece, [this](std::string const& line) { _process.processOutputString(line); });
     return piece.size();
 }
 
@@ -85,7 +121,10 @@ std::size_t BgProcess::Reader::readErrors(std::uint64_t size) {
         _errors.allowed -= passed.size();
         _errors.dropped += piece.size() - passed.size();
     }
-    _errors.lines.add(passed, [this](std::string const& line) { _process.processErrorString(line); });
+    if (_interval)
+        gather(_errors, passed);
+    else
+        _errors.lines.add(passed, [this](std::string const& line) { _process.processErrorString(line); });
     return piece.size();
 }
 

@@ -66,6 +66,23 @@ TEST_F(BgProcessTest, AreAllAskedBeforeTheManagerWaitsForOne) {
     EXPECT_THAT(records, ElementsAre("out:done", "exit:0"));
 }
 
+TEST_F(BgProcessTest, IsKilledAfterTheGraceThatWasSet) {
+    using std::chrono::milliseconds;
+    for (milliseconds const grace : {milliseconds::min(), milliseconds(0), milliseconds(100)}) {
+        NamedPipe tells;
+        ProgramRun run("ignoreBreak" + tells.tell() + "pause");
+        tells.hear();
+        run.program->setStopGrace(grace);
+        run.job->stop();
+        EXPECT_EQ("Stopped", run.await());
+    }
+    Stubborn stubborn;
+    stubborn.run.program->setStopGrace(milliseconds::max());
+    std::jthread const stopper([&] { stubborn.run.job->stop(); });
+    stubborn.awaitStopping();
+    stubborn.end();
+}
+
 TEST_F(BgProcessTest, KillsAGroupThatIgnoresTheBreak) {
     NamedPipe leaderTells, memberTells;
     ProgramRun run("ignoreBreak tell " + leaderTells.path() + " member tell " + memberTells.path() + " pause");
@@ -90,6 +107,7 @@ TEST_F(BgProcessTest, PassesOnlyABoundedRestAfterAStop) {
         LogRecorder const log;
         ProgramRun run(steps, [&](Program& program, std::string const&) {
             if (program.records.size() > 1) return;
+            program.setStopGrace(std::chrono::milliseconds(500));
             pipe.hear();
             program.stop();
         });

@@ -15,7 +15,12 @@ namespace {
 using namespace Ko;
 using namespace KoTest;
 using testing::Contains;
+using testing::Each;
 using testing::ElementsAre;
+using testing::Le;
+using testing::Lt;
+using testing::SizeIs;
+using testing::UnorderedElementsAre;
 
 TEST_F(BgProcessTest, PassesLinesAndTheExitCodeToItsHooks) {
     std::string const failed = "Failed: A background job failed: External process terminated with return value ";
@@ -110,6 +115,62 @@ TEST_F(BgProcessTest, LosesAndMixesNothing) {
     EXPECT_EQ(2000001 + 4999999 + 4000000 + 100, program.bytes);
     EXPECT_EQ(std::string(100, 'x'), program.lastLine);
     EXPECT_EQ(1000600, program.errorBytes);
+}
+
+/// Records the sizes of its batches, and all lines.
+class Batches : public BgProcess {
+public:
+    explicit Batches(std::string const& steps) : BgProcess(childCommand(steps), "test") {}
+
+    std::vector<std::size_t> output, errors;
+    std::vector<std::string> lines;
+
+protected:
+    void processOutputStrings(Vector<std::string> const& batch) override { take(output, batch); }
+    void processErrorStrings(Vector<std::string> const& batch) override { take(errors, batch); }
+
+private:
+    void take(std::vector<std::size_t>& sizes, Vector<std::string> const& batch) {
+        sizes.push_back(batch.size());
+        lines.insert(lines.end(), batch.begin(), batch.end());
+    }
+};
+
+TEST_F(BgProcessTest, GathersLinesForAsLongAsItIsAsked) {
+    Batches batches("out 'a\r\n\nb' err 'x\ny'");
+    batches.gatherLines(std::chrono::milliseconds::max());
+    batches.start();
+    EXPECT_THAT(batches.lines, UnorderedElementsAre("a", "", "b", "x", "y"));
+    EXPECT_THAT(batches.output, SizeIs(Le(2u))) << "what is read at once, and the rest at the end";
+    EXPECT_THAT(batches.errors, SizeIs(1));
+
+    Batches many("floodErr 20000 2 flood 600000 2");
+    many.gatherLines(std::chrono::hours(1));
+    many.start();
+    EXPECT_THAT(many.lines, SizeIs(310000));
+    EXPECT_THAT(many.output, SizeIs(Le(300000 / 65536 + 2)));
+    EXPECT_THAT(many.errors, SizeIs(Le(many.output.size() + 1)));
+    EXPECT_THAT(many.output, Each(Lt(65536u + 1024))) << "a batch is bounded";
+
+    // With the hooks for single lines, and an interval that passes while the program runs.
+    NamedPipe ends;
+    Program program("out 'a\n' err 'b\n' out 'c\n'" + ends.await(), [&](Program&, std::string const& record) {
+        if (record == "out:c") ends.release();
+    });
+    program.gatherLines(std::chrono::milliseconds(20));
+    program.start();
+    EXPECT_THAT(program.records, UnorderedElementsAre("out:a", "err:b", "out:c", "exit:0"));
+}
+
+TEST_F(BgProcessTest, RunsInItsFolderAndTellsWhatItHasUsed) {
+    Program program("folder burn 60");
+    program.setWorkingFolder("/usr");
+    EXPECT_FALSE(program.getResourceUse());
+    program.start();
+    EXPECT_THAT(program.records, ElementsAre("out:/usr", "exit:0"));
+    auto const use = program.getResourceUse();
+    ASSERT_TRUE(use);
+    EXPECT_GE((use->userTime + use->systemTime).count(), 60000);
 }
 
 TEST_F(BgProcessTest, LeavesNothingBehind) {

@@ -7,7 +7,9 @@
 #include "resmgt/osChildProcess.h"
 
 #include <charconv>
+#include <chrono>
 #include <iostream>
+#include <string_view>
 
 using namespace Ko;
 
@@ -34,7 +36,11 @@ protected:
     void handleExit(int exitCode) override {
         if (exitCode != OsChildProcess::endedByBreak) show("  exit code " + std::to_string(exitCode));
         constexpr int withWarnings = 3;
-        BgProcess::handleExit(exitCode == withWarnings ? 0 : exitCode);
+        // ffmpeg completes its file when it is stopped, and exits with this code.
+        constexpr int endedEarly = 255;
+        bool const wasStopped = !continueExecution();
+        bool const isGood = exitCode == withWarnings || (exitCode == endedEarly && wasStopped);
+        BgProcess::handleExit(isGood ? 0 : exitCode);
     }
 
 private:
@@ -45,15 +51,56 @@ private:
     }
 };
 
+/// Collects a program's lines. However many come, the application thread gets one event per batch.
+class Listing : public BgProcess {
+public:
+    Listing(std::string const& program, Vector<std::string>& list) : BgProcess(program, "list"), _list(list) {
+        gatherLines(std::chrono::milliseconds(50));
+    }
+
+protected:
+    void processOutputStrings(Vector<std::string> const& lines) override {
+        EvEventManager::getInstance().postRequest(
+            [lines, &list = _list] { list.insert(list.end(), lines.begin(), lines.end()); });
+    }
+
+private:
+    Vector<std::string>& _list;
+};
+
+/// Sorts numbers with a program that reads them from its standard input.
+class Sorting : public Listing {
+public:
+    Sorting(std::string numbers, Vector<std::string>& list)
+        : Listing("sort -n", list), _numbers(std::move(numbers)), _rest(_numbers) {}
+
+protected:
+    // Called again when the program has taken some.
+    void provideInput() override {
+        _rest.remove_prefix(write(_rest));
+        if (_rest.empty()) closeInput();
+    }
+
+private:
+    std::string const _numbers;
+    std::string_view _rest;
+};
+
 LkEvent awake("Host", true);
 
-/// Processes events until the job has ended, like a host's loop, and deletes the job.
-void runToTheEnd(RCShdPtr<BgJob> const& job) {
-    while (job->isRunning()) {
+/// Processes events until the condition holds, like a host's loop.
+template <class Condition>
+void processEventsUntil(Condition condition) {
+    while (!condition()) {
         awake.wait();
         awake.reset();
         EvEventManager::getInstance().processEvents();
     }
+}
+
+/// Waits for the end of the job and deletes it.
+void runToTheEnd(RCShdPtr<BgJob> const& job) {
+    processEventsUntil([&] { return !job->isRunning(); });
     LiString const state = job->getState()->state();
     // The last events of the job are posted when this returns.
     BgManager::getInstance().stopAndDeleteJob(job);
@@ -76,7 +123,17 @@ int main(int argc, char** argv) {
     runToTheEnd(encode("sea.mov", "sh -c 'exit 1'"));
     runToTheEnd(encode("fog.mov", "no-such-program"));
 
-    auto const endless = encode("rain.mov", "sleep 1000");
+    auto const endless =
+        encode("rain.mov", "sh -c 'trap \"exit 255\" INT; echo \"frame 1 of 9\"; while :; do sleep 1; done'");
+    processEventsUntil([&] { return endless->getStatistics().progress() > 0.0f; });
     endless->stop();
     runToTheEnd(endless);
+
+    std::string numbers;
+    for (int number = 300000; number > 0; --number)
+        numbers += std::to_string(number) + "\n";
+    Vector<std::string> list;
+    std::cout << "sort:\n";
+    runToTheEnd(BgManager::getInstance().addJob(std::make_unique<Sorting>(numbers, list)));
+    std::cout << "  " << list.size() << " lines, from " << list.front() << " to " << list.back() << '\n';
 }

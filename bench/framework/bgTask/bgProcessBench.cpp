@@ -1,16 +1,22 @@
 // The cost of external programs as jobs, compared with the least: starting a program and waiting for it, and a loop that reads.
 
+#include "base/evEventManager.h"
 #include "base/inInitMgr.h"
 #include "framework/bgTask/bgJob.h"
 #include "framework/bgTask/bgProcess.h"
+#include "resmgt/lkEvent.h"
 #include "resmgt/osEnv.h"
 
+#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <chrono>
+#include <deque>
 #include <fcntl.h>
 #include <spawn.h>
 #include <string>
+#include <string_view>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -44,18 +50,18 @@ void Launch(benchmark::State& state) {
     perChild(state);
 }
 
-pid_t spawn(std::vector<std::string> words, int output) {
+pid_t spawn(std::vector<std::string> words, int stream, int number = STDOUT_FILENO) {
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
-    if (output >= 0) ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    if (stream >= 0) ::posix_spawn_file_actions_adddup2(&actions, stream, number);
     std::vector<char*> arguments;
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
-    pid_t number = 0;
-    ::posix_spawn(&number, arguments[0], &actions, nullptr, arguments.data(), environ);
+    pid_t child = 0;
+    ::posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
     ::posix_spawn_file_actions_destroy(&actions);
-    return number;
+    return child;
 }
 
 void LaunchLeast(benchmark::State& state) {
@@ -126,6 +132,101 @@ void ReadFileLeast(benchmark::State& state) {
     check(state, bytes);
 }
 
+// The lines of a program that the application thread collects: an event for each, or one for each batch.
+class Listing : public BgProcess {
+public:
+    static constexpr std::int64_t lines = 900'000, rate = 300'000;
+
+    Listing()
+        : BgProcess(
+              std::string(KO_BENCH_CHILD) + " pace " + std::to_string(lines) + " " + std::to_string(rate), "bench") {}
+
+    std::deque<std::string> list;
+    bool hasEnded = false;
+
+protected:
+    void processOutputString(std::string const& line) override {
+        EvEventManager::getInstance().postRequest([this, line] { list.push_back(line); });
+    }
+    void handleExit(int) override {
+        EvEventManager::getInstance().postRequest([this] { hasEnded = true; });
+    }
+};
+
+class BatchedListing : public Listing {
+public:
+    BatchedListing() { gatherLines(std::chrono::milliseconds(50)); }
+
+protected:
+    void processOutputStrings(Vector<std::string> const& batch) override {
+        EvEventManager::getInstance().postRequest(
+            [this, batch] { list.insert(list.end(), batch.begin(), batch.end()); });
+    }
+};
+
+// How long the application thread is away at most while a program writes 300,000 lines a second for it.
+template <class SomeListing>
+void LongestAbsence(benchmark::State& state) {
+    LkEvent awake("bench", true);
+    EvEventManager::getInstance().setWakeUpHandler([&awake] { awake.set(); });
+    for (auto _ : state) {
+        SomeListing listing;
+        std::jthread const worker([&listing] { listing.start(); });
+        Clock::duration longest{};
+        while (!listing.hasEnded) {
+            awake.wait();
+            awake.reset();
+            auto const begin = Clock::now();
+            EvEventManager::getInstance().processEvents();
+            longest = std::max(longest, Clock::now() - begin);
+        }
+        state.counters["longest_ms"] = std::chrono::duration<double, std::milli>(longest).count();
+        if (std::ssize(listing.list) != Listing::lines) state.SkipWithError("lines are missing");
+    }
+    EvEventManager::getInstance().setWakeUpHandler({});
+}
+
+// Writes an input as the program takes it.
+class Feeder : public BgProcess {
+public:
+    Feeder() : BgProcess(std::string(KO_BENCH_CHILD) + " drain", "bench") {}
+
+protected:
+    void provideInput() override {
+        while (_left > 0) {
+            std::size_t const count = write(std::string_view(_piece).substr(0, std::min(_left, _piece.size())));
+            _left -= count;
+            if (count < _piece.size() && _left > 0) return;
+        }
+        closeInput();
+    }
+
+private:
+    std::string const _piece = std::string(64 * 1024, 'x');
+    std::size_t _left = floodSize;
+};
+
+void Write(benchmark::State& state) {
+    for (auto _ : state)
+        Feeder().start();
+    state.SetBytesProcessed(state.iterations() * floodSize);
+}
+
+void WriteLeast(benchmark::State& state) {
+    std::string const piece(64 * 1024, 'x');
+    for (auto _ : state) {
+        int ends[2];
+        if (::pipe2(ends, O_CLOEXEC) != 0) return state.SkipWithError("no pipe");
+        pid_t const child = spawn({KO_BENCH_CHILD, "drain"}, ends[0], STDIN_FILENO);
+        ::close(ends[0]);
+        for (std::size_t left = floodSize; left > 0;)
+            left -= static_cast<std::size_t>(::write(ends[1], piece.data(), std::min(left, piece.size())));
+        ::close(ends[1]);
+        ::waitpid(child, nullptr, 0);
+    }
+    state.SetBytesProcessed(state.iterations() * floodSize);
+}
+
 // Reads the time that a child writes, and notes when it arrives.
 class Listener : public BgProcess {
 public:
@@ -180,6 +281,10 @@ BENCHMARK(LaunchLeast)->Apply(hosts);
 BENCHMARK(Read)->Apply(lines);
 BENCHMARK(ReadLeast)->Apply(lines);
 BENCHMARK(ReadFileLeast)->Apply(lines);
+BENCHMARK(LongestAbsence<Listing>)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(LongestAbsence<BatchedListing>)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(Write)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(WriteLeast)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(ExitToComplete)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(ErrorToHook)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 

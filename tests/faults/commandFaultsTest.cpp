@@ -1,3 +1,6 @@
+#include "framework/command/cmHistoryChange.h"
+#include "framework/command/cmMerger.h"
+#include "framework/command/cmSized.h"
 #include "framework/command/cmUndoGuard.h"
 #include "tests/faults/faultsTest.h"
 #include "tests/support/recordingCommand.h"
@@ -12,11 +15,16 @@ using namespace KoTest;
 
 char const* const longText = "a description that is too long to be kept inside of the string itself";
 
-/// Writes a number into the document. It knows what stood there when it was made, and tells when something else does.
-class WriteCommand : public CmCommand {
+/// Replaces one number by another. A failed expectation shows when it is run on any other document.
+class WriteCommand : public CmCommand, public CmSized {
 public:
     WriteCommand(int& document, int number, int before) : _document(document), _number(number), _before(before) {}
     LiString getDescription() const override { return longText; }
+    std::size_t getMemorySize() const noexcept override { return 1; }
+    void takeUp(WriteCommand const& later) {
+        auto const needed = std::make_unique<int>(later._number);
+        _number = *needed;
+    }
 
 protected:
     void executeInternal() override {
@@ -36,14 +44,43 @@ private:
     int _before;
 };
 
+/// Joins each step with the last one, or none.
+class WriteMerger : public CmMerger {
+public:
+    explicit WriteMerger(bool joins) : _joins(joins) {}
+    RCShdPtr<CmCommand> merge(RCShdPtr<CmCommand> const& last, RCShdPtr<CmCommand> const& next) override {
+        auto const needed = std::make_unique<int>();
+        if (_joins) dynamic_cast<WriteCommand&>(*last).takeUp(dynamic_cast<WriteCommand const&>(*next));
+        return _joins ? last : nullptr;
+    }
+
+private:
+    bool _joins;
+};
+
 /// A document with some steps of history. Whatever an attempt did to it, its history leads back and forth.
 class Document {
 public:
-    explicit Document(int steps = 3, int undone = 0) {
+    explicit Document(int steps = 3, int undone = 0, bool isWatched = false) {
+        if (isWatched) watch();
         while (number < steps)
             stack->executeAndLog(next());
         for (; undone > 0; --undone)
             stack->undo();
+    }
+    // A list of the history that its changes keep, a budget, and a merger that keeps all steps apart.
+    void watch() {
+        list = {(*stack->getBegin()).get()};
+        stack->setMaxMemory(1000);
+        stack->setMerger(RCShdPtr<WriteMerger>::create(false));
+        changes = stack->onHistoryChange([this](CmHistoryChange const& change) {
+            AllocationFaults::Pause const pause;
+            for (CmHistorySplice const& splice : change.splices) {
+                auto const first = list.begin() + splice.first;
+                auto const next = list.erase(first, first + splice.numRemoved);
+                list.insert(next, static_cast<std::size_t>(splice.numInserted), change.logged);
+            }
+        });
     }
 
     // To be executed now.
@@ -64,6 +101,9 @@ public:
     void expectUsable() {
         EXPECT_FALSE(CmUndoGuard::isGuardActive());
         EXPECT_EQ(PiCommandStack::Idle, stack->getState());
+        bool const isListed = std::equal(list.begin(), list.end(), stack->getBegin(), stack->getEnd(),
+            [](CmCommand const* listed, RCShdPtr<CmCommand> const& command) { return listed == command.get(); });
+        EXPECT_TRUE(isListed || list.empty());
         stack->moveTo(stack->getBegin());
         stack->moveTo(stack->getEnd() - 1);
         stack->setMaxStackHeight(1000);
@@ -77,6 +117,8 @@ public:
     int content = 0;
     int number = 0;
     RCShdPtr<CmCommandStack> const stack = RCShdPtr<CmCommandStack>::create();
+    Vector<CmCommand const*> list;
+    CbSubscription changes;
 
 private:
     RCShdPtr<CmCommand> following(int before) { return RCShdPtr<WriteCommand>::create(content, ++number, before); }
@@ -86,10 +128,12 @@ class CommandFaults : public FaultsTest {};
 
 // As many steps as make the queue allocate, and one fewer.
 TEST_F(CommandFaults, AStepIsLoggedOrTheHistoryIsGivenUp) {
-    for (int steps = 60; steps < 68; ++steps)
-        for (int const undone : {0, 2}) {
+    for (int const steps : {60, 61, 62, 63, 64, 65, 66, 67})
+        for (int const how : {0, 1, 2, 3}) {
+            int const undone = how < 2 ? 0 : 2;
+            bool const isWatched = how % 2 == 1;
             tryAllFaults("executeAndLog", [&](FaultyAttempt& attempt) {
-                Document document(steps, undone);
+                Document document(steps, undone, isWatched);
                 auto const command = document.next();
                 int const before = document.content;
                 if (attempt([&] { document.stack->executeAndLog(command); }))
@@ -101,7 +145,7 @@ TEST_F(CommandFaults, AStepIsLoggedOrTheHistoryIsGivenUp) {
                 document.expectUsable();
             });
             tryAllFaults("log", [&](FaultyAttempt& attempt) {
-                Document document(steps, undone);
+                Document document(steps, undone, isWatched);
                 auto const command = document.next();
                 CmCommandStack::executeStatic(command);
                 bool const isLogged = attempt([&] { document.stack->log(command); });
@@ -117,20 +161,103 @@ TEST_F(CommandFaults, WhatOnlyMovesInTheHistoryCannotFailByItselfAndAFailedRedoD
         std::function<void(CmCommandStack&)> operation;
         int undoable, redoable;
     };
+    auto const requireDone = [](CmReplay const& result) {
+        if (result.outcome != CmReplay::Outcome::Done) throw std::bad_alloc();
+    };
     for (Row const& row : {Row{"undo", [](CmCommandStack& stack) { stack.undo(); }, 1, 3},
              Row{"redo", [](CmCommandStack& stack) { stack.redo(); }, 3, 1},
              Row{"clear", [](CmCommandStack& stack) { stack.clear(); }, 0, 0},
              Row{"removeLast", [](CmCommandStack& stack) { stack.removeLast(); }, 2, 1},
              Row{"setMaxStackHeight", [](CmCommandStack& stack) { stack.setMaxStackHeight(4); }, 1, 2},
              Row{"setMaxStackHeight to less", [](CmCommandStack& stack) { stack.setMaxStackHeight(2); }, 0, 0},
-             Row{"moveTo", [](CmCommandStack& stack) { stack.moveTo(stack.getBegin()); }, 0, 4}})
-        tryAllFaults(row.name, [&](FaultyAttempt& attempt) {
-            Document document(4, 2);
-            bool const isDone = attempt([&] { row.operation(*document.stack); });
-            EXPECT_TRUE(isDone || row.name == std::string("redo"));
-            isDone ? document.expectHistory(row.undoable, row.redoable) : document.expectHistory(2, 0);
-            document.expectUsable();
+             Row{"moveTo", [](CmCommandStack& stack) { stack.moveTo(stack.getBegin()); }, 0, 4},
+             Row{"tryUndo", [&](CmCommandStack& stack) { requireDone(stack.tryUndo()); }, 1, 3},
+             Row{"tryRedo", [&](CmCommandStack& stack) { requireDone(stack.tryRedo()); }, 3, 1},
+             Row{"tryMoveTo", [&](CmCommandStack& stack) { requireDone(stack.tryMoveTo(stack.getBegin())); }, 0, 4}})
+        for (bool const isWatched : {false, true})
+            tryAllFaults(row.name, [&](FaultyAttempt& attempt) {
+                Document document(4, 2, isWatched);
+                bool const isDone = attempt([&] { row.operation(*document.stack); });
+                EXPECT_TRUE(isDone || row.undoable == 3) << "not a redo";
+                isDone ? document.expectHistory(row.undoable, row.redoable) : document.expectHistory(2, 0);
+                document.expectUsable();
+            });
+}
+
+TEST_F(CommandFaults, AListenerABudgetAndAMergerAreAddedOrNot) {
+    tryAllFaults("onHistoryChange", [](FaultyAttempt& attempt) {
+        Document document;
+        int calls = 0;
+        CbSubscription changes, clean, transactions;
+        bool const isDone = attempt([&] {
+            changes = document.stack->onHistoryChange([&](CmHistoryChange const&) { ++calls; });
+            clean = document.stack->onCleanChange([&] { ++calls; });
+            transactions = CmUndoGuard::onTransaction([&](bool) { ++calls; });
         });
+        document.stack->setClean();
+        CmUndoGuard(document.stack, longText).execAndAddUndoCommand(document.next());
+        EXPECT_TRUE(isDone ? calls == 5 : calls < 5) << calls;
+    });
+    tryAllFaults("setMaxMemory", [](FaultyAttempt& attempt) {
+        Document document(6);
+        bool const isDone = attempt([&] { document.stack->setMaxMemory(4); });
+        EXPECT_EQ(isDone ? 4u : 0u, document.stack->getMemory());
+        document.expectHistory(isDone ? 4 : 6, 0);
+        document.stack->setMaxMemory(0);
+        document.expectUsable();
+    });
+    tryAllFaults("merge", [](FaultyAttempt& attempt) {
+        Document document(0, 0, true);
+        document.stack->setMerger(RCShdPtr<WriteMerger>::create(true));
+        auto const commands = document.next(2);
+        bool const isDone = attempt([&] {
+            document.stack->executeAndLog(commands[0]);
+            document.stack->executeAndLog(commands[1]);
+        });
+        EXPECT_TRUE(!isDone || document.content == 2);
+        document.stack->setMerger(nullptr);
+        document.expectUsable();
+    });
+}
+
+TEST_F(CommandFaults, WhatIsTakenBackLeavesDocumentAndHistoryAsTheyWere) {
+    tryAllFaults("rollBack", [](FaultyAttempt& attempt) {
+        Document document(3, 1, true);
+        auto const commands = document.next(5);
+        int const before = document.content;
+        attempt([&] {
+            CmUndoGuard guard(document.stack, longText);
+            try {
+                for (RCShdPtr<CmCommand> const& command : commands)
+                    guard.execAndAddUndoCommand(command);
+            } catch (std::bad_alloc const&) {
+                guard.rollBack();
+                throw;
+            }
+            guard.rollBack();
+        });
+        EXPECT_EQ(before, document.content);
+        document.expectHistory(2, 1);
+        document.expectUsable();
+    });
+    tryAllFaults("abandonLongTransition", [](FaultyAttempt& attempt) {
+        Document document(3, 1, true);
+        auto const commands = document.next(2);
+        int const before = document.content;
+        int calls = 0, handedOver = 0;
+        attempt([&] {
+            CmUndoGuard(document.stack, longText, PiExecParam::BEGIN_TRANSITION).execAndAddUndoCommand(commands[0]);
+            CmUndoGuard::callOutside([&calls, text = LiString(longText)] { ++calls; });
+            ++handedOver;
+            CmUndoGuard(document.stack, longText, PiExecParam::TRANSITION).execAndAddUndoCommand(commands[1]);
+            CmUndoGuard::abandonLongTransition();
+        });
+        if (CmUndoGuard::isLongTransition()) CmUndoGuard::abandonLongTransition();
+        EXPECT_EQ(handedOver, calls);
+        EXPECT_EQ(before, document.content);
+        document.expectHistory(2, 1);
+        document.expectUsable();
+    });
 }
 
 // A transaction of two guards, one inside the other, with more commands than there is room for at first.
@@ -193,7 +320,7 @@ TEST_F(CommandFaults, EndCallbacksAreCalledOnceOrNotAdded) {
     });
 }
 
-/// Tells when it hears an end without a begin, or the other way round.
+/// Expects begins and ends in turn.
 class PairTarget : public PiUndoScopeTarget {
 public:
     void scopeReached(bool end) override { EXPECT_EQ(end, std::exchange(isInside, !end)); }

@@ -21,7 +21,9 @@ void CmCommandStack::removeChangeCallback(CbHandler<CbEmptyType>* handler) {
 }
 
 CbSubscription CmCommandStack::onHistoryChange(std::function<void(CmHistoryChange const&)> callable) {
-    return getKeeper().changes.subscribe(std::move(callable));
+    // Undo and redo allocate nothing then.
+    getKeeper().makeRoom();
+    return _keeper->changes.subscribe(std::move(callable));
 }
 CbSubscription CmCommandStack::onCleanChange(std::function<void()> callable) {
     return getKeeper().cleanChanges.subscribe(std::move(callable));

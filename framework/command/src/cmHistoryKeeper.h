@@ -16,7 +16,7 @@ class CmCommandStack::Keeper {
 public:
     using Kind = CmHistoryChange::Kind;
 
-    explicit Keeper(CmCommandStack& stack) noexcept : _stack(stack), _toldClean(stack.isClean()) {}
+    explicit Keeper(CmCommandStack& stack) : _stack(stack), _toldClean(stack.isClean()) {}
 
     CbDispatcher<CmHistoryChange> changes;
     CbDispatcher<CbEmptyType> cleanChanges;

@@ -62,7 +62,7 @@ void UndoGuardStack::endTransaction(LgFirstError& error) {
     while (!_state.isActive() && !_isCallingOutside && _hooks.getNumOutside() > 0) {
         std::function<void()> const action = _hooks.takeOutside();
         _isCallingOutside = true;
-        error.capture(action);
+        error.capture([&action] { action(); });
         _isCallingOutside = false;
     }
     updateWork();

@@ -1,10 +1,13 @@
-// What commands, the stack and the guards cost, each beside the least that the same work could cost by hand: reference
-// counted commands in a deque, a virtual call, one callback.
+// The cost of commands, stacks and guards, each beside a minimal hand-written version: reference counted commands in a deque, a
+// virtual call, one callback.
 
 #include "base/inInitMgr.h"
 #include "bench/support/leastStack.h"
 #include "framework/command/cmCommandStack.h"
+#include "framework/command/cmHistoryChange.h"
 #include "framework/command/cmMacroCommand.h"
+#include "framework/command/cmMerger.h"
+#include "framework/command/cmSized.h"
 #include "framework/command/cmUndoGuard.h"
 #include "internalAPI/cbDispatcher.h"
 #include "resmgt/lgGroups.h"
@@ -19,7 +22,7 @@ namespace {
 using namespace Ko;
 using namespace KoBench;
 
-// What both kinds of command do.
+// Changed by both kinds of command.
 long document = 0;
 
 class AddCommand final : public CmCommand {
@@ -30,6 +33,22 @@ public:
 protected:
     void executeInternal() override { ++document; }
     void unexecuteInternal() override { --document; }
+};
+
+class SizedAddCommand final : public CmCommand, public CmSized {
+public:
+    static RCShdPtr<CmCommand> create() { return RCShdPtr<SizedAddCommand>::create(); }
+    LiString getDescription() const override { return "Add"; }
+    std::size_t getMemorySize() const noexcept override { return 1000; }
+
+protected:
+    void executeInternal() override { ++document; }
+    void unexecuteInternal() override { --document; }
+};
+
+class DecliningMerger final : public CmMerger {
+public:
+    RCShdPtr<CmCommand> merge(RCShdPtr<CmCommand> const&, RCShdPtr<CmCommand> const&) override { return nullptr; }
 };
 
 class LeastAddCommand final : public Least::Command {
@@ -132,12 +151,55 @@ void UndoRedoLeast(benchmark::State& state) {
 
 constexpr std::int64_t batch = 1000;
 
-// Each command that is logged is destroyed in the end: by the clearing here, by being dropped there.
+// Each logged command is destroyed in the end: here when the stack is cleared, in LogOnFullStack when it is dropped.
 void LogAndClear(benchmark::State& state) {
     Logged logged(0);
     for (auto _ : state) {
         logged.add(batch);
         logged.stack->clear();
+    }
+    perCommand(state, batch);
+}
+
+// The same for a stack that also notifies a list model, keeps a budget that is never exceeded, asks a merger, or all of that.
+class Extended {
+public:
+    enum Use { Model = 1, Budget = 2, Merger = 4, All = 7, None = 0 };
+
+    explicit Extended(int use) : _createCommand(use & Budget ? &SizedAddCommand::create : &AddCommand::create) {
+        stack->setMaxStackHeight(unbounded);
+        if (use & Model) _changes = stack->onHistoryChange([this](CmHistoryChange const& change) { follow(change); });
+        if (use & Budget) stack->setMaxMemory(std::size_t{1} << 40);
+        if (use & Merger) stack->setMerger(RCShdPtr<DecliningMerger>::create());
+    }
+    void add(std::int64_t commands) {
+        while (commands-- > 0)
+            stack->executeAndLog(_createCommand());
+    }
+
+    RCShdPtr<CmCommandStack> const stack = RCShdPtr<CmCommandStack>::create();
+
+private:
+    void follow(CmHistoryChange const& change) {
+        for (CmHistorySplice const& splice : change.splices) {
+            auto const first = _rows.begin() + splice.first;
+            auto const next = _rows.erase(first, first + splice.numRemoved);
+            if (splice.numInserted > 0) _rows.insert(next, change.logged);
+        }
+    }
+
+    RCShdPtr<CmCommand> (*_createCommand)();
+    std::vector<CmCommand const*> _rows{nullptr};
+    long _calls = 0;
+    CbSubscription const _views = stack->onChange([this] { ++_calls; });
+    CbSubscription _changes;
+};
+
+void LogAndClearWith(benchmark::State& state, int use) {
+    Extended extended(use);
+    for (auto _ : state) {
+        extended.add(batch);
+        extended.stack->clear();
     }
     perCommand(state, batch);
 }
@@ -155,7 +217,7 @@ RCShdPtr<CmCommandStack> openGuardOn() {
     return stack;
 }
 
-// The commands are recorded and logged; the step that was logged before is destroyed outside of the measure.
+// Commands are collected and logged; destroying the previous step is not measured.
 void RecordThroughGuard(benchmark::State& state) {
     auto const stack = openGuardOn();
     for (auto _ : state) {
@@ -250,6 +312,11 @@ BENCHMARK(ExecuteAndLogLeast)->Apply(sizes);
 BENCHMARK(UndoRedo)->Apply(sizes);
 BENCHMARK(UndoRedoLeast)->Apply(sizes);
 BENCHMARK(LogAndClear);
+BENCHMARK_CAPTURE(LogAndClearWith, None, Extended::None);
+BENCHMARK_CAPTURE(LogAndClearWith, Model, Extended::Model);
+BENCHMARK_CAPTURE(LogAndClearWith, Budget, Extended::Budget);
+BENCHMARK_CAPTURE(LogAndClearWith, Merger, Extended::Merger);
+BENCHMARK_CAPTURE(LogAndClearWith, All, Extended::All);
 BENCHMARK(LogOnFullStack)->Apply(sizes);
 BENCHMARK(RecordThroughGuard)->Arg(1000);
 BENCHMARK(RecordThroughGuardLeast)->Arg(1000);

@@ -6,6 +6,7 @@
 #include "framework/bgTask/bgJobProtocol.h"
 #include "framework/bgTask/bgJobState.h"
 #include "framework/bgTask/bgJobStatistics.h"
+#include "framework/bgTask/bgJobTimes.h"
 #include "resmgt/liDate.h"
 #include "resmgt/lkDeadline.h"
 #include "resmgt/lkEvent.h"
@@ -13,9 +14,15 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <string_view>
+#include <typeinfo>
 
 namespace Ko {
+
+class BgWorkers;
 
 /// A background job: runs a protocol on a worker, and has a state, times, and observers.
 ///
@@ -55,6 +62,42 @@ public:
     ///   inside the execution, as by an observer on the worker.
     virtual bool releaseProtocol();
 
+    /// Asks the job to end, as `stop()`, but never waits: if the job is Busy, `continueExecution()` is false when this returns,
+    /// and a thread of the manager calls the `stop()` of the protocol. That call counts as one inside the protocol.
+    void requestStop() noexcept;
+    /// Holds the job until `resume()` or its end: if it is Waiting, no worker starts it, and it keeps its place in the queue;
+    /// if it is Busy, the next `continueExecution()` waits. Without effect on a job that is Stopping, has ended or is paused.
+    void pause();
+    /// Ends a pause. Without effect on a job that is not paused.
+    void resume();
+    /// Whether the job is paused.
+    [[nodiscard]] bool isPaused() const noexcept;
+
+    /// The name of the protocol, also after its release.
+    [[nodiscard]] LiString getName() const;
+    /// The type of the protocol, also after its release.
+    [[nodiscard]] LiString getType() const;
+    /// When the job was made, started and ended.
+    [[nodiscard]] BgJobTimes getTimes() const;
+    /// An estimate of the time that the job still needs; nothing while there is none, and unless the job is Busy.
+    [[nodiscard]] std::optional<BgJobTimes::Duration> getRemaining() const;
+    /// The last phase that the protocol reported; empty if there is none.
+    [[nodiscard]] LiString getPhase() const;
+    /// The last units that the protocol reported; without a unit if there are none.
+    [[nodiscard]] BgUnits getUnits() const;
+    /// Why the job has failed, also if the exception does not derive from `ExBase`, or which other job kept it from running.
+    /// Empty for any other job.
+    [[nodiscard]] LiString getReason() const;
+    /// The result that the protocol has set, shared with the job; null if there is none or it has another type. Exists before
+    /// the job is Complete.
+    template <class Result>
+    [[nodiscard]] std::shared_ptr<Result> getResult() const {
+        return std::static_pointer_cast<Result>(findResult(typeid(Result)));
+    }
+    /// Calls a callable once on the application thread, by an event after the end of the job: also when it has ended already.
+    /// @throws ExNullPtr for an empty callable.
+    [[nodiscard]] ObSubscription onEnd(std::function<void(BgJob& job)> callable);
+
     /// Whether the job has not ended yet: its state is Idle, Waiting, Busy or Stopping.
     [[nodiscard]] bool isRunning() const noexcept;
     /// A copy of the exception that made the job fail; null if there is none or it does not derive from `ExBase`.
@@ -73,23 +116,44 @@ public:
 private:
     friend class RCShdPtr<BgJob>;
     friend class BgManagerImp;
+    friend class BgJobProtocol;
+    friend class BgOrder;
 
     class Use;
+    struct Annex;
 
     explicit BgJob(OPtr<BgJobProtocol> protocol);
 
     template <class MayChange>
     bool changeStateIf(MayChange mayChange, BgJobState const* state);
+    float getProgress() const;
     bool takePending(BgJobHintChangeState::JobState_t& state) noexcept;
     void notifyState(RCShdPtr<BgJob> const& self, BgJobHintChangeState::JobState_t state) noexcept;
-    void fail(ExBase const* error) noexcept;
+    void fail(ExBase const* error, char const* reason) noexcept;
+    bool endWaiting(BgJobState const* state, LiString reason);
+    Annex& annex();
+    template <class Change>
+    void report(Change change) noexcept;
+    void reportUnits(std::int64_t done, std::int64_t total, std::string_view unit) noexcept;
+    void reportPhase(std::string_view phase) noexcept;
+    void reportMessage(BgMessage::Severity severity, std::string_view text) noexcept;
+    void keepResult(std::shared_ptr<void> result, std::type_info const& type);
+    std::shared_ptr<void> findResult(std::type_info const& type) const;
+    void postNews() noexcept;
+    void deliverNews() noexcept;
+    void takeNews(RCShdPtr<BgJob> const& self, ObHints& hints);
+    void queueAgain();
+    bool endPause() noexcept;
+    void requestStop(LkDeadline::Time limit) noexcept;
+    void stopProtocol() noexcept;
+    void keepNames() noexcept;
     void setOnce(LiDate& date, bool& isSet);
     void requestEnd() noexcept;
     bool releaseUntil(LkDeadline::Time deadline) noexcept;
     bool markReleased() noexcept;
     void deleteUnusedProtocol() noexcept;
     // The name and the type, for messages.
-    LiString describe();
+    LiString describe() const;
     bool isExecuting() const noexcept { return !_endOfJob.isSet(); }
 
     // Release and acquire: a thread that sees a state sees all earlier writes of the thread that set it.
@@ -115,6 +179,9 @@ private:
     int _uses = 0;
     // From now on no thread enters the protocol; the last one inside deletes it.
     bool _isReleased = false;
+    bool _isPaused = false;
+    // Whether a worker took the paused job from the queue: then the end of the pause queues it again.
+    bool _isParked = false;
     LkEvent _protocolDeleted{"Protocol deleted", false};
     // Whether a thread notifies of a state, and the states it has still to notify of: never more than these.
     bool _isNotifying = false;
@@ -122,7 +189,14 @@ private:
     std::array<std::uint8_t, 6> _pending{};
     // The last entry of the manager's list that refers to this job, and the number of such entries. Guarded by the manager.
     int _timesListed = 0;
+    // The group that the job was submitted to last, and the number of that submission.
+    BgWorkers* _workers = nullptr;
+    std::uint64_t _number = 0;
     List<RCShdPtr<BgJob>>::iterator _listed;
+    // The names of the protocol after its release.
+    LiString _name;
+    LiString _type;
+    std::unique_ptr<Annex> _annex;
 };
 
 } // namespace Ko

@@ -1,13 +1,21 @@
 #pragma once
 
 #include "base/lkLock.h"
+#include "framework/bgTask/bgJobReport.h"
 #include "framework/bgTask/bgProgressReport.h"
 #include "framework/frameworkApi.h"
 #include "resmgt/liString.h"
+#include "resmgt/lkCondVar.h"
 
 #include <atomic>
+#include <memory>
+#include <string_view>
+#include <type_traits>
+#include <typeinfo>
 
 namespace Ko {
+
+class BgJob;
 
 /// The work of a background job. A client derives from it and passes an object to `BgManager::addJob`, which runs it on a
 /// worker:
@@ -57,17 +65,40 @@ protected:
     /// Sets the name and the type for display.
     BgJobProtocol(LiString const& name, LiString const& type);
 
-    /// Whether to go on. `execute()` checks it regularly. Any thread.
+    /// Whether to go on. `execute()` checks it regularly, without holding a lock: while the job is paused, the call waits until
+    /// the job is resumed or stopped, except on the application thread. Any thread.
     [[nodiscard]] bool continueExecution() const;
+    /// The same without the wait, for code that holds a lock.
+    [[nodiscard]] bool mayContinue() const;
     /// Reports progress. `execute()` calls it regularly, and with `done == total` at the end, which is what makes the job
     /// record the time of its end. (0, 0) means unknown: `progress()` is NaN then, and observers are not notified.
     void reportProgress(int done, int total) const;
+    /// Reports progress in units of which there may be more than an `int` counts: 30 of 200 "pictures". The quotient counts as
+    /// progress.
+    /// @param total 0 while it is unknown: the progress is unknown then.
+    void reportUnits(std::int64_t done, std::int64_t total, std::string_view unit) const;
+    /// Reports that the progress is unknown, as (0, 0) does, and notifies the observers with a `BgJobHintUnits`.
+    void reportUnknownProgress() const;
+    /// Reports what the job does at present, for display: "Reading".
+    void reportPhase(std::string_view phase) const;
+    /// Reports a message for people, which does not end the job.
+    void reportMessage(BgMessage::Severity severity, std::string_view text) const;
+    /// Keeps a result for `BgJob::getResult`. A further one replaces it.
+    template <class Result>
+    void setResult(Result&& result) const {
+        using Stored = std::decay_t<Result>;
+        keepResult(std::make_shared<Stored>(std::forward<Result>(result)), typeid(Stored));
+    }
 
 private:
     friend class BgJob;
 
     // Prepares the next `start()`, which then keeps the effect of a later `stop()`.
     void prepareStart() noexcept;
+    void keepResult(std::shared_ptr<void> result, std::type_info const& type) const;
+    void hold();
+    void letGo() noexcept;
+    void leaveJob() noexcept;
 
     BgProgressReport* _progressCallback = nullptr;
     // Written by the executing thread and read by any. Nothing else depends on it.
@@ -78,6 +109,11 @@ private:
     mutable LkLock _continueLock{"Continue lock"};
     // A Busy job can be stopped just before it calls `start()`, which must not undo the stop.
     bool _startIsPrepared = false;
+    // Whether `continueExecution()` waits. The condition is made by the first pause.
+    bool _isHeld = false;
+    std::unique_ptr<LkCondVar> _isLetGo;
+    // The job that owns the protocol; null for none.
+    BgJob* _job = nullptr;
 };
 
 } // namespace Ko

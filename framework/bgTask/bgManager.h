@@ -1,6 +1,10 @@
 #pragma once
 
+#include "framework/bgTask/bgAfter.h"
 #include "framework/bgTask/bgManagerHints.h"
+
+#include <chrono>
+#include <functional>
 
 namespace Ko {
 
@@ -38,6 +42,33 @@ public:
     /// asked to end first, then waited for together, at most 5 seconds beyond what their protocols wait in `stop()`. Each job
     /// that has not ended by then is logged with its name; it keeps its worker. Never throws.
     virtual void stopAllJobs() = 0;
+
+    /// The same as `addJob` without `after`, but queues the job when others have ended. It is listed as Waiting meanwhile, and
+    /// can be stopped. @throws BgEx::ExBgManager if the job would wait for itself or waits for others already; it is not added
+    ///   then.
+    void addJob(RCShdPtr<BgJob> job, BgAfter const& after);
+    /// Makes a job of the protocol and adds it in the same way.
+    RCShdPtr<BgJob> addJob(OPtr<BgJobProtocol> protocol, BgAfter const& after);
+    /// The same for a user-interface job.
+    void addUiJob(RCShdPtr<BgJob> job, unsigned priority, BgAfter const& after);
+    /// Makes a job of the protocol and adds it in the same way.
+    RCShdPtr<BgJob> addUiJob(OPtr<BgJobProtocol> protocol, unsigned priority, BgAfter const& after);
+    /// The jobs that a listed job still waits for.
+    [[nodiscard]] Vector<RCShdPtr<BgJob>> getPredecessors(RCShdPtr<BgJob> const& job);
+    /// Moves a job that waits for a worker to the front of the queue of its group. Takes time in proportion to the queue.
+    /// @returns whether the job waits for a worker.
+    bool moveToFront(RCShdPtr<BgJob> const& job);
+    /// Asks all listed jobs to end, and returns at once. When all have ended, or at the end of the grace period, an event
+    /// calls `whenEnded`; those that have ended are released and removed from the list then, and observers are not notified.
+    /// Programs are killed in time. A job that has not ended stays in the list and is logged with its name.
+    /// @param whenEnded called with the jobs that have not ended; may be empty.
+    void stopAllJobs(
+        std::chrono::milliseconds grace, std::function<void(Vector<RCShdPtr<BgJob>> const& unended)> whenEnded);
+    /// Calls a callable with the changes of the list and of its jobs, until the subscription ends: one event per round of
+    /// `processEvents()` at most. Who subscribes calls `getJobs()` first.
+    /// @throws ExNullPtr for an empty callable.
+    [[nodiscard]] ObSubscription onJobs(
+        std::function<void(BgManagerHintJobs const& hint)> callable, BgFollow follow = BgFollow::Jobs);
 
     /// The manager. @throws InSingletonEx::ExNotInitialized outside its lifetime.
     static BgManager& getInstance();

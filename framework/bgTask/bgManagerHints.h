@@ -57,4 +57,45 @@ public:
     ~BgManagerUpdateHint() override;
 };
 
+/// The tag of the notifications of subscribers of the manager's list.
+struct BgListTag {};
+
+extern template class KO_FRAMEWORK_API LkSingleton<ObChangeManager<BgListTag>>;
+extern template class KO_FRAMEWORK_API ObChangeManager<BgListTag>;
+extern template class KO_FRAMEWORK_API ObObserver<BgListTag>;
+
+/// Which jobs a subscriber of the manager's list follows.
+enum class BgFollow {
+    /// Those that were added by `addJob`.
+    Jobs,
+    /// Those and the ones that were added by `addUiJob`.
+    JobsAndUiJobs
+};
+
+/// What has happened to one job in the manager's list.
+struct BgJobChange {
+    /// Added to the list, or removed; or its state, its progress or a report has changed.
+    enum class Kind { Added, Changed, Removed };
+
+    /// What has happened. A job that was added and has changed since is Added.
+    Kind kind;
+    /// The job; not null.
+    RCShdPtr<BgJob> job;
+    /// Whether the job was added by `addUiJob`.
+    bool isUiJob;
+};
+
+/// All that has happened to listed jobs since the last such hint, with one entry per job.
+class KO_FRAMEWORK_API BgManagerHintJobs : public ObHint {
+public:
+    /// @param changes at most one entry per job.
+    explicit BgManagerHintJobs(Vector<BgJobChange> changes);
+    ~BgManagerHintJobs() override;
+    /// The changed jobs, in the order of their first change.
+    [[nodiscard]] Vector<BgJobChange> const& getChanges() const noexcept { return _changes; }
+
+private:
+    Vector<BgJobChange> _changes;
+};
+
 } // namespace Ko

@@ -6,6 +6,7 @@
 #include "base/lkLock.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -47,6 +48,9 @@ public:
     /// @throws what an event throws. That event counts as processed; the remaining ones, also when memory runs out, wait for
     ///   the next call, and the wake-up handler is called for them.
     std::size_t processEvents();
+    /// The same, but begins no further event once so much time has passed; the first one runs in any case. The remaining
+    /// events keep their order and wait for the next call, and the wake-up handler is called for them.
+    std::size_t processEvents(std::chrono::nanoseconds budget);
 
     /// Sets the handler that is called, without a lock, whenever the host's loop has to call `processEvents()`:
     /// on the posting thread, when the queue was empty;
@@ -65,8 +69,12 @@ private:
     EvEventManager() = default;
     ~EvEventManager();
 
+    template <class MayContinue>
+    std::size_t processWhile(MayContinue mayContinue);
     void takePosted();
-    void processTaken(std::size_t& processed);
+    void leaveProcessed() noexcept;
+    template <class MayContinue>
+    void processTaken(std::size_t& processed, MayContinue mayContinue);
     bool hasEvents() const;
     void wakeUp() const;
 

@@ -6,6 +6,7 @@
 #include "resmgt/mtThreadPool.h"
 
 #include <cstddef>
+#include <functional>
 #include <limits>
 #include <queue>
 
@@ -39,6 +40,11 @@ public:
 
     /// Appends a task to the queue. @throws ExNullPtr for a null pointer.
     void add(RCShdPtr<MtTaskImp> imp);
+    /// Inserts a task ahead of the first waiting one for which `isBehind` holds; at the end if there is none. Also if the queue
+    /// is full. @param isBehind is called under the lock of the group. @throws ExNullPtr for a null pointer.
+    void addAhead(RCShdPtr<MtTaskImp> imp, std::function<bool(MtTaskImp const& waiting)> const& isBehind);
+    /// Moves a waiting task to the front of the queue. @returns whether the task waits.
+    bool moveToFront(MtTaskImp const& imp) noexcept;
     /// The number of tasks that wait or are being executed.
     [[nodiscard]] std::uint32_t getNumRequests() const noexcept { return MtRequestMgr::getCount(_groupTag); }
     /// Waits until no task waits or is being executed.

@@ -4,6 +4,7 @@
 
 #include "base/assertions.h"
 
+#include <algorithm>
 #include <typeinfo>
 #include <utility>
 
@@ -16,6 +17,12 @@ constexpr int tagAcquired = 66;
 constexpr int tagOfThisGroup = 89;
 constexpr int noProducers = 102;
 } // namespace MtGroupSource
+
+/// Gives access to the sequence in a queue of the standard library.
+template <class Container>
+struct MtQueueAccess : Container {
+    static auto& sequenceOf(Container& queue) noexcept { return queue.*&MtQueueAccess::c; }
+};
 
 template <class Container>
 MtGroup<Container>::MtGroup(LiString name, int numThreads, std::ptrdiff_t containerSize)
@@ -62,6 +69,34 @@ void MtGroup<Container>::add(RCShdPtr<MtTaskImp> imp) {
         wakes = needsWorker();
     }
     if (wakes) _nonEmpty.signal();
+}
+
+template <class Container>
+void MtGroup<Container>::addAhead(
+    RCShdPtr<MtTaskImp> imp, std::function<bool(MtTaskImp const& waiting)> const& isBehind) {
+    if (imp.isNull()) RCExUtil::throwExNullPtr(typeid(MtTaskImp).name());
+    bool wakes = false;
+    {
+        std::lock_guard const guard(_lock);
+        auto& sequence = MtQueueAccess<Container>::sequenceOf(_container);
+        auto const place = std::find_if(
+            sequence.begin(), sequence.end(), [&](MtTask const& task) { return isBehind(*task.getImp()); });
+        sequence.insert(place, MtTask(std::move(imp), _groupTag));
+        MtRequestMgr::increment(_groupTag);
+        wakes = needsWorker();
+    }
+    if (wakes) _nonEmpty.signal();
+}
+
+template <class Container>
+bool MtGroup<Container>::moveToFront(MtTaskImp const& imp) noexcept {
+    std::lock_guard const guard(_lock);
+    auto& sequence = MtQueueAccess<Container>::sequenceOf(_container);
+    auto const found =
+        std::find_if(sequence.begin(), sequence.end(), [&imp](MtTask const& task) { return task.getImp() == &imp; });
+    if (found == sequence.end()) return false;
+    std::rotate(sequence.begin(), found, std::next(found));
+    return true;
 }
 
 template <class Container>

@@ -87,6 +87,8 @@ public:
 
     /// Does the work on this thread. @throws what the work throws, and ExNullPtr for a null task.
     void execute() const { _imp->execute(); }
+    /// The work; null for a null task.
+    [[nodiscard]] MtTaskImp const* getImp() const noexcept { return _imp.get(); }
     /// The tag of the task's group.
     [[nodiscard]] MtGroupTag getTag() const noexcept { return _tag; }
     /// Whether the task has no work.

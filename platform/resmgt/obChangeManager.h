@@ -14,6 +14,8 @@ template <class Tag>
 class ObSubject;
 template <class Tag>
 class ObObserver;
+template <class Tag>
+class ObSubscriber;
 struct ObLink;
 
 /// The data of the change manager in a subject: the links to its observers.
@@ -103,13 +105,16 @@ public:
     ObChangeManagerImp& operator=(ObChangeManagerImp const&) = delete;
 
     /// Implements `ObSubject::attachObserver`.
-    bool attach(ObSubjectLinks& subject, ObObserverLinks& observer);
+    /// @param owner kept for as long as the observer is attached or notified; null if the observer ends its attachment itself.
+    bool attach(ObSubjectLinks& subject, ObObserverLinks& observer, RCShdPtr<RCBase> owner = {});
     /// Implements `ObSubject::detachObserver`.
     bool detach(ObSubjectLinks& subject, ObObserverLinks& observer);
     /// Implements `ObSubject::notify`.
     void notify(ObSubjectLinks& subject, ObHints const& hints);
     /// Implements `ObObserver::disableUpdates`.
     void disableUpdates(ObObserverLinks& observer);
+    /// Ends the attachments of an observer that has an owner, without a wait for its updates.
+    void release(ObObserverLinks& observer) noexcept;
     /// Implements the destructor of `ObSubject`.
     void forget(ObSubjectLinks& subject) noexcept;
     /// Implements the destructor of `ObObserver`.
@@ -117,7 +122,7 @@ public:
 
 private:
     class Pass;
-    using Guard = std::unique_lock<std::mutex>;
+    class Guard;
 
     template <class Predicate>
     static ObLink* find(ObSubjectLinks const& subject, ObObserverLinks const& observer, Predicate predicate) noexcept;
@@ -125,11 +130,11 @@ private:
     static auto withSubject(ObLink const& link, Step step) noexcept;
     static void markDetached(ObLink& link) noexcept;
     static bool isRunningElsewhere(ObLink const& link) noexcept;
-    static void freeIfUnused(ObLink& link) noexcept;
+    static void freeIfUnused(Guard& guard, ObLink& link) noexcept;
     static void leaveSubject(ObLink& link) noexcept;
     static void leaveObserver(ObLink& link) noexcept;
     void waitForOthers(Guard& guard, ObLink& link) noexcept;
-    void leaveLink(ObLink& link) noexcept;
+    void leaveLink(Guard& guard, ObLink& link) noexcept;
 
     ObNotifierBase& _notifier;
     // Guards all links. The lock of a subject is taken while this one is held, never the other way round.
@@ -151,6 +156,10 @@ class ObChangeManager : public LkSingleton<ObChangeManager<Tag>> {
 public:
     /// Implements `ObSubject::attachObserver`.
     bool attachObserver(ObSubject<Tag>& subject, ObObserver<Tag>* observer);
+    /// Implements `ObSubject::subscribe`.
+    void attachSubscriber(ObSubject<Tag>& subject, RCShdPtr<ObSubscriber<Tag>> const& subscriber);
+    /// Implements the end of a subscription.
+    static void release(ObObserver<Tag>& observer) noexcept;
     /// Implements `ObSubject::detachObserver`.
     bool detachObserver(ObSubject<Tag>& subject, ObObserver<Tag>* observer);
     /// Implements `ObSubject::notify`.

@@ -2,6 +2,7 @@
 
 #include "resmgt/obObserver.h"
 #include "resmgt/obSubject.h"
+#include "resmgt/obSubscriber.h"
 
 #include "resmgt/lkSingleton.imp.h"
 
@@ -34,6 +35,10 @@ bool ObChangeManager<Tag>::attachObserver(ObSubject<Tag>& subject, ObObserver<Ta
     return _imp.attach(subject, *observer);
 }
 template <class Tag>
+void ObChangeManager<Tag>::attachSubscriber(ObSubject<Tag>& subject, RCShdPtr<ObSubscriber<Tag>> const& subscriber) {
+    _imp.attach(subject, *subscriber, RCShdPtr<RCBase>(subscriber.get()));
+}
+template <class Tag>
 bool ObChangeManager<Tag>::detachObserver(ObSubject<Tag>& subject, ObObserver<Tag>* observer) {
     if (!observer) RCExUtil::throwExNullPtr(typeid(ObObserver<Tag>).name());
     return _imp.detach(subject, *observer);
@@ -48,6 +53,11 @@ void ObChangeManager<Tag>::disableUpdates(ObObserver<Tag>& observer) {
 }
 
 // May outlive the change manager at process exit.
+template <class Tag>
+void ObChangeManager<Tag>::release(ObObserver<Tag>& observer) noexcept {
+    if (ObChangeManager::getState() == ObChangeManager::INITIALIZED)
+        ObChangeManager::getInstance()._imp.release(observer);
+}
 template <class Tag>
 void ObChangeManager<Tag>::forget(ObSubject<Tag>& subject) noexcept {
     if (ObChangeManager::getState() == ObChangeManager::INITIALIZED)

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <typeinfo>
 
 namespace Ko {
@@ -31,6 +32,13 @@ public:
 
     /// Appends a hint. @throws ExNullPtr for a null pointer.
     void add(RCShdPtr<ObHint> hint);
+    /// Says that an event on the application thread sends these hints: subscriptions that are delivered there are called at
+    /// once, without an event of their own.
+    void setDeferred() noexcept { _isDeferred = true; }
+    /// Whether an event on the application thread sends these hints.
+    [[nodiscard]] bool isDeferred() const noexcept { return _isDeferred; }
+    /// The same hints, for a later time.
+    [[nodiscard]] std::unique_ptr<ObHints> copy() const;
     /// The number of hints.
     [[nodiscard]] std::size_t size() const noexcept { return _size; }
     /// The hint at an index, which is less than the number of hints.
@@ -51,6 +59,7 @@ private:
     std::array<RCShdPtr<ObHint>, 2> _first;
     Vector<RCShdPtr<ObHint>> _others;
     std::size_t _size = 0;
+    bool _isDeferred = false;
 };
 
 } // namespace Ko

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "resmgt/obChangeManager.h"
+#include "resmgt/obSubscriber.h"
 
 namespace Ko {
 
@@ -25,6 +26,20 @@ public:
     bool detachObserver(ObObserver<Tag>* observer) {
         return ObChangeManager<Tag>::getInstance().detachObserver(*this, observer);
     }
+    /// Calls a callable for each notification, until the subscription ends. It has its place among the observers, and is
+    /// called without a lock; an exception is logged. Any thread. @throws ExNullPtr for an empty callable.
+    [[nodiscard]] ObSubscription subscribe(ObSubscriberBase::Callable callable, ObDelivery delivery) {
+        return ObSubscription(connect(std::move(callable), delivery, nullptr));
+    }
+    /// Calls a callable with the first hint of exactly the class `Hint` in each notification that has one. The rest as above:
+    ///
+    ///     shown = job->on<BgJobHintProgress>([&](BgJobHintProgress const& step) { bar.set(step.getProgress()); });
+    template <class Hint, class Callable>
+    [[nodiscard]] ObSubscription on(Callable callable, ObDelivery delivery = ObDelivery::ApplicationThread) {
+        return ObSubscription(
+            connect([callable = std::move(callable)](ObHints const& hints) { callable(*hints.pickHint<Hint>()); },
+                delivery, [](ObHints const& hints) { return hints.pickHint<Hint>() != nullptr; }));
+    }
     /// Calls `update` of all attached observers on this thread, in the order of their attachment and without a lock. Observers
     /// that are attached meanwhile are notified the next time. An exception from an observer is logged. Any thread.
     void notify(ObHints const& hints) {
@@ -33,6 +48,13 @@ public:
 
 protected:
     ObSubject() = default;
+    /// Implements `subscribe`. @param filter null for all hints.
+    RCShdPtr<ObSubscriber<Tag>> connect(
+        ObSubscriberBase::Callable callable, ObDelivery delivery, ObSubscriberBase::Filter filter) {
+        auto subscriber = RCShdPtr<ObSubscriber<Tag>>::create(std::move(callable), delivery, filter);
+        ObChangeManager<Tag>::getInstance().attachSubscriber(*this, subscriber);
+        return subscriber;
+    }
     ~ObSubject() {
         if (wasLinked()) ObChangeManager<Tag>::forget(*this);
     }

@@ -1,6 +1,8 @@
 #include "framework/bgTask/bgJob.h"
 
 #include "base/assertions.h"
+#include "framework/bgTask/src/bgJobAnnex.h"
+#include "framework/bgTask/src/bgJobUse.h"
 #include "internalAPI/statMgr.h"
 #include "resmgt/lgFirstError.h"
 
@@ -24,64 +26,6 @@ bool isWhole(float progress) noexcept {
 
 } // namespace
 
-/// One use of the protocol by a thread. Keeps the protocol and the job alive: the protocol or an observer may release the
-/// last other reference to the job.
-class BgJob::Use {
-public:
-    enum class Purpose { Question, Execution };
-
-    explicit Use(BgJob& job, Purpose purpose = Purpose::Question)
-        : _job(&job), _purpose(purpose), _outer(std::exchange(innermost, this)) {
-        std::lock_guard const guard(job._lock);
-        _hasProtocol = !job._isReleased;
-        if (!_hasProtocol) return;
-        if (purpose == Purpose::Question)
-            ++job._uses;
-        else if (job._executions++ == 0)
-            job._endOfJob.reset();
-    }
-    ~Use() {
-        if (_hasProtocol && leave()) _job->deleteUnusedProtocol();
-        innermost = _outer;
-    }
-    Use(Use const&) = delete;
-    Use& operator=(Use const&) = delete;
-
-    /// False if the protocol was released before.
-    bool hasProtocol() const noexcept { return _hasProtocol; }
-
-    /// Whether this thread is inside the protocol of the job, for one of the purposes or for any.
-    static bool isInside(BgJob const& job) noexcept {
-        return any([&job](Use const& use) { return use._job.get() == &job; });
-    }
-    static bool isExecuting(BgJob const& job) noexcept {
-        return any([&job](Use const& use) { return use._job.get() == &job && use._purpose == Purpose::Execution; });
-    }
-
-private:
-    // Whether this was the last use of a released protocol.
-    bool leave() noexcept {
-        BgJob& job = *_job;
-        std::lock_guard const guard(job._lock);
-        if (_purpose == Purpose::Question) return --job._uses == 0 && job._isReleased;
-        if (--job._executions == 0) job._endOfJob.set();
-        return false;
-    }
-    template <class Predicate>
-    static bool any(Predicate predicate) noexcept {
-        for (Use const* use = innermost; use; use = use->_outer)
-            if (predicate(*use)) return true;
-        return false;
-    }
-
-    static thread_local Use const* innermost;
-
-    RCShdPtr<BgJob> const _job;
-    Purpose const _purpose;
-    Use const* const _outer;
-    bool _hasProtocol = false;
-};
-
 constinit thread_local BgJob::Use const* BgJob::Use::innermost = nullptr;
 
 RCShdPtr<BgJob> BgJob::create(OPtr<BgJobProtocol> protocol) {
@@ -94,20 +38,25 @@ BgJob::BgJob(OPtr<BgJobProtocol> protocol)
       _ended(_submitted) {
     setState(&BgJobWaiting::getInstance());
     _protocol->setProgressCallback(this);
+    _protocol->_job = this;
     _notificationsEnabled = true;
 }
 
-BgJob::~BgJob() = default;
+BgJob::~BgJob() {
+    if (_protocol) _protocol->leaveJob();
+}
 
 void BgJob::execute() {
     Use const use(*this, Use::Purpose::Execution);
-    if (use.hasProtocol()) {
+    if (use.mayExecute()) {
         try {
             runProtocol();
         } catch (ExBase const& error) {
-            fail(&error);
+            fail(&error, "");
+        } catch (std::exception const& error) {
+            fail(nullptr, error.what());
         } catch (...) {
-            fail(nullptr);
+            fail(nullptr, "an exception of an unknown type");
         }
     }
     StatMgr::flushStatistics();
@@ -124,13 +73,24 @@ void BgJob::stop() {
     if (use.hasProtocol()) getState()->stop(this);
 }
 
+// After the release of the protocol, the value of the last notification.
+float BgJob::getProgress() const {
+    Use const use(const_cast<BgJob&>(*this));
+    if (use.hasProtocol()) return _protocol->progress();
+    std::lock_guard const guard(_lock);
+    return _progress;
+}
+
 BgJobStatistics BgJob::getStatistics() {
-    Use const use(*this);
-    float const reported = use.hasProtocol() ? _protocol->progress() : 0.0f;
+    float const progress = getProgress();
     std::lock_guard const guard(_lock);
     auto const format = [](LiDate const& date) { return LiDateFormat::format(date, 1); };
-    return {format(_submitted), _startedSet ? format(_started) : "", _endedSet ? format(_ended) : "",
-        use.hasProtocol() ? reported : _progress};
+    return {format(_submitted), _startedSet ? format(_started) : "", _endedSet ? format(_ended) : "", progress};
+}
+
+std::optional<BgJobTimes::Duration> BgJob::getRemaining() const {
+    if (getState() != &BgJobBusy::getInstance()) return {};
+    return getTimes().estimateRemaining(getProgress(), LiDate::Clock::now());
 }
 
 bool BgJob::isReleased() const {
@@ -176,7 +136,8 @@ void BgJob::reportProgress(int done, int total) {
     {
         std::lock_guard const guard(_lock);
         float const rise = progress - _progress;
-        bool const notifies = rise < 0.0f || rise >= _slice || (rise > 0.0f && isWhole(progress));
+        bool const wasUnknown = std::isnan(_progress) && !std::isnan(progress);
+        bool const notifies = rise < 0.0f || rise >= _slice || (rise > 0.0f && isWhole(progress)) || wasUnknown;
         if (!notifies) return;
         _progress = progress;
     }
@@ -195,6 +156,8 @@ void BgJob::reportProgress(int done, int total) {
 template <class MayChange>
 bool BgJob::changeStateIf(MayChange mayChange, BgJobState const* state) {
     BgJobHintChangeState::JobState_t value = state->getHintValue();
+    bool notifies = false;
+    bool resumes = false;
     {
         std::lock_guard const guard(_lock);
         if (!mayChange(_state.load(std::memory_order_relaxed))) return false;
@@ -205,14 +168,29 @@ bool BgJob::changeStateIf(MayChange mayChange, BgJobState const* state) {
         // Together with the change: a stop before it does not hold for this execution, a stop after it does.
         if (value == BgJobHintChangeState::Busy && _protocol) _protocol->prepareStart();
         _state.store(state, std::memory_order_release);
-        if (_isNotifying || !_notificationsEnabled || !hasObservers()) return true;
-        _isNotifying = true;
+        resumes = _isPaused && value >= BgJobHintChangeState::Stopping && endPause();
+        notifies = !_isNotifying && _notificationsEnabled && hasObservers();
+        if (notifies) _isNotifying = true;
     }
+    if (resumes) [[unlikely]]
+        postNews();
+    if (!notifies) return true;
     RCShdPtr<BgJob> const self(this);
     do {
         notifyState(self, value);
     } while (takePending(value));
     return true;
+}
+
+bool BgJob::endWaiting(BgJobState const* state, LiString reason) {
+    BgJobState const* const waiting = &BgJobWaiting::getInstance();
+    return changeStateIf(
+        [&](BgJobState const* current) {
+            if (current != waiting) return false;
+            annex().reason = std::move(reason);
+            return true;
+        },
+        state);
 }
 
 bool BgJob::takePending(BgJobHintChangeState::JobState_t& state) noexcept {
@@ -231,15 +209,16 @@ void BgJob::notifyState(RCShdPtr<BgJob> const& self, BgJobHintChangeState::JobSt
     error.log();
 }
 
-void BgJob::fail(ExBase const* error) noexcept {
+void BgJob::fail(ExBase const* error, char const* reason) noexcept {
     LgFirstError failure("Keeping a job's error");
-    if (error) {
-        failure.capture([this, error] {
-            std::shared_ptr<ExBase const> copy(error->clone());
-            std::lock_guard const guard(_lock);
+    failure.capture([&] {
+        std::shared_ptr<ExBase const> copy(error ? error->clone() : nullptr);
+        std::lock_guard const guard(_lock);
+        if (error)
             _error.swap(copy);
-        });
-    }
+        else
+            annex().reason = reason;
+    });
     failure.capture([this] { setState(&BgJobFailed::getInstance()); });
     failure.log();
 }
@@ -282,17 +261,17 @@ void BgJob::deleteUnusedProtocol() noexcept {
     OPtr<BgJobProtocol> unused;
     {
         std::lock_guard const guard(_lock);
-        if (_uses == 0) unused = std::move(_protocol);
+        if (_uses > 0 || !_protocol) return;
+        keepNames();
+        unused = std::move(_protocol);
     }
-    if (!unused) return;
+    unused->leaveJob();
     unused.reset();
     _protocolDeleted.set();
 }
 
-LiString BgJob::describe() {
-    Use const use(*this);
-    if (!use.hasProtocol()) return "a released job";
-    return "\"" + _protocol->getJobName() + "\" (" + _protocol->getJobType() + ")";
+LiString BgJob::describe() const {
+    return "\"" + getName() + "\" (" + getType() + ")";
 }
 
 } // namespace Ko

@@ -1,5 +1,10 @@
 #include "framework/bgTask/bgJobProtocol.h"
 
+#include "base/inInitMgr.h"
+#include "framework/bgTask/bgJob.h"
+
+#include <algorithm>
+#include <limits>
 #include <mutex>
 #include <utility>
 
@@ -20,6 +25,7 @@ void BgJobProtocol::start() {
 void BgJobProtocol::stop() {
     std::lock_guard const guard(_continueLock);
     _continue = false;
+    if (_isHeld) _isLetGo->broadcast();
 }
 
 float BgJobProtocol::progress() const {
@@ -27,6 +33,14 @@ float BgJobProtocol::progress() const {
 }
 
 bool BgJobProtocol::continueExecution() const {
+    std::unique_lock lock(_continueLock);
+    // The application thread would wait for itself to resume the job.
+    if (_isHeld && !InInitMgr::isApplicationThread()) [[unlikely]]
+        _isLetGo->wait(lock, [this] { return !_isHeld || !_continue; });
+    return _continue;
+}
+
+bool BgJobProtocol::mayContinue() const {
     std::lock_guard const guard(_continueLock);
     return _continue;
 }
@@ -35,6 +49,52 @@ bool BgJobProtocol::continueExecution() const {
 void BgJobProtocol::reportProgress(int done, int total) const {
     _progress.store(static_cast<float>(done) / static_cast<float>(total), std::memory_order_relaxed);
     if (_progressCallback) _progressCallback->reportProgress(done, total);
+}
+
+void BgJobProtocol::reportUnits(std::int64_t done, std::int64_t total, std::string_view unit) const {
+    constexpr std::int64_t most = std::numeric_limits<int>::max();
+    std::int64_t const scale = 1 + total / most;
+    std::int64_t const scaled = std::clamp(done / scale, -most, most);
+    if (total > 0)
+        reportProgress(static_cast<int>(scaled), static_cast<int>(total / scale));
+    else
+        reportProgress(0, 0);
+    if (_job) _job->reportUnits(done, std::max<std::int64_t>(total, 0), unit);
+}
+
+void BgJobProtocol::reportUnknownProgress() const {
+    reportUnits(0, 0, {});
+}
+
+void BgJobProtocol::reportPhase(std::string_view phase) const {
+    if (_job) _job->reportPhase(phase);
+}
+
+void BgJobProtocol::reportMessage(BgMessage::Severity severity, std::string_view text) const {
+    if (_job) _job->reportMessage(severity, text);
+}
+
+void BgJobProtocol::keepResult(std::shared_ptr<void> result, std::type_info const& type) const {
+    if (_job) _job->keepResult(std::move(result), type);
+}
+
+// Called by the job under its lock.
+void BgJobProtocol::hold() {
+    std::lock_guard const guard(_continueLock);
+    if (!_isLetGo) _isLetGo = std::make_unique<LkCondVar>("Job is resumed");
+    _isHeld = true;
+}
+
+void BgJobProtocol::letGo() noexcept {
+    std::lock_guard const guard(_continueLock);
+    _isHeld = false;
+    if (_isLetGo) _isLetGo->broadcast();
+}
+
+// Its destructor may still report.
+void BgJobProtocol::leaveJob() noexcept {
+    if (_progressCallback == _job) _progressCallback = nullptr;
+    _job = nullptr;
 }
 
 void BgJobProtocol::prepareStart() noexcept {

@@ -1,16 +1,10 @@
 #include "framework/bgTask/bgManager.h"
 
 #include "base/assertions.h"
-#include "base/evEventManager.h"
 #include "base/inSingleton.imp.h"
-#include "framework/bgTask/bgEx.h"
-#include "framework/bgTask/src/bgAskOnly.h"
-#include "framework/bgTask/src/bgLog.h"
 #include "framework/bgTask/src/bgManagerImp.h"
-#include "resmgt/lgFirstError.h"
 #include "resmgt/msgServer.h"
 
-#include <algorithm>
 #include <mutex>
 #include <typeinfo>
 #include <utility>
@@ -21,8 +15,6 @@ namespace {
 
 constexpr AssertionSource source{"framework\\bgTask\\src\\bgManager"};
 constexpr int jobsLeftAtTheEnd = 220;
-constexpr int jobDoesNotEnd = 319;
-constexpr double longestWait = 5.0; // seconds
 
 constexpr char const* notEnoughSpace = "Ko::CtServerEx::ExNotEnoughSpace";
 
@@ -30,23 +22,6 @@ using Singleton = InSingleton<BgManagerImp>;
 
 void requireJob(RCShdPtr<BgJob> const& job) {
     if (job.isNull()) RCExUtil::throwExNullPtr(typeid(BgJob).name());
-}
-
-// Runs a step and logs what it throws, so that the following steps run in any case.
-template <class Step>
-void logFailure(char const* context, Step step) noexcept {
-    LgFirstError error(context);
-    error.capture(step);
-    error.log();
-}
-
-void requestStop(BgJob& job) noexcept {
-    logFailure("Stopping a job", [&job] { job.stop(); });
-}
-
-template <class MakeText>
-void logError(MakeText makeText) noexcept {
-    logFailure("Logging of a job", [&makeText] { BgLog::group.log(0, makeText); });
 }
 
 } // namespace
@@ -71,6 +46,45 @@ void BgManager::performFinalize() {
     Singleton::performFinalize();
 }
 
+namespace {
+
+BgManagerImp& imp(BgManager& manager) noexcept {
+    return static_cast<BgManagerImp&>(manager);
+}
+
+} // namespace
+
+void BgManager::addJob(RCShdPtr<BgJob> job, BgAfter const& after) {
+    imp(*this).addJob(job, &after);
+}
+RCShdPtr<BgJob> BgManager::addJob(OPtr<BgJobProtocol> protocol, BgAfter const& after) {
+    RCShdPtr<BgJob> job = BgJob::create(std::move(protocol));
+    addJob(job, after);
+    return job;
+}
+void BgManager::addUiJob(RCShdPtr<BgJob> job, unsigned priority, BgAfter const& after) {
+    imp(*this).addUiJob(job, priority, &after);
+}
+RCShdPtr<BgJob> BgManager::addUiJob(OPtr<BgJobProtocol> protocol, unsigned priority, BgAfter const& after) {
+    RCShdPtr<BgJob> job = BgJob::create(std::move(protocol));
+    addUiJob(job, priority, after);
+    return job;
+}
+Vector<RCShdPtr<BgJob>> BgManager::getPredecessors(RCShdPtr<BgJob> const& job) {
+    return imp(*this).order().getPredecessors(*job);
+}
+bool BgManager::moveToFront(RCShdPtr<BgJob> const& job) {
+    BgWorkers* const workers = imp(*this).workersOf(*job);
+    return workers && workers->moveToFront(*job);
+}
+void BgManager::stopAllJobs(
+    std::chrono::milliseconds grace, std::function<void(Vector<RCShdPtr<BgJob>> const& unended)> whenEnded) {
+    imp(*this).stopAllJobs(grace, std::move(whenEnded));
+}
+ObSubscription BgManager::onJobs(std::function<void(BgManagerHintJobs const& hint)> callable, BgFollow follow) {
+    return imp(*this).follow(std::move(callable), follow);
+}
+
 /// A change of a job, passed to the application thread. The job is set only together with its error.
 struct BgManagerImp::JobUpdateCbParams {
     RCShdPtr<BgJob> job;
@@ -83,66 +97,55 @@ struct BgManagerImp::JobUpdateCbParams {
 
 BgManagerImp::~BgManagerImp() {
     logUnendedJobs();
-    for (Group* const group : {&_general, &_lowPriority, &_highPriority})
+    for (BgWorkers* const group : {&_general, &_lowPriority, &_highPriority})
         group->waitForRequests();
     disableUpdates();
 }
 
 void BgManagerImp::addJob(RCShdPtr<BgJob> job) {
+    addJob(job, nullptr);
+}
+
+void BgManagerImp::addJob(RCShdPtr<BgJob> const& job, BgAfter const* after) {
     requireJob(job);
     // Allocated first: nothing may fail after a worker has the job.
     ObHints const hints(RCShdPtr<BgManagerHintNew>::create(job));
-    submit(job, _general, true);
+    submit(job, _general, after);
     notify(hints);
 }
 
 RCShdPtr<BgJob> BgManagerImp::addJob(OPtr<BgJobProtocol> protocol) {
     RCShdPtr<BgJob> job = BgJob::create(std::move(protocol));
-    addJob(job);
+    addJob(job, nullptr);
     return job;
 }
 
 void BgManagerImp::addUiJob(RCShdPtr<BgJob> job, unsigned priority) {
+    addUiJob(job, priority, nullptr);
+}
+
+void BgManagerImp::addUiJob(RCShdPtr<BgJob> const& job, unsigned priority, BgAfter const* after) {
     requireJob(job);
-    submit(job, priority == 1 ? _highPriority : _lowPriority, false);
+    submit(job, priority == 1 ? _highPriority : _lowPriority, after);
 }
 
 RCShdPtr<BgJob> BgManagerImp::addUiJob(OPtr<BgJobProtocol> protocol, unsigned priority) {
     RCShdPtr<BgJob> job = BgJob::create(std::move(protocol));
-    addUiJob(job, priority);
+    addUiJob(job, priority, nullptr);
     return job;
 }
 
-void BgManagerImp::stopAndDeleteJob(RCShdPtr<BgJob> job) {
-    requireJob(job);
-    // Allocated first: a job that was stopped is also deleted, and the observers are notified.
-    ObHints const hints(RCShdPtr<BgManagerHintDelete>::create(job));
-    requestStop(*job);
-    if (!job->releaseProtocol())
-        throw BgEx::ExBgManager(source.file(), jobDoesNotEnd, "Unable to stop and delete this background job.");
-    removeFromList(*job);
-    notify(hints);
-    job->detachObserver(this);
+ObSubscription BgManagerImp::follow(std::function<void(BgManagerHintJobs const&)> callable, BgFollow follow) {
+    ObSubscription subscription = _followers.add(std::move(callable), follow);
+    if (follow == BgFollow::JobsAndUiJobs)
+        for (auto const& job : getJobs())
+            if (isUiJob(*job)) _followers.observe(*job);
+    return subscription;
 }
 
 List<RCShdPtr<BgJob>> BgManagerImp::getJobs() {
     std::lock_guard const guard(_lock);
     return _jobs;
-}
-
-void BgManagerImp::stopAllJobs() {
-    dropEndedJobs();
-    {
-        BgAskOnly const askOnly;
-        forEachJob(requestStop);
-    }
-    forEachJob([this](BgJob& job) {
-        logFailure("Detaching from a job", [&] { job.detachObserver(this); });
-        job.requestEnd();
-    });
-    auto const deadline = LkDeadline::after(longestWait);
-    while (RCShdPtr<BgJob> const job = firstJob())
-        job->releaseUntil(deadline) ? removeFromList(*job) : abandon(job);
 }
 
 // Runs on the thread that changed the job. The observers are notified on the application thread only.
@@ -154,6 +157,7 @@ void BgManagerImp::update(ObObserver<BgJobTag> const*, ObHints const& hints) {
         EvEventManager::getInstance().postRequest(JobUpdateCbParams{std::move(job), std::move(error)});
     }
     if (hints.pickHint<BgJobHintProgress>()) EvEventManager::getInstance().postRequest(JobUpdateCbParams{});
+    _followers.note(hints, false);
 }
 
 void BgManagerImp::jobUpdated(JobUpdateCbParams const& update) {
@@ -166,20 +170,29 @@ void BgManagerImp::jobUpdated(JobUpdateCbParams const& update) {
     notify(hints);
 }
 
-void BgManagerImp::submit(RCShdPtr<BgJob> const& job, Group& group, bool isObserved) {
+void BgManagerImp::submit(RCShdPtr<BgJob> const& job, BgWorkers& group, BgAfter const* after) {
     dropEndedJobs();
     std::unique_lock lock(_lock);
     auto const listedBefore = job->_listed;
     job->_listed = _jobs.insert(_jobs.end(), job);
     ++job->_timesListed;
+    job->_workers = &group;
+    if (job->_number == 0) job->_number = ++_lastNumber;
     lock.unlock();
+    bool const isUiJob = &group != &_general;
     bool isNewlyObserved = false;
+    // Before a worker can take the job, so that its changes come later.
+    _followers.note(job, BgJobChange::Kind::Added, isUiJob);
     try {
         // Before a worker can take the job, so that no failure is missed.
-        isNewlyObserved = isObserved && job->attachObserver(this);
-        group.add(job);
+        isNewlyObserved = isUiJob ? _followers.observe(*job) : job->attachObserver(this);
+        if (after && !after->predecessors.empty())
+            _order.add(job, *after);
+        else
+            group.add(job);
     } catch (...) {
-        if (isNewlyObserved) job->detachObserver(this);
+        if (isNewlyObserved) isUiJob ? _followers.forget(*job) : static_cast<void>(job->detachObserver(this));
+        _followers.note(job, BgJobChange::Kind::Removed, isUiJob);
         lock.lock();
         if (job->_timesListed == 0) throw; // removed meanwhile
         --job->_timesListed;
@@ -188,25 +201,26 @@ void BgManagerImp::submit(RCShdPtr<BgJob> const& job, Group& group, bool isObser
     }
 }
 
-// Safe against changes of the list by what `step` calls.
-template <class Step>
-void BgManagerImp::forEachJob(Step step) noexcept {
-    {
-        std::lock_guard const guard(_lock);
-        _nextToVisit = _jobs.begin();
-    }
-    while (RCShdPtr<BgJob> const job = visitNext())
-        step(*job);
+BgWorkers* BgManagerImp::workersOf(BgJob const& job) const noexcept {
+    std::lock_guard const guard(_lock);
+    return job._workers;
 }
 
-RCShdPtr<BgJob> BgManagerImp::visitNext() noexcept {
-    std::lock_guard const guard(_lock);
-    return _nextToVisit == _jobs.end() ? RCShdPtr<BgJob>() : *_nextToVisit++;
+bool BgManagerImp::isUiJob(BgJob const& job) const noexcept {
+    return workersOf(job) != &_general;
 }
 
-RCShdPtr<BgJob> BgManagerImp::firstJob() noexcept {
-    std::lock_guard const guard(_lock);
-    return _jobs.empty() ? RCShdPtr<BgJob>() : _jobs.front();
+void BgManagerImp::queue(RCShdPtr<BgJob> const& job) {
+    if (Singleton::isInitialized()) Singleton::getInstance().workersOf(*job)->add(job);
+}
+
+// Ahead of all that were submitted later: jobs that are resumed together keep their order.
+void BgManagerImp::queueAgain(RCShdPtr<BgJob> const& job) {
+    if (!Singleton::isInitialized()) return;
+    BgWorkers* const workers = Singleton::getInstance().workersOf(*job);
+    auto const isLater = [number = job->_number](
+                             MtTaskImp const& waiting) { return static_cast<BgJob const&>(waiting)._number > number; };
+    if (workers) workers->addAhead(job, isLater);
 }
 
 // The caller holds a reference, so that no job is destroyed under the lock.
@@ -227,39 +241,6 @@ void BgManagerImp::removeFromList(BgJob& job) noexcept {
 void BgManagerImp::eraseEntry(Jobs::iterator entry) noexcept {
     if (entry == _nextToVisit) ++_nextToVisit;
     _jobs.erase(entry);
-}
-
-// Keeps a reference without allocating one.
-void BgManagerImp::abandon(RCShdPtr<BgJob> const& job) noexcept {
-    auto const makeText = [&job] {
-        return "The background job " + job->describe() + " did not end within 5 seconds after it was stopped.";
-    };
-    logError(makeText);
-    {
-        std::lock_guard const guard(_lock);
-        auto const entry = std::find(_jobs.begin(), _jobs.end(), job);
-        if (entry == _jobs.end()) return;
-        if (entry == _nextToVisit) ++_nextToVisit;
-        // The entry that removal finds by its iterator must stay in the list.
-        if (job->_timesListed == 1) job->_timesListed = 0;
-        _abandoned.splice(_abandoned.end(), _jobs, entry);
-    }
-    removeFromList(*job);
-}
-
-void BgManagerImp::dropEndedJobs() noexcept {
-    Jobs ended; // destroyed last: destructors may use the manager
-    for (auto entry = _abandoned.begin(); entry != _abandoned.end();) {
-        auto const next = std::next(entry);
-        if (!(*entry)->isExecuting()) ended.splice(ended.end(), _abandoned, entry);
-        entry = next;
-    }
-}
-
-void BgManagerImp::logUnendedJobs() noexcept {
-    dropEndedJobs();
-    for (RCShdPtr<BgJob> const& job : _abandoned)
-        logError([&job] { return "Waiting for the background job " + job->describe() + ", which does not end."; });
 }
 
 } // namespace Ko

@@ -7,6 +7,9 @@ namespace Ko {
 template class ObObserver<BgManagerTag>;
 template class ObChangeManager<BgManagerTag>;
 template class LkSingleton<ObChangeManager<BgManagerTag>>;
+template class ObObserver<BgListTag>;
+template class ObChangeManager<BgListTag>;
+template class LkSingleton<ObChangeManager<BgListTag>>;
 
 BgManagerHintNew::BgManagerHintNew(RCShdPtr<BgJob> job) : _job(std::move(job)) {}
 BgManagerHintNew::~BgManagerHintNew() = default;
@@ -16,6 +19,9 @@ BgManagerHintDelete::~BgManagerHintDelete() = default;
 
 BgManagerNotEnoughSpaceHint::BgManagerNotEnoughSpaceHint(RCShdPtr<BgJob> job) : _job(std::move(job)) {}
 BgManagerNotEnoughSpaceHint::~BgManagerNotEnoughSpaceHint() = default;
+
+BgManagerHintJobs::BgManagerHintJobs(Vector<BgJobChange> changes) : _changes(std::move(changes)) {}
+BgManagerHintJobs::~BgManagerHintJobs() = default;
 
 BgManagerUpdateHint::BgManagerUpdateHint() = default;
 BgManagerUpdateHint::~BgManagerUpdateHint() = default;

@@ -34,11 +34,22 @@ void EvEventManager::post(EvRequestEvent event) {
 }
 
 std::size_t EvEventManager::processEvents() {
+    return processWhile([] { return true; });
+}
+
+std::size_t EvEventManager::processEvents(std::chrono::nanoseconds budget) {
+    using Clock = std::chrono::steady_clock;
+    auto const start = Clock::now();
+    return processWhile([start, budget] { return Clock::now() - start < budget; });
+}
+
+template <class MayContinue>
+std::size_t EvEventManager::processWhile(MayContinue mayContinue) {
     source.require(InInitMgr::isApplicationThread(), "InInitMgr::isApplicationThread()");
     std::size_t processed = 0;
     try {
         takePosted();
-        processTaken(processed);
+        processTaken(processed, mayContinue);
     } catch (...) {
         if (hasEvents()) wakeUp();
         throw;
@@ -46,13 +57,16 @@ std::size_t EvEventManager::processEvents() {
     return processed;
 }
 
-void EvEventManager::processTaken(std::size_t& processed) {
+template <class MayContinue>
+void EvEventManager::processTaken(std::size_t& processed, MayContinue mayContinue) {
     // Any of the events may run a nested loop, which sleeps unless it is woken for the others.
     if (_taken.size() - _next > 1) wakeUp();
-    for (; _next < _taken.size(); ++processed) {
+    while (_next < _taken.size()) {
+        if (processed > 0 && !mayContinue()) return wakeUp();
         // Moved out first: a nested call may reallocate `_taken`.
         EvRequestEvent event = std::move(_taken[_next++]);
         _numRemaining.store(_taken.size() - _next, std::memory_order_relaxed);
+        ++processed;
         event();
     }
     _taken.clear();
@@ -74,14 +88,22 @@ bool EvEventManager::hasEvents() const {
 }
 
 void EvEventManager::takePosted() {
+    leaveProcessed();
     std::lock_guard const guard(_lock);
     if (_taken.empty())
         _taken.swap(_posted);
-    else { // within an event, or after one that threw
+    else { // within an event, after one that threw, or after the end of a budget
         _taken.insert(_taken.end(), std::make_move_iterator(_posted.begin()), std::make_move_iterator(_posted.end()));
         _posted.clear();
     }
     _numRemaining.store(_taken.size() - _next, std::memory_order_relaxed);
+}
+
+// Otherwise the events that have run would stay for as long as each call leaves some for the next one.
+void EvEventManager::leaveProcessed() noexcept {
+    if (_next <= _taken.size() / 2) return;
+    _taken.erase(_taken.begin(), _taken.begin() + static_cast<std::ptrdiff_t>(_next));
+    _next = 0;
 }
 
 void EvEventManager::wakeUp() const {

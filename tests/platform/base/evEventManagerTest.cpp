@@ -92,6 +92,27 @@ TEST_F(EvEventManagerTest, ProcessesTheRemainingEventsInANestedCall) {
     EXPECT_EQ(0u, events.processEvents());
 }
 
+// A budget that is used up before the first event, whatever the clock does.
+TEST_F(EvEventManagerTest, LeavesTheRestOfABudgetInOrderAndWakesTheHost) {
+    std::string expected;
+    for (char name = 'a'; name <= 'z'; ++name)
+        post(name);
+    for (char name = 'a'; name <= 'z'; ++name) {
+        wakeUps = 0;
+        post('+'); // waits for its turn
+        expected += name;
+        EXPECT_EQ(1u, events.processEvents(std::chrono::nanoseconds(0)));
+        EXPECT_EQ(expected, processed);
+        EXPECT_LT(0, wakeUps);
+    }
+    events.postRequest([this] { EXPECT_EQ(1u, events.processEvents(std::chrono::nanoseconds(0))); });
+    post('b');
+    post('c');
+    EXPECT_EQ(28u, events.processEvents(std::chrono::hours(1)));
+    EXPECT_EQ(expected + std::string(26, '+') + "bc", processed);
+    EXPECT_EQ(0u, events.processEvents(std::chrono::nanoseconds(0)));
+}
+
 TEST_F(EvEventManagerTest, KeepsTheEventsAfterOneThatThrows) {
     events.postRequest([] { throw std::runtime_error("bad event"); });
     post('a');

@@ -60,6 +60,26 @@ TEST(MtGroup, ExecutesTasksOfAllProducersOnceAndThoseOfEachInOrder) {
         EXPECT_EQ(tasks, count);
 }
 
+TEST(MtGroup, ChangesTheOrderOfWaitingTasks) {
+    Group group("Reordered", 1);
+    Gate gate(group);
+    std::string executed;
+    std::vector<RCShdPtr<Task>> tasks;
+    for (char const name : {'a', 'b', 'c', 'd', 'e'})
+        tasks.push_back(RCShdPtr<Task>::create([&executed, name] { executed += name; }));
+    for (auto const& task : {tasks[0], tasks[1], tasks[2]})
+        group.add(task);
+    EXPECT_TRUE(group.moveToFront(*tasks[2]));
+    EXPECT_TRUE(group.moveToFront(*tasks[2]));
+    EXPECT_FALSE(group.moveToFront(*tasks[3]));
+    group.addAhead(tasks[3], [&](MtTaskImp const& waiting) { return &waiting == tasks[1].get(); });
+    group.addAhead(tasks[4], [](MtTaskImp const&) { return false; });
+    gate.opened.set();
+    group.waitForRequests();
+    EXPECT_EQ("cadbe", executed);
+    EXPECT_THROW(group.addAhead(nullptr, [](MtTaskImp const&) { return true; }), ExNullPtr);
+}
+
 TEST(MtGroup, PutsAllWorkersToWork) {
     Group group("Six", 6);
     for (int round = 0; round < 200; ++round) {

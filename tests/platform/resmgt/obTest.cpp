@@ -6,6 +6,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <latch>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 
@@ -253,6 +254,31 @@ TEST(ObRace, UpdatesOnAllThreadsAttachAndDetachObservers) {
     Notifiers const notifiers(subjects);
     while (turns < 20000)
         std::this_thread::yield();
+}
+
+TEST(ObRace, NoCallFollowsTheEndOfASubscription) {
+    std::vector<Subject> subjects(2);
+    Notifiers const notifiers(subjects);
+    std::atomic<unsigned> turn{0};
+    for (int round = 0; round < 500; ++round) {
+        ObSubscription own;
+        Mortal target;
+        std::mutex mutex;
+        auto const call = [&](ObHints const& hints) {
+            target.update(&target, hints);
+            if (++turn % 5 > 0) return;
+            // Fails while the test ends the subscription, which waits for this call.
+            if (std::unique_lock const lock(mutex, std::try_to_lock); lock) own.end();
+        };
+        {
+            std::lock_guard const guard(mutex);
+            own = subjects[0].subscribe(call, ObDelivery::Here);
+        }
+        auto const other = subjects[1].subscribe(call, ObDelivery::Here);
+        if (round % 4 == 0) std::this_thread::yield();
+        std::lock_guard const guard(mutex);
+        own = {};
+    }
 }
 
 TEST(ObRace, SubjectsAndObserversAreDestroyedAtTheSameTime) {

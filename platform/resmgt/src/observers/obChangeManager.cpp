@@ -25,6 +25,8 @@ struct ObLink {
     int running = 0;
     int waiting = 0;
     bool isDetached = false;
+    // Keeps the observer for as long as the link exists. Null for an observer that waits for the end of its updates.
+    RCShdPtr<RCBase> owner{};
 };
 
 namespace {
@@ -58,6 +60,26 @@ void ObSubjectLinks::Lock::waitUntilFree() const noexcept {
     for (int tries = 0; _isLocked.load(std::memory_order_relaxed); ++tries)
         if (tries > 16) std::this_thread::yield(); // the holder may have been suspended
 }
+
+/// The lock of the links. Destroys unused links after the unlock, since the owner of an observer may run arbitrary code.
+class ObChangeManagerImp::Guard : public std::unique_lock<std::mutex> {
+public:
+    explicit Guard(std::mutex& mutex) : unique_lock(mutex) {}
+    ~Guard() {
+        if (owns_lock()) unlock();
+        while (_unused) {
+            std::unique_ptr<ObLink> const link(_unused);
+            _unused = link->nextOfSubject;
+        }
+    }
+    Guard(Guard const&) = delete;
+    Guard& operator=(Guard const&) = delete;
+
+    void destroyLater(ObLink& link) noexcept { link.nextOfSubject = std::exchange(_unused, &link); }
+
+private:
+    ObLink* _unused = nullptr;
+};
 
 /// One notification, which goes from link to link.
 class ObChangeManagerImp::Pass {
@@ -104,8 +126,8 @@ private:
         return link && link->number <= _lastNumber ? link : nullptr;
     }
     void leave(ObLink* link) noexcept {
-        Guard const guard(_manager._mutex);
-        _manager.leaveLink(*link);
+        Guard guard(_manager._mutex);
+        _manager.leaveLink(guard, *link);
     }
 
     ObChangeManagerImp& _manager;
@@ -135,8 +157,9 @@ auto ObChangeManagerImp::withSubject(ObLink const& link, Step step) noexcept {
     return step();
 }
 
-bool ObChangeManagerImp::attach(ObSubjectLinks& subject, ObObserverLinks& observer) {
+bool ObChangeManagerImp::attach(ObSubjectLinks& subject, ObObserverLinks& observer, RCShdPtr<RCBase> owner) {
     auto link = std::make_unique<ObLink>(ObLink{&subject, &observer, 0});
+    link->owner = std::move(owner);
     {
         Guard const guard(_mutex);
         if (find(subject, observer, [](ObLink const& other) { return !other.isDetached; })) return false;
@@ -165,7 +188,7 @@ bool ObChangeManagerImp::detach(ObSubjectLinks& subject, ObObserverLinks& observ
         ObLink* const attached = find(subject, observer, [](ObLink const& link) { return !link.isDetached; });
         if (attached) {
             markDetached(*attached);
-            freeIfUnused(*attached);
+            freeIfUnused(guard, *attached);
         }
         // Also waits for links that another thread has just detached.
         auto const isLeaving = [](ObLink const& link) { return link.isDetached && isRunningElsewhere(link); };
@@ -199,6 +222,17 @@ void ObChangeManagerImp::disableUpdates(ObObserverLinks& observer) {
     }
 }
 
+void ObChangeManagerImp::release(ObObserverLinks& observer) noexcept {
+    observer._updatesEnabled = false;
+    Guard guard(_mutex);
+    for (ObLink* link = observer._first; link;) {
+        ObLink* const next = link->nextOfObserver;
+        markDetached(*link);
+        freeIfUnused(guard, *link);
+        link = next;
+    }
+}
+
 void ObChangeManagerImp::forget(ObSubjectLinks& subject) noexcept {
     LgFirstError error("An observer");
     Guard guard(_mutex);
@@ -223,7 +257,7 @@ void ObChangeManagerImp::forget(ObSubjectLinks& subject) noexcept {
         guard.lock();
         innermost = inside.outer;
         leaveSubject(*link);
-        leaveLink(*link);
+        leaveLink(guard, *link);
     }
     guard.unlock();
     error.log();
@@ -239,7 +273,7 @@ void ObChangeManagerImp::forget(ObObserverLinks& observer) noexcept {
         waitForOthers(guard, *link);
         leaveObserver(*link);
         withSubject(*link, [link] { --link->waiting; });
-        freeIfUnused(*link);
+        freeIfUnused(guard, *link);
     }
 }
 
@@ -258,21 +292,21 @@ void ObChangeManagerImp::waitForOthers(Guard& guard, ObLink& link) noexcept {
     while (isRunningElsewhere(link))
         _linkIsUnused.wait(guard);
     withSubject(link, [&link] { --link.waiting; });
-    freeIfUnused(link);
+    freeIfUnused(guard, link);
 }
 
-void ObChangeManagerImp::leaveLink(ObLink& link) noexcept {
+void ObChangeManagerImp::leaveLink(Guard& guard, ObLink& link) noexcept {
     withSubject(link, [&link] { --link.running; });
     _linkIsUnused.notify_all();
-    freeIfUnused(link);
+    freeIfUnused(guard, link);
 }
 
-void ObChangeManagerImp::freeIfUnused(ObLink& link) noexcept {
+void ObChangeManagerImp::freeIfUnused(Guard& guard, ObLink& link) noexcept {
     auto const isUnused = [&link] { return link.isDetached && link.running == 0 && link.waiting == 0; };
     if (!withSubject(link, isUnused)) return;
     leaveSubject(link);
     leaveObserver(link);
-    std::unique_ptr<ObLink> const unused(&link);
+    guard.destroyLater(link);
 }
 
 void ObChangeManagerImp::leaveSubject(ObLink& link) noexcept {

@@ -13,6 +13,14 @@ void ObHints::add(RCShdPtr<ObHint> hint) {
     ++_size;
 }
 
+std::unique_ptr<ObHints> ObHints::copy() const {
+    auto hints = std::make_unique<ObHints>();
+    for (std::size_t index = 0; index < _size; ++index)
+        hints->add((*this)[index]);
+    hints->_isDeferred = _isDeferred;
+    return hints;
+}
+
 RCShdPtr<ObHint> ObHints::pickHint(std::type_info const& type) const noexcept {
     for (std::size_t index = 0; index < _size; ++index) {
         RCShdPtr<ObHint> const& hint = (*this)[index];

@@ -143,7 +143,7 @@ private:
     void deliverNews() noexcept;
     void takeNews(RCShdPtr<BgJob> const& self, ObHints& hints);
     void queueAgain();
-    bool endPause() noexcept;
+    bool endPause(bool continues) noexcept;
     void requestStop(LkDeadline::Time limit) noexcept;
     void stopProtocol() noexcept;
     void keepNames() noexcept;

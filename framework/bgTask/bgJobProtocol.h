@@ -97,7 +97,7 @@ private:
     void prepareStart() noexcept;
     void keepResult(std::shared_ptr<void> result, std::type_info const& type) const;
     void hold();
-    void letGo() noexcept;
+    void letGo(bool continues) noexcept;
     void leaveJob() noexcept;
 
     BgProgressReport* _progressCallback = nullptr;

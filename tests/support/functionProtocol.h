@@ -18,7 +18,12 @@ public:
     void execute() override { _function(*this); }
 
     using BgJobProtocol::continueExecution;
+    using BgJobProtocol::reportMessage;
+    using BgJobProtocol::reportPhase;
     using BgJobProtocol::reportProgress;
+    using BgJobProtocol::reportUnits;
+    using BgJobProtocol::reportUnknownProgress;
+    using BgJobProtocol::setResult;
 
     static std::unique_ptr<FunctionProtocol> create(Function function = [](FunctionProtocol&) {}) {
         return std::make_unique<FunctionProtocol>(std::move(function));

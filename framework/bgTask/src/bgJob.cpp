@@ -168,7 +168,7 @@ bool BgJob::changeStateIf(MayChange mayChange, BgJobState const* state) {
         // Together with the change: a stop before it does not hold for this execution, a stop after it does.
         if (value == BgJobHintChangeState::Busy && _protocol) _protocol->prepareStart();
         _state.store(state, std::memory_order_release);
-        resumes = _isPaused && value >= BgJobHintChangeState::Stopping && endPause();
+        resumes = _isPaused && value >= BgJobHintChangeState::Stopping && endPause(false);
         notifies = !_isNotifying && _notificationsEnabled && hasObservers();
         if (notifies) _isNotifying = true;
     }

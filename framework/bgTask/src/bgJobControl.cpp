@@ -33,7 +33,7 @@ void BgJob::resume() {
         std::lock_guard const guard(_lock);
         if (!_isPaused) return;
         isQueuedAgain = _isParked;
-        endPause();
+        endPause(true);
     }
     postNews();
     if (isQueuedAgain) queueAgain();
@@ -51,12 +51,12 @@ void BgJob::queueAgain() {
 }
 
 // Called under the lock.
-bool BgJob::endPause() noexcept {
+bool BgJob::endPause(bool continues) noexcept {
     _isPaused = false;
     _isParked = false;
     _annex->news.hasPause = true;
     if (_startedSet) _annex->paused += LiDate::Clock::now() - _annex->pausedSince;
-    if (_protocol) _protocol->letGo();
+    if (_protocol) _protocol->letGo(continues);
     return true;
 }
 

@@ -85,8 +85,10 @@ void BgJobProtocol::hold() {
     _isHeld = true;
 }
 
-void BgJobProtocol::letGo() noexcept {
+// A stop follows unless the protocol continues: `continueExecution()` must not be true in between.
+void BgJobProtocol::letGo(bool continues) noexcept {
     std::lock_guard const guard(_continueLock);
+    _continue = _continue && continues;
     _isHeld = false;
     if (_isLetGo) _isLetGo->broadcast();
 }

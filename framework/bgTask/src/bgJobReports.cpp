@@ -92,7 +92,8 @@ void BgJob::report(Change change) noexcept {
     LgFirstError error("Notifying of a job's report");
     error.capture([&] {
         std::unique_lock lock(_lock);
-        change(annex(), _annex->news);
+        Annex& extra = annex();
+        change(extra, extra.news);
         lock.unlock();
         postNews();
     });

@@ -90,7 +90,9 @@ private:
 
 void BgProcess::Imp::execute() {
     BgInputQueue::Use const input(_input);
-    auto const mayGoOn = [this] { return _process.continueExecution(); };
+    // Held here when the job is paused, not below: there it would hold up the launches of others.
+    if (!_process.continueExecution()) return;
+    auto const mayGoOn = [this] { return _process.mayContinue(); };
     BgLaunchTurn::Holder turn(_shared->launchTurn, mayGoOn);
     double const interval = std::max<double>(waitTime.get(), shortestWaitForMemory);
     if (!turn.wasTaken() || !_shared->memoryGate.pass(mayGoOn, isEnoughMemoryFree, interval)) return;
@@ -210,6 +212,7 @@ std::optional<BgProcess::Imp::Clock::time_point> BgProcess::Imp::askToEnd() {
         bool const isAsked = _child.sendBreak();
         _endsAt = isAsked ? Clock::now() + _grace.load() : Clock::now();
     }
+    _endsAt = std::min(_endsAt.load(), BgAskOnly::getLimit());
     return _endsAt.load();
 }
 

@@ -109,7 +109,7 @@ TEST_F(BgProcessTest, HasABoundedInputThatItsProgramMayRefuse) {
 TEST(BgInputQueue, LosesAndMixesNothingWhateverMeets) {
     char const* const effort = std::getenv("KO_TEST_EFFORT");
     BgInputQueue queue(64);
-    for (int round = 0; round < 2000 * (effort ? std::atoi(effort) : 1); ++round) {
+    for (int round = 0; round < 500 * (effort ? std::atoi(effort) : 1); ++round) {
         BgInputQueue::Use const use(queue);
         std::string passed, added;
         std::atomic<bool> isAwake = true, hasEnded = false;

@@ -4,8 +4,12 @@
 #include "framework/bgTask/bgEx.h"
 #include "framework/bgTask/bgProcess.h"
 #include "image/atomicFile.h"
+#include "image/pngFile.h"
 #include "script/script.h"
 #include "text/commandLine.h"
+
+#include <optional>
+#include <string_view>
 
 namespace compositor {
 
@@ -56,13 +60,40 @@ private:
     LineSink _sink;
 };
 
-/// Renders a temporary picture, runs a program with it, and removes it.
-class ExportProtocol final : public ProgramProtocol {
+/// Renders the document and runs a program with the picture.
+class ExportProtocol : public ProgramProtocol {
 public:
-    ExportProtocol(Renderer renderer, std::filesystem::path const& path, std::filesystem::path picture,
-        std::string const& commandLine, LineSink sink)
+    ExportProtocol(Renderer renderer, std::filesystem::path const& path, std::string const& commandLine, LineSink sink)
         : ProgramProtocol("export", path.filename().string(), commandLine, {}, std::move(sink)),
-          _renderer(std::move(renderer)), _picture(std::move(picture)) {}
+          _renderer(std::move(renderer)) {}
+
+    void execute() override {
+        if (render()) ProgramProtocol::execute();
+    }
+
+protected:
+    virtual bool render(Renderer const& renderer, Progress const& progress) = 0;
+
+private:
+    // Counts as half of the work, since the duration of the program is unknown.
+    bool render() try {
+        return render(_renderer, [this](int done, int total) {
+            reportProgress(done, 2 * total);
+            return continueExecution();
+        });
+    } catch (std::exception const& error) {
+        throw Ko::BgEx::ExBgTaskFailed("compositor/host/protocols.cpp", __LINE__, error.what());
+    }
+
+    Renderer _renderer;
+};
+
+/// Renders a temporary picture, runs a program with it, and removes it.
+class ExportFileProtocol final : public ExportProtocol {
+public:
+    ExportFileProtocol(Renderer renderer, std::filesystem::path const& path, std::filesystem::path picture,
+        std::string const& commandLine, LineSink sink)
+        : ExportProtocol(std::move(renderer), path, commandLine, std::move(sink)), _picture(std::move(picture)) {}
 
     void execute() override {
         struct Removal {
@@ -72,22 +103,41 @@ public:
                 std::filesystem::remove(path, ignored);
             }
         } const removal{_picture};
-        if (render()) ProgramProtocol::execute();
+        ExportProtocol::execute();
+    }
+
+protected:
+    bool render(Renderer const& renderer, Progress const& progress) override {
+        return renderer.renderToFile(_picture, progress);
     }
 
 private:
-    // Counts as half of the work, since the duration of the program is unknown.
-    bool render() try {
-        return _renderer.renderToFile(_picture, [this](int done, int total) {
-            reportProgress(done, 2 * total);
-            return continueExecution();
+    std::filesystem::path _picture;
+};
+
+/// Feeds the picture to the program through its standard input, as fast as the program reads it.
+class ExportInputProtocol final : public ExportProtocol {
+public:
+    using ExportProtocol::ExportProtocol;
+
+protected:
+    bool render(Renderer const& renderer, Progress const& progress) override {
+        std::optional<Picture> const picture = renderer.renderToPicture(progress);
+        if (!picture) return false;
+        writePng(*picture, [this](std::span<std::byte const> bytes) {
+            _file.append(reinterpret_cast<char const*>(bytes.data()), bytes.size());
         });
-    } catch (std::exception const& error) {
-        throw Ko::BgEx::ExBgTaskFailed("compositor/host/protocols.cpp", __LINE__, error.what());
+        _rest = _file;
+        return true;
+    }
+    void provideInput() override {
+        _rest.remove_prefix(write(_rest));
+        if (_rest.empty()) closeInput();
     }
 
-    Renderer _renderer;
-    std::filesystem::path _picture;
+private:
+    std::string _file;
+    std::string_view _rest;
 };
 
 } // namespace
@@ -119,7 +169,9 @@ Ko::OPtr<Ko::BgJobProtocol> makeExportProtocol(
     Document const& document, std::filesystem::path const& path, std::string const& commandLine, LineSink sink) {
     std::filesystem::path const picture = temporaryPathBeside(path, ".png");
     std::string const command = fillIn(commandLine, {{"%o", path.string()}, {"%f", picture.string()}});
-    return std::make_unique<ExportProtocol>(document.renderer(), path, picture, command, std::move(sink));
+    if (commandLine.find("%f") == std::string::npos)
+        return std::make_unique<ExportInputProtocol>(document.renderer(), path, command, std::move(sink));
+    return std::make_unique<ExportFileProtocol>(document.renderer(), path, picture, command, std::move(sink));
 }
 
 } // namespace compositor

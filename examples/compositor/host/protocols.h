@@ -27,8 +27,9 @@ using LineSink = std::function<void(std::string const& line)>;
 /// @param environment "NAME=value" entries, added to the environment of this process.
 [[nodiscard]] Ko::OPtr<Ko::BgJobProtocol> makeRunProtocol(
     std::string const& commandLine, std::vector<std::string> const& environment, LineSink sink);
-/// Renders the current state of the document into a temporary picture beside `path`, and runs an external program with it.
-/// @param commandLine "%f" in it stands for the temporary picture and "%o" for the path; see `fillIn`.
+/// Renders the current state of the document, and runs an external program with the picture, a PNG file.
+/// @param commandLine "%o" in it stands for the path; see `fillIn`. "%f" stands for a temporary picture beside the path;
+///   without one, the program gets the picture through its standard input.
 [[nodiscard]] Ko::OPtr<Ko::BgJobProtocol> makeExportProtocol(
     Document const& document, std::filesystem::path const& path, std::string const& commandLine, LineSink sink);
 

@@ -97,8 +97,10 @@ std::vector<Interpreter::Word> const Interpreter::_words{
     {"save", "save FILE.koc (a job)", 1, 1, outsideSteps, [](I& self, S& line) { self.save(line); }},
     {"run", "run \"COMMAND LINE\" [NAME=VALUE ...] (a job; its lines are shown)", 1, any, anywhere,
         [](I& self, S& line) { self.runProgram(line); }},
-    {"export", "export FILE \"COMMAND with %f\" (a job; %f is a rendered picture, %o the file)", 2, 2, anywhere,
-        [](I& self, S& line) { self.exportPicture(line); },
+    {"export", "export FILE \"COMMAND\" (a job; COMMAND reads a rendered picture, or %f in it is one; %o is FILE)", 2,
+        2, anywhere, [](I& self, S& line) { self.exportPicture(line); },
+        "    A command without %f gets the picture, a PNG file, through its standard input: export copy.png \"sh -c "
+        "'cat > %o'\"\n"
         "    %f and %o need no quotation marks, whatever the path. Inside the quoted text of a shell they are "
         "words for\n"
         "    that shell: export copy.png \"sh -c 'cp %f %o'\"\n"},

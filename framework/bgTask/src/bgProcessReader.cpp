@@ -41,10 +41,11 @@ BgProcess::Reader::Clock::time_point BgProcess::Reader::getDue() const noexcept 
 // Looks at the time and the bounds once a piece. Not inlined: that would slow down the loop over single lines.
 [[gnu::noinline]] void BgProcess::Reader::gather(Stream& stream, std::string_view piece) {
     stream.lines.add(piece, [&stream](std::string const& line) { stream.batch.add(line); });
+    bool const isEmpty = _output.batch.isEmpty() && _errors.batch.isEmpty();
     bool const isFull = _output.batch.isFull() || _errors.batch.isFull();
-    if (!isFull && Clock::now() < _nextPass) return;
-    passErrors();
+    if (isEmpty || (!isFull && Clock::now() < _nextPass)) return;
     passOutput();
+    passErrors();
     _nextPass = Clock::now() + *_interval;
 }
 
@@ -76,6 +77,7 @@ void BgProcess::Reader::readRest() {
 
 // A line that was cut by the limit is dropped with the rest.
 void BgProcess::Reader::passRest() {
+    passOutput();
     passErrors();
     for (Stream const* const stream : {&_output, &_errors}) {
         if (!stream->hasUnfinished()) continue;

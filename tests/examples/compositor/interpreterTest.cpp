@@ -232,15 +232,18 @@ TEST_F(InterpreterTest, RunsExternalProgramsAndShowsTheirLines) {
     expectError("run true =x", "1: \"=x\" does not define a variable; write NAME=VALUE");
 }
 
-TEST_F(InterpreterTest, HandsATemporaryPictureToAProgram) {
+TEST_F(InterpreterTest, HandsAPictureToAProgramAsAFileOrAsItsInput) {
     std::string const copy = (folder / "a $'copy'.png").string();
     run("canvas 2 2");
-    for (char const* const command : {"cp %f %o", "cp '%f' \\\"%o\\\"", "sh -c 'cp %f %o'", "sh -c \\\"cp %f %o\\\""}) {
+    for (char const* const command : {"cp %f %o", "cp '%f' \\\"%o\\\"", "sh -c 'cp %f %o'", "sh -c \\\"cp %f %o\\\"",
+             "sh -c 'sleep 0.1; cat > %o'"}) {
         EXPECT_TRUE(run("export \"" + copy + "\" \"" + command + "\"")) << command << take(errors);
         EXPECT_EQ((Size{2, 2}), KoTest::readPicture(copy).size());
         std::filesystem::remove(copy);
     }
     EXPECT_FALSE(run("export " + (folder / "x").string() + " false"));
+    EXPECT_FALSE(run("export " + (folder / "x").string() + " \"false %f\""));
+    EXPECT_TRUE(run("canvas 900 900\nexport " + (folder / "x").string() + " true")) << "it need not read its input";
     EXPECT_EQ(0, folder.entries()) << "the temporary pictures are gone";
 }
 

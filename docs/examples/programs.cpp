@@ -38,7 +38,7 @@ protected:
         constexpr int withWarnings = 3;
         // ffmpeg completes its file when it is stopped, and exits with this code.
         constexpr int endedEarly = 255;
-        bool const wasStopped = !continueExecution();
+        bool const wasStopped = !mayContinue();
         bool const isGood = exitCode == withWarnings || (exitCode == endedEarly && wasStopped);
         BgProcess::handleExit(isGood ? 0 : exitCode);
     }

@@ -28,7 +28,7 @@ namespace Ko {
 /// ends.
 ///
 /// A program starts at once when no other one runs. Otherwise it waits until enough memory is free, and until the
-/// previous program has ended or has run for some time. Four environment variables set these limits:
+/// previous program has ended or has run for some time; the job's phase says what it waits for. Four environment variables set these limits:
 /// `KO_BGEXEC_MIN_MEM` (MiB of free physical memory; default 512), `KO_BGEXEC_MIN_MEM_PERCENT` (free share of the physical
 /// memory; 20), `KO_BGEXEC_MIN_SWAP_FREE` (MiB of free page file beyond the free physical memory; 512) and
 /// `KO_BGEXEC_WAIT_TIME` (seconds between two launches, and between two checks of the memory; 15).

@@ -35,10 +35,17 @@ private:
 /// Holds the turn until it is released, its deadline passes, or the scope ends.
 class [[nodiscard]] BgLaunchTurn::Holder {
 public:
-    /// Waits for the turn while `mayGoOn()`, which is called under the lock.
-    template <class MayGoOn>
-    Holder(BgLaunchTurn& turn, MayGoOn mayGoOn) : _turn(turn) {
+    /// Waits for the turn while `mayGoOn()`, which is called under the lock. Calls `onWait()` before, without it.
+    template <class MayGoOn, class OnWait = void (*)()>
+    Holder(
+        BgLaunchTurn& turn, MayGoOn mayGoOn, OnWait onWait = [] {})
+        : _turn(turn) {
         std::unique_lock lock(turn._lock);
+        if (!turn.isFree()) {
+            lock.unlock();
+            onWait();
+            lock.lock();
+        }
         while (!turn.isFree() && mayGoOn()) {
             // The holder can move its deadline during the wait.
             auto const deadline = turn._deadline;

@@ -11,12 +11,14 @@ namespace Ko {
 class BgMemoryGate {
 public:
     /// Waits while `mayGoOn()`, another program runs, and memory is short. Checks every `interval` seconds, and as soon as
-    /// a program ends. One thread at a time: the one that has the turn to launch.
+    /// a program ends. Calls `onWait()` before. One thread at a time: the one that has the turn to launch.
     /// @returns whether a program may be launched now.
-    template <class MayGoOn, class IsEnoughMemoryFree>
-    [[nodiscard]] bool pass(MayGoOn mayGoOn, IsEnoughMemoryFree isEnoughMemoryFree, double interval) {
-        while (mayGoOn()) {
+    template <class MayGoOn, class IsEnoughMemoryFree, class OnWait = void (*)()>
+    [[nodiscard]] bool pass(
+        MayGoOn mayGoOn, IsEnoughMemoryFree isEnoughMemoryFree, double interval, OnWait onWait = [] {}) {
+        for (bool isFirst = true; mayGoOn(); isFirst = false) {
             if (_running == 0 || isEnoughMemoryFree()) return true;
+            if (isFirst) onWait();
             _sleeper.sleep(interval);
         }
         return false;

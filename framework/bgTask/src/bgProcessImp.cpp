@@ -88,14 +88,38 @@ private:
     BgAskOnly const _neverWaitInHooks;
 };
 
+/// Reports what the job waits for before its program starts. A job that does not wait reports nothing.
+class BgProcess::Imp::WaitReport {
+public:
+    explicit WaitReport(BgProcess const& process) : _process(process) {}
+    ~WaitReport() { end(); }
+    WaitReport(WaitReport const&) = delete;
+    WaitReport& operator=(WaitReport const&) = delete;
+
+    void begin(char const* phase) {
+        _process.reportPhase(phase);
+        _isWaiting = true;
+    }
+    void end() {
+        if (std::exchange(_isWaiting, false)) _process.reportPhase("");
+    }
+
+private:
+    BgProcess const& _process;
+    bool _isWaiting = false;
+};
+
 void BgProcess::Imp::execute() {
     BgInputQueue::Use const input(_input);
     // Held here when the job is paused, not below: there it would hold up the launches of others.
     if (!_process.continueExecution()) return;
     auto const mayGoOn = [this] { return _process.mayContinue(); };
-    BgLaunchTurn::Holder turn(_shared->launchTurn, mayGoOn);
+    WaitReport wait(_process);
+    BgLaunchTurn::Holder turn(
+        _shared->launchTurn, mayGoOn, [&wait] { wait.begin("Waiting for another program to start"); });
     double const interval = std::max<double>(waitTime.get(), shortestWaitForMemory);
-    if (!turn.wasTaken() || !_shared->memoryGate.pass(mayGoOn, isEnoughMemoryFree, interval)) return;
+    auto const reportMemory = [&wait] { wait.begin("Waiting for free memory"); };
+    if (!turn.wasTaken() || !_shared->memoryGate.pass(mayGoOn, isEnoughMemoryFree, interval, reportMemory)) return;
     std::unique_lock startup(_shared->startupLock);
     if (!mayGoOn()) return;
     BgMemoryGate::Running const running(_shared->memoryGate);
@@ -103,6 +127,7 @@ void BgProcess::Imp::execute() {
     ChildHolder const holder(*this);
     startup.unlock();
     turn.releaseAt(Clock::now() + std::chrono::seconds(waitTime.get()));
+    wait.end();
 
     std::optional<int> const exitCode = watch();
     _reader.readRest();
@@ -213,6 +238,7 @@ std::optional<BgProcess::Imp::Clock::time_point> BgProcess::Imp::askToEnd() {
         _endsAt = isAsked ? Clock::now() + _grace.load() : Clock::now();
     }
     _endsAt = std::min(_endsAt.load(), BgAskOnly::getLimit());
+    _child.wake();
     return _endsAt.load();
 }
 

@@ -35,6 +35,7 @@ public:
 
 private:
     class ChildHolder;
+    class WaitReport;
     using Clock = std::chrono::steady_clock;
 
     // What all processes share. A job keeps it up to its own end, which can come after the package was finalised.

@@ -119,7 +119,7 @@ TEST_F(BgProcessTest, WaitsUntilThePreviousProgramEndsOrItIsStopped) {
         Memory const memory(noMemory);
         Running first;
         auto const awaitStart = [](ProgramRun const& run) {
-            while (run.job->getState()->state() == "Waiting")
+            while (run.job->getPhase() != "Waiting for another program to start")
                 std::this_thread::yield();
         };
         {
@@ -134,6 +134,7 @@ TEST_F(BgProcessTest, WaitsUntilThePreviousProgramEndsOrItIsStopped) {
         firstMayEnd = true;
         first.end();
         EXPECT_EQ("Complete", third.await());
+        EXPECT_EQ("", third.job->getPhase());
         EXPECT_EQ(0, memory.asked());
     });
 }
@@ -145,8 +146,11 @@ TEST_F(BgProcessTest, WaitsForMemoryUntilNoOtherProgramRunsOrItIsStopped) {
         Running first;
         ProgramRun second("");
         memory.awaitAsked(1);
+        while (second.job->getPhase() != "Waiting for free memory")
+            std::this_thread::yield();
         second.job->stop();
         EXPECT_EQ("Stopped", second.await());
+        EXPECT_EQ("", second.job->getPhase());
         EXPECT_TRUE(second.program->records.empty());
         ProgramRun third("");
         memory.awaitAsked(2);

@@ -4,15 +4,33 @@
 #include "base/oPtr.h"
 #include "framework/actions/actAction.h"
 #include "framework/dragAndDrop/drCarrier.h"
+#include "internalAPI/cbDispatcher.h"
 #include "internalAPI/constIterator.h"
 
 #include <cstdint>
+#include <functional>
 
 namespace Ko {
 
 class ActRecords;
 class ActRegistry;
 extern template class KO_FRAMEWORK_API InSingleton<ActRegistry>;
+
+/// What has changed about the registered actions. Delivered after the operation that changed it.
+struct ActRegistryChange {
+    enum class Kind : std::uint8_t {
+        Registered,
+        Unregistered,
+        /// The answers of the actions may differ from now on: whether they are valid, their texts, how they are shown.
+        Invalidated
+    };
+
+    Kind kind;
+    /// The actions, not owned. Those that were unregistered may be destroyed already: only their addresses may be used. Empty for all
+    /// actions, when all are invalidated.
+    Vector<ActAction const*> actions;
+};
+extern template class KO_FRAMEWORK_API CbDispatcher<ActRegistryChange>;
 
 /// All actions of the process, in the order of their registration; it owns them. Menus, drops and scripts ask it which
 /// actions are valid for a target and an input, and get entries that are ready to be performed.
@@ -98,6 +116,18 @@ public:
     [[nodiscard]] ConstIterator<Entry> getActions(List<RCShdPtr<SnItem const>> const& targets,
         RCShdPtr<DrCarrier> const& carrier, std::string const& compositeName, Numerator order) const;
 
+    /// All actions, valid or not, those with a composite name included.
+    [[nodiscard]] ConstIterator<ActAction const*> getAllActions(Numerator order) const;
+    /// The names of all groups that have actions; the empty one is left out.
+    [[nodiscard]] Set<std::string> getGroups() const;
+
+    /// Calls `callable` after actions were registered, unregistered or invalidated: once for each operation. What it throws is logged.
+    /// Not called when the registry destroys the last actions at the end.
+    [[nodiscard]] CbSubscription onChange(std::function<void(ActRegistryChange const&)> callable);
+    /// Tells the listeners that the answers of an action may differ from now on; to be called by the author of the action.
+    /// @param action null for all actions.
+    void invalidate(ActAction const* action);
+
 protected:
     ActRegistry();
     virtual ~ActRegistry();
@@ -106,7 +136,11 @@ private:
     friend class InSingleton<ActRegistry>;
     friend class ActRecords;
 
+    void notify(ActRegistryChange const& change) noexcept;
+    void notify(ActRegistryChange::Kind kind, ActAction const* action) noexcept;
+
     OPtr<ActRecords> _records;
+    CbDispatcher<ActRegistryChange> _changes;
 };
 
 /// An action with the target and input for which it was found valid. It does not own the action.

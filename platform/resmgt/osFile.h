@@ -28,7 +28,7 @@ public:
     [[noreturn]] void raise() const override;
 };
 
-/// Facts about files.
+/// Files as a whole.
 class KO_RESMGT_API OsFile {
 public:
     /// The properties of a file; for a link, of its target.
@@ -43,6 +43,14 @@ public:
 
     /// The properties of a file; nothing where it does not exist or cannot be reached.
     [[nodiscard]] static std::optional<Info> getInfo(OsFilePath const& path);
+
+    /// The content of a file.
+    /// @throws OsFileEx::ExInvalidPath when it cannot be read or is no ordinary file.
+    [[nodiscard]] static LiString read(OsFilePath const& path);
+    /// Gives a file a new content, or creates it. The file has the old content until the new one is on the disk, also when the
+    /// process or the system ends meanwhile. Keeps the permissions of the file, and follows symbolic links.
+    /// @throws OsFileEx::ExInvalidPath when it cannot be written; the file is as before then.
+    static void replace(OsFilePath const& path, LiString const& content);
 };
 
 } // namespace Ko

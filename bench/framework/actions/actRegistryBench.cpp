@@ -4,6 +4,7 @@
 #include "base/inInitMgr.h"
 #include "bench/framework/actions/leastQueries.h"
 #include "bench/framework/actions/manyActions.h"
+#include "framework/actions/actFinder.h"
 #include "framework/actions/actRegistry.h"
 #include "internalAPI/snItemBasic.h"
 
@@ -92,6 +93,17 @@ void LookupLeast(benchmark::State& state) {
         benchmark::DoNotOptimize(Least::find(actions, description, ""));
 }
 
+// A palette's answer to a pattern that all actions match, and to one that few match.
+void FindByTyping(benchmark::State& state, char const* pattern) {
+    ActFinder finder;
+    finder.collect();
+    RCShdPtr<SnItem const> const none;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(finder.find(pattern, none, none, 50));
+}
+
+BENCHMARK_CAPTURE(FindByTyping, all, "a")->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(FindByTyping, few, "act 99")->Unit(benchmark::kMicrosecond);
 BENCHMARK(Unsorted)->Arg(1)->Arg(100)->Unit(benchmark::kMicrosecond);
 BENCHMARK(UnsortedLeast)->Arg(1)->Arg(100)->Unit(benchmark::kMicrosecond);
 BENCHMARK(Sorted)->Arg(1)->Arg(100)->Unit(benchmark::kMicrosecond);

@@ -37,6 +37,13 @@ void ActRecords::destroyAt(std::size_t place) noexcept {
     if (_registrations.contains(removed.get())) static_cast<void>(removed.release());
 }
 
+Vector<ActAction const*> ActRecords::getDynamic() const {
+    Vector<ActAction const*> actions;
+    for (Record const& record : _records)
+        if (record.action && record.state == ActRegistry::Dynamic) actions.push_back(record.action);
+    return actions;
+}
+
 void ActRecords::releaseDynamic() noexcept {
     for (std::size_t place = 0; place < _records.size(); ++place)
         if (_records[place].state == ActRegistry::Dynamic) static_cast<void>(takeAt(place).release());

@@ -29,6 +29,10 @@ public:
     OPtrRet<ActAction> remove(ActAction const* action) noexcept;
     /// Removes the registration at this place, and destroys the action unless it is registered elsewhere too.
     void destroyAt(std::size_t place) noexcept;
+    /// The action that was registered at this place; null if it was removed.
+    ActAction const* getAt(std::size_t place) const noexcept { return _records[place].action; }
+    /// The dynamic actions.
+    Vector<ActAction const*> getDynamic() const;
     /// Removes the dynamic actions. Their makers own them then.
     void releaseDynamic() noexcept;
     /// Destroys all actions, in order. Needs no memory.

@@ -3,6 +3,7 @@
 #include "base/inSingleton.imp.h"
 #include "framework/actions/src/actNoItems.h"
 #include "framework/actions/src/actQuery.h"
+#include "internalAPI/cbDispatcher.imp.h"
 #include "internalAPI/constIterator.imp.h"
 #include "scriptingAPI/piPythonInterpreterTerminationGuard.h"
 
@@ -12,6 +13,7 @@
 namespace Ko {
 
 template class InSingleton<ActRegistry>;
+template class CbDispatcher<ActRegistryChange>;
 template class ConstIterator<ActRegistry::Entry>;
 template class ConstIterator<ActAction const*>;
 
@@ -30,6 +32,17 @@ Vector<ActAction const*> sortedByDescription(ActRecords::Hold& hold, Vector<ActA
     Vector<ActAction const*> result;
     findings.forEachSorted(hold, [&](ActAction const* action, std::uint32_t) { result.push_back(action); });
     return result;
+}
+
+template <class Predicate>
+ConstIterator<ActAction const*> findActions(ActRecords& records, ActRegistry::Numerator order, Predicate isWanted) {
+    Vector<ActAction const*> actions;
+    ActRecords::Walk walk(records);
+    while (ActAction const* const action = walk.next())
+        if (isWanted(*action)) actions.push_back(action);
+    if (order != ActRegistry::FirstOnly) actions = sortedByDescription(walk, actions);
+    if (walk.hasLost()) std::erase_if(actions, [&](ActAction const* action) { return !walk.isRegistered(action); });
+    return ConstIterator<ActAction const*>(std::move(actions));
 }
 
 } // namespace
@@ -51,11 +64,16 @@ void ActRegistry::finalize() {
 // ---- registration
 
 void ActRegistry::registerAction(OPtr<ActAction> action, DynamicState state) {
-    if (action) _records->append(std::move(action), state);
+    if (!action) return;
+    ActAction const* const registered = action.get();
+    _records->append(std::move(action), state);
+    notify(ActRegistryChange::Kind::Registered, registered);
 }
 
 OPtrRet<ActAction> ActRegistry::unregisterAction(ActAction const* action) {
-    return _records->remove(action);
+    OPtrRet<ActAction> removed = _records->remove(action);
+    if (removed) notify(ActRegistryChange::Kind::Unregistered, action);
+    return removed;
 }
 
 void ActRegistry::unregisterActionsInGroup(std::string const& group) {
@@ -67,12 +85,47 @@ void ActRegistry::unregisterActionsInGroup(Set<std::string> const& groups) {
     ActRecords::Walk walk(*_records);
     while (ActAction const* const action = walk.next())
         if (groups.contains(action->getGroup())) places.push_back(walk.getPlace());
-    for (std::size_t const place : places)
+    Vector<ActAction const*> removed;
+    removed.reserve(places.size());
+    for (std::size_t const place : places) {
+        removed.push_back(_records->getAt(place));
         _records->destroyAt(place);
+    }
+    std::erase(removed, nullptr); // unregistered by the destructor of another one
+    if (!removed.empty()) notify({ActRegistryChange::Kind::Unregistered, std::move(removed)});
 }
 
 void ActRegistry::deleteAllDynamicActions() {
+    Vector<ActAction const*> removed = _records->getDynamic();
     _records->releaseDynamic();
+    if (!removed.empty()) notify({ActRegistryChange::Kind::Unregistered, std::move(removed)});
+}
+
+// ---- changes
+
+CbSubscription ActRegistry::onChange(std::function<void(ActRegistryChange const&)> callable) {
+    return _changes.subscribe(std::move(callable));
+}
+
+void ActRegistry::invalidate(ActAction const* action) {
+    if (action)
+        notify(ActRegistryChange::Kind::Invalidated, action);
+    else
+        notify({ActRegistryChange::Kind::Invalidated, {}});
+}
+
+// What a listener throws is logged: the operation has succeeded.
+void ActRegistry::notify(ActRegistryChange const& change) noexcept {
+    LgFirstError error("A listener of the action registry");
+    error.capture([&] { _changes.call(change, error); });
+    error.log();
+}
+
+void ActRegistry::notify(ActRegistryChange::Kind kind, ActAction const* action) noexcept {
+    if (_changes.isEmpty()) return;
+    LgFirstError error("A listener of the action registry");
+    error.capture([&] { _changes.call({kind, {action}}, error); });
+    error.log();
 }
 
 // ---- lookup
@@ -110,13 +163,20 @@ ConstIterator<ActAction const*> ActRegistry::getActionsInGroup(std::string const
     return getActionsInGroup(Set<std::string>{group}, order);
 }
 ConstIterator<ActAction const*> ActRegistry::getActionsInGroup(Set<std::string> const& groups, Numerator order) const {
-    Vector<ActAction const*> actions;
+    return findActions(*_records, order, [&](ActAction const& action) { return groups.contains(action.getGroup()); });
+}
+ConstIterator<ActAction const*> ActRegistry::getAllActions(Numerator order) const {
+    return findActions(*_records, order, [](ActAction const&) { return true; });
+}
+
+Set<std::string> ActRegistry::getGroups() const {
+    Set<std::string> groups;
     ActRecords::Walk walk(*_records);
-    while (ActAction const* const action = walk.next())
-        if (groups.contains(action->getGroup())) actions.push_back(action);
-    if (order != FirstOnly) actions = sortedByDescription(walk, actions);
-    if (walk.hasLost()) std::erase_if(actions, [&](ActAction const* action) { return !walk.isRegistered(action); });
-    return ConstIterator<ActAction const*>(std::move(actions));
+    while (ActAction const* const action = walk.next()) {
+        std::string group = action->getGroup();
+        if (!group.empty() && walk.isCurrentRegistered()) groups.insert(std::move(group));
+    }
+    return groups;
 }
 
 ConstIterator<ActRegistry::Entry> ActRegistry::getActions(RCShdPtr<SnSelection const> const& selection,

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
+#include <stdexcept>
 
 namespace {
 
@@ -175,6 +176,37 @@ TEST_F(ActRegistryTest, DestroysAGroupWhoseDestructorsRegisterActions) {
     EXPECT_EQ(20u, registry.getActionsInGroup("n", first).getCardinality());
     EXPECT_EQ(20, std::count(journal.begin(), journal.end(), "~old"));
     EXPECT_EQ(20u, journal.size());
+}
+
+TEST_F(ActRegistryTest, ListsAllActionsAndGroupsAndReportsChanges) {
+    Journal changes;
+    auto const record = [&](ActRegistryChange const& change) {
+        changes.push_back(std::to_string(static_cast<int>(change.kind)) + ":" + std::to_string(change.actions.size()));
+        if (changes.size() == 1) throw std::runtime_error("a listener's error is only logged");
+    };
+    CbSubscription const subscription = registry.onChange(record);
+    auto* const action = add({"b", "composite", "g1", {}});
+    add({"a", "", "g2", {}}, ActRegistry::Dynamic);
+    add({"c", "", "", {}}, ActRegistry::Dynamic);
+    EXPECT_EQ((Set<std::string>{"g1", "g2"}), registry.getGroups());
+    Journal listed;
+    for (ActAction const* const each : registry.getAllActions(sorted).elements())
+        listed.push_back(each->getDescription());
+    EXPECT_EQ((Journal{"a", "b", "c"}), listed);
+    EXPECT_EQ(3u, registry.getAllActions(first).getCardinality());
+
+    registry.invalidate(action);
+    registry.invalidate(nullptr);
+    Vector<OPtr<ActAction>> dynamic;
+    for (char const* const name : {"a", "c"})
+        dynamic.emplace_back(registry.getAction(name, ""));
+    registry.deleteAllDynamicActions();
+    for (int time = 0; time < 2; ++time)
+        static_cast<void>(registry.unregisterAction(action));
+    add({"d", "", "g1", {}});
+    for (int time = 0; time < 2; ++time)
+        registry.unregisterActionsInGroup("g1");
+    EXPECT_EQ((Journal{"0:1", "0:1", "0:1", "2:1", "2:0", "1:2", "1:1", "0:1", "1:1"}), changes);
 }
 
 TEST_F(ActRegistryTest, GuardsTheInterpreterDuringQueriesForSeveralTargets) {

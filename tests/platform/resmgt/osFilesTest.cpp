@@ -105,6 +105,25 @@ TEST_F(OsFsUtilsTest, ListsTheChildrenThatMatchInTheOrderOfTheirNames) {
     EXPECT_EQ("a.op b.op c.gen d.op dangling.op link.op ", names("*"));
 }
 
+TEST_F(OsFsUtilsTest, ReplacesAFileAsAWholeOrNotAtAll) {
+    using std::filesystem::perms;
+    std::filesystem::permissions(folder / "b.op", perms::owner_all);
+    LiString const content(100000, 'x');
+    OsFile::replace(path("link.op"), content);
+    EXPECT_EQ(content, OsFile::read(path("b.op")));
+    EXPECT_EQ(perms::owner_all, std::filesystem::status(folder / "b.op").permissions());
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.op"));
+    OsFile::replace(path("dangling.op"), "now there");
+    EXPECT_EQ("now there", folder.read("no such file"));
+    EXPECT_EQ(7, folder.entries()); // no temporary file is left
+    for (LiString const& bad :
+        {path("d.op").getPath(), path("missing/x").getPath(), path("b.op").getPath() + LiString(1, '\0')})
+        EXPECT_THROW(OsFile::replace(bad, "y"), OsFileEx::ExInvalidPath) << bad;
+    for (LiString const& bad : {path("d.op").getPath(), path("missing").getPath(), LiString("/dev/zero")})
+        EXPECT_THROW(static_cast<void>(OsFile::read(bad)), OsFileEx::ExInvalidPath) << bad;
+    EXPECT_EQ(7, folder.entries());
+}
+
 TEST_F(OsFsUtilsTest, SaysWhyADirectoryCannotBeListed) {
     for (auto const& [name, why] : std::vector<std::pair<LiString, char const*>>{
              {"b.op", "Not a directory."}, {LiString("d.op\0", 5), "It contains a zero byte."}})

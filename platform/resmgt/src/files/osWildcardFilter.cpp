@@ -1,6 +1,6 @@
 #include "resmgt/osWildcardFilter.h"
 
-#include "resmgt/src/text/utf8.h"
+#include "resmgt/liUtf8.h"
 
 #include <algorithm>
 
@@ -12,7 +12,7 @@ constexpr char32_t strayBytes = 0x110000;
 
 // Removes the first character of a text that is not empty.
 char32_t next(std::string_view& text) noexcept {
-    auto const [code, length] = firstCharacter(text);
+    auto const [code, length] = LiUtf8::first(text);
     char32_t const taken = length > 0 ? code : strayBytes + static_cast<unsigned char>(text[0]);
     text.remove_prefix(std::max<std::size_t>(length, 1));
     return taken;

@@ -1,7 +1,7 @@
 #include "resmgt/xmlWriter.h"
 
 #include "base/assertions.h"
-#include "resmgt/src/text/utf8.h"
+#include "resmgt/liUtf8.h"
 
 #include <algorithm>
 #include <iomanip>
@@ -42,7 +42,7 @@ std::string_view escaped(std::string_view character) {
 
 void writeEscaped(std::ostream& stream, std::string_view text) {
     while (!text.empty()) {
-        auto const [code, length] = firstCharacter(text);
+        auto const [code, length] = LiUtf8::first(text);
         stream << (length == 0 || isForbidden(code) ? replacement : escaped(text.substr(0, length)));
         text.remove_prefix(std::max<std::size_t>(length, 1));
     }

@@ -1,4 +1,4 @@
-#include "resmgt/src/text/utf8.h"
+#include "resmgt/liUtf8.h"
 
 namespace Ko {
 
@@ -23,7 +23,7 @@ bool isCharacter(char32_t code, std::size_t length) noexcept {
 
 } // namespace
 
-Utf8Character firstCharacter(std::string_view text) noexcept {
+LiUtf8Character LiUtf8::first(std::string_view text) noexcept {
     unsigned const lead = byteAt(text, 0);
     std::size_t const length = lengthAfter(lead);
     if (length == 0 || text.size() < length) return {0, 0};

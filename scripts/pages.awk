@@ -2,7 +2,8 @@
 # - pictures lie beside the pages;
 # - a comment such as <!-- group undo --> is a link to that group;
 # - the index of the decisions is their parent, so that the tree of pages has levels;
-# - a link is on one line.
+# - a link is on one line;
+# - a link to a heading of the same page is only its words.
 
 BEGIN {
     sub(/^\.\//, "", page)
@@ -35,6 +36,15 @@ function adopt(text, start, link, words, path, before) {
     return before text
 }
 
+function withoutLocalLinks(text, link) {
+    while (match(text, /\[[^]]*\]\(#[^)]*\)/)) {
+        link = substr(text, RSTART + 1, RLENGTH)
+        sub(/\].*/, "", link)
+        text = substr(text, 1, RSTART - 1) link substr(text, RSTART + RLENGTH)
+    }
+    return text
+}
+
 {
     line = held $0
     held = ""
@@ -44,6 +54,7 @@ function adopt(text, start, link, words, path, before) {
     gsub(/\]\((\.\.\/|docs\/)*pictures\//, "](", line)
     while (match(line, /<!-- group [a-z]+ -->/))
         line = substr(line, 1, RSTART - 1) "@ref " substr(line, RSTART + 11, RLENGTH - 15) " \"reference\"" substr(line, RSTART + RLENGTH)
+    line = withoutLocalLinks(line)
     print isIndex ? adopt(line) : line
 }
 END { if (held != "") print held }

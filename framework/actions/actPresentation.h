@@ -58,7 +58,9 @@ protected:
 struct ActSection {
     /// One entry with its presentation.
     struct Item {
+        /// The entry, as in the answer.
         ActRegistry::Entry entry;
+        /// How to show it.
         ActPresentation presentation;
     };
 

@@ -18,13 +18,17 @@ extern template class KO_FRAMEWORK_API InSingleton<ActRegistry>;
 
 /// What has changed about the registered actions. Delivered after the operation that changed it.
 struct ActRegistryChange {
+    /// What happened to the actions.
     enum class Kind : std::uint8_t {
+        /// They were registered.
         Registered,
+        /// They were unregistered, perhaps destroyed too.
         Unregistered,
         /// The answers of the actions may differ from now on: whether they are valid, their texts, how they are shown.
         Invalidated
     };
 
+    /// What happened.
     Kind kind;
     /// The actions, not owned. Those that were unregistered may be destroyed already: only their addresses may be used. Empty for all
     /// actions, when all are invalidated.

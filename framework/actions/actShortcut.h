@@ -56,6 +56,7 @@ public:
     /// The key: one character, an ASCII letter as a capital, or a name from the list at `parse`; empty for no shortcut.
     [[nodiscard]] LiString const& getKey() const noexcept { return _key; }
 
+    /// Whether modifiers and key are the same.
     friend bool operator==(ActShortcut const&, ActShortcut const&) noexcept = default;
     /// By modifiers, then by key.
     friend auto operator<=>(ActShortcut const&, ActShortcut const&) noexcept = default;

@@ -24,6 +24,7 @@ class KO_FRAMEWORK_API ActShortcutMap {
 public:
     /// Actions that have the same shortcut in the same context.
     struct Conflict {
+        /// What they have in common.
         ActShortcut shortcut;
         /// Empty for everywhere.
         std::string context;

@@ -79,6 +79,7 @@ public:
     [[nodiscard]] RCShdPtr<BgJob> const& getJob() const noexcept { return _job; }
 
 protected:
+    /// @param job not null.
     explicit BgJobHintReport(RCShdPtr<BgJob> job);
 
 private:

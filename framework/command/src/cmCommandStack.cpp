@@ -55,7 +55,7 @@ void CmCommandStack::log(RCShdPtr<CmCommand> const& cmd) {
 void CmCommandStack::append(RCShdPtr<CmCommand> cmd, bool isOutdated) {
     source.require(!_stack.empty(), "!_stack.empty()");
     CmLog::write(CmLog::commandFlow, "Executed ", *cmd);
-    if (_keeper && joinLast(cmd)) return;
+    if (_keeper && _keeper->canMerge() && joinLast(cmd)) return;
     int const height = getStackHeight();
     try {
         prepare();
@@ -98,7 +98,6 @@ int CmCommandStack::countSurplusOfMemory(int newest) const noexcept {
 
 // Merging is user code: it may throw, release its owner, or change the history, and destroy the stack.
 bool CmCommandStack::joinLast(RCShdPtr<CmCommand> const& next) {
-    if (!_keeper->canMerge()) return false;
     RCShdPtr<CmMerger> const merger = _keeper->merger;
     int const position = _current;
     RCShdPtr<CmCommand> const last = *getCurrent();

@@ -1,7 +1,6 @@
 #include "framework/command/src/cmHistoryKeeper.h"
 
 #include "base/exBase.h"
-#include "framework/command/cmSized.h"
 #include "framework/command/src/cmHistorySpan.h"
 #include "internalAPI/cbDispatcher.imp.h"
 #include "resmgt/lgFirstError.h"
@@ -13,38 +12,8 @@ namespace Ko {
 
 template class CbDispatcher<CmHistoryChange>;
 
-// One change of the operation itself, and some of operations that are nested in it.
-void CmCommandStack::Keeper::makeRoom() {
-    constexpr std::size_t spare = 8;
-    if (_queue.capacity() - _queue.size() < spare) _queue.reserve(_queue.size() + 2 * spare);
-}
-
-void CmCommandStack::Keeper::record(
-    Kind kind, std::initializer_list<CmHistorySplice> splices, int current, bool isPartOfMove) noexcept {
-    record({kind, splices, current, isPartOfMove});
-}
-
-void CmCommandStack::Keeper::recordLogged(int redoable, int endRedoable, int numOldest) noexcept {
-    Pending pending(Kind::Logged, {{endRedoable, 0, 1}, {redoable, endRedoable - redoable, 0}, {1, numOldest, 0}},
-        redoable - numOldest);
-    pending.logged = _stack._stack.back();
-    record(std::move(pending));
-}
-
-void CmCommandStack::Keeper::recordMerged(RCShdPtr<CmCommand> const& merged, int numOldest) noexcept {
-    int const position = _stack._current;
-    Pending pending(Kind::Merged, {{position, 1, 1}, {1, numOldest, 0}}, position - numOldest);
-    pending.logged = merged;
-    record(std::move(pending));
-}
-
-void CmCommandStack::Keeper::recordCut(Span const& span, CmCommand& failed, std::exception_ptr const& error) noexcept {
-    Pending pending(Kind::CutByFailure, {{span.getFirst(), span.getLength(), 0}}, span.moved(_stack._current));
-    pending.failed = RCShdPtr<CmCommand>(&failed);
-    LgFirstError lost("The copy of a command's error");
-    lost.capture([&] { pending.error = toExBase(error); });
-    lost.log();
-    record(std::move(pending));
+void CmCommandStack::Keeper::growQueue() {
+    _queue.reserve(_queue.size() + 2 * spareChanges);
 }
 
 CmCommandStack::Keeper::Pending::Pending(
@@ -54,16 +23,48 @@ CmCommandStack::Keeper::Pending::Pending(
         if (splice.numRemoved > 0 || splice.numInserted > 0) splices[numSplices++] = splice;
 }
 
-void CmCommandStack::Keeper::record(Pending&& pending) noexcept {
-    _isFresh = pending.kind == Kind::Logged || pending.kind == Kind::Merged;
-    if (changes.isEmpty()) return;
+// @param complete sets what only some kinds of changes have.
+template <class Complete>
+void CmCommandStack::Keeper::queue(Kind kind, std::initializer_list<CmHistorySplice> splices, int current,
+    bool isPartOfMove, Complete complete) noexcept {
     if (!_queue.empty() && _queue.back().isPartOfMove) _queue.pop_back();
     LgFirstError error("A listener of a history misses a change");
-    error.capture([&] { _queue.push_back(std::move(pending)); });
+    error.capture([&] { complete(_queue.emplace_back(kind, splices, current, isPartOfMove)); });
     error.log();
 }
 
-bool CmCommandStack::Keeper::deliver(LgFirstError& error) {
+void CmCommandStack::Keeper::record(
+    Kind kind, std::initializer_list<CmHistorySplice> splices, int current, bool isPartOfMove) noexcept {
+    _isFresh = false;
+    if (!changes.isEmpty()) queue(kind, splices, current, isPartOfMove, [](Pending const&) {});
+}
+
+void CmCommandStack::Keeper::queueLogged(int redoable, int endRedoable, int numOldest) noexcept {
+    queue(Kind::Logged, {{endRedoable, 0, 1}, {redoable, endRedoable - redoable, 0}, {1, numOldest, 0}},
+        redoable - numOldest, false, [this](Pending& pending) { pending.logged = _stack._stack.back(); });
+}
+
+void CmCommandStack::Keeper::recordMerged(RCShdPtr<CmCommand> const& merged, int numOldest) noexcept {
+    _isFresh = true;
+    if (changes.isEmpty()) return;
+    int const position = _stack._current;
+    queue(Kind::Merged, {{position, 1, 1}, {1, numOldest, 0}}, position - numOldest, false,
+        [&](Pending& pending) { pending.logged = merged; });
+}
+
+void CmCommandStack::Keeper::recordCut(Span const& span, CmCommand& failed, std::exception_ptr const& error) noexcept {
+    _isFresh = false;
+    if (changes.isEmpty()) return;
+    queue(Kind::CutByFailure, {{span.getFirst(), span.getLength(), 0}}, span.moved(_stack._current), false,
+        [&](Pending& pending) {
+            pending.failed = RCShdPtr<CmCommand>(&failed);
+            LgFirstError lost("The copy of a command's error");
+            lost.capture([&] { pending.error = toExBase(error); });
+            lost.log();
+        });
+}
+
+bool CmCommandStack::Keeper::deliverAll(LgFirstError& error) {
     if (_isDelivering) return true;
     _isDelivering = true;
     bool isAlive = deliverChanges(error);
@@ -95,28 +96,24 @@ bool CmCommandStack::Keeper::takePostponed(bool& isProcessed) noexcept {
     return true;
 }
 
-bool CmCommandStack::Keeper::canMerge() const noexcept {
-    return merger && _isFresh && _stack.canUndo() && !_stack.canRedo() && _stack._clean != _stack._current;
-}
-
 void CmCommandStack::Keeper::setMaxMemory(std::size_t bytes) {
     std::deque<std::size_t> sizes;
     std::size_t memory = 0;
     if (bytes > 0)
         for (RCShdPtr<CmCommand> const& command : _stack._stack)
-            memory += sizes.emplace_back(CmSized::of(*command));
+            memory += sizes.emplace_back(_sizeOf(*command));
     _sizes.swap(sizes);
     _memory = memory;
     _maxMemory = bytes;
 }
 
 void CmCommandStack::Keeper::addSize(CmCommand const& command) {
-    if (_maxMemory > 0) _memory += _sizes.emplace_back(CmSized::of(command));
+    if (_maxMemory > 0) _memory += _sizes.emplace_back(_sizeOf(command));
 }
 
 void CmCommandStack::Keeper::setSize(int position, CmCommand const& command) noexcept {
     if (_sizes.empty()) return;
-    std::size_t const size = CmSized::of(command);
+    std::size_t const size = _sizeOf(command);
     _memory += size - std::exchange(_sizes[static_cast<std::size_t>(position)], size);
 }
 

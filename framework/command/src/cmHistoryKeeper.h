@@ -3,6 +3,7 @@
 #include "framework/command/cmCommandStack.h"
 #include "framework/command/cmHistoryChange.h"
 #include "framework/command/cmMerger.h"
+#include "framework/command/src/cmSizeFinder.h"
 
 #include <array>
 #include <deque>
@@ -23,13 +24,18 @@ public:
     RCShdPtr<CmMerger> merger;
 
     /// Makes `record` unable to fail.
-    void makeRoom();
+    void makeRoom() {
+        if (_queue.capacity() - _queue.size() < spareChanges) growQueue();
+    }
     /// Queues a change. Called when the change is made, before the destructors of removed commands run.
     /// @param isPartOfMove whether the next change of the same move replaces this one.
     void record(
         Kind kind, std::initializer_list<CmHistorySplice> splices, int current, bool isPartOfMove = false) noexcept;
     /// Queues the logging of the last element, which drops the redoable elements before it and the oldest ones.
-    void recordLogged(int redoable, int endRedoable, int numOldest) noexcept;
+    void recordLogged(int redoable, int endRedoable, int numOldest) noexcept {
+        _isFresh = true;
+        if (!changes.isEmpty()) queueLogged(redoable, endRedoable, numOldest);
+    }
     /// Queues the replacement of the current element, which drops the oldest ones.
     void recordMerged(RCShdPtr<CmCommand> const& merged, int numOldest) noexcept;
     /// Queues the loss of a span, which is dropped next.
@@ -37,7 +43,9 @@ public:
 
     /// Delivers all queued changes and then the clean mark. Called inside such a delivery, it leaves them to the outer call.
     /// @returns whether the stack still exists.
-    bool deliver(LgFirstError& error);
+    bool deliver(LgFirstError& error) {
+        return (_queue.empty() && _toldClean == _stack.isClean()) || deliverAll(error);
+    }
     bool isDelivering() const noexcept { return _isDelivering; }
     /// Remembers listeners that cannot be called during a delivery.
     void postpone(bool isProcessed) noexcept { ++(isProcessed ? _numProcessed : _numChanged); }
@@ -45,7 +53,10 @@ public:
     bool takePostponed(bool& isProcessed) noexcept;
 
     /// Whether the merger is to be asked about the next command.
-    bool canMerge() const noexcept;
+    bool canMerge() const noexcept {
+        bool const isOnTop = _stack._current + 1 == _stack.getStackHeight();
+        return merger && _isFresh && _stack._current > 0 && isOnTop && _stack._clean != _stack._current;
+    }
     /// The next command is kept apart from the last one.
     void endMerging() noexcept { _isFresh = false; }
 
@@ -81,7 +92,15 @@ private:
         bool isPartOfMove;
     };
 
-    void record(Pending&& pending) noexcept;
+    // One change of the operation itself, and some of operations that are nested in it.
+    static constexpr std::size_t spareChanges = 8;
+
+    void growQueue();
+    void queueLogged(int redoable, int endRedoable, int numOldest) noexcept;
+    template <class Complete>
+    void queue(Kind kind, std::initializer_list<CmHistorySplice> splices, int current, bool isPartOfMove,
+        Complete complete) noexcept;
+    bool deliverAll(LgFirstError& error);
     bool deliverChanges(LgFirstError& error);
 
     CmCommandStack& _stack;
@@ -92,6 +111,7 @@ private:
     bool _toldClean;
     // Whether the last change logged the current command.
     bool _isFresh = false;
+    CmSizeFinder _sizeOf;
     std::size_t _maxMemory = 0;
     std::size_t _memory = 0;
     // By position, while there is a budget; empty otherwise.

@@ -6,6 +6,7 @@
 #include "tests/support/recordingCommand.h"
 
 #include <gtest/gtest.h>
+#include <random>
 #include <stdexcept>
 #include <vector>
 
@@ -162,6 +163,35 @@ TEST_F(CmMergerByTimeTest, ABudgetCountsMacrosAndDropsTheOldestButNeverTheNewest
     stack->undo();
     stack->setMaxMemory(1);
     EXPECT_EQ("*0 Three", history(*stack));
+}
+
+TEST_F(CmMergerByTimeTest, ABudgetHoldsForTenThousandStepsOfAnySize) {
+    class Picture final : public Nudge {
+    public:
+        Picture(int& target, std::size_t size) : Nudge(target, 1, milliseconds(0)), _size(size) {}
+        std::size_t getMemorySize() const noexcept override { return _size; }
+
+    private:
+        std::size_t _size;
+    };
+    constexpr std::size_t budget = 20000;
+    stack->setMerger(nullptr);
+    stack->setMaxMemory(budget);
+    std::mt19937 random(1);
+    for (int step = 0; step < 10000; ++step) {
+        bool const isGrouped = random() % 4 == 0;
+        std::vector<RCShdPtr<Nudge>> commands(isGrouped ? 2 : 1);
+        for (RCShdPtr<Nudge>& command : commands)
+            command = RCShdPtr<Picture>::create(x, random() % 5000);
+        this->step(commands);
+        if (random() % 3 == 0) stack->undo();
+        std::size_t sum = 0;
+        for (auto element = stack->getBegin(); element != stack->getEnd(); ++element)
+            sum += CmSized::of(**element);
+        ASSERT_EQ(sum, stack->getMemory());
+        ASSERT_LE(sum, budget);
+    }
+    EXPECT_GT(stack->getStackHeight(), 4);
 }
 
 TEST_F(CmMergerByTimeTest, TryingTellsWhatHappened) {

@@ -1,7 +1,10 @@
 #include "base/inInitMgr.h"
 #include "framework/actions/actBasicParam.h"
 #include "framework/actions/actDndUtils.h"
+#include "framework/actions/actFinder.h"
+#include "framework/actions/actPresentation.h"
 #include "framework/actions/actRegistry.h"
+#include "framework/actions/actShortcutMap.h"
 #include "framework/actions/actTypedAction.h"
 #include "framework/actions/actTypedAction.imp.h"
 #include "framework/command/cmSelectionChangeCmd.h"
@@ -21,7 +24,7 @@ void select(RCShdPtr<SnSelection> const& selection, RCShdPtr<SnSelection const> 
 }
 
 /// Selects a layer alone; without any input.
-class SelectAction : public ActTypedAction<LiString, ActBasicParam> {
+class SelectAction : public ActTypedAction<LiString, ActBasicParam>, public ActPresented {
 public:
     explicit SelectAction(RCShdPtr<SnSelection> selected) : _selected(std::move(selected)) {}
     LiString getDescription() const override { return "Select Layer"; }
@@ -32,6 +35,13 @@ public:
         LiString const& layer, ActBasicParam const&, RCShdPtr<SnSelection> const& touched) const override {
         touched->add(SnItemBasic<LiString>::create(layer));
         select(_selected, touched);
+    }
+    ActPresentation getPresentation(RCShdPtr<SnItem const> const&, RCShdPtr<SnItem const> const&) const override {
+        ActPresentation presentation;
+        presentation.toolTip = "Selects this layer and no other one";
+        presentation.shortcuts = ActShortcut::parseList("Return, Ctrl+L");
+        presentation.whyNot = "The layer is selected already.";
+        return presentation;
     }
 
 private:
@@ -65,6 +75,28 @@ void showMenu(RCShdPtr<SnItem const> const& layer) {
     if (!entries.atEnd()) entries->performAction(SnSelection::create());
 }
 
+/// Lists the actions that match some letters, as a palette does.
+void showPalette(LiString const& letters, RCShdPtr<SnItem const> const& layer) {
+    auto const nothing = SnItemBasic<ActBasicParam>::create(ActBasicParam());
+    ActFinder finder;
+    finder.collect();
+    for (ActFinder::Match const& match : finder.find(letters, layer, nothing, 10))
+        std::cout << "palette: " << match.text << (match.isValid ? "" : ": " + match.whyNot) << '\n';
+}
+
+/// Reads the default shortcuts, then the user's.
+ActShortcutMap readShortcuts(OsFilePath const& file) {
+    auto const nothing = SnItemBasic<ActBasicParam>::create(ActBasicParam());
+    ActShortcutMap shortcuts;
+    for (ActAction const* const action : ActRegistry::getInstance().getAllActions(ActRegistry::FirstOnly).elements()) {
+        ActPresentation const shown = ActPresented::of(*action, nothing, nothing);
+        shortcuts.setDefaults(ActShortcutMap::getName(*action), shown.shortcuts, shown.shortcutContext);
+    }
+    for (LiString const& problem : shortcuts.load(file))
+        std::cerr << problem << '\n';
+    return shortcuts;
+}
+
 int main(int argc, char** argv) {
     InInitScope const framework(argc, argv);
     history = RCShdPtr<CmCommandStack>::create();
@@ -78,6 +110,10 @@ int main(int argc, char** argv) {
     showMenu(sky);
     history->undo();
     showMenu(sky);
+
+    showPalette("sl", sky);
+    for (LiString const& name : readShortcuts("shortcuts").find(ActShortcut::parse("ctrl+l")))
+        std::cout << "Ctrl+L: " << name << '\n';
 
     List<RCShdPtr<SnItem const>> const underThePointer{sky, SnItemBasic<LiString>::create("Group 1")};
     ActDndUtils::performCarrierActions(underThePointer, DrCarrier::create(selected), SnSelection::create(), true);

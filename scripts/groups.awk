@@ -1,4 +1,4 @@
-# Which group of the reference (docs/reference.dox) a public header belongs to: that of its room, unless its name says more.
+# Adds each public header to a group of the reference (docs/reference.dox): that of its room, unless its name has another.
 
 function group_of(path, name) {
     name = path
@@ -20,7 +20,7 @@ function group_of(path, name) {
     return "memory"
 }
 
-# What a namespace holds is one group; it is opened and closed on lines that are there, so that lines keep their numbers.
+# The content of a namespace is one group. It is opened and closed on existing lines, so that lines keep their numbers.
 /^namespace [A-Za-z:]+ \{$/ { $0 = $0 " /** @addtogroup " group_of(path) " */ /** @{ */" }
 /^\} \/\/ namespace/ { $0 = "/** @} */ " $0 }
 { print }

@@ -1,4 +1,4 @@
-# The rules of check-layers. Reads, in this order (the variable `phase` tells which): the CMakeLists.txt files that add
+# The rules of check-layers. Reads, in this order (named by the variable `phase`): the CMakeLists.txt files that add
 # the rooms, those of the rooms, the names of all sources, and the sources. Every fault is a line "file:line: message".
 
 BEGIN {
@@ -6,7 +6,7 @@ BEGIN {
     for (i in words) isRole[words[i]] = 1
     systemMacro = "(^|[^A-Za-z0-9_])(_WIN32|_WIN64|__MINGW32__|_MSC_VER|__linux__|__linux|__gnu_linux__|__APPLE__|" \
         "__unix__|__unix|__FreeBSD__|_POSIX_VERSION)([^A-Za-z0-9_]|$)"
-    # Smart pointers, singletons and deleters: what owns memory on behalf of all other code.
+    # Smart pointers, singletons and deleters own memory on behalf of all other code.
     memoryOwner = "^(platform/base/(src/rcBase\\.cpp|rcShdPtr\\.h|inSingleton\\.imp\\.h)|platform/resmgt/lkSingleton\\.imp\\.h|" \
         "framework/actions/src/actAction\\.cpp)$"
     nakedMemory = "(^|[^A-Za-z0-9_])(new +[A-Za-z_:]|delete(\\[\\])? +[A-Za-z_:*(])"
@@ -43,7 +43,7 @@ phase == "order" && match($0, /^[ \t]*add_subdirectory\([^) \t]+/) {
     layer[folder] = ++layers
 }
 
-# ---- phase rooms: what belongs to a room, and its neighbours
+# ---- phase rooms: the files and the neighbours of each room
 
 phase == "rooms" {
     sub(/#.*/, "")

@@ -1,4 +1,4 @@
-# Finishes what dot draws: the style and the hash of the source go in, what varies from one machine to another goes out.
+# Completes the output of dot: adds the style and the hash of the source, and removes text that differs between machines.
 
 /^<\?xml|^<!DOCTYPE|^ "http|^<!--|^ -->|<title>/ { next }
 

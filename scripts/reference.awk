@@ -16,7 +16,7 @@ function takes_own(line, name, mark) {
     return name == "operator=" ? index(line, mark) > 0 : index(line, name "(" name mark) > 0
 }
 
-# What the language says of a function.
+# The comment of a function whose meaning the language defines.
 function known(line, name) {
     if (line ~ /= delete;$/) return "Deleted."
     if (starts_with(name, "~")) return "Ends the object's life."
@@ -25,7 +25,7 @@ function known(line, name) {
     return ""
 }
 
-# What other members say of this one; `ExBase` explains the place of an exception.
+# The comment of a function that another member explains; `ExBase` explains the place of an exception.
 function implied(line, name) {
     if (index(line, "(char const* file, int line")) return "`file` and `line` are the place that raises it, as for `ExBase`."
     return name != "" && name == explained ? "@overload" : ""
@@ -68,7 +68,7 @@ line ~ /^template <[^;]*>$/ { template = template $0 " "; blank = blank "\n"; do
     language = known(line, name)
     words = language == "" ? implied(line, name) : language
     if (comment != "" || documented) words = language = ""
-    # Packages name themselves all in the same way, which `InInit` tells.
+    # The constructors of packages are all the same; `InInit` documents them.
     named = starts_with(template, "template <>") && name == "getType"
     print blank comment_on(words) (named ? "" : template $0)
     if (name != "" && language == "") explained = words != "" || comment != "" || documented ? name : ""

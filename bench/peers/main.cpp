@@ -1,4 +1,4 @@
-// The bench of what the framework and its peers take for the same work: "workload/who".
+// Measures the same workloads with the framework and its peers: "workload/library".
 
 #include "base/inInitMgr.h"
 #include "resmgt/osEnv.h"
@@ -7,7 +7,7 @@
 #include <malloc.h>
 
 int main(int argc, char** argv) {
-    // Memory that was used once stays with the process, as in one that has been at work for a while.
+    // Keeps freed memory in the process, as in a process that has run for some time.
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
     mallopt(M_MMAP_THRESHOLD, 1 << 30);
     Ko::OsEnv::putVariable("KO_BGEXEC_WAIT_TIME=0");

@@ -11,7 +11,7 @@ namespace KoBench {
 
 constexpr int plugIns = 200;
 
-/// Copies of a plug-in are opened, each in the same fresh process: `open(paths, folder)` returns how many were.
+/// Opens copies of a plug-in, all in one new process: `open(paths, folder)` returns how many it opened.
 template <class Open>
 void openPlugIns(benchmark::State& state, char const* plugIn, Open open) {
     Folder const folder("koPeerPlugIns");
@@ -24,7 +24,7 @@ void openPlugIns(benchmark::State& state, char const* plugIn, Open open) {
     perItem(state, plugIns);
 }
 
-/// The same for who opens files one by one: `open(path)` tells whether it could.
+/// The same for libraries that open one file at a time: `open(path)` returns whether it was opened.
 template <class Open>
 void openPlugInsOneByOne(benchmark::State& state, char const* plugIn, Open open) {
     openPlugIns(state, plugIn, [&](std::vector<std::string> const& paths, std::string const&) {

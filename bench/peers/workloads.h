@@ -8,10 +8,10 @@
 #include <cstdint>
 #include <thread>
 
-/// The work that everybody is given. What differs, each brings along as functions.
+/// The workloads, the same for all peers. Each peer passes its operations as functions.
 namespace KoBench {
 
-/// As many as the machine has cores.
+/// The number of workers: one for each core of the machine.
 inline int workers() {
     return static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
 }
@@ -21,7 +21,7 @@ constexpr std::int64_t tasks = 1'000'000;
 constexpr std::int64_t events = 100'000;
 constexpr std::int64_t children = 200;
 
-/// Steps are pushed, which executes them, all undone, all redone, and forgotten.
+/// Pushes steps, which executes them, undoes all, redoes all and drops them.
 template <class Push, class Undo, class Redo, class Clear>
 void undoAndRedo(benchmark::State& state, Push push, Undo undo, Redo redo, Clear clear) {
     for (auto _ : state) {
@@ -36,7 +36,7 @@ void undoAndRedo(benchmark::State& state, Push push, Undo undo, Redo redo, Clear
     perItem(state, undoSteps);
 }
 
-/// One thread hands empty tasks to the workers, until all were executed: `add(countdown)`.
+/// One thread passes empty tasks to the workers until all have been executed: `add(countdown)`.
 template <class Add>
 void emptyTasks(benchmark::State& state, Add add) {
     for (auto _ : state) {
@@ -48,7 +48,7 @@ void emptyTasks(benchmark::State& state, Add add) {
     perItem(state, tasks);
 }
 
-/// One task to workers that sleep, and back.
+/// The time from adding a task to sleeping workers until its completion is seen.
 template <class Add>
 void roundTrip(benchmark::State& state, Add add) {
     for (auto _ : state) {
@@ -59,7 +59,7 @@ void roundTrip(benchmark::State& state, Add add) {
     perItem(state, 1);
 }
 
-/// Somebody tells state.range(0) observers, which count.
+/// One notification of state.range(0) observers, which count the notifications.
 template <class Notify>
 void notifyAll(benchmark::State& state, long const& updates, Notify notify) {
     for (auto _ : state)
@@ -68,7 +68,7 @@ void notifyAll(benchmark::State& state, long const& updates, Notify notify) {
     perItem(state, 1);
 }
 
-/// Another thread posts, this one processes what has come: `post(count)`, which counts up, and `process()`.
+/// Another thread posts events with `post(count)`, which counts up; this thread processes them with `process()`.
 template <class Post, class Process>
 void postedEvents(benchmark::State& state, Post post, Process process) {
     long processed = 0;
@@ -83,7 +83,7 @@ void postedEvents(benchmark::State& state, Post post, Process process) {
     perItem(state, events);
 }
 
-/// Programs that do nothing, one after the other: `run()` returns when one has ended and its output was read.
+/// Programs that do nothing, one at a time: `run()` returns when the program has ended and its output was read.
 template <class Run>
 void launch(benchmark::State& state, Run run) {
     for (auto _ : state)

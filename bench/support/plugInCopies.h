@@ -10,7 +10,7 @@
 
 namespace KoBench {
 
-/// A folder of this process's own, removed at its end.
+/// A temporary folder, removed by the destructor.
 class Folder {
 public:
     explicit Folder(std::string const& name)
@@ -31,7 +31,7 @@ private:
     std::filesystem::path _path;
 };
 
-/// Copies the plug-in so many times into the folder.
+/// Copies the plug-in `copies` times into the folder.
 inline std::vector<std::string> copyPlugIn(Folder const& folder, char const* plugIn, int copies) {
     std::vector<std::string> paths;
     for (int index = 0; index < copies; ++index) {
@@ -41,8 +41,8 @@ inline std::vector<std::string> copyPlugIn(Folder const& folder, char const* plu
     return paths;
 }
 
-/// The seconds that `load` takes to load so many plug-ins, or -1 if those were not all. A process opens a library once, so
-/// that is measured in a child.
+/// The seconds that `load` takes to load `plugIns` plug-ins, or -1 if it has not loaded all. Measured in a child process, as a
+/// process opens a library once.
 template <class Load>
 double secondsInChild(int plugIns, Load load) {
     int ends[2];

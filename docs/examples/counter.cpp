@@ -21,7 +21,7 @@ private:
 
 struct CounterTag {};
 
-/// The plug-in's package: what it does when it is loaded, and when the application ends.
+/// The plug-in's package: its work when it is loaded, and when the application ends.
 class CounterInit final : public Ko::InInit<CounterTag> {
 public:
     CounterInit() : InInit("counter", Ko::packagesOf<KoInit::resmgt>()) {}

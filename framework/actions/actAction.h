@@ -30,7 +30,8 @@ public:
 
     /// Whether the action can be performed on this target with this input. It is called often, for items of any kind:
     /// answer false for unknown kinds, and change nothing.
-    virtual bool inputValid(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input) const = 0;
+    [[nodiscard]] virtual bool inputValid(
+        RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input) const = 0;
     /// Performs the action.
     /// @param selection the action may add items to it, such as those that it has made.
     virtual void performAction(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input,
@@ -40,13 +41,13 @@ public:
     virtual int enumOptions(
         RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input, Vector<LiString>& options) const;
     /// The action's identity, by which it is found and sorted: "Rename Layer".
-    virtual LiString getDescription() const = 0;
+    [[nodiscard]] virtual LiString getDescription() const = 0;
     /// The text to show instead of the description; empty for the description itself.
-    virtual std::string getDisplayString() const;
+    [[nodiscard]] virtual std::string getDisplayString() const;
     /// The name of the group of actions that are queried or unregistered together; empty for none.
-    virtual std::string getGroup() const;
+    [[nodiscard]] virtual std::string getGroup() const;
     /// The description of the composite action under which this one is listed; empty for one on the top level.
-    virtual std::string getCompositeName() const;
+    [[nodiscard]] virtual std::string getCompositeName() const;
 
     /// Sets the result of `getDisplayString`, unless that is overridden.
     void setDisplayString(std::string const& text);

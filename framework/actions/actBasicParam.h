@@ -36,9 +36,11 @@ template <>
 class SnItemValue<ActBasicParam> {
 public:
     /// Whether the texts are equal.
-    static bool isEqual(ActBasicParam const& a, ActBasicParam const& b) noexcept { return a.isEqual(b); }
+    [[nodiscard]] static bool isEqual(ActBasicParam const& a, ActBasicParam const& b) noexcept { return a.isEqual(b); }
     /// The hash of the text.
-    static std::size_t getHash(ActBasicParam const& param) noexcept { return std::hash<LiString>()(param.getValue()); }
+    [[nodiscard]] static std::size_t getHash(ActBasicParam const& param) noexcept {
+        return std::hash<LiString>()(param.getValue());
+    }
     /// Writes the text.
     static void dump(std::ostream& stream, ActBasicParam const& param) { param.dump(stream); }
 };

@@ -18,7 +18,8 @@ public:
     ActCompositeAction();
     ~ActCompositeAction() override;
 
-    bool inputValid(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input) const override;
+    [[nodiscard]] bool inputValid(
+        RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input) const override;
     /// Does nothing.
     void performAction(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input,
         RCShdPtr<SnSelection> const& selection) const override;

@@ -46,7 +46,8 @@ public:
 
     /// Whether both items convert, and the typed operation holds for their values.
     /// @throws ExAssertionFailed when a conversion was not initialised.
-    bool inputValid(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input) const override;
+    [[nodiscard]] bool inputValid(
+        RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input) const override;
     /// Performs the typed operation on the values of the items.
     /// @throws ExAssertionFailed when an item does not convert.
     void performAction(RCShdPtr<SnItem const> const& target, RCShdPtr<SnItem const> const& input,
@@ -56,7 +57,7 @@ public:
         Vector<LiString>& options) const override;
 
     /// Whether the action can be performed on these values. Changes nothing.
-    virtual bool inputValid(TargetType const& target, InputType const& input) const = 0;
+    [[nodiscard]] virtual bool inputValid(TargetType const& target, InputType const& input) const = 0;
     /// Performs the action on these values.
     /// @param selection the action may add items to it, such as those that it has made.
     virtual void performAction(

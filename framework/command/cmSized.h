@@ -11,7 +11,7 @@ namespace Ko {
 class KO_FRAMEWORK_API CmSized {
 public:
     /// The memory that the command holds, in bytes. Asked once, when the command is logged.
-    virtual std::size_t getMemorySize() const noexcept = 0;
+    [[nodiscard]] virtual std::size_t getMemorySize() const noexcept = 0;
 
     /// The size that a command tells: 0 for a command without this interface, the sum of its members for a macro.
     [[nodiscard]] static std::size_t of(CmCommand const& command) noexcept;

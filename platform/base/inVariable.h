@@ -74,7 +74,7 @@ public:
 
     /// The value, which lives as long as the variable.
     /// @throws InInitEx when the variable is not valid.
-    char const* get() const { return value().c_str(); }
+    [[nodiscard]] char const* get() const { return value().c_str(); }
 };
 
 /// A name under which a context assigns a variable. On the command line, `Values` 1 means that a value follows the alias,

@@ -21,7 +21,7 @@ public:
     /// Releases the lock. Called by the standard guards.
     void unlock() { _mutex.unlock(); }
     /// The name given to the constructor.
-    char const* getName() const noexcept { return _name; }
+    [[nodiscard]] char const* getName() const noexcept { return _name; }
 
 private:
     friend class LkCondVar;

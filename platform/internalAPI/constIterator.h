@@ -101,9 +101,9 @@ template <class T>
 class ConstIterator<T>::Elements {
 public:
     /// The first element.
-    T const* begin() const noexcept { return _elements ? _elements->data() : nullptr; }
+    [[nodiscard]] T const* begin() const noexcept { return _elements ? _elements->data() : nullptr; }
     /// Past the last element.
-    T const* end() const noexcept { return _elements ? _elements->data() + _elements->size() : nullptr; }
+    [[nodiscard]] T const* end() const noexcept { return _elements ? _elements->data() + _elements->size() : nullptr; }
 
 private:
     friend class ConstIterator;

@@ -39,7 +39,7 @@ class PrdAllPredicateImp : public PrdPredicateImp<T> {
 public:
     PrdAllPredicateImp();
     ~PrdAllPredicateImp() override;
-    bool test(T const& object) const override;
+    [[nodiscard]] bool test(T const& object) const override;
 };
 
 /// Base of the predicates that combine several others, its children. It tests them in order and stops as soon as the result
@@ -51,7 +51,7 @@ public:
     using Children = List<RCShdPtr<PrdPredicateImp<T>>>;
 
     ~PrdCompositePredicateImp() override;
-    bool test(T const& object) const override = 0;
+    [[nodiscard]] bool test(T const& object) const override = 0;
     /// The children, in the order of testing.
     [[nodiscard]] Children const& getChildren() const noexcept { return _children; }
 
@@ -72,7 +72,7 @@ public:
     /// @param children in the order of testing.
     explicit PrdOrPredicateImp(Children children);
     ~PrdOrPredicateImp() override;
-    bool test(T const& object) const override;
+    [[nodiscard]] bool test(T const& object) const override;
 };
 
 /// Holds if all children hold. Without children it never holds: an empty combination selects nothing.
@@ -84,7 +84,7 @@ public:
     /// @param children in the order of testing.
     explicit PrdAndPredicateImp(Children children);
     ~PrdAndPredicateImp() override;
-    bool test(T const& object) const override;
+    [[nodiscard]] bool test(T const& object) const override;
 };
 
 /// Holds if its child does not. A null child raises `ExNullPtr` when it is tested.
@@ -94,7 +94,7 @@ public:
     /// @param child the negated predicate.
     explicit PrdNotPredicateImp(RCShdPtr<PrdPredicateImp<T>> const& child);
     ~PrdNotPredicateImp() override;
-    bool test(T const& object) const override;
+    [[nodiscard]] bool test(T const& object) const override;
 
 private:
     RCShdPtr<PrdPredicateImp<T>> _child;

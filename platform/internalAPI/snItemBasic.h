@@ -12,9 +12,9 @@ template <class T>
 class SnItemValue {
 public:
     /// Whether the values are equal.
-    static bool isEqual(T const& a, T const& b) { return a == b; }
+    [[nodiscard]] static bool isEqual(T const& a, T const& b) { return a == b; }
     /// The hash of a value: the same for equal values.
-    static std::size_t getHash(T const& value) { return std::hash<T>()(value); }
+    [[nodiscard]] static std::size_t getHash(T const& value) { return std::hash<T>()(value); }
     /// Writes a value, for diagnosis.
     static void dump(std::ostream& stream, T const& value) { stream << value; }
 };
@@ -24,9 +24,11 @@ template <class T>
 class SnItemValue<RCShdPtr<T>> {
 public:
     /// Whether both point to the same object.
-    static bool isEqual(RCShdPtr<T> const& a, RCShdPtr<T> const& b) noexcept { return a == b; }
+    [[nodiscard]] static bool isEqual(RCShdPtr<T> const& a, RCShdPtr<T> const& b) noexcept { return a == b; }
     /// The hash of the address.
-    static std::size_t getHash(RCShdPtr<T> const& value) noexcept { return std::hash<RCShdPtr<T>>()(value); }
+    [[nodiscard]] static std::size_t getHash(RCShdPtr<T> const& value) noexcept {
+        return std::hash<RCShdPtr<T>>()(value);
+    }
     /// Writes the object.
     static void dump(std::ostream& stream, RCShdPtr<T> const& value) { value.dump(stream); }
 };
@@ -53,9 +55,9 @@ public:
     ~SnItemBasic() override;
 
     SnItem* clone() const override;
-    bool isEqualIgnoreParts(SnItem const& other) const override;
+    [[nodiscard]] bool isEqualIgnoreParts(SnItem const& other) const override;
     void dump(std::ostream& stream) const override;
-    std::size_t getHashIgnoreParts() const override;
+    [[nodiscard]] std::size_t getHashIgnoreParts() const override;
 
     /// The value, which never changes.
     [[nodiscard]] T const& get() const noexcept { return _value; }

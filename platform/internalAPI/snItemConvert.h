@@ -12,7 +12,7 @@ class SnIsItem : public PrdPredicateImp<RCShdPtr<SnItem const>> {
 public:
     SnIsItem();
     ~SnIsItem() override;
-    bool test(RCShdPtr<SnItem const> const& item) const override;
+    [[nodiscard]] bool test(RCShdPtr<SnItem const> const& item) const override;
 };
 
 /// Converts items to the values that they carry: for a `T` that is carried by an `SnItemBasic<T>`. Items of another class

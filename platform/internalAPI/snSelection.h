@@ -82,9 +82,9 @@ public:
     class Iterator;
 
     /// The first added item.
-    Iterator begin() const noexcept;
+    [[nodiscard]] Iterator begin() const noexcept;
     /// Past the last added item.
-    Iterator end() const noexcept;
+    [[nodiscard]] Iterator end() const noexcept;
 
 private:
     friend class SnSelection;

@@ -25,11 +25,11 @@ public:
     /// For the package's `finalize()`. Without effect on a group that does not exist.
     void destroy() noexcept;
     /// Whether the package is initialised.
-    bool exists() const noexcept { return _group != nullptr; }
+    [[nodiscard]] bool exists() const noexcept { return _group != nullptr; }
 
     /// Whether a level is logged; to be asked before a text is computed that only the log needs. False while the group does
     /// not exist.
-    bool isEnabled(int level) const noexcept { return _group && _group->isEnabled(level); }
+    [[nodiscard]] bool isEnabled(int level) const noexcept { return _group && _group->isEnabled(level); }
     /// Writes the text that `makeText()` returns; it is called only if the level is on.
     template <class MakeText>
     void log(int level, MakeText&& makeText) const {

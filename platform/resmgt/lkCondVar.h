@@ -47,7 +47,7 @@ public:
     void broadcast() noexcept { _condition.notify_all(); }
 
     /// The name given to the constructor.
-    char const* getName() const noexcept { return _name; }
+    [[nodiscard]] char const* getName() const noexcept { return _name; }
 
 private:
     std::condition_variable _condition;

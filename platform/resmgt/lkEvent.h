@@ -39,7 +39,7 @@ public:
     bool wait(double seconds) const;
 
     /// The name given to the constructor.
-    char const* getName() const noexcept { return _name; }
+    [[nodiscard]] char const* getName() const noexcept { return _name; }
 
 private:
     /// Awaited: not set, and a thread waits.

@@ -18,7 +18,7 @@ public:
     /// The files and directories directly in a directory whose names match, with the directory before them, in the order
     /// of their names.
     /// @throws OsFileEx::ExInvalidPath when the directory cannot be read.
-    static Vector<OsFilePath> getChildren(OsFilePath const& directory, OsWildcardFilter const& filter);
+    [[nodiscard]] static Vector<OsFilePath> getChildren(OsFilePath const& directory, OsWildcardFilter const& filter);
 };
 
 } // namespace Ko

@@ -34,7 +34,7 @@ public:
     [[nodiscard]] OsFilePath const& getPath() const noexcept { return _path; }
     /// The address of an exported function or object, to be cast to its type.
     /// @throws OsSharedLibEx when the library exports no such name.
-    void* getSymbol(LiString const& name) const;
+    [[nodiscard]] void* getSymbol(LiString const& name) const;
 
 private:
     OsSharedLib(OsFilePath path, void* handle) : _path(std::move(path)), _handle(handle) {}

@@ -29,7 +29,7 @@ public:
     explicit Timer(char const* name) noexcept : _name(name) {}
 
     /// The name given to the constructor.
-    char const* getName() const noexcept { return _name; }
+    [[nodiscard]] char const* getName() const noexcept { return _name; }
     /// Sets the sum of the ended intervals to zero.
     void reset() noexcept { _accumulatedSeconds = 0.0; }
     /// Starts an interval. An interval that is running is discarded.

@@ -2,7 +2,7 @@
 # Compares the pages with the tree:  checkPages.sh ROOT PAGE=PROGRAM...
 # - every relative link leads to a file, and every page below docs/ can be reached from docs/README.md;
 # - a code block after the line <!-- from FILE --> is, line by line, a part of that file; all of C++ stands after such a line;
-# - what a page says that its program prints, the program prints; a page that says so has a program.
+# - the output that a page shows for its program is the output of the program; a page that shows one has a program.
 set -euo pipefail
 
 cd "$1"

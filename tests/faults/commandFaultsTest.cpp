@@ -58,7 +58,7 @@ private:
     bool _joins;
 };
 
-/// A document with some steps of history. Whatever an attempt did to it, its history leads back and forth.
+/// A document with some steps of history, which can be undone and redone after any attempt.
 class Document {
 public:
     explicit Document(int steps = 3, int undone = 0, bool isWatched = false) {
@@ -97,7 +97,7 @@ public:
         EXPECT_EQ(undoable, stack->getNbUndoableCommands());
         EXPECT_EQ(undoable + redoable + 1, stack->getStackHeight());
     }
-    // Every command expects the state that it finds; afterwards all is as it was.
+    // Undoes and redoes everything: each command expects the state before it.
     void expectUsable() {
         EXPECT_FALSE(CmUndoGuard::isGuardActive());
         EXPECT_EQ(PiCommandStack::Idle, stack->getState());
@@ -302,7 +302,7 @@ TEST_F(CommandFaults, ALongTransactionEndsAndUndoIsRight) {
 }
 
 TEST_F(CommandFaults, EndCallbacksAreCalledOnceOrNotAdded) {
-    // So many that every part of the table of weak references has its memory.
+    // Enough references that each shard of the table of weak references has allocated its memory.
     Vector<std::pair<RCShdPtr<FunctionHandler>, RCWeakPtr<FunctionHandler>>> table(1000);
     for (auto& [handler, reference] : table)
         reference = handler = RCShdPtr<FunctionHandler>::create([] {});

@@ -11,8 +11,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-// An exception of a library's static constructor ends the process, by the rules of the language. So no allocation fails while
-// the system opens one.
+// An exception of a library's static constructor ends the process, by the rules of the language. So no allocation fails
+// while the system opens a library.
 extern "C" __attribute__((visibility("default"))) void* dlopen(char const* file, int mode) {
     using Open = void* (*)(char const*, int);
     static auto const open = reinterpret_cast<Open>(::dlsym(RTLD_NEXT, "dlopen"));

@@ -7,13 +7,13 @@
 #include <cstdlib>
 #include <vector>
 
-/// What the fuzz targets share.
+/// Functions shared by the fuzz targets.
 ///
-/// A target reads its input as text in fields, so that a seed can be written and read by a person. What the library makes
-/// of it is compared with a model of a few lines, which may be slow, but has to be obvious.
+/// A target reads its input as text in fields, so that people can write and read seeds. The result of the library is
+/// compared with a model of a few lines, which may be slow but has to be obvious.
 namespace KoFuzz {
 
-/// The only place where a target writes; removed when the process ends in peace.
+/// The only place where a target writes; removed when the process ends normally.
 using Folder = KoTest::TemporaryFolder;
 
 /// Reports a difference; the fuzzer keeps the input that led to it.
@@ -27,7 +27,7 @@ inline std::string_view textOf(std::uint8_t const* data, std::size_t size) {
     return {reinterpret_cast<char const*>(data), size};
 }
 
-/// The pieces of an input, which its author divides by lines of "--". Those that are missing are empty.
+/// The fields of an input, which lines of "--" divide. Missing fields are empty.
 inline std::vector<std::string> fieldsOf(std::string_view input, std::size_t fewest) {
     constexpr std::string_view divider = "\n--\n";
     std::vector<std::string> fields;
@@ -38,12 +38,12 @@ inline std::vector<std::string> fieldsOf(std::string_view input, std::size_t few
     return fields;
 }
 
-/// As a program is given it: up to the first zero.
+/// The text up to the first zero byte, as a program receives it.
 inline std::string cText(std::string const& text) {
     return text.c_str();
 }
 
-/// A line of the compositor's script language that is read as these words again.
+/// A line of the compositor's script language that consists of these words.
 inline std::string quotedWords(std::vector<std::string> const& words) {
     std::string text;
     for (std::string const& word : words) {

@@ -17,14 +17,14 @@ namespace {
 using namespace Ko;
 using namespace KoFuzz;
 
-/// Keeps what the package says about the file that it was asked for last.
+/// Keeps the last line of the log, about the file that was asked for last.
 class LastLine final : public LgSink {
 public:
     void write(LgRecord const& record) override { text = record.text; }
     std::string text;
 };
 
-// Whether a rule of the list is for plug-ins of the type, and whether one of these names the plug-in.
+// Whether the list has rules for plug-ins of the type, and whether one of these names the plug-in.
 struct Verdict {
     bool isForType = false, isNamed = false;
 };

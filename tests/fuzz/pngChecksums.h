@@ -36,7 +36,7 @@ void visitChunks(std::span<std::uint8_t> bytes, Visit visit) {
     }
 }
 
-/// Decoders stop at a wrong checksum, and would never see the mutations that follow.
+/// Decoders stop at a wrong checksum, and would not reach the mutations after it.
 inline void repairChecksums(std::span<std::uint8_t> bytes) {
     visitChunks(bytes, [](std::string_view, std::span<std::uint8_t> content) {
         auto const checksum = crc32(crc32(0, nullptr, 0), content.data() - 4, static_cast<uInt>(content.size() + 4));

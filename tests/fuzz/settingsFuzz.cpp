@@ -33,7 +33,7 @@ std::string trimmed(std::string text) {
     return text;
 }
 
-/// What the sources say, in the simplest words; none is valid where `isReadable` is false.
+/// The settings of the sources, by the simplest code; none is valid where `isReadable` is false.
 struct Model {
     bool isReadable = true;
     std::map<std::string, std::string> keys;
@@ -59,7 +59,7 @@ struct Model {
         return true;
     }
 
-    // No line contains its end, which thus can stand for two quotation marks.
+    // A line contains no line end, so a line end can stand for two quotation marks.
     static bool readQuoted(std::string& value, std::string text) {
         for (std::size_t at = 0; (at = text.find("\"\"")) != std::string::npos;)
             text.replace(at, 2, "\n");

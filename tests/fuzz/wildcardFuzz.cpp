@@ -7,7 +7,7 @@ namespace {
 using namespace Ko;
 using namespace KoFuzz;
 
-// The well-formed sequences, as the standard's table lists them.
+// The well-formed sequences of UTF-8, as the table of the standard lists them.
 constexpr struct {
     unsigned firstLead, lastLead, lowestSecond, highestSecond;
     std::size_t length;
@@ -37,7 +37,7 @@ std::vector<std::string_view> charactersOf(std::string_view text) {
     return characters;
 }
 
-// Which begins of the name the begin of the pattern matches, for each character of the pattern.
+// Determines, for each prefix of the pattern, which prefixes of the name it matches.
 bool modelMatches(std::string_view pattern, std::string_view name) {
     auto const characters = charactersOf(name);
     std::vector<bool> matched(characters.size() + 1);

@@ -50,7 +50,7 @@ report() {
     failures=$((failures + 1))
 }
 
-# refused NAME MESSAGE COMMAND: after COMMAND has spoilt the house, the check fails and its words hold MESSAGE.
+# refused NAME MESSAGE COMMAND: after COMMAND has damaged the house, the check fails and its output contains MESSAGE.
 refused() {
     local words
     build_house

@@ -1,7 +1,6 @@
 #include "tests/support/allocationFaults.h"
 
 #include <atomic>
-#include <cstdio>
 #include <cstdlib>
 #include <malloc.h>
 
@@ -26,18 +25,11 @@ struct Plan {
     }
 };
 
-// The one of all threads, and each thread's own. Plain data: it is there before and after all objects of the program.
+// The plan for all threads, and one for each thread. Plain data, usable before and after the lifetime of all other objects.
 constinit Plan shared;
 constinit thread_local Plan own;
 constinit thread_local int pauses = 0;
 constinit std::atomic<long> live{0}, liveSize{0};
-constinit std::atomic<long> faults{0}, operations{0};
-
-struct Summary {
-    ~Summary() {
-        if (operations > 0) std::printf("%ld faults in %ld operations\n", faults.load(), operations.load());
-    }
-} const summary;
 
 } // namespace
 
@@ -69,11 +61,6 @@ AllocationFaults::Pause::~Pause() {
     --pauses;
 }
 
-void AllocationFaults::count(long number) noexcept {
-    faults += number;
-    ++operations;
-}
-
 static void* allocate(std::size_t size) {
     if (pauses == 0 && (own.isDue() || shared.isDue())) throw std::bad_alloc();
     void* const block = std::malloc(size > 0 ? size : 1);
@@ -92,7 +79,7 @@ static void release(void* block) noexcept {
 
 } // namespace KoTest
 
-// NOLINTBEGIN: these replace the language's own
+// NOLINTBEGIN: replacements of the language's functions
 void* operator new(std::size_t size) {
     return KoTest::allocate(size);
 }

@@ -8,7 +8,7 @@
 
 namespace KoTest {
 
-/// Lets allocations fail: the program that links allocationFaults.cpp has an operator new that asks here.
+/// Makes allocations fail, in programs that link the operator new of allocationFaults.cpp.
 class AllocationFaults {
 public:
     enum class Kind {
@@ -19,16 +19,16 @@ public:
         Lasting
     };
 
-    /// From now on the number-th allocation (1 is the next) of this thread or of any fails.
+    /// Makes the allocation with this number fail, of this thread or of any; 1 is the next one.
     static void arm(Kind kind, long number, bool everyThread) noexcept;
-    /// @returns whether an allocation has failed.
+    /// Ends that. @returns whether an allocation has failed.
     static bool disarm() noexcept;
-    /// How many blocks are allocated now.
+    /// The number of allocated blocks.
     static long liveBlocks() noexcept;
-    /// How large these are together.
+    /// Their total size.
     static long liveBytes() noexcept;
 
-    /// While it exists, no allocation of this thread fails.
+    /// Keeps the allocations of this thread from failing during its lifetime.
     class Pause {
     public:
         Pause() noexcept;
@@ -36,9 +36,6 @@ public:
         Pause(Pause const&) = delete;
         Pause& operator=(Pause const&) = delete;
     };
-
-    /// For the summary of all that the program tried.
-    static void count(long faults) noexcept;
 };
 
 /// One attempt at an operation, with or without a fault.
@@ -48,7 +45,7 @@ public:
     FaultyAttempt(AllocationFaults::Kind kind, long number, bool everyThread)
         : _kind(kind), _number(number), _everyThread(everyThread) {}
 
-    /// Performs the operation that is tested, once in an attempt. @returns whether it was done.
+    /// Performs the tested operation; once in an attempt. @returns whether it succeeded.
     template <class Operation>
     bool operator()(Operation operation) {
         std::exception_ptr error;
@@ -61,17 +58,15 @@ public:
         if (!_everyThread) end();
         if (!error) return true;
         reason = messageOf([&] { std::rethrow_exception(error); });
-        if (!_everyThread) {
-            EXPECT_TRUE(hadFault) << "failed without a fault: " << reason;
-        }
+        EXPECT_TRUE(_everyThread || hadFault) << "failed without a fault: " << reason;
         return false;
     }
-    /// The same for one that must not fail.
+    /// The same for an operation that must not fail.
     template <class Operation>
     void withoutFail(Operation operation) {
         EXPECT_TRUE((*this)(operation)) << reason;
     }
-    /// Where every thread's allocations fail: to be called when the operation's work on other threads is done.
+    /// Where the allocations of all threads fail: to be called after the operation's work on other threads.
     void end() noexcept { hadFault = AllocationFaults::disarm(); }
 
     bool hadFault = false;
@@ -83,25 +78,22 @@ private:
     bool _everyThread;
 };
 
-/// Calls `run(kind, number)` for the first, second, third ... allocation that is to fail, until it tells that none did: with
-/// a single fault each time, then with no memory after it.
+/// Calls `run(kind, number)` with the first, second, third ... allocation failing, until it returns that none has failed:
+/// first with a single fault each time, then with all further allocations failing.
 template <class Run>
 void forEachFault(std::string const& name, Run run) {
     using Kind = AllocationFaults::Kind;
-    long faults = 0;
     for (Kind const kind : {Kind::Single, Kind::Lasting})
-        for (long number = 1;; ++number, ++faults) {
+        for (long number = 1;; ++number) {
             SCOPED_TRACE(name + (kind == Kind::Single ? ", fault " : ", no memory from ") + std::to_string(number));
             bool const hadFault = run(kind, number);
-            if (testing::Test::HasFailure()) return; // whose words take memory
+            if (testing::Test::HasFailure()) return; // the text of a failure allocates memory
             if (!hadFault) break;
         }
-    AllocationFaults::count(faults);
 }
 
-/// Attempts an operation with each of its allocations failing. `attempt` prepares all that the operation needs, performs it
-/// through its argument, and then expects what has to hold whatever became of it. Nothing that it allocates may be left
-/// afterwards.
+/// Attempts an operation with each of its allocations failing. `attempt` prepares the operation, performs it through its
+/// argument, and checks the state afterwards, for success and failure. It must free everything that it allocates.
 template <class Attempt>
 void tryAllFaults(std::string const& name, Attempt attempt, bool everyThread = false) {
     using Kind = AllocationFaults::Kind;
@@ -119,7 +111,7 @@ void tryAllFaults(std::string const& name, Attempt attempt, bool everyThread = f
         return hadFault;
     };
     for (int round = 0; round < 2; ++round)
-        run(Kind::None, 0); // makes all that is made once in a process
+        run(Kind::None, 0); // creates the objects that a process creates once
     forEachFault(name, run);
 }
 

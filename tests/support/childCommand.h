@@ -10,7 +10,7 @@
 
 namespace KoTest {
 
-/// The command line for the program that plays children. @param steps see tests/fixtures/child/child.cpp.
+/// The command line of the test child. @param steps see tests/fixtures/child/child.cpp.
 inline std::string childCommand(std::string const& steps) {
     return "'" KO_TEST_CHILD "' " + steps;
 }
@@ -32,7 +32,7 @@ public:
         pipe >> number;
         return number;
     }
-    /// Waits for the step `await()`, and lets the child go on.
+    /// Waits for the step `await()`, and lets the child continue.
     void release() const { ::close(::open(path().c_str(), O_WRONLY)); }
 
 private:

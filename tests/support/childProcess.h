@@ -6,7 +6,7 @@
 
 namespace KoTest {
 
-/// Writes the failed expectations of this process to standard error, where the parent of a child looks for its words.
+/// Writes the failed expectations of this process to standard error, which the parent process shows.
 inline void printFailures() {
     testing::TestResult const& result = *testing::UnitTest::GetInstance()->current_test_info()->result();
     for (int index = 0; index < result.total_part_count(); ++index)
@@ -14,8 +14,8 @@ inline void printFailures() {
             std::cerr << part.file_name() << ":" << part.line_number() << ": " << part.message() << std::endl;
 }
 
-/// Runs `body` in a process of its own, for what can happen once in a process or ends it. The expectations of `body` count,
-/// and are shown with the parent's failure; what it writes to standard error must contain a match of `expectedErrors`.
+/// Runs `body` in a child process, for operations that are possible once in a process or end it. Failed expectations of
+/// `body` fail the test; its output on standard error must contain a match of `expectedErrors`.
 template <class Body>
 void inChildProcess(Body body, char const* expectedErrors = "") {
     EXPECT_EXIT(

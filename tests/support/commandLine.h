@@ -6,7 +6,7 @@
 
 namespace KoTest {
 
-/// What `main` is given where a program is started with these arguments.
+/// The parameters of `main` for these arguments, after the name of the program.
 class CommandLine {
 public:
     explicit CommandLine(std::vector<std::string> arguments) : _arguments(std::move(arguments)) {

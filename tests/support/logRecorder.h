@@ -8,10 +8,10 @@
 
 namespace KoTest {
 
-/// Records what is logged while it exists, in place of the sinks that were there: "Minor:level text".
+/// Replaces the sinks of the log during its lifetime and records the lines: "Minor:level text".
 class LogRecorder {
 public:
-    /// @param level up to which everything is logged meanwhile.
+    /// @param level the highest level that is logged.
     explicit LogRecorder(int level = Ko::LgLevels::standard) : _before(Ko::LgSinks::replace({_sink})) {
         Ko::LgLevels::set("*:" + std::to_string(level));
     }

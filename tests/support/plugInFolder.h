@@ -5,7 +5,7 @@
 
 namespace KoTest {
 
-/// A folder with copies of the plug-ins that are built for tests.
+/// A temporary folder for copies of the plug-ins that are built for tests.
 class PlugInFolder : public TemporaryFolder {
 public:
     /// Copies a plug-in into the folder.

@@ -11,13 +11,13 @@
 
 namespace KoTest {
 
-/// One step of a random sequence: which of the machine's operations, and a number from which it takes all else.
+/// One step of a random sequence: the index of an operation of the machine, and a number that determines its parameters.
 struct RandomStep {
     std::size_t operation;
     unsigned number;
 };
 
-/// Takes choices out of a number, one after the other; 0 when nothing is left of it.
+/// Derives choices from a number, one after another; all further ones are 0 when the number is used up.
 class Choices {
 public:
     explicit Choices(unsigned number) : _rest(number) {}
@@ -32,7 +32,7 @@ private:
     unsigned _rest;
 };
 
-/// Runs the steps on a new machine. @returns the first difference that it tells; empty if there is none.
+/// Runs the steps on a new machine. @returns the first difference that it reports; empty if there is none.
 template <class Machine>
 std::string runSteps(std::vector<RandomStep> const& steps) {
     try {
@@ -46,7 +46,7 @@ std::string runSteps(std::vector<RandomStep> const& steps) {
     }
 }
 
-/// Takes away what the difference does not need, then what its numbers do not need.
+/// Removes the steps that the difference does not need, then clears the bits of their numbers that it does not need.
 template <class Machine>
 std::vector<RandomStep> shortestSteps(std::vector<RandomStep> steps) {
     auto const replaceIfDifferent = [&](std::vector<RandomStep> const& simpler) {
@@ -69,13 +69,13 @@ std::vector<RandomStep> shortestSteps(std::vector<RandomStep> steps) {
     return steps;
 }
 
-/// Drives machines through random sequences of steps. A machine does the same to what is tested and to a model of it:
+/// Drives machines through random sequences of steps. A machine performs each on the tested object and on a model of it:
 ///
 ///     static constexpr std::array operations{"Add", "Remove"};       // their names
 ///     std::string perform(std::size_t operation, unsigned number);    // the first difference; empty if there is none
 ///     std::string finish();                                           // likewise, after the last step
 ///
-/// KO_TEST_SEED in the environment repeats a run; KO_TEST_EFFORT makes it so many times as long.
+/// KO_TEST_SEED in the environment repeats a run; KO_TEST_EFFORT multiplies its length.
 template <class Machine>
 void tryRandomSteps(int sequences, int length) {
     char const* const given = std::getenv("KO_TEST_SEED");

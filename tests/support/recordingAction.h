@@ -11,7 +11,7 @@
 
 namespace KoTest {
 
-/// An action of the given kind, with its names.
+/// An action of the kind `Base` with these names.
 template <class Base>
 class NamedAction : public Base {
 public:

@@ -11,10 +11,10 @@
 
 namespace KoTest {
 
-/// What happened, in order.
+/// The recorded events, in order.
 using Journal = std::vector<std::string>;
 
-/// A command that only records "+name" when executed and "-name" when unexecuted, and then does what the test asks.
+/// Records "+name" when it is executed and "-name" when it is unexecuted, then calls a function of the test.
 class RecordingCommand : public Ko::CmCommand {
 public:
     static Ko::RCShdPtr<RecordingCommand> create(std::string name, Journal& journal) {
@@ -55,7 +55,7 @@ private:
     std::function<void()> _function;
 };
 
-/// An extension that records "begin"/"end", its name, and "!" for a long transition; then does what the test asks.
+/// Records "begin" or "end", its name, and "!" for a long transition; then calls a function of the test.
 class RecordingExtension : public Ko::CmUndoGuardExtension {
 public:
     RecordingExtension(std::string name, Journal& journal) : _name(std::move(name)), _journal(journal) {}

@@ -9,7 +9,7 @@
 
 namespace KoTest {
 
-/// A folder of a test's own, removed with all that is in it at the end.
+/// A new folder, removed with its content by the destructor.
 class TemporaryFolder {
 public:
     TemporaryFolder()
@@ -35,7 +35,7 @@ public:
         std::ifstream file(_path / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
-    /// How many files and folders lie directly in it.
+    /// The number of files and folders directly in it.
     std::ptrdiff_t entries() const {
         return std::distance(std::filesystem::directory_iterator(_path), std::filesystem::directory_iterator());
     }

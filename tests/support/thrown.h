@@ -7,7 +7,7 @@
 
 namespace KoTest {
 
-/// What the call throws, which has to be an `Exception`.
+/// The exception that the call throws, of type `Exception`.
 template <class Exception, class Call>
 Exception caught(Call call) {
     try {
@@ -22,14 +22,14 @@ Exception caught(Call call) {
 template <class Call>
 std::string messageOf(Call call) {
     try {
-        call();
+        static_cast<void>(call());
     } catch (std::exception const& error) {
         return error.what();
     }
     return "nothing was thrown";
 }
 
-/// What the call throws, as text: "reason [file]", or "reason [file:line]".
+/// The exception that the call throws, as text: "reason [file]", or "reason [file:line]".
 template <class Ex = Ko::ExAssertionFailed, class Call>
 std::string thrownBy(Call call, bool withLine = false) {
     Ex const error = caught<Ex>(call);

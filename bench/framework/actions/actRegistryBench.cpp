@@ -19,7 +19,7 @@ namespace {
 using namespace Ko;
 using namespace KoBench;
 
-// Where the minimum has the same actions.
+// Gives the minimum the same actions.
 std::vector<ActAction const*> actions;
 
 void fillRegistry() {
@@ -54,7 +54,7 @@ void measureLeast(benchmark::State& state, Query query) {
     measure(state, [&](Targets const& many, Item const& input) { return query(actions, many, input); });
 }
 
-// With one target it is the form for one target that is asked.
+// With one target, the query for a single target is used.
 void query(benchmark::State& state, ActRegistry::Numerator order) {
     ActRegistry const& registry = ActRegistry::getInstance();
     if (state.range(0) == 1)
@@ -81,7 +81,7 @@ void SortedLeast(benchmark::State& state) {
         measureLeast(state, &Least::sortedByAction);
 }
 
-// The last one of all.
+// Finds the action that was registered last.
 void Lookup(benchmark::State& state) {
     LiString const description = actions.back()->getDescription();
     for (auto _ : state)
@@ -114,7 +114,7 @@ BENCHMARK(LookupLeast)->Unit(benchmark::kMicrosecond);
 } // namespace
 
 int main(int argc, char** argv) {
-    // Memory stays with the process, as in one that runs for long: else most of the time goes into page faults.
+    // Keeps freed memory in the process, as in a process that runs for long: otherwise page faults take most of the time.
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
     mallopt(M_MMAP_THRESHOLD, 1 << 30);
     InInitScope const scope;

@@ -1,5 +1,5 @@
 // How the registry's operations grow: a group of many actions is unregistered, a drop has many targets, composites share
-// their members over several layers. Each time is to grow with the number in the name of its row, and no faster.
+// their members over several layers. Each time should grow in proportion to the number in the name of its row.
 
 #include "base/inInitMgr.h"
 #include "bench/support/perItem.h"
@@ -63,7 +63,7 @@ void UnregisterGroup(benchmark::State& state) {
     KoBench::perItem(state, state.range(0));
 }
 
-// A hundred actions take drops on anything; it is only asked whether there is one.
+// A hundred actions take drops on any target; the query only asks whether there is one.
 void AskForDrop(benchmark::State& state) {
     for (int number = 0; number < 100; ++number)
         add(std::make_unique<Plain>("action", "", true));
@@ -77,7 +77,7 @@ void AskForDrop(benchmark::State& state) {
     registry().unregisterActionsInGroup(group);
 }
 
-// Every layer has two composites, which share the two of the layer below; the last ones have a member that is not valid.
+// Each layer has two composites that share the two of the layer below; the lowest two have a member that is not valid.
 void AskCompositeLayers(benchmark::State& state) {
     auto const nameOf = [](std::int64_t layer) { return layer < 0 ? std::string() : "layer " + std::to_string(layer); };
     for (std::int64_t layer = 0; layer < state.range(0); ++layer)

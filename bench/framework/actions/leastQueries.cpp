@@ -9,7 +9,7 @@ using namespace Ko;
 
 namespace {
 
-// Calls `found` with every entry; goes on to the next action when it answers false.
+// Calls `found` with every entry, and continues with the next action when it returns false.
 template <class Found>
 void query(
     Actions const& actions, Targets const& targets, Item const& input, std::string const& compositeName, Found found) {

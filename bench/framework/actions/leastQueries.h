@@ -13,8 +13,8 @@ using Item = Ko::RCShdPtr<Ko::SnItem const>;
 using Targets = Ko::List<Item>;
 using Actions = std::vector<Ko::ActAction const*>;
 
-/// The least that the registry's answers could cost by hand: one loop over the actions, and a sort over descriptions that
-/// were fetched once.
+/// The minimum cost of the registry's answers, written by hand: one loop over the actions, and a sort by descriptions that
+/// are fetched once.
 namespace Least {
 
 struct Entry {

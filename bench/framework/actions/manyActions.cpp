@@ -1,4 +1,4 @@
-// Several classes, so that no loop is compiled for one of them.
+// Several classes, so that the compiler cannot specialise a loop for one class.
 
 #include "bench/framework/actions/manyActions.h"
 

@@ -7,8 +7,7 @@ namespace KoBench {
 
 constexpr int actionCount = 10000;
 
-/// One of `actionCount` actions. One of three is valid for nothing, one of ten is in a sub-menu; all are described
-/// differently.
+/// One of `actionCount` actions with different descriptions. One in three is never valid, one in ten is in a sub-menu.
 __attribute__((visibility("default"))) Ko::OPtr<Ko::ActAction> makeAction(int number);
 
 } // namespace KoBench

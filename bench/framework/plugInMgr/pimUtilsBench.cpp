@@ -1,5 +1,5 @@
-// What finding, choosing and loading plug-ins costs, each beside the least that the same work could cost by hand: opens
-// by the system's loader, a walk through the directory, a look at the name.
+// The cost of finding, choosing and loading plug-ins, each beside the minimum for the same work by hand: the system's loader,
+// a walk through the directory, a comparison of the name.
 
 #include "bench/support/plugInCopies.h"
 #include "framework/plugInMgr/pimUtils.h"
@@ -68,7 +68,7 @@ void ScanForTypeLeast(benchmark::State& state, Folder const& folder) {
     }
 }
 
-// A plug-in that is filtered out costs the filter, and before it the question whether it is loaded.
+// A plug-in that is filtered out costs a query whether it is loaded, and then the filter.
 void Filter(benchmark::State& state) {
     OsFilePath const path = "/plugIns/jpeg.io.so";
     for (auto _ : state)

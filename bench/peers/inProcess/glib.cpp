@@ -7,7 +7,7 @@ namespace {
 
 using namespace KoBench;
 
-// Workers that are kept from the beginning to the end.
+// A fixed set of workers.
 class Pool {
 public:
     Pool() : _pool(g_thread_pool_new(execute, nullptr, workers(), TRUE, nullptr)) {}
@@ -63,7 +63,7 @@ int countUp(void* processed) {
 
 void invokedInContext(benchmark::State& state) {
     GMainContext* const context = g_main_context_default();
-    // Else the thread that posts would own the context, and call at once.
+    // Otherwise the posting thread would own the context and call the function at once.
     g_main_context_acquire(context);
     postedEvents(
         state, [&](long& processed) { g_main_context_invoke(context, countUp, &processed); },

@@ -8,7 +8,7 @@ namespace {
 
 using namespace KoBench;
 
-// The workers, and a place for the thread that adds.
+// The workers, and a slot for the thread that adds tasks.
 class Arena {
 public:
     void execute(auto const& work) { _arena.execute(work); }
@@ -20,7 +20,7 @@ private:
     oneapi::tbb::task_arena _arena{workers() + 1, 1};
 };
 
-// Whoever waits for the group executes tasks meanwhile; that is how it is used.
+// The thread that waits for the group executes tasks meanwhile, which is the intended use.
 void tasksOfGroup(benchmark::State& state) {
     Arena arena;
     oneapi::tbb::task_group group;

@@ -15,7 +15,7 @@ void processes(benchmark::State& state) {
     });
 }
 
-// Also initialises the package that each of them has.
+// Also initialises the package of each plug-in.
 void loadType(benchmark::State& state) {
     openPlugIns(state, KO_BENCH_PLUG_IN, [](auto const&, std::string const& folder) {
         return PimUtils::loadType(folder, "op", InInitMgr::Reinitialization, PimUtils::getNullCb());

@@ -1,4 +1,4 @@
-// What the work costs by hand, with no more than this work needs.
+// The same work written by hand, with the minimum that it needs.
 
 #include "bench/peers/plugIns.h"
 #include "bench/peers/workloads.h"

@@ -19,7 +19,7 @@ void processes(benchmark::State& state) {
     });
 }
 
-// Opens the library and creates the object that it has.
+// Opens the library and creates its object.
 void open(benchmark::State& state) {
     openPlugInsOneByOne(state, KO_BENCH_QT_PLUG_IN,
         [](std::string const& path) { return QPluginLoader(QString::fromStdString(path)).instance() != nullptr; });

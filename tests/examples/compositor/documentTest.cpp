@@ -38,19 +38,6 @@ Document makeDocument() {
     return document;
 }
 
-TEST(Document, OrdersItsLayersAndFindsThemByNameAndId) {
-    Document document = makeDocument();
-    document.reorder(1, 2);
-    EXPECT_EQ("bca", names(document));
-    document.reorder(1, 1);
-    EXPECT_EQ("bac", names(document));
-    Layer const removed = document.remove(document.layer("c").id);
-    document.insert(0, removed);
-    EXPECT_EQ("cba", names(document));
-    document.insert(0, makeLayer(9, "d"));
-    EXPECT_EQ(10u, document.newId());
-}
-
 TEST(Document, IsUnchangedByARefusedOperation) {
     Document document = makeDocument();
     EXPECT_THROW(document.remove(9), DocumentError);
@@ -65,6 +52,8 @@ TEST(Document, IsUnchangedByARefusedOperation) {
     EXPECT_THROW(document.replace(layer), DocumentError);
     EXPECT_THROW(document.setCanvas({0, 1}), ImageError);
     EXPECT_EQ("abc", names(document));
+    document.insert(0, makeLayer(9, "d"));
+    EXPECT_EQ(10u, document.newId()) << "no id is used twice";
 }
 
 class DocumentFile : public testing::Test {
@@ -124,6 +113,9 @@ TEST_F(DocumentFile, ReportsTheLineOrThePictureThatIsWrong) {
             {start + "size 1 1\n", "line 2: expected the canvas"},
             {start + "canvas 1 x\n", "line 2: \"x\" is not a number that can stand here"},
             {start + "canvas 1 0\n", "line 2: a picture of 1 x 0 pixels is not possible"},
+            {start + "canvas -1 1\n", "line 2: a picture of -1 x 1 pixels is not possible"},
+            {start + "canvas 65536 1\n", "line 2: a picture of 65536 x 1 pixels is not possible"},
+            {start + "canvas 65535 65535\n", "line 2: a picture of 65535 x 65535 pixels is not possible"},
             {start + "canvas 1 1\nlayer 0 0 0 1 over a\n", "line 3: there is no picture 0"},
             {layers + "2 over a\n", "line 4: an opacity lies between 0 and 1"},
             {layers + "1 under a\n", "line 4: there is no blend mode \"under\""},
@@ -145,7 +137,7 @@ long peakMemory() {
     return usage.ru_maxrss / 1024;
 }
 
-// In megabytes; the pictures have 8, and cannot be compressed.
+// Sizes in megabytes. The pictures take 8 and cannot be compressed.
 TEST_F(DocumentFile, IsSavedWithLittleMemoryBesidesThePictures) {
     inChildProcess([this] {
         std::mt19937 random(1);

@@ -26,14 +26,6 @@ protected:
         EXPECT_FALSE(Ko::CmUndoGuard::isGuardActive());
     }
 
-    // 100,000 lines.
-    static std::string repeated(std::string const& line) {
-        std::string text;
-        for (int count = 0; count < 100000; ++count)
-            text += line;
-        return text;
-    }
-
     TemporaryFolder folder;
 };
 
@@ -89,6 +81,11 @@ TEST_F(InterpreterTest, ReportsBadInputWithItsLineAndChangesNothing) {
     folder.write("text.png", "not a picture");
     std::string const missing = (folder / "missing.png").string();
     std::string const text = (folder / "text.png").string();
+    std::string groups, ends;
+    for (int depth = 0; depth < 100000; ++depth) {
+        groups += "group x\n";
+        ends += "end\n";
+    }
     for (auto const& [script, error] : std::vector<std::pair<std::string, std::string>>{
              {"\n# comment\nfly a", "3: unknown word \"fly\"; \"help\" lists the words"},
              {"move a 1", "1: write: move NAME X Y"}, {"move x 1 1", "1: there is no layer \"x\""},
@@ -110,7 +107,7 @@ TEST_F(InterpreterTest, ReportsBadInputWithItsLineAndChangesNothing) {
              {"open " + missing, "1: " + missing + " cannot be read: No such file or directory"},
              {"open " + text, "1: " + text + " cannot be opened: it is neither a document nor a PNG picture"},
              {"open /dev/zero", "1: /dev/zero cannot be read: it is not a file"},
-             {repeated("group x\n") + repeated("end\n"), "201: groups inside groups go at most 200 deep"},
+             {groups + ends, "201: groups inside groups go at most 200 deep"},
              {"help fly", "1: unknown word \"fly\"; \"help\" lists the words"}, {"stop 99", "1: there is no job 99"}})
         expectError(script, error);
 }

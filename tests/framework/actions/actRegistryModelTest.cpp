@@ -13,7 +13,7 @@ namespace {
 using namespace Ko;
 using namespace KoTest;
 
-/// The answers of an action.
+/// The properties of an action.
 struct Traits {
     int number;
     std::string description, group, compositeName;
@@ -104,8 +104,6 @@ private:
         return static_cast<ActRegistry::Numerator>(choices.take(3));
     }
 
-    // ---- registration
-
     void registerNew(Choices& choices) {
         if (records.size() > 30) return;
         Traits traits{
@@ -172,8 +170,6 @@ private:
         Groups const all{"", "x", "y"};
         return compareListed(registry.getActionsInGroup(all, ActRegistry::FirstOnly), all, ActRegistry::FirstOnly);
     }
-
-    // ---- queries
 
     std::string getAction(Choices& choices) const {
         std::string const description = descriptionOf(choices);

@@ -108,7 +108,7 @@ TEST_F(ActRegistryTest, KeepsAnActionThatUnregistersItselfUntilTheOutermostCallR
     EXPECT_EQ((Journal{"b(?,?)", "~b"}), journal);
 }
 
-// In each query, one action unregisters itself and registers others while the operation that the row names is called.
+// During each query, an action unregisters itself and registers others inside the function that the row names.
 TEST_F(ActRegistryTest, AsksActionsThatRegisterOthersAndUnregisterThemselves) {
     struct Row {
         char const* name;

@@ -31,7 +31,7 @@ protected:
     RCShdPtr<DrCarrier> const carrier = DrCarrier::create(selectionOf({"x", "y"}));
 };
 
-/// Holds for all actions until something was done.
+/// Holds for all actions while `isDone` is false.
 struct Until : PrdPredicateImp<ActAction> {
     explicit Until(bool const& itIsDone) : isDone(itIsDone) {}
     bool test(ActAction const&) const override { return !isDone; }
@@ -123,7 +123,7 @@ TEST_F(ActUtilsTest, DropsOnTheFirstTargetOfTheEarliestValidAction) {
     EXPECT_FALSE(ActDndUtils::performCarrierActions(Items(), carrier, selection, true));
 }
 
-/// A menu that only remembers; a composite's members in parentheses.
+/// Records the shown entries, with the members of composites in parentheses.
 class Menu : public ActMenuBase {
 public:
     std::string shown;
@@ -164,7 +164,7 @@ TEST_F(ActUtilsTest, ACompositeAsksEachMemberOnceForATargetAndAnInput) {
     EXPECT_TRUE(registry.getActions(target, input, "", first).atEnd());
     EXPECT_EQ(2, member->asked) << "once for each of the two at the top";
 
-    // A member that asks again, first about another target, then about another input.
+    // A member that calls the composite again, first with another target, then with another input.
     ActAction const* const top = registry.getAction("1", "");
     auto const otherTarget = text("2"), otherInput = text("other");
     add({"asks", levels.back(), "", [&](auto const& t, auto const& i) {

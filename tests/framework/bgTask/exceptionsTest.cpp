@@ -1,3 +1,4 @@
+#include "base/assertions.h"
 #include "base/inInitMgr.h"
 #include "base/inSingleton.h"
 #include "base/oPtr.h"
@@ -36,6 +37,23 @@ TEST(Exceptions, KeepTheirTypeWhenAnotherThreadRaisesThem) {
         OsFileEx::ExInvalidPath("source", 7, "function", "path"), OsSharedLibEx("source", 7, "no library"),
         CmEx::ExCommandFailure("source", 7), BgEx::ExBgManager("source", 7, "text"),
         BgEx::ExBgTaskFailed("source", 7, "text"), PimEx::ExLibMultipleLoad("source", 7, "path"));
+}
+
+TEST(ExBase, PutsContextBeforeTheReason) {
+    ExNullPtr error("source", 1, "inner");
+    error.addContext("middle");
+    error.addContext("outer");
+    EXPECT_STREQ("outer: middle: inner", error.what());
+}
+
+TEST(Assertions, NameTheirSourceTheCallersLineAndTheExpression) {
+    constexpr AssertionSource source{"module\\src\\file"};
+    EXPECT_NO_THROW(source.require(true, "true"));
+    int const line = __LINE__ + 1;
+    auto const error = caught<ExAssertionFailed>([&] { source.require(1 > 2, "1 > 2"); });
+    EXPECT_STREQ("1 > 2", error.what());
+    EXPECT_STREQ("module\\src\\file", error.getFile());
+    EXPECT_EQ(line, error.getLine());
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "base/exBase.h"
 #include "framework/command/cmCommandStack.h"
 #include "framework/command/cmSelectionChangeCmd.h"
 #include "tests/support/items.h"
@@ -197,6 +198,18 @@ private:
 
 TEST(CmSelectionModel, AgreesWithListsOfNames) {
     tryRandomSteps<SelectionMachine>(40, 300);
+}
+
+TEST(CmSelectionChangeCmd, AbortsForAnUnknownTypeOnceItIsUsed) {
+    auto const selection = selectionOf({"a", "b"});
+    RCShdPtr<CmCommand> const command = CmSelectionChangeWithItemsCmd::create(
+        selection, selectionOf({"b", "x"}), static_cast<CmSelectionChangeWithItemsCmd::Type>(3));
+    EXPECT_THROW(command->getDescription(), ExProgramAborted);
+    EXPECT_THROW(CmCommandStack::executeStatic(command), ExProgramAborted);
+    EXPECT_EQ("a b", content(*selection));
+    CmCommandStack::executeStatic(
+        CmSelectionChangeCmd::create(selection, text("b"), static_cast<CmSelectionChangeCmd::Type>(-7)));
+    EXPECT_EQ("a", content(*selection)) << "of one item, any other type removes it";
 }
 
 } // namespace

@@ -30,7 +30,6 @@ std::string outcomeOf(OsFilePath const& path) {
 }
 std::string const isLoaded = "nothing was thrown";
 
-// The entries of the journal since the last call.
 Journal takeJournal() {
     return std::exchange(plugInJournal(), {});
 }
@@ -128,7 +127,6 @@ TEST_F(PimPlugInMgrTest, CastsAndThrowsAcrossTheBorder) {
     EXPECT_EQ(typeid(*shapes()[0]), typeid(*shapes()[1]));
 }
 
-// Several threads load the same libraries: exactly one of them loads each library.
 TEST_F(PimPlugInMgrTest, OpensEachLibraryOnceHoweverManyThreadsLoad) {
     constexpr int libraries = 8, threads = 4;
     Vector<OsFilePath> paths;

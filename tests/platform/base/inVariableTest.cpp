@@ -95,25 +95,25 @@ TEST(InVariable, NamesAConfigurationFileThatCannotBeRead) {
             ::setenv(row.variable, row.value.c_str(), 1);
             EXPECT_EQ("The configuration file \"" + row.path + "\" cannot be read: " + row.why + ".",
                 caught<InInitEx>([] { InInitMgr::initialize(); }).getReason());
-            EXPECT_THROW(SettingsInit().directory.get(), InInitEx);
+            EXPECT_THROW(static_cast<void>(SettingsInit().directory.get()), InInitEx);
         });
 }
 
 TEST(InVariable, OfALibraryThatIsOpenedLaterHasItsValueToo) {
-    enum { Separate, Joined, Environment, File };
-    for (int const source : {Separate, Joined, Environment, File})
+    struct Row {
+        std::vector<std::string> arguments;
+        char const *environment, *file;
+    };
+    for (Row const& row : {Row{{"dir:", "/late"}, nullptr, nullptr}, Row{{"dir:/late"}, nullptr, nullptr},
+             Row{{}, "/late", nullptr}, Row{{}, nullptr, "marlo::test::directory = /late"}})
         inChildProcess([&] {
             TemporaryFolder const folder;
-            auto const path = folder.write("settings.conf", "marlo::test::directory = /late");
-            if (source == File) ::setenv("KO_CONFIG_FILE", path.c_str(), 1);
-            if (source == Environment) ::setenv("KO_TEST_DIR", "/late", 1);
-            std::vector<std::string> arguments;
-            if (source == Separate) arguments = {"dir:", "/late"};
-            if (source == Joined) arguments = {"dir:/late"};
-            CommandLine line(arguments);
+            if (row.file) ::setenv("KO_CONFIG_FILE", folder.write("settings.conf", row.file).c_str(), 1);
+            if (row.environment) ::setenv("KO_TEST_DIR", row.environment, 1);
+            CommandLine line(row.arguments);
             int argc = line.argc();
             InInitMgr::initialize(argc, line.argv());
-            EXPECT_EQ(1 + arguments.size(), static_cast<std::size_t>(argc));
+            EXPECT_EQ(1 + row.arguments.size(), static_cast<std::size_t>(argc));
             InReinitGuard guard;
             SettingsInit package;
             guard.initializePackages();

@@ -15,7 +15,7 @@ using KoTest::LogRecorder;
 
 std::string calls;
 
-/// Writes its name, and does what the test asks, once.
+/// Writes its name, and calls a function of the test once.
 struct Handler : CbHandler<CbEmptyType> {
     explicit Handler(char itsName) : name(itsName) {}
     void call(CbEmptyType const&) override {
@@ -53,7 +53,7 @@ TEST_F(CbDispatcherTest, CallsInTheOrderOfRegistrationAsOftenAsRegistered) {
 }
 
 TEST_F(CbDispatcherTest, HandlersMayRemoveThemselvesAndOthersAndAddNewOnes) {
-    // What b removes and adds in "abcd", who is called then, and who the next time.
+    // The handlers that b removes and adds in "abcd", the calls of that time, and those of the next time.
     using Row = std::array<std::string, 4>;
     for (auto const& row : {Row{"b", "", "abcd", "acd"}, Row{"a", "", "abcd", "bcd"}, Row{"d", "", "abc", "abc"},
              Row{"", "e", "abcd", "abcde"}, Row{"c", "c", "abd", "abdc"}}) {
@@ -110,7 +110,7 @@ TEST_F(CbDispatcherTest, ASubscriptionTakesItsTurnAndEndsWithItsScope) {
 }
 
 TEST_F(CbDispatcherTest, ASubscriptionMayEndItselfAndOthersInsideItsCall) {
-    // Writes when it is destroyed, which must not be before the call has returned.
+    // Writes its name when it is destroyed, which must happen after the call has returned.
     auto const witness = [](char name) { return std::shared_ptr<void>(nullptr, [name](void*) { calls += name; }); };
     CbSubscription own, next;
     own = dispatcher->subscribe([&own, &next, witness = witness('x')] {

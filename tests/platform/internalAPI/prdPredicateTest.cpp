@@ -11,7 +11,7 @@ using Predicate = PrdPredicate<int>;
 using Implementation = PrdPredicateImp<int>;
 using Children = PrdCompositePredicateImp<int>::Children;
 
-/// Whether a number is at least another; counts how often it is asked.
+/// Tests whether a number is at least another one; counts the tests.
 struct AtLeast : Implementation {
     AtLeast(int itsLeast, int& itsAsked) : least(itsLeast), asked(itsAsked) {}
     bool test(int const& number) const override { return ++asked, number >= least; }

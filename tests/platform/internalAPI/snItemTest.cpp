@@ -14,7 +14,7 @@ using KoTest::caught;
 using Text = SnItemBasic<LiString>;
 using Number = SnItemBasic<int>;
 
-/// Carries a text, but is another kind of item.
+/// Another class of item that carries a text.
 struct Title : Text {
     using Text::Text;
 };

@@ -92,7 +92,6 @@ TEST(SnSelection, ReleasesItemsAfterTheChangeIsComplete) {
         }
 }
 
-// Copies are read, changed and destroyed in random order.
 TEST(SnSelection, CopiesKeepTheirContent) {
     unsigned const seed = std::random_device()();
     std::mt19937 random(seed);

@@ -29,7 +29,7 @@ void add(Group& group, std::function<void()> work) {
     group.add(RCShdPtr<Task>::create(std::move(work)));
 }
 
-/// Keeps a worker busy until it is opened.
+/// Keeps a worker of the group busy until the event `opened` is set.
 struct Gate {
     explicit Gate(Group& group) {
         add(group, [this] {
@@ -176,17 +176,6 @@ TEST(MtGroup, CanBeDestroyedAtAnyTime) {
         for (int task = 0; task < round % 10; ++task)
             add(group, [] {});
     }
-}
-
-TEST(MtRequestMgr, CountsForEachTag) {
-    MtRequestMgr manager;
-    MtGroupTag first = manager.acquireTag(), second = manager.acquireTag();
-    MtRequestMgr::increment(first);
-    MtRequestMgr::waitForZero(second);
-    std::jthread const other([&] { MtRequestMgr::decrement(first); });
-    MtRequestMgr::waitForZero(first);
-    manager.releaseTag(second);
-    EXPECT_FALSE(second.isValid());
 }
 
 TEST(Sleeper, WakesOnceForAllEarlierWakesOrAfterTheTime) {

@@ -128,7 +128,7 @@ TEST_F(OsFsUtilsTest, SaysWhyADirectoryCannotBeListed) {
     for (auto const& [name, why] : std::vector<std::pair<LiString, char const*>>{
              {"b.op", "Not a directory."}, {LiString("d.op\0", 5), "It contains a zero byte."}})
         EXPECT_EQ("OsFsUtils::getChildren: Invalid path \"" + path(name.c_str()).getPath() + "\": " + why,
-            KoTest::messageOf([&, &in = name] { OsFsUtils::getChildren(path(in), OsWildcardFilter(L"*")); }));
+            KoTest::messageOf([&, &in = name] { return OsFsUtils::getChildren(path(in), OsWildcardFilter(L"*")); }));
 }
 
 } // namespace

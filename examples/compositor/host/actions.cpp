@@ -95,14 +95,14 @@ public:
     }
 };
 
-void registerLayerEdits() {
-    auto const add = [](Verb verb, Edit<LayerRef>::IsPossible isPossible, Edit<LayerRef>::Run run,
-                         std::vector<LiString> options = {}, char const* composite = "") {
-        ActRegistry::getInstance().registerAction(
-            std::make_unique<Edit<LayerRef>>(Edit<LayerRef>::Place{group, composite}, std::move(verb), isPossible,
-                std::move(run), std::move(options)),
-            ActRegistry::Static);
-    };
+void add(Verb verb, Edit<LayerRef>::IsPossible isPossible, Edit<LayerRef>::Run run, std::vector<LiString> options = {},
+    char const* composite = "") {
+    ActRegistry::getInstance().registerAction(std::make_unique<Edit<LayerRef>>(Edit<LayerRef>::Place{group, composite},
+                                                  std::move(verb), isPossible, std::move(run), std::move(options)),
+        ActRegistry::Static);
+}
+
+void registerPropertyEdits() {
     add({"Move", "X and Y", 2, 2}, exists, [](LayerRef const& ref, Statement const& input) {
         int const x = input.integer(1, -largest, largest);
         ref.editor->moveLayer(ref.layer.id, x, input.integer(2, -largest, largest));
@@ -118,6 +118,16 @@ void registerLayerEdits() {
         {"0", "0.25", "0.5", "0.75", "1"});
     add({"Rename", "the new name", 1, 1}, exists,
         [](LayerRef const& ref, Statement const& input) { ref.editor->renameLayer(ref.layer.id, input.words[1]); });
+    for (char const* const mode : {"over", "add", "multiply", "screen"})
+        add(
+            {mode, "nothing", 0, 0}, exists,
+            [](LayerRef const& ref, Statement const& input) {
+                ref.editor->setBlend(ref.layer.id, blendModeOf(input.word()));
+            },
+            {}, blendComposite);
+}
+
+void registerOrderEdits() {
     add({"Remove", "nothing", 0, 0}, exists,
         [](LayerRef const& ref, Statement const&) { ref.editor->removeLayer(ref.layer.id); });
     add({"Reorder", "a position", 1, 1}, exists, [](LayerRef const& ref, Statement const& input) {
@@ -130,13 +140,6 @@ void registerLayerEdits() {
     add(
         {"Lower", "nothing", 0, 0}, [](LayerRef const& ref) { return exists(ref) && positionOf(ref) > 0; },
         [](LayerRef const& ref, Statement const&) { ref.editor->reorderLayer(ref.layer.id, positionOf(ref) - 1); });
-    for (char const* const mode : {"over", "add", "multiply", "screen"})
-        add(
-            {mode, "nothing", 0, 0}, exists,
-            [](LayerRef const& ref, Statement const& input) {
-                ref.editor->setBlend(ref.layer.id, blendModeOf(input.word()));
-            },
-            {}, blendComposite);
 }
 
 void registerDocumentEdits() {
@@ -172,7 +175,8 @@ EditActions::EditActions() {
     SnItemConvert<LayerRef>::initialize();
     SnItemConvert<Statement>::initialize();
     SnItemConvert<Editor*>::initialize();
-    registerLayerEdits();
+    registerPropertyEdits();
+    registerOrderEdits();
     ActRegistry& registry = ActRegistry::getInstance();
     registry.registerAction(std::make_unique<BlendModes>(), ActRegistry::Static);
     registry.registerAction(std::make_unique<DropAbove>(), ActRegistry::Static);

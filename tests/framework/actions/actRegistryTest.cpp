@@ -108,6 +108,13 @@ TEST_F(ActRegistryTest, KeepsAnActionThatUnregistersItselfUntilTheOutermostCallR
     EXPECT_EQ((Journal{"b(?,?)", "~b"}), journal);
 }
 
+std::string names(ConstIterator<ActAction const*> const& found) {
+    std::string result;
+    for (ActAction const* const action : found.elements())
+        result += action->getDescription();
+    return result;
+}
+
 // During each query, an action unregisters itself and registers others inside the function that the row names.
 TEST_F(ActRegistryTest, AsksActionsThatRegisterOthersAndUnregisterThemselves) {
     struct Row {
@@ -115,12 +122,6 @@ TEST_F(ActRegistryTest, AsksActionsThatRegisterOthersAndUnregisterThemselves) {
         char const* readWhat;
         std::string expected;
         std::function<std::string()> ask;
-    };
-    auto const names = [&](ConstIterator<ActAction const*> found) {
-        std::string result;
-        for (ActAction const* const action : found.elements())
-            result += action->getDescription();
-        return result;
     };
     for (Row const& row : {Row{"first", "composite name", "b:1",
                                [&] { return listed(registry.getActions(t1, input, {"g"}, "", first)); }},

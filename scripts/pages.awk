@@ -2,14 +2,25 @@
 # - pictures lie beside the pages;
 # - a comment such as <!-- group undo --> is a link to that group;
 # - the index of the decisions is their parent, so that the tree of pages has levels;
-# - a link is on one line;
-# - a link to a heading of the same page is only its words.
+# - headings have names, which links within the page use as on a code host;
+# - a link is on one line.
 
 BEGIN {
     sub(/^\.\//, "", page)
     folder = page
     sub(/[^\/]*$/, "", folder)
     isIndex = page ~ /docs\/decisions\/README\.md$/
+    prefix = page
+    gsub(/[^A-Za-z]/, "", prefix)
+}
+
+# The name of a heading: "## Results that arrive" is "results-that-arrive", after the name of the page.
+function anchor(heading, name) {
+    name = tolower(heading)
+    sub(/^#+ /, "", name)
+    gsub(/[^a-z0-9 -]/, "", name)
+    gsub(/ /, "-", name)
+    return prefix "-" name
 }
 
 # The name that the reference gives to the page at a path seen from this one.
@@ -36,25 +47,17 @@ function adopt(text, start, link, words, path, before) {
     return before text
 }
 
-function withoutLocalLinks(text, link) {
-    while (match(text, /\[[^]]*\]\(#[^)]*\)/)) {
-        link = substr(text, RSTART + 1, RLENGTH)
-        sub(/\].*/, "", link)
-        text = substr(text, 1, RSTART - 1) link substr(text, RSTART + RLENGTH)
-    }
-    return text
-}
-
 {
     line = held $0
     held = ""
     if (line ~ /^```/) inside = !inside
     if (inside) { print line; next }
     if (line ~ /\[[^]]*$/) { held = line " "; next }
+    if (line ~ /^##+ /) line = line " {#" anchor(line) "}"
+    gsub(/\]\(#/, "](#" prefix "-", line)
     gsub(/\]\((\.\.\/|docs\/)*pictures\//, "](", line)
     while (match(line, /<!-- group [a-z]+ -->/))
         line = substr(line, 1, RSTART - 1) "@ref " substr(line, RSTART + 11, RLENGTH - 15) " \"reference\"" substr(line, RSTART + RLENGTH)
-    line = withoutLocalLinks(line)
     print isIndex ? adopt(line) : line
 }
 END { if (held != "") print held }

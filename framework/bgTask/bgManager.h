@@ -24,12 +24,12 @@ public:
 
     /// Lists the job, queues it in the general group, and notifies the observers with a `BgManagerHintNew`.
     virtual void addJob(RCShdPtr<BgJob> job) = 0;
-    /// Makes a job of the protocol and adds it in the same way.
+    /// Makes a job that runs the protocol, and adds it to the general group.
     virtual RCShdPtr<BgJob> addJob(OPtr<BgJobProtocol> protocol) = 0;
     /// Lists the job and queues it in a user-interface group. Observers are not notified.
     /// @param priority 1 for the high priority group; any other value for the low priority group.
     virtual void addUiJob(RCShdPtr<BgJob> job, unsigned priority) = 0;
-    /// Makes a job of the protocol and adds it in the same way.
+    /// Makes a job that runs the protocol, and adds it to a user-interface group.
     virtual RCShdPtr<BgJob> addUiJob(OPtr<BgJobProtocol> protocol, unsigned priority) = 0;
     /// Stops the job, waits for its end, deletes its protocol, removes the job from the list, and notifies the observers with
     /// a `BgManagerHintDelete`. Takes constant time besides the wait. Any thread, several at once for different jobs; the
@@ -43,15 +43,15 @@ public:
     /// that has not ended by then is logged with its name; it keeps its worker. Never throws.
     virtual void stopAllJobs() = 0;
 
-    /// The same as `addJob` without `after`, but queues the job when others have ended. It is listed as Waiting meanwhile, and
-    /// can be stopped. @throws BgEx::ExBgManager if the job would wait for itself or waits for others already; it is not added
+    /// Lists the job, and queues it in the general group when others have ended. It is listed as Waiting meanwhile, and can be
+    /// stopped. @throws BgEx::ExBgManager if the job would wait for itself or waits for others already; it is not added
     ///   then.
     void addJob(RCShdPtr<BgJob> job, BgAfter const& after);
-    /// Makes a job of the protocol and adds it in the same way.
+    /// Makes a job that runs the protocol, and adds it to the general group when others have ended.
     RCShdPtr<BgJob> addJob(OPtr<BgJobProtocol> protocol, BgAfter const& after);
-    /// The same for a user-interface job.
+    /// Lists a user-interface job, and queues it when others have ended.
     void addUiJob(RCShdPtr<BgJob> job, unsigned priority, BgAfter const& after);
-    /// Makes a job of the protocol and adds it in the same way.
+    /// Makes a job that runs the protocol, and adds it to a user-interface group when others have ended.
     RCShdPtr<BgJob> addUiJob(OPtr<BgJobProtocol> protocol, unsigned priority, BgAfter const& after);
     /// The jobs that a listed job still waits for.
     [[nodiscard]] Vector<RCShdPtr<BgJob>> getPredecessors(RCShdPtr<BgJob> const& job);

@@ -90,7 +90,7 @@ public:
     /// Executes a command with logging suspended, so that commands inside its own guards are not collected again.
     /// @param cmd must not be released while the command runs.
     static void executeStatic(RCShdPtr<CmCommand> const& cmd);
-    /// Unexecutes a command in the same way.
+    /// Unexecutes a command with logging suspended. The command must not be released while it runs.
     static void unexecuteStatic(RCShdPtr<CmCommand> const& cmd);
 
     /// Registers a handler that is called after any command was executed, undone or redone. The handler is not owned.

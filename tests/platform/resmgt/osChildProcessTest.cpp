@@ -333,13 +333,13 @@ TEST(OsChildProcess, ReadsWhatIsWrittenToIt) {
 
 TEST(OsChildProcess, MayCloseItsInputWithoutASignalHere) {
     inChildProcess([] {
-        NamedPipe pipe;
+        NamedPipe closes, ends;
         std::string const much(200000, 'x');
-        Child child(childCommand(pipe.await() + "closeInput" + pipe.await()));
-        std::jthread const lets([&] { pipe.release(); });
+        Child child(childCommand(closes.await() + "closeInput" + ends.await()));
+        std::jthread const lets([&] { closes.release(); });
         EXPECT_LT(child.feed(much), much.size()) << "a wait for the pipe ends";
         EXPECT_EQ(std::nullopt, child.writeInput("x"));
-        pipe.release();
+        ends.release();
         sigset_t pipeSignal, now;
         sigemptyset(&pipeSignal);
         sigaddset(&pipeSignal, SIGPIPE);

@@ -6,25 +6,81 @@
 #include "resmgt/msgServer.h"
 
 #include <iostream>
+#include <vector>
 
 using namespace Ko;
 
 /// Renders a picture tile by tile.
 class Render : public BgJobProtocol {
 public:
-    Render(LiString const& picture, int tiles) : BgJobProtocol("Render " + picture, "render"), _tiles(tiles) {}
+    Render() : BgJobProtocol("Render sky.png", "render") {}
+    void execute() override {
+        for (int tile = 0; tile < 4 && continueExecution(); ++tile) // ... the work ...
+            reportProgress(tile + 1, 4);
+    }
+};
+
+LkEvent awake("Host", true);
+
+/// Stands for the loop of the host.
+void runToTheEnd(BgJob& job) {
+    bool hasEnded = false;
+    auto const end = job.onEnd([&hasEnded](BgJob&) { hasEnded = true; });
+    while (!hasEnded) {
+        awake.wait();
+        awake.reset();
+        EvEventManager::getInstance().processEvents(std::chrono::milliseconds(10));
+    }
+}
+
+void render() {
+    auto const job = BgJob::create(std::make_unique<Render>());
+    auto const steps =
+        job->on<BgJobHintProgress>([](auto const& step) { std::cout << "  " << step.getProgress() * 100 << "%\n"; });
+    auto const end = job->onEnd([](BgJob& ended) { std::cout << "  " << ended.getState()->state() << '\n'; });
+    BgManager::getInstance().addJob(job);
+    runToTheEnd(*job);
+}
+
+/// Reads pictures, and says what it does.
+class Import : public BgJobProtocol {
+public:
+    explicit Import(int files) : BgJobProtocol("Import", "import"), _files(files) {}
 
     void execute() override {
-        if (_tiles <= 0) throw BgEx::ExBgTaskFailed("render", __LINE__, "There is nothing to render.");
-        for (int tile = 0; tile < _tiles && continueExecution(); ++tile) {
-            // ... the work ...
-            reportProgress(tile + 1, _tiles);
+        std::vector<int> pictures;
+        reportPhase("Searching");
+        reportUnknownProgress();
+        // ... search ...
+        reportPhase("Reading");
+        for (int file = 0; file < _files && continueExecution(); ++file) {
+            if (file == 2) reportMessage(BgMessage::Severity::Warning, "File 2 has no colour profile.");
+            pictures.push_back(file);
+            reportUnits(file + 1, _files, "files");
         }
+        setResult(std::move(pictures));
     }
 
 private:
-    int _tiles;
+    int _files;
 };
+
+void importFiles() {
+    auto const job = BgJob::create(std::make_unique<Import>(5));
+    auto const messages = job->on<BgJobHintMessage>([](BgJobHintMessage const& hint) {
+        for (BgMessage const& message : hint.getMessages())
+            std::cout << "  " << message.text << '\n';
+    });
+    auto const end = job->onEnd([](BgJob& ended) {
+        BgUnits const units = ended.getUnits();
+        std::cout << "  " << ended.getPhase() << ": " << units.done << " of " << units.total << ' ' << units.unit
+                  << '\n';
+        if (auto const pictures = ended.getResult<std::vector<int>>())
+            std::cout << "  " << pictures->size() << " pictures\n";
+    });
+    BgManager::getInstance().addJob(job);
+    runToTheEnd(*job);
+}
 
 /// Waits for input from another thread. A stop has to end the wait.
 class Listen : public BgJobProtocol {
@@ -32,7 +88,6 @@ public:
     Listen() : BgJobProtocol("Listen", "listen") {}
 
     void execute() override {
-        hasBegun.set();
         while (continueExecution()) {
             _inputArrived.wait();
             _inputArrived.reset();
@@ -44,86 +99,54 @@ public:
         _inputArrived.set();
     }
 
-    LkEvent hasBegun{"Listening", false};
-
 private:
     LkEvent _inputArrived{"Input arrived", false};
 };
 
-char const* nameOf(BgJobHintChangeState::JobState_t state) {
-    switch (state) {
-    case BgJobHintChangeState::Busy:
-        return "busy";
-    case BgJobHintChangeState::Stopping:
-        return "stopping";
-    case BgJobHintChangeState::Stopped:
-        return "stopped";
-    case BgJobHintChangeState::Complete:
-        return "complete";
-    case BgJobHintChangeState::Failed:
-        return "failed";
-    default:
-        return "waiting";
-    }
-}
-
-/// Shows the states and the progress of jobs on the application thread.
-class Display : private ObObserver<BgJobTag> {
+/// Fails.
+class Upload : public BgJobProtocol {
 public:
-    ~Display() override { disableUpdates(); }
-
-    void follow(RCShdPtr<BgJob> const& job) {
-        job->setNotifProgressSlice(0.5f);
-        job->attachObserver(this);
-    }
-
-private:
-    // Runs on the thread that changes the job: posts an event that holds all it needs.
-    void update(ObObserver<BgJobTag> const*, ObHints const& hints) override {
-        EvEventManager& events = EvEventManager::getInstance();
-        if (auto const change = hints.pickHint<BgJobHintChangeState>())
-            events.postRequest([change] { std::cout << "  " << nameOf(change->getJobState()) << '\n'; });
-        if (auto const step = hints.pickHint<BgJobHintProgress>())
-            events.postRequest([step] { std::cout << "  " << step->getProgress() * 100 << "%\n"; });
-    }
+    Upload() : BgJobProtocol("Upload", "upload") {}
+    void execute() override { throw BgEx::ExBgTaskFailed("upload", __LINE__, "The server does not answer."); }
 };
 
-LkEvent awake("Host", true);
+void publish() {
+    BgManager& manager = BgManager::getInstance();
+    auto const first = manager.addJob(std::make_unique<Import>(3));
+    auto const second = manager.addJob(std::make_unique<Upload>());
+    auto const third = BgJob::create(std::make_unique<Render>());
+    auto const end = third->onEnd([](BgJob& ended) { std::cout << "  " << ended.getReason() << '\n'; });
+    manager.addJob(third, {{first, second}});
+    runToTheEnd(*third);
+}
 
-/// Stands for the loop of the host.
-void runToTheEnd(RCShdPtr<BgJob> const& job) {
-    while (job->isRunning()) {
+void close() {
+    BgManager& manager = BgManager::getInstance();
+    auto const listen = manager.addJob(std::make_unique<Listen>());
+    bool isClosed = false;
+    manager.stopAllJobs(std::chrono::seconds(20), [&](Vector<RCShdPtr<BgJob>> const& unended) {
+        for (auto const& job : unended)
+            std::cout << "  " << job->getName() << " does not end.\n";
+        isClosed = true;
+    });
+    while (!isClosed) {
         awake.wait();
         awake.reset();
         EvEventManager::getInstance().processEvents();
     }
-    // After this, the job sends no more notifications.
-    BgManager::getInstance().stopAndDeleteJob(job);
-    EvEventManager::getInstance().processEvents();
-}
-
-RCShdPtr<BgJob> submit(Display& display, OPtr<BgJobProtocol> protocol) {
-    std::cout << protocol->getJobName() << ":\n";
-    auto const job = BgJob::create(std::move(protocol));
-    // Before a worker can take the job, so that no notification is missed.
-    display.follow(job);
-    BgManager::getInstance().addJob(job);
-    return job;
+    std::cout << "  " << listen->getName() << ": " << listen->getState()->state() << '\n';
 }
 
 int main(int argc, char** argv) {
     InInitScope const framework(argc, argv);
     EvEventManager::getInstance().setWakeUpHandler([] { awake.set(); });
-    MsgProtocol::setHandler([](Msg const& message) { std::cout << message.getText() << '\n'; });
-    Display display;
-
-    runToTheEnd(submit(display, std::make_unique<Render>("sky.png", 100)));
-    runToTheEnd(submit(display, std::make_unique<Render>("nothing.png", 0)));
-
-    auto listen = std::make_unique<Listen>();
-    LkEvent const& hasBegun = listen->hasBegun;
-    auto const listening = submit(display, std::move(listen));
-    hasBegun.wait();
-    listening->stop();
-    runToTheEnd(listening);
+    MsgProtocol::setHandler([](Msg const& message) { std::cout << "  " << message.getText() << '\n'; });
+    std::cout << "Render:\n";
+    render();
+    std::cout << "Import:\n";
+    importFiles();
+    std::cout << "Publish:\n";
+    publish();
+    std::cout << "Close:\n";
+    close();
 }

@@ -17,12 +17,14 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <queue>
 #include <string_view>
 #include <typeinfo>
 
 namespace Ko {
 
-class BgWorkers;
+template <class Container>
+class MtGroup;
 
 /// A background job: runs a protocol on a worker, and has a state, times, and observers.
 ///
@@ -190,7 +192,7 @@ private:
     // The last entry of the manager's list that refers to this job, and the number of such entries. Guarded by the manager.
     int _timesListed = 0;
     // The group that the job was submitted to last, and the number of that submission.
-    BgWorkers* _workers = nullptr;
+    MtGroup<std::queue<MtTask>>* _workers = nullptr;
     std::uint64_t _number = 0;
     List<RCShdPtr<BgJob>>::iterator _listed;
     // The names of the protocol after its release.

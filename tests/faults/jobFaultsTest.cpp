@@ -128,6 +128,44 @@ TEST_F(JobFaults, AJobThatCannotBeSubmittedAgainStaysAsItIs) {
     });
 }
 
+TEST_F(JobFaults, AJobWaitsForAnotherOrIsNotSubmitted) {
+    tryAllFaults("addJob after another", [&](FaultyAttempt& attempt) {
+        GatedJob first;
+        manager.addUiJob(first.job, 1);
+        auto const next = FunctionProtocol::createJob();
+        bool const isDone = attempt([&] { manager.addJob(next, {{first.job}}); });
+        EXPECT_EQ(isDone, isListed(next));
+        if (!isDone) manager.addJob(next, {{first.job}});
+        letEnd(first);
+        waitUntil([&] { return !next->isRunning(); });
+        EXPECT_EQ("Complete", next->getState()->state());
+        finish(next);
+        finish(first.job);
+    });
+}
+
+TEST_F(JobFaults, AJobIsPausedAndFollowedOrNot) {
+    tryAllFaults("pause", [&](FaultyAttempt& attempt) {
+        auto const job = FunctionProtocol::createJob();
+        JobRecorder observer;
+        job->attachObserver(&observer);
+        bool const isDone = attempt([&] { job->pause(); });
+        EXPECT_EQ(isDone, job->isPaused());
+        job->execute();
+        EXPECT_EQ(isDone, job->isRunning());
+        EvEventManager::getInstance().processEvents();
+    });
+    tryAllFaults("onEnd", [&](FaultyAttempt& attempt) {
+        int ends = 0;
+        auto const job = FunctionProtocol::createJob();
+        ObSubscription end;
+        bool const isDone = attempt([&] { end = job->onEnd([&](BgJob&) { ++ends; }); });
+        job->execute();
+        EvEventManager::getInstance().processEvents();
+        EXPECT_EQ(isDone ? 1 : 0, ends);
+    });
+}
+
 TEST_F(JobFaults, AProtocolThatIsNotSubmittedIsDestroyed) {
     for (bool const isUi : {false, true})
         tryAllFaults("addJob of a protocol", [&](FaultyAttempt& attempt) {
@@ -202,6 +240,12 @@ TEST_F(JobFaults, AJobEndsWithoutMemoryOnItsWorker) {
                                       self.reportProgress(1, 2);
                                       self.reportProgress(2, 2);
                                   }},
+        {"report", "Complete",
+            [](FunctionProtocol& self) {
+                self.reportPhase("a phase with a rather long name");
+                self.reportUnits(1, 2, "units");
+                self.reportMessage(BgMessage::Severity::Warning, "a message with a rather long text");
+            }},
         {"fail", "Failed",
             [](FunctionProtocol&) { throw BgEx::ExBgTaskFailed("a file with a rather long name", 1, "reason"); }},
         {"fail for another reason", "Failed", [](FunctionProtocol&) { throw std::bad_alloc(); }},

@@ -45,10 +45,19 @@ void BgFollowers::gatherChange(ObHints const& hints, bool isUiJob) noexcept {
 void BgFollowers::gather(RCShdPtr<BgJob> const& job, Kind kind, bool isUiJob) noexcept {
     LgFirstError error("Following the list of jobs");
     error.capture([&] {
-        if (merge(job, kind, isUiJob))
-            BgManagerImp::postToManager([](BgManagerImp& manager) { manager.followers().notify(); });
+        if (merge(job, kind, isUiJob)) post();
     });
     error.log();
+}
+
+void BgFollowers::post() {
+    try {
+        BgManagerImp::postToManager([](BgManagerImp& manager) { manager.followers().notify(); });
+    } catch (...) {
+        std::lock_guard const guard(_lock);
+        _isPosted = false; // the next change tries again
+        throw;
+    }
 }
 
 // Returns whether an event has to be posted.

@@ -47,6 +47,7 @@ private:
     void gather(RCShdPtr<BgJob> const& job, BgJobChange::Kind kind, bool isUiJob) noexcept;
     void gatherChange(ObHints const& hints, bool isUiJob) noexcept;
     bool merge(RCShdPtr<BgJob> const& job, BgJobChange::Kind kind, bool isUiJob);
+    void post();
     static void notify(Subject& subject, Vector<BgJobChange> changes);
 
     Subject _jobs;

@@ -6,10 +6,7 @@
 
 namespace Ko {
 
-/// A group of workers of the manager.
-class BgWorkers final : public MtGroup<std::queue<MtTask>> {
-public:
-    using MtGroup::MtGroup;
-};
+/// A group of workers of the manager. No class of its own: its threads run before a derived class would be constructed.
+using BgWorkers = MtGroup<std::queue<MtTask>>;
 
 } // namespace Ko

@@ -80,6 +80,8 @@ private:
     void limitMemory(Statement const& statement);
     void save(Statement const& statement);
     void flatten(Statement const& statement);
+    void after(Statement const& statement);
+    void frames(Statement const& statement);
     void runProgram(Statement const& statement);
     void exportPicture(Statement const& statement);
     void echo(Statement const& statement);

@@ -4,6 +4,7 @@
 #include "framework/command/cmUndoGuard.h"
 #include "host/protocols.h"
 
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -17,6 +18,11 @@ void addFlattened(Editor& editor, Jobs& jobs, std::string const& place, std::str
     } catch (std::exception const& error) {
         jobs.showFailure(place, error.what());
     }
+}
+
+std::string numbered(std::string text, int frame) {
+    if (auto const place = text.find("%d"); place != std::string::npos) text.replace(place, 2, std::to_string(frame));
+    return text;
 }
 
 } // namespace
@@ -40,6 +46,31 @@ void Interpreter::flatten(Statement const& statement) {
         auto const picture = std::make_shared<Picture>(std::move(rendered));
         Ko::EvEventManager::getInstance().postRequest([add, picture] { add(picture); });
     }));
+}
+
+void Interpreter::after(Statement const& statement) {
+    Statement const inner{statement.line, {statement.words.begin() + 2, statement.words.end()}};
+    _jobs.startNextAfter(statement.integer(1, 1, std::numeric_limits<int>::max()));
+    try {
+        runStatement(inner);
+    } catch (...) {
+        _jobs.forgetOrder();
+        throw;
+    }
+    if (_jobs.forgetOrder()) throw ScriptError(quoted(inner.word()) + " starts no job");
+}
+
+// Each frame waits for the one before it, so that a long sequence leaves the other workers free.
+void Interpreter::frames(Statement const& statement) {
+    auto const& words = statement.words;
+    constexpr int last = 1000000;
+    int const from = statement.integer(3, 0, last);
+    int const to = statement.integer(4, from, last);
+    Statement const arguments{statement.line, {words.begin() + 5, words.end()}};
+    for (int frame = from; frame <= to; ++frame) {
+        submit(statement, makeFrameProtocol(numbered(words[1], frame), numbered(words[2], frame), arguments));
+        if (frame < to) _jobs.startNextAfter(_jobs.lastNumber());
+    }
 }
 
 void Interpreter::runProgram(Statement const& statement) {

@@ -5,6 +5,7 @@
 #include "script/script.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <ostream>
 
@@ -56,19 +57,36 @@ Jobs::Jobs(std::ostream& output, std::ostream& errors, Bars bars) : _output(outp
 
 Jobs::~Jobs() {
     stopAll();
-    disableUpdates();
     Ko::MsgProtocol::setHandler({});
     Ko::EvEventManager::getInstance().setWakeUpHandler({});
 }
 
 void Jobs::submit(std::string place, Ko::OPtr<Ko::BgJobProtocol> protocol, WhenEnded whenEnded) {
     int const number = ++_lastNumber;
-    std::string title = "job " + std::to_string(number) + " (" + protocol->getJobName() + ")";
     auto const job = Ko::BgJob::create(std::move(protocol));
+    std::string title = "job " + std::to_string(number) + " (" + job->getName() + ")";
     _entries[number] = {std::move(place), job, std::move(title), std::move(whenEnded)};
-    // Observe the job before the manager does: the place of a failure must be known before its message is displayed.
-    job->attachObserver(this);
-    Ko::BgManager::getInstance().addJob(job);
+    // Before the manager observes it: the place of a failure must be known before its message is displayed.
+    follow(number, *job);
+    Ko::BgManager::getInstance().addJob(job, std::exchange(_order, {}));
+}
+
+void Jobs::follow(int number, Ko::BgJob& job) {
+    Entry& entry = _entries[number];
+    entry.subscriptions.push_back(
+        job.on<State>([this, number](State const& change) { stateChanged(number, change.getJobState()); }));
+    entry.subscriptions.push_back(job.on<Ko::BgJobHintProgress>(
+        [&entry](Ko::BgJobHintProgress const& step) { entry.progress = step.getProgress(); }));
+    entry.subscriptions.push_back(
+        job.on<Ko::BgJobHintMessage>([this, number](Ko::BgJobHintMessage const& hint) { showMessages(number, hint); }));
+}
+
+void Jobs::startNextAfter(int number) {
+    _order.predecessors = {Ko::RCShdPtr<Ko::BgJob>(&jobOf(number))};
+}
+
+bool Jobs::forgetOrder() {
+    return !std::exchange(_order, {}).predecessors.empty();
 }
 
 LineSink Jobs::nextJobsLines() {
@@ -86,13 +104,7 @@ void Jobs::list() {
     eraseBars();
     for (auto entry = _entries.begin(); entry != _entries.end();) {
         RCShdPtr<Ko::BgJob> const job = entry->second.job;
-        Ko::BgJobStatistics const times = job->getStatistics();
-        auto const at = [](char const* what, std::string const& time) {
-            return time.empty() ? "" : std::string(", ") + what + " " + time;
-        };
-        _output << "  " << entry->second.title << ": " << nameOf(job->getState()->getHintValue()) << ", "
-                << percent(times.progress()) << at("submitted", times.submitted()) << at("started", times.started())
-                << at("ended", times.ended()) << "\n";
+        _output << "  " << entry->second.title << ": " << describe(*job) << "\n";
         if (entry->second.hasEnded) {
             Ko::BgManager::getInstance().stopAndDeleteJob(job);
             entry = _entries.erase(entry);
@@ -102,13 +114,51 @@ void Jobs::list() {
     }
 }
 
-void Jobs::stop(int number) {
+std::string Jobs::describe(Ko::BgJob& job) const {
+    Ko::BgJobStatistics const times = job.getStatistics();
+    Ko::BgUnits const units = job.getUnits();
+    auto const with = [](std::string const& what, std::string const& value) {
+        return value.empty() ? value : ", " + what + value;
+    };
+    std::string text = nameOf(job.getState()->getHintValue()) + (job.isPaused() ? ", paused" : "");
+    text += with("", job.isRunning() ? job.getPhase() : "") + ", " + percent(times.progress());
+    if (!units.unit.empty())
+        text += ", " + std::to_string(units.done) + " of " + std::to_string(units.total) + " " + units.unit;
+    if (auto const left = job.getRemaining())
+        text += ", " + std::to_string(std::chrono::ceil<std::chrono::seconds>(*left).count()) + " s left";
+    text += describeOrder(Ko::RCShdPtr<Ko::BgJob>(&job)) + with("submitted ", times.submitted());
+    return text + with("started ", times.started()) + with("ended ", times.ended());
+}
+
+std::string Jobs::describeOrder(RCShdPtr<Ko::BgJob> const& job) const {
+    std::string text;
+    for (auto const& predecessor : Ko::BgManager::getInstance().getPredecessors(job))
+        for (auto const& [number, entry] : _entries)
+            if (entry.job == predecessor) text += ", after job " + std::to_string(number);
+    return text;
+}
+
+Ko::BgJob& Jobs::jobOf(int number) const {
     auto const found = _entries.find(number);
     if (found == _entries.end()) throw ScriptError("there is no job " + std::to_string(number));
-    found->second.job->stop();
+    return *found->second.job;
+}
+
+void Jobs::stop(int number) {
+    jobOf(number).requestStop();
+}
+
+void Jobs::pause(int number) {
+    jobOf(number).pause();
+}
+
+void Jobs::resume(int number) {
+    jobOf(number).resume();
 }
 
 void Jobs::wait() {
+    for (auto const& [number, entry] : _entries)
+        entry.job->resume();
     for (;;) {
         _awake.reset();
         update();
@@ -125,7 +175,7 @@ void Jobs::wait() {
 
 void Jobs::stopAll() {
     for (auto const& [number, entry] : _entries)
-        entry.job->stop();
+        entry.job->requestStop();
     wait();
     for (auto const& [number, entry] : _entries)
         Ko::BgManager::getInstance().stopAndDeleteJob(entry.job);
@@ -137,35 +187,26 @@ bool Jobs::takeFailure() {
     return std::exchange(_hasFailed, false);
 }
 
-// Called on the thread that changes the job.
-void Jobs::update(Ko::ObObserver<Ko::BgJobTag> const*, Ko::ObHints const& hints) {
-    Ko::EvEventManager& events = Ko::EvEventManager::getInstance();
-    if (auto const change = hints.pickHint<State>())
-        events.postRequest([this, change] { stateChanged(*change->getJob(), change->getJobState()); });
-    if (auto const step = hints.pickHint<Ko::BgJobHintProgress>())
-        events.postRequest([this, step] { progressed(*step->getJob(), step->getProgress()); });
-}
-
-Jobs::Entry* Jobs::find(Ko::BgJob const& job) {
-    auto const found =
-        std::ranges::find_if(_entries, [&](auto const& entry) { return entry.second.job.get() == &job; });
-    return found == _entries.end() ? nullptr : &found->second;
-}
-
-void Jobs::stateChanged(Ko::BgJob const& job, State::JobState_t state) {
-    Entry* const entry = find(job);
-    if (!entry) return;
+void Jobs::stateChanged(int number, State::JobState_t state) {
+    auto const found = _entries.find(number);
+    if (found == _entries.end()) return;
+    Entry& entry = found->second;
+    auto const error = entry.job->cloneError();
+    std::string const reason = error ? "" : entry.job->getReason();
     eraseBars();
-    _output << entry->title << ": " << nameOf(state) << std::endl;
-    entry->hasEnded = state == State::Stopped || state == State::Complete || state == State::Failed;
-    if (entry->hasEnded && entry->whenEnded) entry->whenEnded(state == State::Complete);
+    _output << entry.title << ": " << nameOf(state) << (reason.empty() ? "" : " (" + reason + ")") << std::endl;
+    entry.hasEnded = state == State::Stopped || state == State::Complete || state == State::Failed;
+    if (entry.hasEnded && entry.whenEnded) entry.whenEnded(state == State::Complete);
     if (state != State::Failed) return;
     _hasFailed = true;
-    if (auto const error = job.cloneError()) _placesOfErrors.emplace(error->getReason(), entry->place);
+    if (error) _placesOfErrors.emplace(error->getReason(), entry.place);
 }
 
-void Jobs::progressed(Ko::BgJob const& job, float progress) {
-    if (Entry* const entry = find(job)) entry->progress = progress;
+void Jobs::showMessages(int number, Ko::BgJobHintMessage const& hint) {
+    for (Ko::BgMessage const& message : hint.getMessages())
+        showLine(
+            number, message.severity == Ko::BgMessage::Severity::Warning ? "warning: " + message.text : message.text);
+    if (hint.getNumOmitted() > 0) showLine(number, std::to_string(hint.getNumOmitted()) + " more messages");
 }
 
 void Jobs::showLine(int number, std::string const& line) {
@@ -199,7 +240,8 @@ void Jobs::drawBars() {
     eraseBars();
     for (auto const& [number, entry] : _entries) {
         if (entry.hasEnded) continue;
-        _output << bar(entry.progress) << " " << entry.title << "\n";
+        std::string const phase = entry.job->isPaused() ? "paused" : entry.job->getPhase();
+        _output << bar(entry.progress) << " " << entry.title << (phase.empty() ? "" : ": " + phase) << "\n";
         ++_barsDrawn;
     }
     _output << std::flush;

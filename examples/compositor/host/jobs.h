@@ -16,13 +16,15 @@ namespace compositor {
 /// Also the loop of the application: `update()` and `wait()` process the events of the framework. Each change of a job's state
 /// is displayed as a line. While `wait()` waits at a terminal, each running job also has a progress bar, which is redrawn in
 /// place. To be used between the framework's initialisation and finalisation, on the application thread; one object at a time.
-class Jobs : private Ko::ObObserver<Ko::BgJobTag> {
+class Jobs {
 public:
     enum class Bars { Shown, NotShown };
 
     Jobs(std::ostream& output, std::ostream& errors, Bars bars);
     /// Stops all running jobs.
-    ~Jobs() override;
+    ~Jobs();
+    Jobs(Jobs const&) = delete;
+    Jobs& operator=(Jobs const&) = delete;
 
     /// Called with whether the job is complete, once it has ended.
     using WhenEnded = std::function<void(bool isComplete)>;
@@ -32,13 +34,22 @@ public:
     void showFailure(std::string const& place, std::string const& text);
     /// Displays the output lines of the job that is submitted next, with its number.
     [[nodiscard]] LineSink nextJobsLines();
+    /// Has the job that is submitted next wait for the end of another one. @throws ScriptError when there is no such job.
+    void startNextAfter(int number);
+    /// The number of the job that was submitted last.
+    [[nodiscard]] int lastNumber() const { return _lastNumber; }
+    /// Forgets `startNextAfter`. @returns whether no job has been submitted since.
+    bool forgetOrder();
     /// Displays all changes since the last call.
     void update();
-    /// Lists all jobs with their states, progress and times, then removes jobs that have ended.
+    /// Lists all jobs with their states, progress, units, phases, predecessors and times, then removes jobs that have ended.
     void list();
     /// @throws ScriptError when there is no such job.
     void stop(int number);
-    /// Waits until all jobs have ended.
+    /// Holds a job, or lets it go on. @throws ScriptError when there is no such job.
+    void pause(int number);
+    void resume(int number);
+    /// Resumes all jobs, and waits until all have ended.
     void wait();
     void stopAll();
     /// Whether a job has failed since the last call.
@@ -52,12 +63,15 @@ private:
         WhenEnded whenEnded{};
         float progress = 0.0f;
         bool hasEnded = false;
+        std::vector<Ko::ObSubscription> subscriptions{};
     };
 
-    void update(Ko::ObObserver<Ko::BgJobTag> const* observer, Ko::ObHints const& hints) override;
-    Entry* find(Ko::BgJob const& job);
-    void stateChanged(Ko::BgJob const& job, Ko::BgJobHintChangeState::JobState_t state);
-    void progressed(Ko::BgJob const& job, float progress);
+    void follow(int number, Ko::BgJob& job);
+    Ko::BgJob& jobOf(int number) const;
+    std::string describe(Ko::BgJob& job) const;
+    std::string describeOrder(Ko::RCShdPtr<Ko::BgJob> const& job) const;
+    void stateChanged(int number, Ko::BgJobHintChangeState::JobState_t state);
+    void showMessages(int number, Ko::BgJobHintMessage const& hint);
     void showLine(int number, std::string const& line);
     void showError(std::string const& text);
     bool isAnyRunning() const;
@@ -69,6 +83,8 @@ private:
     Bars _bars;
     std::map<int, Entry> _entries;
     int _lastNumber = 0;
+    // What the job that is submitted next waits for.
+    Ko::BgAfter _order;
     // The places of failed jobs whose errors the framework has yet to display, by message.
     std::multimap<std::string, std::string> _placesOfErrors;
     bool _hasFailed = false;

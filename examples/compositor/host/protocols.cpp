@@ -4,10 +4,13 @@
 #include "framework/bgTask/bgEx.h"
 #include "framework/bgTask/bgProcess.h"
 #include "image/atomicFile.h"
+#include "image/inputFile.h"
 #include "image/pngFile.h"
+#include "plugIns/operators.h"
 #include "script/script.h"
 #include "text/commandLine.h"
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
 
@@ -20,13 +23,15 @@ class DocumentProtocol final : public Ko::BgJobProtocol {
 public:
     using Work = std::function<void(Progress const& progress)>;
 
-    DocumentProtocol(std::string const& type, std::string const& name, Work work)
-        : BgJobProtocol(name.empty() ? type : type + " " + name, type), _work(std::move(work)) {}
+    /// @param unit what the progress counts; empty for something that says nothing to the user.
+    DocumentProtocol(std::string const& type, std::string const& name, std::string unit, Work work)
+        : BgJobProtocol(name.empty() ? type : type + " " + name, type), _unit(std::move(unit)), _work(std::move(work)) {
+    }
 
     void execute() override {
         try {
             _work([this](int done, int total) {
-                reportProgress(done, total);
+                _unit.empty() ? reportProgress(done, total) : reportUnits(done, total, _unit);
                 return continueExecution();
             });
         } catch (std::exception const& error) {
@@ -35,7 +40,47 @@ public:
     }
 
 private:
+    std::string _unit;
     Work _work;
+};
+
+/// A job that changes one picture of a sequence.
+class FrameProtocol final : public Ko::BgJobProtocol {
+public:
+    FrameProtocol(std::filesystem::path source, std::filesystem::path target, Statement input, Operator apply)
+        : BgJobProtocol("frame " + target.filename().string(), "frame"), _source(std::move(source)),
+          _target(std::move(target)), _input(std::move(input)), _apply(apply) {}
+
+    void execute() override try {
+        begin("reading", 0);
+        InputFile file(_source);
+        Picture picture = readPng(file.stream, file.length);
+        if (!continueExecution()) return;
+        begin(_input.word(), 1);
+        picture = _apply(picture, _input);
+        begin("writing", 2);
+        auto const row = [&](int y, std::span<Colour> pixels) {
+            std::ranges::copy(picture.row(y), pixels.begin());
+            return continueExecution();
+        };
+        if (writePng(_target, picture.size(), row)) reportProgress(steps, steps);
+    } catch (std::exception const& error) {
+        throw Ko::BgEx::ExBgTaskFailed(
+            "compositor/host/protocols.cpp", __LINE__, _source.string() + ": " + error.what());
+    }
+
+private:
+    static constexpr int steps = 3;
+
+    void begin(std::string const& phase, int done) const {
+        reportPhase(phase);
+        reportProgress(done, steps);
+    }
+
+    std::filesystem::path _source;
+    std::filesystem::path _target;
+    Statement _input;
+    Operator _apply;
 };
 
 /// A job that runs an external program.
@@ -143,20 +188,25 @@ private:
 } // namespace
 
 Ko::OPtr<Ko::BgJobProtocol> makeRenderProtocol(Document const& document, std::filesystem::path const& path) {
-    return std::make_unique<DocumentProtocol>("render", path.filename().string(),
+    return std::make_unique<DocumentProtocol>("render", path.filename().string(), "tiles",
         [renderer = document.renderer(), path](Progress const& progress) { renderer.renderToFile(path, progress); });
 }
 
 Ko::OPtr<Ko::BgJobProtocol> makeFlattenProtocol(Document const& document, PictureSink sink) {
     return std::make_unique<DocumentProtocol>(
-        "flatten", "", [renderer = document.renderer(), sink = std::move(sink)](Progress const& progress) {
+        "flatten", "", "tiles", [renderer = document.renderer(), sink = std::move(sink)](Progress const& progress) {
             if (std::optional<Picture> picture = renderer.renderToPicture(progress)) sink(std::move(*picture));
         });
 }
 
 Ko::OPtr<Ko::BgJobProtocol> makeSaveProtocol(Document const& document, std::filesystem::path const& path) {
-    return std::make_unique<DocumentProtocol>("save", path.filename().string(),
+    return std::make_unique<DocumentProtocol>("save", path.filename().string(), "",
         [document, path](Progress const& progress) { saveDocument(document, path, progress); });
+}
+
+Ko::OPtr<Ko::BgJobProtocol> makeFrameProtocol(
+    std::filesystem::path const& source, std::filesystem::path const& target, Statement const& input) {
+    return std::make_unique<FrameProtocol>(source, target, input, operatorOf(input));
 }
 
 Ko::OPtr<Ko::BgJobProtocol> makeRunProtocol(

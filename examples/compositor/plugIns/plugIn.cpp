@@ -2,6 +2,9 @@
 
 #include "host/edit.h"
 #include "host/editor.h"
+#include "plugIns/operators.h"
+
+#include <map>
 
 namespace compositor {
 
@@ -15,9 +18,30 @@ Statement ownArguments(Statement input) {
     return input;
 }
 
+struct KnownOperator {
+    Verb verb;
+    Operator apply;
+};
+
+// A plug-in stays in the process, so its operator does.
+std::map<std::string, KnownOperator>& knownOperators() {
+    static std::map<std::string, KnownOperator> operators;
+    return operators;
+}
+
 } // namespace
 
+Operator operatorOf(Statement const& input) {
+    auto const found = knownOperators().find(input.word());
+    if (found == knownOperators().end()) throw ScriptError("there is no operator " + quoted(input.word()));
+    Verb const& verb = found->second.verb;
+    if (input.arguments() < verb.fewest || input.arguments() > verb.most)
+        throw ScriptError(quoted(input.word()) + " takes " + verb.arguments);
+    return found->second.apply;
+}
+
 Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Operator apply) {
+    knownOperators().insert_or_assign(verb.description, KnownOperator{verb, apply});
     auto const run = [apply](LayerRef const& ref, Statement const& input) {
         Layer const& layer = ref.editor->document().layer(ref.layer.id);
         ref.editor->setPicture(layer.id, apply(*layer.placed.picture, input), input.word() + " " + layer.name);

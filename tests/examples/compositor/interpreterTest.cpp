@@ -1,5 +1,6 @@
 #include "host/interpreter.h"
 #include "framework/command/cmUndoGuard.h"
+#include "plugIns/plugIn.h"
 #include "tests/examples/compositor/pictures.h"
 #include "tests/examples/compositor/session.h"
 #include "tests/support/temporaryFolder.h"
@@ -189,7 +190,7 @@ TEST_F(InterpreterTest, RendersTheDocumentAsItWasWhenTheJobWasSubmitted) {
     EXPECT_EQ((Colour{255, 0, 0, 255}), KoTest::readPicture(picture).row(0)[0]);
     EXPECT_THAT(take(jobOutput),
         testing::ContainsRegex("^job 1 \\(render out.png\\): busy\njob 1 \\(render out.png\\): complete\n"
-                               "  job 1 \\(render out.png\\): complete, 100%, submitted [-0-9: ]+, "
+                               "  job 1 \\(render out.png\\): complete, 100%, 1 of 1 tiles, submitted [-0-9: ]+, "
                                "started [-0-9: ]+, ended [-0-9: ]+\n$"))
         << "a job that has ended is listed once";
 }
@@ -204,6 +205,34 @@ TEST_F(InterpreterTest, StopsJobsAndLeavesNoHalfWrittenFile) {
     EXPECT_NE(std::string::npos, take(jobOutput).find("job 2 (render large.png): stopped\n"));
     EXPECT_FALSE(std::filesystem::exists(folder / "large.png"));
     EXPECT_TRUE(Ko::BgManager::getInstance().getJobs().empty());
+}
+
+TEST_F(InterpreterTest, HoldsJobsAndListsWhatTheyWaitFor) {
+    std::string const picture = (folder / "x.png").string();
+    EXPECT_TRUE(run("canvas 2 2\nrun \"sleep 600\"\nafter 1 render " + picture +
+                    "\nafter 2 run true\npause 3\njobs\nresume 3\n" + "pause 2\nstop 1\nwait\njobs"))
+        << take(errors);
+    std::string const lines = take(jobOutput);
+    EXPECT_THAT(lines, testing::ContainsRegex("  job 2 .render x.png.: waiting, 0%, after job 1, submitted"));
+    EXPECT_THAT(lines, testing::ContainsRegex("  job 3 .run true.: waiting, paused, 0%, after job 2, submitted"));
+    EXPECT_THAT(lines, testing::HasSubstr("job 2 (render x.png): stopped (The job \"run sleep\" was stopped.)\n"));
+    EXPECT_EQ(0, folder.entries());
+    expectError("after 1 render x", "1: there is no job 1");
+    expectError("run true\nafter 4 wait", "2: \"wait\" starts no job");
+    EXPECT_TRUE(run("render " + picture + "\npause 5\nwait")) << "the wait resumes";
+}
+
+TEST_F(InterpreterTest, ChainsTheFramesOfAnOperator) {
+    static_cast<void>(compositor::makeAction(
+        {"Mirror", "nothing", 0, 0}, [](Picture const& picture, Statement const&) { return picture; }));
+    std::string const frame = (folder / "f").string();
+    EXPECT_TRUE(run("canvas 2 2\nrender " + frame + "1.png\nwait\nafter 1 frames " + frame + "%d.png " + frame +
+                    "2.png 1 1 Mirror\nwait\nframes " + frame + "%d.png " + frame + "o%d.png 1 2 Mirror"))
+        << take(errors);
+    EXPECT_EQ(KoTest::readPicture(frame + "1.png"), KoTest::readPicture(frame + "o2.png"));
+    expectError("frames a b 1 2 Nothing", "1: there is no operator \"Nothing\"");
+    EXPECT_FALSE(run("frames " + frame + "%d.png " + frame + "x%d.png 2 4 Mirror"));
+    EXPECT_THAT(take(jobOutput), testing::HasSubstr("failed (The job \"frame fx3.png\" failed.)"));
 }
 
 TEST_F(InterpreterTest, EndsAScriptWhenAJobFailsAndReportsItOnce) {

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "plugIns/plugIn.h"
+
+namespace compositor {
+
+/// The operator of a plug-in, for pictures that are in no document. May be called on any thread.
+/// @param input the description of its action, and the arguments. @throws ScriptError if there is none, or for a wrong number of
+///   arguments.
+[[nodiscard]] Operator operatorOf(Statement const& input);
+
+} // namespace compositor

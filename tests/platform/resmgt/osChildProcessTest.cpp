@@ -4,6 +4,7 @@
 #include "resmgt/osEnv.h"
 #include "tests/support/childCommand.h"
 #include "tests/support/childProcess.h"
+#include "tests/support/launchedChild.h"
 
 #include <algorithm>
 #include <csignal>
@@ -18,77 +19,6 @@ namespace {
 using namespace Ko;
 using namespace KoTest;
 using Launch = OsChildProcess::Launch;
-
-constexpr double forever = 1e6;
-
-/// A launched child with all output that was read.
-class Child : public OsChildProcess {
-public:
-    Child(std::string const& commandLine, Vector<LiString> const& environment = OsEnv::getEntries(),
-        std::string const& folder = "") {
-        setWorkingFolder(folder);
-        EXPECT_EQ(Launch::Started, launch(commandLine, environment)) << getLaunchError();
-    }
-
-    void readAll() {
-        for (auto piece = readOutput(1000); !piece.empty(); piece = readOutput(1000))
-            output += piece;
-        for (std::size_t waiting = 0; peekError(waiting) && waiting > 0;)
-            error += readError(waiting);
-    }
-    int readToEnd() {
-        int exitCode = stillActive;
-        for (; exitCode == stillActive; nap(forever)) {
-            readAll();
-            EXPECT_TRUE(getExitCode(exitCode));
-        }
-        readAll();
-        return exitCode;
-    }
-
-    // Writes up to the end, or until the child refuses it. Returns how many bytes were written.
-    std::size_t feed(std::string_view bytes) {
-        std::size_t written = 0;
-        for (auto count = writeInput(bytes); count && written < bytes.size();
-             count = writeInput(bytes.substr(written))) {
-            written += *count;
-            if (*count == 0) nap(forever);
-        }
-        return written;
-    }
-
-    std::string output;
-    std::string error;
-};
-
-std::string outputOf(std::string const& steps) {
-    Child child(childCommand(steps));
-    EXPECT_EQ(0, child.readToEnd());
-    EXPECT_TRUE(child.forget());
-    return child.output;
-}
-
-/// Another process, safe against reuse of its number.
-class Process {
-public:
-    explicit Process(pid_t number) : _descriptor(static_cast<int>(syscall(SYS_pidfd_open, number, 0))) {}
-    ~Process() { ::close(_descriptor); }
-    Process(Process const&) = delete;
-    Process& operator=(Process const&) = delete;
-
-    bool exists() const { return syscall(SYS_pidfd_send_signal, _descriptor, 0, nullptr, 0) == 0; }
-    void awaitEnd() const {
-        pollfd process{_descriptor, POLLIN, 0};
-        EXPECT_EQ(1, ::poll(&process, 1, -1));
-    }
-
-private:
-    int _descriptor;
-};
-
-std::ptrdiff_t count(char const* folder) {
-    return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
-}
 
 TEST(OsChildProcess, SplitsItsCommandLineLikeAShell) {
     for (auto const& [line, words] : std::vector<std::pair<std::string, std::string>>{
@@ -269,7 +199,7 @@ TEST(OsChildProcess, SaysWhyALaunchFailed) {
         Vector<LiString> environment = {};
         std::string folder = {};
     };
-    auto const descriptors = count("/proc/self/fd");
+    auto const descriptors = countEntries("/proc/self/fd");
     for (Row const& row :
         {Row{"no-such-program x", "No such file or directory"}, Row{"''", "No such file or directory"},
             Row{text, "Permission denied"}, Row{"  ", malformed}, Row{"'a", malformed},
@@ -288,7 +218,7 @@ TEST(OsChildProcess, SaysWhyALaunchFailed) {
         child.setWorkingFolder("");
         EXPECT_EQ(Launch::Started, child.launch(childCommand(""), {})) << "the next launch works";
     }
-    EXPECT_EQ(descriptors, count("/proc/self/fd"));
+    EXPECT_EQ(descriptors, countEntries("/proc/self/fd"));
 }
 
 TEST(OsChildProcess, NeedsAFolderForItsOutput) {
@@ -382,85 +312,6 @@ TEST(OsChildProcess, TellsWhatItHasUsed) {
     detached.detach();
     EXPECT_TRUE(detached.forget());
     EXPECT_EQ(std::nullopt, detached.getResourceUse());
-}
-
-TEST(OsChildProcess, EndsANapByAnErrorItsEndOrItsDetachment) {
-    NamedPipe writes, ends;
-    Child child(childCommand(writes.await() + "err x closeErr" + ends.await()));
-    int exitCode = 0;
-    writes.release();
-    child.nap(forever);
-    child.readAll();
-    // Closing standard error may end one nap, but not every further one.
-    child.nap(0.2);
-    std::jthread const lets([&] { ends.release(); });
-    child.nap(forever);
-    EXPECT_TRUE(child.getExitCode(exitCode));
-    EXPECT_EQ(0, exitCode);
-    Child other(childCommand("readInput"));
-    other.wake();
-    other.nap(forever);
-    other.detach();
-    other.nap(forever);
-}
-
-TEST(OsChildProcess, LeavesNothingBehind) {
-    inChildProcess([] {
-        outputOf("");
-        auto const descriptors = count("/proc/self/fd");
-        auto const threads = count("/proc/self/task");
-        for (int times = 0; times < 100; ++times)
-            outputOf("out x err y");
-        { Child const forgotten(childCommand("pause")); }
-        EXPECT_EQ(descriptors, count("/proc/self/fd"));
-        EXPECT_EQ(threads, count("/proc/self/task"));
-        EXPECT_EQ(-1, ::waitpid(-1, nullptr, WNOHANG)) << "no child is left";
-    });
-}
-
-TEST(OsChildProcess, RunsOnDetachedAndBecomesNoZombie) {
-    NamedPipe hears, releases;
-    {
-        Child child(
-            childCommand(hears.tell() + releases.await() + "floodErr 3000000 50" + hears.tell() + releases.await()));
-        pid_t const number = hears.hear();
-        child.detach();
-        EXPECT_FALSE(child.sendBreak());
-        EXPECT_FALSE(child.terminate(0));
-        EXPECT_TRUE(child.forget());
-        Process const process(number);
-        releases.release();
-        EXPECT_EQ(number, hears.hear());
-        releases.release();
-        while (process.exists())
-            std::this_thread::yield();
-    }
-    // A child that is detached when this process finalises.
-    Child other(childCommand(releases.await()));
-    other.detach();
-    EXPECT_TRUE(other.forget());
-    OsChildProcess::finalize();
-    releases.release();
-    EXPECT_EQ(1, ::waitpid(-1, nullptr, 0) > 0);
-}
-
-TEST(OsChildProcess, EndsWithThisProcessUnlessDetached) {
-    NamedPipe attachedTells, memberTells, detachedTells, hostTells, releases;
-    std::string const attached =
-        childCommand("ignoreBreak" + attachedTells.tell() + "member" + memberTells.tell() + "pause");
-    std::string const detached =
-        childCommand(detachedTells.tell() + releases.await() + "floodErr 3000000 50" + detachedTells.tell());
-    Child host("'" KO_TEST_CHILD_HOST "' \"" + attached + "\" \"" + detached + "\" " + hostTells.path());
-    Process const leader(attachedTells.hear());
-    Process const member(memberTells.hear());
-    pid_t const number = detachedTells.hear();
-    hostTells.hear();
-    EXPECT_TRUE(host.terminate(0));
-    EXPECT_EQ(0, host.readToEnd());
-    leader.awaitEnd();
-    member.awaitEnd();
-    releases.release();
-    EXPECT_EQ(number, detachedTells.hear());
 }
 
 } // namespace

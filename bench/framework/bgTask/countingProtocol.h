@@ -1,0 +1,18 @@
+#pragma once
+
+#include "bench/support/countdown.h"
+#include "framework/bgTask/bgJobProtocol.h"
+
+namespace KoBench {
+
+/// The least that a job can do.
+class CountingProtocol final : public Ko::BgJobProtocol {
+public:
+    explicit CountingProtocol(Countdown& countdown) : Ko::BgJobProtocol("job", "count"), _countdown(countdown) {}
+    void execute() override { _countdown.done(); }
+
+private:
+    Countdown& _countdown;
+};
+
+} // namespace KoBench

@@ -90,8 +90,8 @@ bool Jobs::forgetOrder() {
 }
 
 LineSink Jobs::nextJobsLines() {
-    return [this, number = _lastNumber + 1](std::string const& line) {
-        Ko::EvEventManager::getInstance().postRequest([this, number, line] { showLine(number, line); });
+    return [this, number = _lastNumber + 1](Ko::Vector<std::string> const& lines) {
+        Ko::EvEventManager::getInstance().postRequest([this, number, lines] { showLines(number, lines); });
     };
 }
 
@@ -209,9 +209,11 @@ void Jobs::showMessages(int number, Ko::BgJobHintMessage const& hint) {
     if (hint.getNumOmitted() > 0) showLine(number, std::to_string(hint.getNumOmitted()) + " more messages");
 }
 
-void Jobs::showLine(int number, std::string const& line) {
+void Jobs::showLines(int number, Ko::Vector<std::string> const& lines) {
     eraseBars();
-    _output << "  [" << number << "] " << line << std::endl;
+    for (std::string const& line : lines)
+        _output << "  [" << number << "] " << line << '\n';
+    _output << std::flush;
 }
 
 void Jobs::showError(std::string const& text) {

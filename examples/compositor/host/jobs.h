@@ -72,7 +72,7 @@ private:
     std::string describeOrder(Ko::RCShdPtr<Ko::BgJob> const& job) const;
     void stateChanged(int number, Ko::BgJobHintChangeState::JobState_t state);
     void showMessages(int number, Ko::BgJobHintMessage const& hint);
-    void showLine(int number, std::string const& line);
+    void showLines(int number, Ko::Vector<std::string> const& lines);
     void showError(std::string const& text);
     bool isAnyRunning() const;
     void drawBars();

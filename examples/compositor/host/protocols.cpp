@@ -11,6 +11,7 @@
 #include "text/commandLine.h"
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 #include <string_view>
 
@@ -95,11 +96,12 @@ public:
                 throw ScriptError("\"" + entry + "\" does not define a variable; write NAME=VALUE");
             addEnvironmentVariable(entry.substr(0, separator), entry.substr(separator + 1));
         }
+        gatherLines(std::chrono::milliseconds(50));
     }
 
 protected:
-    void processOutputString(std::string const& line) override { _sink(line); }
-    void processErrorString(std::string const& line) override { _sink(line); }
+    void processOutputStrings(Ko::Vector<std::string> const& lines) override { _sink(lines); }
+    void processErrorStrings(Ko::Vector<std::string> const& lines) override { _sink(lines); }
 
 private:
     LineSink _sink;

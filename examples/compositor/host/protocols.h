@@ -27,8 +27,8 @@ using PictureSink = std::function<void(Picture picture)>;
 [[nodiscard]] Ko::OPtr<Ko::BgJobProtocol> makeFrameProtocol(
     std::filesystem::path const& source, std::filesystem::path const& target, Statement const& input);
 
-/// Receives the output lines of a program, on the thread of its job.
-using LineSink = std::function<void(std::string const& line)>;
+/// Receives output lines of a program, those of some time together, on the thread of its job.
+using LineSink = std::function<void(Ko::Vector<std::string> const& lines)>;
 /// Runs an external program.
 /// @param environment "NAME=value" entries, added to the environment of this process.
 [[nodiscard]] Ko::OPtr<Ko::BgJobProtocol> makeRunProtocol(

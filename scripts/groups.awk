@@ -4,7 +4,7 @@ function group_of(path, name) {
     name = path
     sub(/.*\//, "", name)
     if (name ~ /Init\.h$/ || name ~ /^(inSingleton|lkSingleton|statMgr)/) return "start"
-    if (name ~ /^(bgProcess|osChildProcess)/) return "programs"
+    if (name ~ /^(bgProcess|osChildProcess|osResourceUse)/) return "programs"
     if (name ~ /^(osSharedLib|pim)/) return "plugins"
     if (name ~ /^(li|lg|msg|xml)/) return "text"
     if (name ~ /^(os|env)/) return "files"

@@ -50,7 +50,8 @@ public:
     /// ended; in a hook of any process it does not wait. From the first stop on, at most 1 MiB more of each stream is read for
     /// the hooks; the rest is dropped, with a line in the log. A further stop sends no second break. Any thread.
     void stop() override;
-    /// Lets a running program go on alone: the job completes without waiting for it, and without `handleExit`. Any thread.
+    /// Lets a running program go on alone: the job completes without waiting for it, and without `handleExit`. The program's
+    /// input ends. Any thread.
     void detach();
 
     /// Sets or replaces a variable of the program's environment. Not while the job executes.
@@ -83,7 +84,8 @@ public:
     /// that is no failure of the job. Any thread.
     [[nodiscard]] bool isInputOpen() const;
 
-    /// What the program has used; nothing before its end, and after `detach()`. To be read from `handleExit` on. Any thread.
+    /// What the program has used: nothing before its end, nor after `detach()`. Known from `handleExit` on. The memory of a
+    /// running program is noted twice a second. Any thread.
     [[nodiscard]] std::optional<OsResourceUse> getResourceUse() const;
 
     /// The command line as it was given.

@@ -12,8 +12,8 @@ struct OsResourceUse {
     std::chrono::microseconds userTime{0};
     /// The same, inside the system.
     std::chrono::microseconds systemTime{0};
-    /// Bytes of physical memory, at least: a peak of a program that is smaller than this process may be missed shortly
-    /// before the end. None where the system does not tell it.
+    /// The most physical memory that it used at a time, in bytes. Exact for a program that was larger than this process at
+    /// the launch; for a smaller one, the last figure that was noted while it ran, and nothing when none was.
     std::optional<std::uint64_t> peakMemory;
 };
 

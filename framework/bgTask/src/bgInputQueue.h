@@ -71,8 +71,8 @@ public:
         std::lock_guard const guard(_lock);
         _isDropped = true;
         _isClosed = true;
-        _added.clear();
-        _passing.clear();
+        std::string().swap(_added);
+        std::string().swap(_passing);
         _numPassed = 0;
         _waiting = 0;
     }

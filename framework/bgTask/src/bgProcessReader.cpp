@@ -87,6 +87,9 @@ void BgProcess::Reader::passRest() {
             _process.processOutputString(stream->lines.getUnfinished());
     }
     passOutput();
+    // Ended jobs may be kept for long.
+    _output.batch = {};
+    _errors.batch = {};
 }
 
 // The deadline holds only for a limited reader. Returns how many bytes were read.

@@ -203,10 +203,11 @@ void Jobs::stateChanged(int number, State::JobState_t state) {
 }
 
 void Jobs::showMessages(int number, Ko::BgJobHintMessage const& hint) {
+    Ko::Vector<std::string> lines;
     for (Ko::BgMessage const& message : hint.getMessages())
-        showLine(
-            number, message.severity == Ko::BgMessage::Severity::Warning ? "warning: " + message.text : message.text);
-    if (hint.getNumOmitted() > 0) showLine(number, std::to_string(hint.getNumOmitted()) + " more messages");
+        lines.push_back((message.severity == Ko::BgMessage::Severity::Warning ? "warning: " : "") + message.text);
+    if (hint.getNumOmitted() > 0) lines.push_back(std::to_string(hint.getNumOmitted()) + " more messages");
+    showLines(number, lines);
 }
 
 void Jobs::showLines(int number, Ko::Vector<std::string> const& lines) {

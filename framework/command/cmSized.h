@@ -13,7 +13,7 @@ public:
     /// The memory that the command holds, in bytes. Asked once, when the command is logged.
     [[nodiscard]] virtual std::size_t getMemorySize() const noexcept = 0;
 
-    /// The size that a command tells: 0 for a command without this interface, the sum of its members for a macro.
+    /// The size of any command: 0 without this interface; for a macro, the sum of its members.
     [[nodiscard]] static std::size_t of(CmCommand const& command) noexcept;
 
 protected:

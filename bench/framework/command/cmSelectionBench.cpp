@@ -1,5 +1,5 @@
-// What selection commands and their undo cost, beside the least that a set in insertion order could cost by hand: a
-// hash table and a list of the same items, changed and changed back, with no copy kept that would restore the order.
+// The cost of selection commands and of their undo, beside a minimal hand-written set in insertion order: a hash table and a
+// list of the same items, changed and changed back, without a copy that would restore the order.
 
 #include "base/inInitMgr.h"
 #include "framework/command/cmCommandStack.h"
@@ -23,7 +23,7 @@ using Item = RCShdPtr<SnItem const>;
 using Items = std::vector<Item>;
 using Type = CmSelectionChangeWithItemsCmd::Type;
 
-// The layers of these numbers, in a random order, as they lie in memory too.
+// The layers of these numbers in a random order, which is also their order in memory.
 Items layers(std::int64_t begin, std::int64_t end) {
     std::vector<std::int64_t> numbers;
     for (std::int64_t number = begin; number < end; ++number)
@@ -73,7 +73,7 @@ private:
     Places _set;
 };
 
-// So many layers are selected; as many are changed, of which the first half is selected.
+// This many layers are selected, and as many are changed; half of these are selected.
 class Layers {
 public:
     explicit Layers(std::int64_t count)
@@ -146,7 +146,7 @@ void RemoveLeast(benchmark::State& state) {
     });
 }
 
-// Each item by a command of its own, which is undone at once.
+// One command for each item, undone at once.
 void ToggleOneByOne(benchmark::State& state) {
     Layers const layers(state.range(0));
     auto const selection = selectionOf(layers.selected);
@@ -159,7 +159,7 @@ void ToggleOneByOne(benchmark::State& state) {
     perItem(state);
 }
 
-// What a history of commands costs that each toggle one item: time, and memory for each that is kept.
+// A history of commands that toggle one item each: time, and memory for each kept command.
 void toggleHistory(benchmark::State& state, RCShdPtr<SnSelection> const& selection) {
     constexpr int commands = 200;
     auto const one = selectionOf(layers(-1, 0));

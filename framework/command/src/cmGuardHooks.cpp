@@ -37,7 +37,7 @@ void GuardHooks::end(bool isLongTransition, LgFirstError& error) {
 }
 
 void GuardHooks::notifyTransaction(bool hasBegun, LgFirstError& error) {
-    if (std::exchange(_isTransactionTold, hasBegun) != hasBegun) transactions.call(hasBegun, error);
+    if (std::exchange(_isTransactionBegun, hasBegun) != hasBegun) transactions.call(hasBegun, error);
 }
 
 std::function<void()> GuardHooks::takeOutside() {

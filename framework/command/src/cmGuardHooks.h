@@ -60,7 +60,7 @@ private:
     Vector<RCShdPtr<CmUndoGuardExtension>> _extensions;
     std::deque<EndCallback> _callbacks;
     std::deque<std::function<void()>> _outside;
-    bool _isTransactionTold = false;
+    bool _isTransactionBegun = false;
 };
 
 } // namespace Ko

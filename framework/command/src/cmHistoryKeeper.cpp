@@ -68,8 +68,8 @@ bool CmCommandStack::Keeper::deliverAll(LgFirstError& error) {
     if (_isDelivering) return true;
     _isDelivering = true;
     bool isAlive = deliverChanges(error);
-    while (isAlive && _toldClean != _stack.isClean()) {
-        _toldClean = !_toldClean;
+    while (isAlive && _deliveredClean != _stack.isClean()) {
+        _deliveredClean = !_deliveredClean;
         isAlive = cleanChanges.call({}, error) && deliverChanges(error);
     }
     if (isAlive) _isDelivering = false;

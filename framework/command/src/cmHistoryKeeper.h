@@ -17,7 +17,7 @@ class CmCommandStack::Keeper {
 public:
     using Kind = CmHistoryChange::Kind;
 
-    explicit Keeper(CmCommandStack& stack) : _stack(stack), _toldClean(stack.isClean()) {}
+    explicit Keeper(CmCommandStack& stack) : _stack(stack), _deliveredClean(stack.isClean()) {}
 
     CbDispatcher<CmHistoryChange> changes;
     CbDispatcher<CbEmptyType> cleanChanges;
@@ -44,12 +44,12 @@ public:
     /// Delivers all queued changes and then the clean mark. Called inside such a delivery, it leaves them to the outer call.
     /// @returns whether the stack still exists.
     bool deliver(LgFirstError& error) {
-        return (_queue.empty() && _toldClean == _stack.isClean()) || deliverAll(error);
+        return (_queue.empty() && _deliveredClean == _stack.isClean()) || deliverAll(error);
     }
     bool isDelivering() const noexcept { return _isDelivering; }
     /// Remembers listeners that cannot be called during a delivery.
     void postpone(bool isProcessed) noexcept { ++(isProcessed ? _numProcessed : _numChanged); }
-    /// @returns false when no postponed call is left; otherwise `isProcessed` tells of which kind it is.
+    /// @returns false when no postponed call is left; otherwise sets `isProcessed` to its kind.
     bool takePostponed(bool& isProcessed) noexcept;
 
     /// Whether the merger is to be asked about the next command.
@@ -108,7 +108,7 @@ private:
     bool _isDelivering = false;
     int _numProcessed = 0;
     int _numChanged = 0;
-    bool _toldClean;
+    bool _deliveredClean;
     // Whether the last change logged the current command.
     bool _isFresh = false;
     CmSizeFinder _sizeOf;

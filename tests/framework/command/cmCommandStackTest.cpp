@@ -8,7 +8,6 @@
 #include "tests/support/thrown.h"
 
 #include <gtest/gtest.h>
-#include <regex>
 #include <sstream>
 #include <stdexcept>
 
@@ -17,7 +16,7 @@ namespace {
 using namespace Ko;
 using namespace KoTest;
 
-// What the history is after each operation, and what listeners hear of it: cmUndoGuardModelTest.cpp.
+// cmUndoGuardModelTest.cpp tests the history after each operation and the calls of listeners.
 class CmCommandStackTest : public testing::Test {
 protected:
     RCShdPtr<RecordingCommand> make(std::string name) { return RecordingCommand::create(std::move(name), journal); }
@@ -46,12 +45,12 @@ TEST_F(CmCommandStackTest, RefusesWhatItCannotDo) {
     EXPECT_EQ("*0", history(*stack));
 }
 
-TEST_F(CmCommandStackTest, SaysWhatItDoesAndWhatFailsInTheLog) {
+TEST_F(CmCommandStackTest, LogsEachOperationAndItsFailure) {
     logAll("12");
     LogRecorder const log(6);
     FunctionHandler thrower([] { throw std::logic_error("listener"); });
     stack->addChangeCallback(&thrower);
-    EXPECT_THROW(stack->executeAndLog(make("3")), std::logic_error) << "which is not logged";
+    EXPECT_THROW(stack->executeAndLog(make("3")), std::logic_error) << "the error of a listener";
     at(3)->onUnexecute = [this] {
         EXPECT_EQ(PiCommandStack::Undoing, stack->getState());
         throw CmEx::ExCommandFailure("source", 1);
@@ -65,7 +64,7 @@ TEST_F(CmCommandStackTest, SaysWhatItDoesAndWhatFailsInTheLog) {
         throw std::runtime_error("unexpected");
     };
     stack->addChangeCallback(&thrower);
-    EXPECT_THROW(stack->redo(), std::runtime_error) << "the first error is the one that is seen";
+    EXPECT_THROW(stack->redo(), std::runtime_error) << "the error of the command comes first";
     stack->removeChangeCallback(&thrower);
     ASSERT_EQ(8u, log.lines().size());
     EXPECT_NE(std::string::npos, log.lines()[7].find("listener"));
@@ -79,7 +78,7 @@ TEST_F(CmCommandStackTest, MayBeReleasedByAListener) {
     auto released = RCShdPtr<CmCommandStack>::create();
     CmCommandStack& reference = *released;
     FunctionHandler release([&] { released.reset(); });
-    FunctionHandler after([] { FAIL() << "of a stack that is gone"; });
+    FunctionHandler after([] { FAIL() << "called after the stack was destroyed"; });
     reference.addCommandProcessedCallback(&release);
     reference.addCommandProcessedCallback(&after);
     reference.addChangeCallback(&after);
@@ -87,7 +86,7 @@ TEST_F(CmCommandStackTest, MayBeReleasedByAListener) {
     EXPECT_TRUE(released.isNull());
 }
 
-TEST_F(CmCommandStackTest, ArrivesWhereItMovesThoughAListenerReleasesIt) {
+TEST_F(CmCommandStackTest, MoveToEndsAtItsTargetAlsoIfAListenerReleasesTheStack) {
     logAll("abc");
     CmCommandStack& moved = *stack;
     FunctionHandler release([this] { stack.reset(); });
@@ -96,7 +95,7 @@ TEST_F(CmCommandStackTest, ArrivesWhereItMovesThoughAListenerReleasesIt) {
     EXPECT_EQ((Journal{"-c", "-b", "-a"}), journal);
 }
 
-// The history is "0 1 *X 3" while X is undone or redone.
+// X of the history "0 1 *X 3" is undone or redone.
 TEST_F(CmCommandStackTest, ACommandThatChangesItsHistoryHasFailedAndWhatItLoggedStays) {
     struct Row {
         bool isRedo;
@@ -169,7 +168,7 @@ TEST_F(CmCommandStackTest, DroppedCommandsAreDestroyedWhenTheHistoryIsWhole) {
             char const* const expected[] = {row.seen, row.logged, "*0", ""};
             EXPECT_EQ(expected[&reaction - reactions], stack ? history(*stack) : "");
             seen = "done";
-            stack.reset(); // the commands refer to what ends here
+            stack.reset(); // before the journal, to which the commands refer
         }
 }
 
@@ -204,18 +203,21 @@ TEST_F(CmCommandStackTest, DumpsItsHistoryMarkingTheCurrentCommand) {
     stack->log(macro);
     stack->log(CmNullCommand::create()->clone());
     stack->undo();
-    std::ostringstream unnamed, stream;
+    std::stringstream unnamed, stream;
     stack.dump(unnamed);
     EXPECT_EQ(std::string::npos, unnamed.str().find("<Name>"));
     stack->setName("Scene & more");
     stack.dump(stream);
+    std::string joined;
+    for (std::string line; std::getline(stream, line);)
+        joined += line.substr(line.find_first_not_of(' '));
     EXPECT_EQ("<CommandStack><Name>Scene &amp; more</Name>"
               "<Command><Description>Initial State</Description></Command>"
               "<MacroCommand><Description>Outer</Description><MacroCommand>"
               "<Command><Description>Set &lt;a&gt; &amp; &quot;b&quot;</Description></Command>"
               "</MacroCommand></MacroCommand><Current></Current>"
               "<Command><Description>Initial State</Description></Command></CommandStack>",
-        std::regex_replace(stream.str(), std::regex("\n *"), ""));
+        joined);
 }
 
 } // namespace

@@ -123,7 +123,7 @@ public:
             if (!_isMoving) check(_model.compare(*_stack));
             react(Reaction::OnProcessed);
         });
-        _clean = _stack->onCleanChange([this] { _toldClean = _stack->isClean(); });
+        _clean = _stack->onCleanChange([this] { _shownClean = _stack->isClean(); });
     }
 
     std::string perform(std::size_t operation, unsigned number) {
@@ -241,7 +241,7 @@ private:
         check(_model.compare(*_stack));
         bool const isSaved = _saved == _document.value;
         if (_stack->isClean() != isSaved) check(isSaved ? "saved, but not clean" : "clean, but not saved");
-        if (_toldClean != _stack->isClean()) check("the clean mark changed without a call");
+        if (_shownClean != _stack->isClean()) check("the clean mark changed without a call");
         bool const isLogged = isOneOf(_model.last(), {Kind::Logged, Kind::Merged});
         bool const isOver = _stack->getMaxMemory() > 0 && _stack->getMemory() > _stack->getMaxMemory();
         if (isLogged && isOver && _stack->getStackHeight() > 2) check("over the budget");
@@ -253,7 +253,7 @@ private:
     Failure _failure = Failure::None;
     Reaction _reaction = Reaction::None;
     bool _isMoving = false;
-    bool _toldClean = true;
+    bool _shownClean = true;
     std::string _difference;
     RCShdPtr<CmCommandStack> _stack;
     ListModel _model;

@@ -74,7 +74,7 @@ TEST_F(CmMergerByTimeTest, JoinsWhatFollowsQuickly) {
     EXPECT_EQ(3, x);
 }
 
-TEST_F(CmMergerByTimeTest, KeepsApartWhatIsNotOneStepForTheUser) {
+TEST_F(CmMergerByTimeTest, KeepsStepsApartThatTheUserTakesForTwo) {
     struct Row {
         char const* name;
         std::function<void()> between;
@@ -113,7 +113,7 @@ TEST_F(CmMergerByTimeTest, KeepsApartWhatIsNotOneStepForTheUser) {
     }
 }
 
-/// Does what the test asks.
+/// Calls a function of the test.
 class FunctionMerger : public CmMerger {
 public:
     explicit FunctionMerger(std::function<RCShdPtr<CmCommand>()> function) : _function(std::move(function)) {}
@@ -123,7 +123,7 @@ private:
     std::function<RCShdPtr<CmCommand>()> _function;
 };
 
-TEST(CmMerger, ThatThrowsChangesTheHistoryOrReleasesItLosesNothing) {
+TEST(CmMerger, MayThrowChangeTheHistoryOrReleaseItWithoutALostStep) {
     Journal journal;
     auto const command = [&](char const* name) { return RecordingCommand::create(name, journal); };
     RCShdPtr<CmCommandStack> stack = RCShdPtr<CmCommandStack>::create();
@@ -194,7 +194,7 @@ TEST_F(CmMergerByTimeTest, ABudgetHoldsForTenThousandStepsOfAnySize) {
     EXPECT_GT(stack->getStackHeight(), 4);
 }
 
-TEST_F(CmMergerByTimeTest, TryingTellsWhatHappened) {
+TEST_F(CmMergerByTimeTest, TryingReturnsTheOutcomeAndTheError) {
     using Outcome = CmReplay::Outcome;
     EXPECT_EQ(Outcome::NothingToDo, stack->tryUndo().outcome);
     EXPECT_EQ(Outcome::NothingToDo, stack->tryRedo().outcome);

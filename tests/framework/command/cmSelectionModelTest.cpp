@@ -52,7 +52,7 @@ public:
     std::vector<std::string> list;
 };
 
-/// Does the same to a selection and to a list of names. @returns what the operation returns, if that is anything.
+/// Applies an operation to a selection and to a list of names. @returns the result of the operation, if it has one.
 template <class Selection, class Item>
 bool change(std::string const& name, Selection& selection, Item const& item, Selection const& others) {
     if (name == "Add") return selection.add(item);
@@ -66,7 +66,7 @@ bool change(std::string const& name, Selection& selection, Item const& item, Sel
     return true;
 }
 
-/// Two selections that change by themselves, by one another and by commands, which are undone and redone.
+/// Two selections that are changed directly, from one another, and by commands that are undone and redone.
 class SelectionMachine {
 public:
     static constexpr std::array operations{"Add", "Remove", "Toggle", "AddAll", "RemoveAll", "ToggleAll", "Replace",
@@ -106,7 +106,7 @@ private:
         std::function<void()> execute, unexecute;
     };
 
-    // Half of the items are taken out while all are walked over.
+    // Removes half of the items during an iteration over all of them.
     void walk(std::size_t which) {
         bool isRemoved = true;
         for (auto const& item : selections[which]->getItems())
@@ -116,14 +116,14 @@ private:
             if ((isRemoved = !isRemoved)) models[which].remove(name);
     }
 
-    // The model keeps what the command has to keep.
+    // The model stores the content that the command has to restore.
     std::string makeCommand(std::size_t which, std::size_t other, std::string const& word, Choices& choices) {
         static constexpr std::array kinds{"AddAll", "RemoveAll", "ToggleAll", "Replace", "Clear", "Add", "Remove"};
         static constexpr std::array descriptions{"Add to Selection", "Remove from Selection", "Toggle Selection",
             "Replace Selection", "Clear Selection", "Change Selection", "Change Selection"};
         auto const& selection = selections[which];
         auto const& items = selections[other];
-        // A selection that a copy has taken the place of is out of sight.
+        // A selection that was replaced by a copy is not reachable any more.
         auto const onModel = [this, selection](auto step) {
             return [this, selection, step] {
                 for (std::size_t index = 0; index < selections.size(); ++index)
@@ -150,7 +150,7 @@ private:
         }
         if (command->getDescription() != descriptions[kind]) return command->getDescription();
         pending = Pending{command, changing(kinds[kind]), unexecute};
-        return choices.take(3) == 0 ? "" : executePending(); // some are executed later, when all has changed
+        return choices.take(3) == 0 ? "" : executePending(); // others are executed later, on a different selection
     }
 
     std::string executePending() {

@@ -72,7 +72,7 @@ TEST_F(CmTransactionTest, AnAbandonedLongTransactionLeavesDocumentAndHistoryAsTh
     EXPECT_EQ("0 a *4", history(*stack));
 }
 
-TEST_F(CmTransactionTest, AFailureOnTheWayBackDropsTheHistoryThatLeadsNowhere) {
+TEST_F(CmTransactionTest, AFailureOnTheWayBackDropsTheWholeHistory) {
     struct Row {
         bool isExpected;
         std::string reason;
@@ -80,10 +80,10 @@ TEST_F(CmTransactionTest, AFailureOnTheWayBackDropsTheHistoryThatLeadsNowhere) {
     for (Row const& row : {Row{true, "Command un/execution failure."}, Row{false, "broken"}}) {
         stack->clear();
         stack->log(command("a"));
-        std::string told;
+        std::string cut;
         CbSubscription const changes = stack->onHistoryChange([&](CmHistoryChange const& change) {
             if (change.kind == CmHistoryChange::Kind::CutByFailure)
-                told = change.failed->getDescription() + ": " + change.error->getReason();
+                cut = change.failed->getDescription() + ": " + change.error->getReason();
         });
         auto const failing = command("1");
         failing->onUnexecute = [&row] {
@@ -105,7 +105,7 @@ TEST_F(CmTransactionTest, AFailureOnTheWayBackDropsTheHistoryThatLeadsNowhere) {
             }
             guard.execAndAddUndoCommand(command("3"));
         }
-        EXPECT_EQ("1: " + row.reason, told);
+        EXPECT_EQ("1: " + row.reason, cut);
         EXPECT_EQ("0 *Guard", history(*stack));
         EXPECT_FALSE(stack->isClean());
     }

@@ -15,7 +15,7 @@ using namespace KoTest;
 
 class UndoGuardFacades : public testing::Test {
 protected:
-    // Code that knows the framework, called from code that knows the facades alone.
+    // Uses the framework, and is called by code that uses only the facades.
     void execute(char const* name) {
         CmUndoGuard guard(nullptr, "");
         guard.execAndAddUndoCommand(RecordingCommand::create(name, journal));
@@ -27,7 +27,7 @@ protected:
     RCShdPtr<PiCommandStack> plugInsView = stack;
 };
 
-TEST_F(UndoGuardFacades, GroupSuspendMarkAndCallBackLikeTheGuardsBehindThem) {
+TEST_F(UndoGuardFacades, GroupSuspendMarkAndCallBackLikeTheFrameworksGuards) {
     auto callback = RCShdPtr<FunctionHandler>::create([this] { journal.push_back("callback"); });
     {
         PiUndoGuard const guard(plugInsView, "Step", PiExecParam::BEGIN_TRANSITION);
@@ -48,7 +48,7 @@ TEST_F(UndoGuardFacades, GroupSuspendMarkAndCallBackLikeTheGuardsBehindThem) {
     EXPECT_EQ((Journal{"+a", "+b", "+c", "callback", "-c", "-a", "+a"}), journal);
 }
 
-TEST_F(UndoGuardFacades, TellListenersOfWhatWasDoneQuietlyUnlessAskedNotTo) {
+TEST_F(UndoGuardFacades, NotifyListenersOfUnloggedCommandsUnlessTheyAreQuiet) {
     FunctionHandler listener([this] { journal.push_back("processed"); });
     stack->addCommandProcessedCallback(&listener);
     for (bool const quiet : {false, true}) {
@@ -75,7 +75,7 @@ private:
     Journal& _journal;
 };
 
-TEST_F(UndoGuardFacades, TellAScopesTargetBeginBeforeEndInEveryDirection) {
+TEST_F(UndoGuardFacades, CallAScopesTargetWithBeginBeforeEndInEachDirection) {
     auto const target = RCShdPtr<RecordingTarget>::create(journal);
     for (bool const throwsAtEnd : {false, true}) {
         journal.clear();

@@ -17,7 +17,7 @@ using namespace KoTest;
     throw std::runtime_error(what);
 }
 
-// What commands and listeners throw where nothing else is about: cmUndoGuardModelTest.cpp.
+// cmUndoGuardModelTest.cpp tests single errors of commands and listeners.
 class CmUndoGuardFailure : public testing::Test {
 protected:
     CmUndoGuardFailure() { stack->addChangeCallback(&listener); }
@@ -43,7 +43,7 @@ protected:
     FunctionHandler listener{[this] { onChange(); }};
 };
 
-TEST_F(CmUndoGuardFailure, OnlyTheFirstErrorIsSeenAndTheOthersAreLogged) {
+TEST_F(CmUndoGuardFailure, TheFirstErrorIsThrownAndTheOthersAreLogged) {
     onChange = [] { fail("listener"); };
     auto const callback = RCShdPtr<FunctionHandler>::create([] { fail("callback"); });
     LogRecorder const log;
@@ -76,7 +76,7 @@ TEST_F(CmUndoGuardFailure, AGuardInsideADestructorThatRunsWhileUnwindingStillThr
         std::logic_error);
 }
 
-TEST_F(CmUndoGuardFailure, AHookThatLeavesAGuardOpenDoesNotKeepTheProcessInside) {
+TEST_F(CmUndoGuardFailure, AHookThatLeavesAGuardOpenHasItClosedWithTheOutermostOne) {
     std::unique_ptr<CmUndoGuard> stray;
     onChange = [&] {
         if (!stray) stray = std::make_unique<CmUndoGuard>(stack, "stray");
@@ -103,7 +103,7 @@ protected:
     RCShdPtr<RecordingExtension> third = RCShdPtr<RecordingExtension>::create("3", journal);
 };
 
-TEST_F(CmUndoGuardExtensionFailure, AtTheEndAllAreToldInReverseAndTheStepIsLogged) {
+TEST_F(CmUndoGuardExtensionFailure, AtTheEndAllAreCalledInReverseAndTheStepIsLogged) {
     inChildProcess([this] {
         registerAll();
         EXPECT_THROW(CmUndoGuard::registerUndoGuardExtension(nullptr), ExNullPtr);
@@ -126,7 +126,7 @@ TEST_F(CmUndoGuardExtensionFailure, AtTheEndAllAreToldInReverseAndTheStepIsLogge
     });
 }
 
-TEST_F(CmUndoGuardExtensionFailure, AtTheBeginTheGuardIsNotEnteredAndWhatHooksDidIsLogged) {
+TEST_F(CmUndoGuardExtensionFailure, AtTheBeginTheGuardIsNotEnteredAndCommandsOfHooksAreLogged) {
     inChildProcess([this] {
         registerAll();
         first->onBegin = [this] { perform("h"); };
@@ -145,7 +145,7 @@ TEST_F(CmUndoGuardExtensionFailure, AtTheBeginTheGuardIsNotEnteredAndWhatHooksDi
     });
 }
 
-TEST_F(CmUndoGuardExtensionFailure, AtTheBeginOfTheLastGuardTheLongTransactionGoesOn) {
+TEST_F(CmUndoGuardExtensionFailure, AtTheBeginOfTheLastGuardTheLongTransactionContinues) {
     inChildProcess([this] {
         registerAll();
         perform("a", PiExecParam::BEGIN_TRANSITION);
@@ -156,7 +156,7 @@ TEST_F(CmUndoGuardExtensionFailure, AtTheBeginOfTheLastGuardTheLongTransactionGo
         EXPECT_EQ("*0", history(*stack));
         second->onBegin = nullptr;
         perform("", PiExecParam::END_TRANSITION);
-        EXPECT_EQ("0 *a", history(*stack)) << "under the description it had";
+        EXPECT_EQ("0 *a", history(*stack)) << "the description is the one before the guard that failed";
         expectClosed();
     });
 }

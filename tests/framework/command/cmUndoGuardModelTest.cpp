@@ -30,7 +30,7 @@ private:
     int _number;
 };
 
-/// The stacks and guards of the library, to be told the same as the model.
+/// The stacks and guards of the library, with the operations of the model.
 class UndoSystem : public UndoWorld<UndoSystem> {
 public:
     UndoSystem() {
@@ -41,7 +41,7 @@ public:
             at(stack)->addChangeCallback(listeners.back().get());
         }
     }
-    // Where the model was not followed to the end, the next sequence finds no guard open all the same.
+    // A sequence that ends at a difference may leave guards open; the next one must find none.
     ~UndoSystem() {
         static_cast<Circumstances&>(*this) = {};
         LgFirstError ignored("The end of a sequence");
@@ -77,7 +77,7 @@ public:
         guards.push_back(guard.release());
     }
     void leave() {
-        if (guards.empty()) return; // which the model's differ from
+        if (guards.empty()) return; // a difference to the model, which is reported later
         PiUndoGuardProtocol* const guard = guards.back();
         guards.pop_back();
         delete guard;
@@ -201,7 +201,7 @@ private:
         return command;
     }
 
-    // A guard around some commands, the first of which to fail goes through it.
+    // A guard around some commands. The first error leaves it.
     std::string performInGuard(int stack, Choices& choices) {
         std::vector<ModelCommand> commands(1 + choices.take(2));
         for (ModelCommand& command : commands)
@@ -257,7 +257,7 @@ private:
         }
     }
 
-    LogRecorder const log; // of the errors that only a log sees
+    LogRecorder const log; // takes errors that are only logged
     UndoModel model;
     UndoSystem system;
     int lastNumber = 0;

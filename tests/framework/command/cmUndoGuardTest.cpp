@@ -21,7 +21,7 @@ using namespace KoTest;
 
 using enum PiExecParam::Transition;
 
-// What is logged, undone and redone: cmUndoGuardModelTest.cpp.
+// cmUndoGuardModelTest.cpp tests the logged steps, and undo and redo.
 class CmUndoGuardTest : public testing::Test {
 protected:
     // Opens a guard, executes commands named by the letters in it, and closes it.
@@ -47,7 +47,7 @@ TEST_F(CmUndoGuardTest, LogsALongTransactionUnderItsLastDescription) {
     }
 }
 
-TEST_F(CmUndoGuardTest, OfEachKindExecutesAndCollectsInItsWay) {
+TEST_F(CmUndoGuardTest, EachKindExecutesAndCollectsAsItShould) {
     auto const use = [this](auto&& guard, std::string const& names) {
         auto const command = [&](int index) { return RecordingCommand::create(names.substr(index, 1), journal); };
         guard.execAndAddUndoCommand(command(0));
@@ -128,12 +128,12 @@ TEST_F(CmUndoGuardTest, KeepsTheHistoryAsItIsWhileItHasCollectedCommandsForIt) {
     EXPECT_EQ((Journal{"+1", "+2", "-2", "+a", "+b", "+c", "-c", "-b"}), journal);
 }
 
-TEST_F(CmUndoGuardTest, NamesNoStepAfterAnotherOne) {
+TEST_F(CmUndoGuardTest, UsesNoDescriptionOfAnEarlierStep) {
     perform("a", "Delete Layer", NOT_TRANSITION);
     auto const command = RecordingCommand::create("b", journal);
     command->onExecute = [this] { CmUndoGuard const guard(stack, "Inner"); };
     CmUndoGuard(nullptr, "Rename Layer", NOT_TRANSITION).execAndAddUndoCommand(command);
-    EXPECT_EQ("0 Delete Layer *Macro: b", history(*stack)) << "and not after a guard that collected nothing";
+    EXPECT_EQ("0 Delete Layer *Macro: b", history(*stack)) << "a guard without commands leaves no description behind";
 }
 
 TEST_F(CmUndoGuardTest, ReleasesTheStackWhenItIsClosed) {
@@ -147,7 +147,7 @@ TEST_F(CmUndoGuardTest, ReleasesTheStackWhenItIsClosed) {
     EXPECT_FALSE(CmUndoGuard::isGuardActive());
 }
 
-TEST_F(CmUndoGuardTest, ReportsAtTheEndWhatWasNeverLogged) {
+TEST_F(CmUndoGuardTest, ReportsCommandsThatWereNeverLogged) {
     inChildProcess(
         [this] {
             auto open = std::make_unique<CmUndoGuard>(stack, "Step", NOT_TRANSITION);

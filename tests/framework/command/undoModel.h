@@ -10,8 +10,8 @@
 
 namespace KoTest {
 
-/// Two histories and the guards over them, as simply as they can be: lists, positions, and one table. What does not
-/// fulfil a precondition is "refused", a transition that there is not "aborted".
+/// A minimal model of two histories and the undo guards: lists, positions, and one table. A violated precondition is
+/// "refused", an impossible transition is "aborted".
 class UndoModel : public UndoWorld<UndoModel> {
 public:
     // ---- histories
@@ -184,7 +184,7 @@ private:
     }
 
     State stateWithin(Transition transition) const {
-        // From the state outside of guards, by the transition: none, begin, transition, end.
+        // By the state outside the guards and the transition: none, begin, transition, end.
         static constexpr State table[8][4] = {{Within, Begin, Never, Never}, {Never, Never, Never, Never},
             {Never, Never, Never, Never}, {Begin, Begin, Transit, End}, {Never, Never, Never, Never},
             {Transit, Never, Transit, End}, {Never, Never, Never, Never}, {End, Never, Never, End}};

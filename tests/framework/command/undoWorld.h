@@ -11,27 +11,27 @@
 
 namespace KoTest {
 
-/// What the listeners of changes do while a step runs; the last two do it once.
+/// How listeners of changes react during an operation; the last two react once.
 enum class Reaction { None, Throw, Execute, Undo };
 
-/// What a guard does to the commands within it.
+/// The kinds of guards.
 enum class GuardKind { Plain, NoLog, NoRedo };
 
-/// A command: a number, or several that are one.
+/// A command with a number, or a macro of several commands.
 struct ModelCommand {
     int number = 0;
     std::vector<ModelCommand> parts{};
     bool isSkippedOnRedo = false;
 };
 
-/// What a step meets, and what happens in it: "+n" and "-n" for a command that is executed and unexecuted, "!" where it
-/// fails, "p" and "c" with the stack's number and the history for listeners of processing and of changes, "e" for an end of
-/// guards.
+/// The circumstances of one operation, and the journal of its events: "+n" and "-n" for the execution and unexecution of a
+/// command, "!" if it fails, "p" and "c" with the stack's number and its history for listeners of processing and of changes,
+/// "e" for callbacks at the end of guards.
 struct Circumstances {
     int callsUntilFailure = 0; // 0: none fails
     bool failureIsExpected = false;
     Reaction reaction = Reaction::None;
-    int nextNumber = 0; // of what a listener executes
+    int nextNumber = 0; // of commands that a listener executes
     std::string journal;
 
     void callCommand(char sign, int number) {
@@ -42,7 +42,7 @@ struct Circumstances {
     }
 };
 
-/// What listeners do, with the model and with the library's own stacks and guards.
+/// The listeners, which are the same for the model and for the library's stacks and guards.
 template <class World>
 class UndoWorld : public Circumstances {
 public:

@@ -20,9 +20,9 @@ using namespace KoFuzz;
 
 constexpr std::size_t mostStatements = 60;
 constexpr std::string_view harmless[] = {"canvas", "checker", "gradient", "move", "opacity", "blend", "rename",
-    "remove", "reorder", "drag", "nudge", "grab", "pull", "release", "cancel", "flatten", "memory", "select", "menu", "do", "options", "copy", "cut", "paste", "group", "quietly", "end",
-    "undo", "redo", "history", "goto", "limit", "layers", "dump", "plugins", "jobs", "stop", "wait", "echo", "help",
-    "quit", "fly"};
+    "remove", "reorder", "drag", "nudge", "grab", "pull", "release", "cancel", "flatten", "memory", "select", "menu",
+    "do", "options", "copy", "cut", "paste", "group", "quietly", "end", "undo", "redo", "history", "goto", "limit",
+    "layers", "dump", "plugins", "jobs", "stop", "wait", "echo", "help", "quit", "fly"};
 constexpr std::string_view withSizes[] = {"canvas", "checker", "gradient", "do"};
 constexpr std::string_view withFiles[] = {"render", "save", "open"};
 

@@ -148,7 +148,6 @@ private:
     bool endPause(bool continues) noexcept;
     void requestStop(LkDeadline::Time limit) noexcept;
     void stopProtocol() noexcept;
-    void keepNames() noexcept;
     void setOnce(LiDate& date, bool& isSet);
     void requestEnd() noexcept;
     bool releaseUntil(LkDeadline::Time deadline) noexcept;
@@ -170,6 +169,8 @@ private:
     bool _notificationsEnabled = false;
     std::shared_ptr<ExBase const> _error;
     OPtr<BgJobProtocol> _protocol;
+    // The names of the protocol after its release.
+    BgJobProtocol::Names _names;
     LiDate const _submitted;
     LiDate _started;
     LiDate _ended;
@@ -195,9 +196,6 @@ private:
     MtGroup<std::queue<MtTask>>* _workers = nullptr;
     std::uint64_t _number = 0;
     List<RCShdPtr<BgJob>>::iterator _listed;
-    // The names of the protocol after its release.
-    LiString _name;
-    LiString _type;
     std::unique_ptr<Annex> _annex;
 };
 

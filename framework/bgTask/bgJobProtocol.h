@@ -51,9 +51,9 @@ public:
     [[nodiscard]] virtual float progress() const;
 
     /// The name for display. Never changes. Any thread.
-    [[nodiscard]] LiString getJobName() const { return _name; }
+    [[nodiscard]] LiString getJobName() const { return _names->name; }
     /// The kind of work, for display. Never changes. Any thread.
-    [[nodiscard]] LiString getJobType() const { return _type; }
+    [[nodiscard]] LiString getJobType() const { return _names->type; }
 
     /// Sets the receiver of progress reports. Not while the protocol executes.
     /// @param callback is not owned; null for none.
@@ -96,6 +96,7 @@ private:
     // Prepares the next `start()`, which then keeps the effect of a later `stop()`.
     void prepareStart() noexcept;
     void keepResult(std::shared_ptr<void> result, std::type_info const& type) const;
+    bool continueAfterPause() const;
     void hold();
     void letGo(bool continues) noexcept;
     void leaveJob() noexcept;
@@ -103,8 +104,13 @@ private:
     BgProgressReport* _progressCallback = nullptr;
     // Written by the executing thread and read by any. Nothing else depends on it.
     mutable std::atomic<float> _progress{0.0f};
-    LiString _name;
-    LiString _type;
+    struct Names {
+        LiString name;
+        LiString type;
+    };
+    Names _ownNames;
+    // The job takes the names over when it deletes the protocol.
+    Names const* _names = &_ownNames;
     bool _continue = true;
     mutable LkLock _continueLock{"Continue lock"};
     // A Busy job can be stopped just before it calls `start()`, which must not undo the stop.

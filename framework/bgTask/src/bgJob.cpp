@@ -136,9 +136,9 @@ void BgJob::reportProgress(int done, int total) {
     {
         std::lock_guard const guard(_lock);
         float const rise = progress - _progress;
-        bool const wasUnknown = std::isnan(_progress) && !std::isnan(progress);
-        bool const notifies = rise < 0.0f || rise >= _slice || (rise > 0.0f && isWhole(progress)) || wasUnknown;
-        if (!notifies) return;
+        bool const isSmall = rise >= 0.0f && rise < _slice && !(rise > 0.0f && isWhole(progress));
+        // The rise is NaN if the progress was unknown: every value that is known now matters.
+        if (isSmall || std::isnan(progress)) return;
         _progress = progress;
     }
     if (!_notificationsEnabled || !hasObservers()) return;
@@ -262,7 +262,8 @@ void BgJob::deleteUnusedProtocol() noexcept {
     {
         std::lock_guard const guard(_lock);
         if (_uses > 0 || !_protocol) return;
-        keepNames();
+        _names = std::move(_protocol->_ownNames);
+        _protocol->_names = &_names; // its destructor may ask for them
         unused = std::move(_protocol);
     }
     unused->leaveJob();

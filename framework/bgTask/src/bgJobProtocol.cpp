@@ -11,7 +11,7 @@
 namespace Ko {
 
 BgJobProtocol::BgJobProtocol(LiString const& type) : BgJobProtocol("unnamed job", type) {}
-BgJobProtocol::BgJobProtocol(LiString const& name, LiString const& type) : _name(name), _type(type) {}
+BgJobProtocol::BgJobProtocol(LiString const& name, LiString const& type) : _ownNames{name, type} {}
 BgJobProtocol::~BgJobProtocol() = default;
 
 void BgJobProtocol::start() {
@@ -33,10 +33,18 @@ float BgJobProtocol::progress() const {
 }
 
 bool BgJobProtocol::continueExecution() const {
+    {
+        std::lock_guard const guard(_continueLock);
+        if (!_isHeld) [[likely]]
+            return _continue;
+    }
+    return continueAfterPause();
+}
+
+// The application thread would wait for itself to resume the job.
+bool BgJobProtocol::continueAfterPause() const {
     std::unique_lock lock(_continueLock);
-    // The application thread would wait for itself to resume the job.
-    if (_isHeld && !InInitMgr::isApplicationThread()) [[unlikely]]
-        _isLetGo->wait(lock, [this] { return !_isHeld || !_continue; });
+    if (!InInitMgr::isApplicationThread()) _isLetGo->wait(lock, [this] { return !_isHeld || !_continue; });
     return _continue;
 }
 

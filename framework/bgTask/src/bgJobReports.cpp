@@ -21,23 +21,12 @@ bool isEnd(ObHints const& hints) {
 
 LiString BgJob::getName() const {
     std::lock_guard const guard(_lock);
-    return _protocol ? _protocol->getJobName() : _name;
+    return _protocol ? _protocol->getJobName() : _names.name;
 }
 
 LiString BgJob::getType() const {
     std::lock_guard const guard(_lock);
-    return _protocol ? _protocol->getJobType() : _type;
-}
-
-// Called under the lock, before the protocol is deleted: its destructor may still ask for its names, so they are copied.
-// Without memory, a released job has no names.
-void BgJob::keepNames() noexcept {
-    try {
-        _name = _protocol->_name;
-        _type = _protocol->_type;
-    } catch (std::bad_alloc const&) {
-        _name.clear();
-    }
+    return _protocol ? _protocol->getJobType() : _names.type;
 }
 
 BgJobTimes BgJob::getTimes() const {

@@ -223,18 +223,20 @@ void BgManagerImp::queueAgain(RCShdPtr<BgJob> const& job) {
     if (workers) workers->addAhead(job, isLater);
 }
 
-// The caller holds a reference, so that no job is destroyed under the lock.
-void BgManagerImp::removeFromList(BgJob& job) noexcept {
+// The caller holds a reference, so that no job is destroyed under the lock. Returns whether it is a user-interface job.
+bool BgManagerImp::removeFromList(BgJob& job) noexcept {
     std::lock_guard const guard(_lock);
+    bool const isUiJob = job._workers != &_general;
     int const times = std::exchange(job._timesListed, 0);
-    if (times == 1) return eraseEntry(job._listed);
-    if (times == 0) return;
+    if (times == 1) eraseEntry(job._listed);
+    if (times <= 1) return isUiJob;
     // Submitted several times.
     for (auto entry = _jobs.begin(); entry != _jobs.end();) {
         auto const next = std::next(entry);
         if (entry->get() == &job) eraseEntry(entry);
         entry = next;
     }
+    return isUiJob;
 }
 
 // Called under the lock.

@@ -65,7 +65,7 @@ private:
     void forEachJob(Step step) noexcept;
     RCShdPtr<BgJob> visitNext() noexcept;
     RCShdPtr<BgJob> firstJob() noexcept;
-    void removeFromList(BgJob& job) noexcept;
+    bool removeFromList(BgJob& job) noexcept;
     void eraseEntry(Jobs::iterator entry) noexcept;
     void abandon(RCShdPtr<BgJob> const& job) noexcept;
     void dropEndedJobs() noexcept;

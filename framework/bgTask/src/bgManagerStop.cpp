@@ -113,12 +113,12 @@ void BgManagerImp::stopElsewhere(RCShdPtr<BgJob> const& job, LkDeadline::Time li
 
 void BgManagerImp::stopObserving(BgJob& job) {
     job.detachObserver(this);
-    if (isUiJob(job)) _followers.forget(job);
+    _followers.forget(job);
 }
 
 void BgManagerImp::remove(RCShdPtr<BgJob> const& job) noexcept {
-    removeFromList(*job);
-    _followers.note(job, BgJobChange::Kind::Removed, isUiJob(*job));
+    bool const isUiJob = removeFromList(*job);
+    _followers.note(job, BgJobChange::Kind::Removed, isUiJob);
 }
 
 // Safe against changes of the list by what `step` calls.

@@ -66,11 +66,9 @@ class ObChangeManagerImp::Guard : public std::unique_lock<std::mutex> {
 public:
     explicit Guard(std::mutex& mutex) : unique_lock(mutex) {}
     ~Guard() {
+        if (!_unused) return;
         if (owns_lock()) unlock();
-        while (_unused) {
-            std::unique_ptr<ObLink> const link(_unused);
-            _unused = link->nextOfSubject;
-        }
+        destroyUnused();
     }
     Guard(Guard const&) = delete;
     Guard& operator=(Guard const&) = delete;
@@ -78,6 +76,13 @@ public:
     void destroyLater(ObLink& link) noexcept { link.nextOfSubject = std::exchange(_unused, &link); }
 
 private:
+    void destroyUnused() noexcept {
+        while (_unused) {
+            std::unique_ptr<ObLink> const link(_unused);
+            _unused = link->nextOfSubject;
+        }
+    }
+
     ObLink* _unused = nullptr;
 };
 

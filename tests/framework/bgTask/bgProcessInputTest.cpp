@@ -79,6 +79,9 @@ TEST_F(BgProcessTest, TakesInputAtAnyTime) {
     later.program->closeInput();
     EXPECT_EQ("Complete", later.await());
     EXPECT_THAT(later.program->records, ElementsAre("out:x", "exit:0"));
+
+    ProgramRun ended("", [](Program& program, std::string const&) { EXPECT_FALSE(program.isInputOpen()); });
+    EXPECT_EQ("Complete", ended.await()) << "its input is over in handleExit already";
 }
 
 TEST_F(BgProcessTest, HasABoundedInputThatItsProgramMayRefuse) {

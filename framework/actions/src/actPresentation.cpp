@@ -2,7 +2,6 @@
 
 #include "framework/actions/src/actRecords.h"
 
-#include <algorithm>
 #include <map>
 #include <utility>
 
@@ -20,19 +19,20 @@ ActPresentation ActPresented::of(
 }
 
 Vector<ActSection> ActSection::arrange(ConstIterator<ActRegistry::Entry> const& entries) {
-    std::map<std::string, Vector<Item>> sections;
+    std::map<std::string, std::multimap<int, Item>> sections; // keeps items of the same order as they come
     ActRecords::Hold hold(ActRecords::get());
     for (ActRegistry::Entry const& entry : entries.elements()) {
         if (!hold.isRegistered(entry.getAction())) continue;
         ActPresentation presentation = ActPresented::of(*entry.getAction(), entry.getTarget(), entry.getInput());
         std::string const name = presentation.section;
-        sections[name].push_back({entry, std::move(presentation)});
+        int const order = presentation.order;
+        sections[name].emplace(order, Item{entry, std::move(presentation)});
     }
     Vector<ActSection> result;
     for (auto& [name, items] : sections) {
-        std::stable_sort(items.begin(), items.end(),
-            [](Item const& one, Item const& other) { return one.presentation.order < other.presentation.order; });
-        result.push_back({name, std::move(items)});
+        ActSection& section = result.emplace_back(ActSection{name, {}});
+        for (auto& [order, item] : items)
+            section.items.push_back(std::move(item));
     }
     return result;
 }

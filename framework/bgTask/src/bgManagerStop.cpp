@@ -81,11 +81,9 @@ void BgManagerImp::stopAllJobs(std::chrono::milliseconds grace, WhenEnded whenEn
 // Runs on a thread of the stopper.
 void BgManagerImp::waitForAll(
     Vector<RCShdPtr<BgJob>> const& jobs, LkDeadline::Time deadline, WhenEnded const& whenEnded) {
-    auto ended = jobs;
-    auto const first = std::stable_partition(
-        ended.begin(), ended.end(), [deadline](auto const& job) { return job->releaseUntil(deadline); });
-    Vector<RCShdPtr<BgJob>> unended(first, ended.end());
-    ended.erase(first, ended.end());
+    Vector<RCShdPtr<BgJob>> ended, unended;
+    for (auto const& job : jobs)
+        (job->releaseUntil(deadline) ? ended : unended).push_back(job);
     for (auto const& job : unended)
         logError([&job] { return "The background job " + job->describe() + " did not end in its grace period."; });
     postToManager([ended = std::move(ended), unended = std::move(unended), whenEnded](BgManagerImp& manager) {

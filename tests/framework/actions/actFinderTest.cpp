@@ -3,7 +3,9 @@
 #include "tests/support/recordingAction.h"
 
 #include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
+#include <map>
 
 namespace {
 
@@ -112,13 +114,12 @@ TEST_F(ActFinderTest, RanksByTheBestSpread) {
         add({text, "", "", {}});
     finder.collect();
     for (char const* const pattern : {"a", "ab", "bab", "abab", "bb"}) {
-        std::vector<std::string> expected;
-        std::copy_if(texts.begin(), texts.end(), std::back_inserter(expected),
-            [&](std::string const& text) { return bestScore(text, pattern) >= 0; });
-        std::stable_sort(expected.begin(), expected.end(), [&](std::string const& one, std::string const& other) {
-            return bestScore(one, pattern) > bestScore(other, pattern);
-        });
-        std::vector<std::string> ranked;
+        std::multimap<int, std::string, std::greater<>> scored; // texts of the same score stay in order
+        for (std::string const& text : texts)
+            if (int const score = bestScore(text, pattern); score >= 0) scored.emplace(score, text);
+        std::vector<std::string> expected, ranked;
+        for (auto const& [score, text] : scored)
+            expected.push_back(text);
         for (auto const& match : finder.find(pattern, none, none, texts.size()))
             ranked.push_back(match.text);
         EXPECT_EQ(expected, ranked) << pattern;

@@ -41,7 +41,7 @@ TEST(ActShortcut, RefusesOtherTextsInWords) {
             {"F99999999999", "there is no key \"F99999999999\""}, {"\x01", "there is no key \"\x01\""},
             {"Ctrl+\xFF", "there is no key \"\xFF\""}, {"\u00A0", "there is no key \"\u00A0\""}})
         EXPECT_EQ(LiString("\"") + text + "\" is no shortcut: " + problem + ".",
-            caught<ActShortcutEx>([text = text] { static_cast<void>(ActShortcut::parse(text)); }).getReason());
+            caught<ActShortcutEx>([parsed = text] { static_cast<void>(ActShortcut::parse(parsed)); }).getReason());
 }
 
 TEST(ActShortcut, ReadsLists) {

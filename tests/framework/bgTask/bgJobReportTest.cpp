@@ -65,7 +65,7 @@ TEST_F(JobReports, ArriveTogetherBeforeTheEnd) {
 }
 
 TEST_F(JobReports, EachBurstHasItsOwnHundred) {
-    run([this](FunctionProtocol& self) {
+    run([](FunctionProtocol& self) {
         for (char const* const text : {"a", "b"}) {
             self.reportMessage(BgMessage::Severity::Information, text);
             process(); // this is the application thread

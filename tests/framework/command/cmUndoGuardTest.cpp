@@ -49,7 +49,9 @@ TEST_F(CmUndoGuardTest, LogsALongTransactionUnderItsLastDescription) {
 
 TEST_F(CmUndoGuardTest, EachKindExecutesAndCollectsAsItShould) {
     auto const use = [this](auto&& guard, std::string const& names) {
-        auto const command = [&](int index) { return RecordingCommand::create(names.substr(index, 1), journal); };
+        auto const command = [&](std::size_t index) {
+            return RecordingCommand::create(names.substr(index, 1), journal);
+        };
         guard.execAndAddUndoCommand(command(0));
         guard.addUndoCommand(command(1));
         guard.execUndoCommand(command(2));

@@ -3,6 +3,7 @@
 #include "tests/support/logRecorder.h"
 
 #include <atomic>
+#include <deque>
 #include <functional>
 #include <gtest/gtest.h>
 #include <latch>
@@ -256,28 +257,33 @@ TEST(ObRace, UpdatesOnAllThreadsAttachAndDetachObservers) {
         std::this_thread::yield();
 }
 
+// After a subscription that ended inside its own call, calls on other threads may still run: what they use outlives them.
+struct SelfEnding {
+    ObSubscription own;
+    std::mutex mutex;
+};
+
 TEST(ObRace, NoCallFollowsTheEndOfASubscription) {
     std::vector<Subject> subjects(2);
-    Notifiers const notifiers(subjects);
     std::atomic<unsigned> turn{0};
-    for (int round = 0; round < 500; ++round) {
-        ObSubscription own;
+    std::deque<SelfEnding> rounds(500);
+    Notifiers const notifiers(subjects);
+    for (SelfEnding& round : rounds) {
         Mortal target;
-        std::mutex mutex;
-        auto const call = [&](ObHints const& hints) {
-            target.update(&target, hints);
+        auto const endItself = [&](ObHints const&) {
             if (++turn % 5 > 0) return;
             // Fails while the test ends the subscription, which waits for this call.
-            if (std::unique_lock const lock(mutex, std::try_to_lock); lock) own.end();
+            if (std::unique_lock const lock(round.mutex, std::try_to_lock); lock) round.own.end();
         };
         {
-            std::lock_guard const guard(mutex);
-            own = subjects[0].subscribe(call, ObDelivery::Here);
+            std::lock_guard const guard(round.mutex);
+            round.own = subjects[0].subscribe(endItself, ObDelivery::Here);
         }
-        auto const other = subjects[1].subscribe(call, ObDelivery::Here);
-        if (round % 4 == 0) std::this_thread::yield();
-        std::lock_guard const guard(mutex);
-        own = {};
+        auto const other =
+            subjects[1].subscribe([&](ObHints const& hints) { target.update(&target, hints); }, ObDelivery::Here);
+        if (turn % 4 == 0) std::this_thread::yield();
+        std::lock_guard const guard(round.mutex);
+        round.own = {};
     }
 }
 

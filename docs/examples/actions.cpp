@@ -2,13 +2,14 @@
 #include "framework/actions/actBasicParam.h"
 #include "framework/actions/actDndUtils.h"
 #include "framework/actions/actFinder.h"
+#include "framework/actions/actLambda.h"
 #include "framework/actions/actPresentation.h"
 #include "framework/actions/actRegistry.h"
 #include "framework/actions/actShortcutMap.h"
-#include "framework/actions/actTypedAction.h"
 #include "framework/actions/actTypedAction.imp.h"
 #include "framework/command/cmSelectionChangeCmd.h"
 #include "framework/command/cmUndoGuard.h"
+#include "internalAPI/snItemType.imp.h"
 
 #include <iostream>
 #include <utility>
@@ -17,6 +18,10 @@ using namespace Ko;
 
 RCShdPtr<CmCommandStack> history;
 
+RCShdPtr<SnItem const> itemOf(LiString const& layer) {
+    return SnItemBasic<LiString>::create(layer);
+}
+
 /// Changes what the user has selected.
 void select(RCShdPtr<SnSelection> const& selection, RCShdPtr<SnSelection const> const& items) {
     CmUndoGuard step(history, "Select");
@@ -24,46 +29,54 @@ void select(RCShdPtr<SnSelection> const& selection, RCShdPtr<SnSelection const> 
 }
 
 /// Selects a layer alone; without any input.
-class SelectAction : public ActTypedAction<LiString, ActBasicParam>, public ActPresented {
-public:
-    explicit SelectAction(RCShdPtr<SnSelection> selected) : _selected(std::move(selected)) {}
-    LiString getDescription() const override { return "Select Layer"; }
-    bool inputValid(LiString const& layer, ActBasicParam const&) const override {
-        return !_selected->contains(*SnItemBasic<LiString>::create(layer));
-    }
-    void performAction(
-        LiString const& layer, ActBasicParam const&, RCShdPtr<SnSelection> const& touched) const override {
-        touched->add(SnItemBasic<LiString>::create(layer));
-        select(_selected, touched);
-    }
-    ActPresentation getPresentation(RCShdPtr<SnItem const> const&, RCShdPtr<SnItem const> const&) const override {
-        ActPresentation presentation;
-        presentation.toolTip = "Selects this layer and no other one";
-        presentation.shortcuts = ActShortcut::parseList("Return, Ctrl+L");
-        presentation.whyNot = "The layer is selected already.";
-        return presentation;
-    }
+void addSelectAction(RCShdPtr<SnSelection> const& selected) {
+    ActLambda<LiString>::add({
+        .description = "Select Layer",
+        .presentation = {.toolTip = "Selects this layer and no other one",
+            .shortcuts = ActShortcut::parseList("Return, Ctrl+L")},
+        .whyNot = [=](LiString const& layer) { return selected->contains(*itemOf(layer)) ? "It is selected." : ""; },
+        .perform =
+            [=](LiString const& layer, auto const&, RCShdPtr<SnSelection> const& touched) {
+                touched->add(itemOf(layer));
+                select(selected, touched);
+            },
+    });
+}
 
-private:
-    RCShdPtr<SnSelection> _selected;
+/// Changes the opacity of a layer.
+void addOpacityAction() {
+    ActLambda<LiString, double>::add({
+        .description = "Opacity",
+        .isValid = [](LiString const&, double opacity) { return opacity >= 0 && opacity <= 1; },
+        .perform = [](LiString const& layer, double opacity) { std::cout << layer << ": " << opacity << '\n'; },
+    });
+}
+
+/// Layers that belong together; an item type.
+struct Group {
+    LiString name;
+    friend bool operator==(Group const&, Group const&) = default;
+    friend std::ostream& operator<<(std::ostream& stream, Group const& group) { return stream << group.name; }
 };
+template <>
+struct std::hash<Group> {
+    std::size_t operator()(Group const& group) const noexcept { return std::hash<LiString>()(group.name); }
+};
+KO_ITEM_TYPE(Group)
 
 /// Takes layers that are dropped on a group.
-class GroupAction : public ActTypedAction<LiString, RCShdPtr<DrCarrier>> {
+class GroupAction : public ActTypedAction<Group, RCShdPtr<DrCarrier>> {
 public:
     LiString getDescription() const override { return "Move into Group"; }
-    bool inputValid(LiString const& group, RCShdPtr<DrCarrier> const&) const override {
-        return group.starts_with("Group");
+    bool inputValid(Group const&, RCShdPtr<DrCarrier> const& carrier) const override {
+        return !carrier->getSelection()->isEmpty();
     }
     void performAction(
-        LiString const& group, RCShdPtr<DrCarrier> const& carrier, RCShdPtr<SnSelection> const&) const override {
+        Group const& group, RCShdPtr<DrCarrier> const& carrier, RCShdPtr<SnSelection> const&) const override {
         for (auto const& layer : carrier->getSelection()->getItems())
             std::cout << SnItemConvert<LiString>::get(layer) << " moves into " << group << '\n';
     }
 };
-
-template class Ko::ActTypedAction<LiString, ActBasicParam>;
-template class Ko::ActTypedAction<LiString, RCShdPtr<DrCarrier>>;
 
 void showMenu(RCShdPtr<SnItem const> const& layer) {
     auto const nothing = SnItemBasic<ActBasicParam>::create(ActBasicParam());
@@ -101,21 +114,24 @@ int main(int argc, char** argv) {
     InInitScope const framework(argc, argv);
     history = RCShdPtr<CmCommandStack>::create();
     auto const selected = SnSelection::create();
+    addSelectAction(selected);
+    addOpacityAction();
     ActRegistry& registry = ActRegistry::getInstance();
-    registry.registerAction(std::make_unique<SelectAction>(selected), ActRegistry::Static);
     registry.registerAction(std::make_unique<GroupAction>(), ActRegistry::Static);
 
-    auto const sky = SnItemBasic<LiString>::create("Sky");
+    auto const sky = itemOf("Sky");
     showMenu(sky);
     showMenu(sky);
     history->undo();
     showMenu(sky);
 
+    auto const half = SnItemBasic<double>::create(0.5);
+    registry.getActions(sky, half, "", ActRegistry::FirstOnly)->performAction(SnSelection::create());
     showPalette("sl", sky);
     for (LiString const& name : readShortcuts("shortcuts").find(ActShortcut::parse("ctrl+l")))
         std::cout << "Ctrl+L: " << name << '\n';
 
-    List<RCShdPtr<SnItem const>> const underThePointer{sky, SnItemBasic<LiString>::create("Group 1")};
+    List<RCShdPtr<SnItem const>> const underThePointer{sky, SnItemBasic<Group>::create({"Group 1"})};
     ActDndUtils::performCarrierActions(underThePointer, DrCarrier::create(selected), SnSelection::create(), true);
     history.reset();
 }

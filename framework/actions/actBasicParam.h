@@ -22,6 +22,9 @@ public:
     /// Writes the text.
     void dump(std::ostream& stream) const;
 
+    /// Whether an item stands for "none": it carries an empty text of this type.
+    [[nodiscard]] static bool isNone(RCShdPtr<SnItem const> const& item);
+
     /// Lets items with such values be converted. For the package "actions".
     static void initialize();
     /// Ends the conversion. For the package "actions".
@@ -48,8 +51,6 @@ public:
 /// Holds for an item that carries an `ActBasicParam`.
 using IsActBasicParamSnItem = SnIsItem<ActBasicParam>;
 
-extern template class KO_FRAMEWORK_API SnItemBasic<ActBasicParam>;
-extern template class KO_FRAMEWORK_API SnIsItem<ActBasicParam>;
-extern template class KO_FRAMEWORK_API SnItemConvert<ActBasicParam>;
-
 } // namespace Ko
+
+KO_DECLARE_ITEM_TYPE(KO_FRAMEWORK_API, Ko::ActBasicParam)

@@ -14,11 +14,11 @@ enum class ActInputKind : std::uint8_t { None, Text, Number, Choice, Items, Othe
 /// How a window shows an action.
 struct ActPresentation {
     /// The name of an icon in the host's theme; empty for none.
-    LiString iconName;
+    LiString iconName = {};
     /// A sentence about what the action does; empty for none.
-    LiString toolTip;
+    LiString toolTip = {};
     /// Entries of one section are shown together, the sections sorted by name, that without a name first.
-    std::string section;
+    std::string section = {};
     /// The place in the section, smaller numbers first; the same number sorts by text.
     int order = 0;
     /// Whether the action switches something on and off, and is shown with a check mark.
@@ -26,14 +26,14 @@ struct ActPresentation {
     /// Whether the check mark is set now.
     bool isChecked = false;
     /// The default shortcuts, the first one for menus.
-    Vector<ActShortcut> shortcuts;
+    Vector<ActShortcut> shortcuts = {};
     /// The part of the window in which the shortcuts are valid; empty for everywhere.
-    std::string shortcutContext;
+    std::string shortcutContext = {};
     /// Which input the user has to give.
     ActInputKind inputKind = ActInputKind::None;
     /// Why the action is not valid for the target and the input, for a disabled entry: "Select a layer first". Empty where it is valid,
     /// or no reason is known.
-    LiString whyNot;
+    LiString whyNot = {};
 };
 
 /// An optional interface of actions: derive an action from it too, to decide how it is shown. Application thread only.

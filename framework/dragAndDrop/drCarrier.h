@@ -49,8 +49,6 @@ KO_FRAMEWORK_API void dumpObject(std::ostream& stream, DrCarrier const& carrier)
 /// carrier. The conversion works while the package "dragAndDrop" is initialised.
 using DrCarrierItem = SnItemBasic<RCShdPtr<DrCarrier>>;
 
-extern template class KO_FRAMEWORK_API SnItemBasic<RCShdPtr<DrCarrier>>;
-extern template class KO_FRAMEWORK_API SnIsItem<RCShdPtr<DrCarrier>>;
-extern template class KO_FRAMEWORK_API SnItemConvert<RCShdPtr<DrCarrier>>;
-
 } // namespace Ko
+
+KO_DECLARE_ITEM_TYPE(KO_FRAMEWORK_API, Ko::RCShdPtr<Ko::DrCarrier>)

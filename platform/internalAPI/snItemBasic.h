@@ -35,8 +35,8 @@ public:
 
 /// An item that carries a value. Items of one `T` that carry equal values are equal.
 ///
-/// To carry a type of your own, declare the instantiation beside the type, and make it in one source that includes
-/// `snItemBasic.imp.h`:
+/// To carry a type of your own, say `KO_ITEM_TYPE(Frame)` in one source (`snItemType.imp.h`). Without conversion, declare the
+/// instantiation beside the type, and make it in one source that includes `snItemBasic.imp.h`:
 ///
 ///     extern template class Ko::SnItemBasic<Frame>; // header; with an export mark where plug-ins use it
 ///     template class Ko::SnItemBasic<Frame>;        // source

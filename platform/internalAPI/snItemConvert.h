@@ -18,9 +18,9 @@ public:
 /// Converts items to the values that they carry: for a `T` that is carried by an `SnItemBasic<T>`. Items of another class
 /// are made convertible by a specialisation with `test`, `get` and `getPredicate`.
 ///
-/// The package that introduces the type calls `initialize` and `finalize` from its hooks; several packages may do so. The
-/// other operations may be called on any thread. Instantiated like `SnItemBasic`, in a source that includes
-/// `snItemConvert.imp.h`.
+/// `KO_ITEM_TYPE` instantiates it and begins the conversion. Without that macro it is instantiated like `SnItemBasic`, in a source that
+/// includes `snItemConvert.imp.h`, and the package that introduces the type calls `initialize` and `finalize` from its hooks;
+/// several packages may do so. The other operations may be called on any thread.
 template <class T>
 class SnItemConvert {
 public:
@@ -45,7 +45,33 @@ private:
     static int _users;
 };
 
+/// Complete for types that no `KO_ITEM_TYPE` and no `KO_DECLARE_ITEM_TYPE` has declared in this source.
+template <class T>
+struct SnItemTypeMissing {};
+
+/// Whether items carry the type and convert to it, as far as this source knows. The macros of this name have to come first.
+template <class T>
+inline constexpr bool isSnItemType = !requires {
+    sizeof(SnItemTypeMissing<T>);
+};
+
+template <>
+struct SnItemTypeMissing<LiString>;
 extern template class KO_INTERNALAPI_API SnIsItem<LiString>;
 extern template class KO_INTERNALAPI_API SnItemConvert<LiString>;
 
 } // namespace Ko
+
+/// Declares in a header that some source makes a type an item type by `KO_ITEM_TYPE`. Outside all namespaces. The first argument is
+/// the export mark of the type's library; empty where no plug-in uses the type:
+///
+///     KO_DECLARE_ITEM_TYPE(, compositor::LayerRef)
+#define KO_DECLARE_ITEM_TYPE(EXPORT, ...)                                                                              \
+    template <>                                                                                                        \
+    struct Ko::SnItemTypeMissing<__VA_ARGS__>;                                                                         \
+    extern template class EXPORT Ko::SnItemBasic<__VA_ARGS__>;                                                         \
+    extern template class EXPORT Ko::SnIsItem<__VA_ARGS__>;                                                            \
+    extern template class EXPORT Ko::SnItemConvert<__VA_ARGS__>;
+
+KO_DECLARE_ITEM_TYPE(KO_INTERNALAPI_API, bool)
+KO_DECLARE_ITEM_TYPE(KO_INTERNALAPI_API, double)

@@ -1,27 +1,19 @@
 #include "host/actions.h"
 
 #include "framework/actions/actCompositeAction.h"
+#include "framework/actions/actLambda.h"
 #include "framework/actions/actRegistry.h"
 #include "framework/command/cmUndoGuard.h"
 #include "framework/dragAndDrop/drCarrier.h"
 #include "host/edit.h"
-#include "internalAPI/snItemBasic.imp.h"
-#include "internalAPI/snItemConvert.imp.h"
+#include "internalAPI/snItemType.imp.h"
 
 #include <algorithm>
 #include <limits>
 #include <optional>
 
-template class Ko::SnItemBasic<compositor::LayerRef>;
-template class Ko::SnIsItem<compositor::LayerRef>;
-template class Ko::SnItemConvert<compositor::LayerRef>;
-template class Ko::SnItemBasic<compositor::Editor*>;
-template class Ko::SnIsItem<compositor::Editor*>;
-template class Ko::SnItemConvert<compositor::Editor*>;
-template class Ko::ActTypedAction<compositor::LayerRef, compositor::Statement>;
-template class Ko::ActTypedAction<compositor::LayerRef, Ko::RCShdPtr<Ko::DrCarrier>>;
-template class Ko::ActTypedAction<compositor::Editor*, compositor::Statement>;
-template class Ko::ActTypedAction<compositor::Editor*, Ko::RCShdPtr<Ko::DrCarrier>>;
+KO_ITEM_TYPE(compositor::LayerRef)
+KO_ITEM_TYPE(compositor::Editor*)
 
 namespace compositor {
 
@@ -57,43 +49,38 @@ std::vector<LayerRef> layersIn(RCShdPtr<DrCarrier> const& carrier) {
     return layers;
 }
 
-/// Moves dropped layers directly above the layer that they are dropped on.
-class DropAbove final : public ActTypedAction<LayerRef, RCShdPtr<DrCarrier>> {
-public:
-    LiString getDescription() const override { return "Drop Above"; }
-    std::string getGroup() const override { return group; }
-    bool inputValid(LayerRef const& target, RCShdPtr<DrCarrier> const& carrier) const override {
-        std::vector<LayerRef> const layers = layersIn(carrier);
-        return exists(target) && !layers.empty() && std::ranges::all_of(layers, [&](LayerRef const& layer) {
-            return layer.editor == target.editor && layer != target && exists(layer);
-        });
-    }
-    void performAction(
-        LayerRef const& target, RCShdPtr<DrCarrier> const& carrier, Selection const& selection) const override {
-        LayerRef below = target;
-        for (LayerRef const& layer : layersIn(carrier)) {
-            std::size_t const above = positionOf(below) + (positionOf(layer) > positionOf(below) ? 1 : 0);
-            target.editor->reorderLayer(layer.layer.id, above);
-            selection->add(LayerItem::create(layer));
-            below = layer;
-        }
-    }
-};
+bool canDrop(LayerRef const& target, RCShdPtr<DrCarrier> const& carrier) {
+    std::vector<LayerRef> const layers = layersIn(carrier);
+    return exists(target) && !layers.empty() && std::ranges::all_of(layers, [&](LayerRef const& layer) {
+        return layer.editor == target.editor && layer != target && exists(layer);
+    });
+}
 
-/// Adds copies of the layers on the clipboard.
-class Paste final : public ActTypedAction<Editor*, RCShdPtr<DrCarrier>> {
-public:
-    LiString getDescription() const override { return "Paste"; }
-    std::string getGroup() const override { return group; }
-    bool inputValid(Editor* const&, RCShdPtr<DrCarrier> const& carrier) const override {
-        return !layersIn(carrier).empty();
+// Moves dropped layers directly above the layer that they are dropped on.
+void dropAbove(LayerRef const& target, RCShdPtr<DrCarrier> const& carrier, Selection const& selection) {
+    LayerRef below = target;
+    for (LayerRef const& layer : layersIn(carrier)) {
+        std::size_t const above = positionOf(below) + (positionOf(layer) > positionOf(below) ? 1 : 0);
+        target.editor->reorderLayer(layer.layer.id, above);
+        selection->add(LayerItem::create(layer));
+        below = layer;
     }
-    void performAction(
-        Editor* const& editor, RCShdPtr<DrCarrier> const& carrier, Selection const& selection) const override {
-        for (LayerRef const& copied : layersIn(carrier))
-            selection->add(LayerItem::create({editor, editor->addCopy(copied.layer)}));
-    }
-};
+}
+
+void registerDrops() {
+    ActLambda<LayerRef, RCShdPtr<DrCarrier>>::add(
+        {.description = "Drop Above", .group = group, .isValid = canDrop, .perform = dropAbove});
+    ActLambda<Editor*, RCShdPtr<DrCarrier>>::add({
+        .description = "Paste",
+        .group = group,
+        .isValid = [](Editor*, auto const& carrier) { return !layersIn(carrier).empty(); },
+        .perform =
+            [](Editor* editor, auto const& carrier, Selection const& selection) {
+                for (LayerRef const& copied : layersIn(carrier))
+                    selection->add(LayerItem::create({editor, editor->addCopy(copied.layer)}));
+            },
+    });
+}
 
 void add(Verb verb, Edit<LayerRef>::IsPossible isPossible, Edit<LayerRef>::Run run, std::vector<LiString> options = {},
     char const* composite = "") {
@@ -172,23 +159,15 @@ ActRegistry::Entry find(std::string const& path, Item const& target, std::vector
 } // namespace
 
 EditActions::EditActions() {
-    SnItemConvert<LayerRef>::initialize();
-    SnItemConvert<Statement>::initialize();
-    SnItemConvert<Editor*>::initialize();
     registerPropertyEdits();
     registerOrderEdits();
-    ActRegistry& registry = ActRegistry::getInstance();
-    registry.registerAction(std::make_unique<BlendModes>(), ActRegistry::Static);
-    registry.registerAction(std::make_unique<DropAbove>(), ActRegistry::Static);
-    registry.registerAction(std::make_unique<Paste>(), ActRegistry::Static);
+    ActRegistry::getInstance().registerAction(std::make_unique<BlendModes>(), ActRegistry::Static);
+    registerDrops();
     registerDocumentEdits();
 }
 
 EditActions::~EditActions() {
     ActRegistry::getInstance().unregisterActionsInGroup(group);
-    SnItemConvert<Editor*>::finalize();
-    SnItemConvert<Statement>::finalize();
-    SnItemConvert<LayerRef>::finalize();
 }
 
 void EditActions::perform(Editor& editor, std::string const& path, std::vector<Layer> const& layers,

@@ -35,9 +35,5 @@ struct std::hash<compositor::LayerRef> {
     }
 };
 
-extern template class Ko::SnItemBasic<compositor::LayerRef>;
-extern template class Ko::SnItemBasic<compositor::Editor*>;
-extern template class Ko::SnIsItem<compositor::Editor*>;
-extern template class Ko::SnItemConvert<compositor::Editor*>;
-extern template class Ko::SnIsItem<compositor::LayerRef>;
-extern template class Ko::SnItemConvert<compositor::LayerRef>;
+KO_DECLARE_ITEM_TYPE(, compositor::LayerRef)
+KO_DECLARE_ITEM_TYPE(, compositor::Editor*)

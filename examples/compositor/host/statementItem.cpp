@@ -1,22 +1,12 @@
 #include "host/statementItem.h"
 
 #include "framework/actions/actBasicParam.h"
-#include "internalAPI/snItemBasic.imp.h"
-#include "internalAPI/snItemConvert.imp.h"
+#include "internalAPI/snItemType.imp.h"
 
 #include <functional>
 #include <ostream>
 
 using compositor::Statement;
-
-namespace {
-
-bool isNoInput(Ko::RCShdPtr<Ko::SnItem const> const& item) {
-    auto const* const text = dynamic_cast<Ko::SnItemBasic<Ko::ActBasicParam> const*>(item.get());
-    return text && text->get().getValue().empty();
-}
-
-} // namespace
 
 std::size_t Ko::SnItemValue<Statement>::getHash(Statement const& statement) {
     std::size_t hash = 0;
@@ -32,7 +22,7 @@ void Ko::SnItemValue<Statement>::dump(std::ostream& stream, Statement const& sta
 
 template <>
 bool Ko::SnIsItem<Statement>::test(RCShdPtr<SnItem const> const& item) const {
-    return dynamic_cast<compositor::StatementItem const*>(item.get()) || isNoInput(item);
+    return dynamic_cast<compositor::StatementItem const*>(item.get()) || Ko::ActBasicParam::isNone(item);
 }
 
 template <>
@@ -42,6 +32,4 @@ Statement Ko::SnItemConvert<Statement>::get(RCShdPtr<SnItem const> const& item) 
     return own ? own->get() : Statement();
 }
 
-template class Ko::SnItemBasic<Statement>;
-template class Ko::SnIsItem<Statement>;
-template class Ko::SnItemConvert<Statement>;
+KO_ITEM_TYPE(compositor::Statement)

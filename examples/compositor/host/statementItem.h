@@ -25,6 +25,4 @@ bool Ko::SnIsItem<compositor::Statement>::test(Ko::RCShdPtr<Ko::SnItem const> co
 template <>
 compositor::Statement Ko::SnItemConvert<compositor::Statement>::get(Ko::RCShdPtr<Ko::SnItem const> const& item);
 
-extern template class Ko::SnItemBasic<compositor::Statement>;
-extern template class Ko::SnIsItem<compositor::Statement>;
-extern template class Ko::SnItemConvert<compositor::Statement>;
+KO_DECLARE_ITEM_TYPE(, compositor::Statement)

@@ -16,6 +16,11 @@ void ActBasicParam::dump(std::ostream& stream) const {
     stream << _value;
 }
 
+bool ActBasicParam::isNone(RCShdPtr<SnItem const> const& item) {
+    auto const* const param = dynamic_cast<SnItemBasic<ActBasicParam> const*>(item.get());
+    return param && param->get().getValue().empty();
+}
+
 void ActBasicParam::initialize() {
     SnItemConvert<ActBasicParam>::initialize();
 }

@@ -1,6 +1,9 @@
 #include "internalAPI/snItemConvert.h"
 
-#include "internalAPI/snItemConvert.imp.h"
+#include "internalAPI/snItemType.imp.h"
+
+KO_ITEM_TYPE(bool)
+KO_ITEM_TYPE(double)
 
 namespace Ko {
 

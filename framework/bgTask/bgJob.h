@@ -161,41 +161,41 @@ private:
     std::atomic<BgJobState const*> _state;
     // Set while no thread executes the job.
     LkEvent _endOfJob{"End of job event", true};
+    LkEvent _protocolDeleted{"Protocol deleted", false};
+    // Guards all below. No user code is called under it.
+    mutable LkLock _lock{"BgJob"};
     // The value of the last progress notification.
     float _progress = 0.0f;
     float _slice;
-    // Guards the two above and all below. No user code is called under it.
-    mutable LkLock _lock{"BgJob"};
-    bool _notificationsEnabled = false;
     std::shared_ptr<ExBase const> _error;
     OPtr<BgJobProtocol> _protocol;
     // The names of the protocol after its release.
-    BgJobProtocol::Names _names;
+    std::optional<BgJobProtocol::Names> _names;
     LiDate const _submitted;
     LiDate _started;
     LiDate _ended;
-    bool _startedSet = false;
-    bool _endedSet = false;
 
     // How many threads execute the job, and how many are inside another function of the protocol.
     int _executions = 0;
     int _uses = 0;
+    bool _startedSet = false;
+    bool _endedSet = false;
+    bool _notificationsEnabled = false;
     // From now on no thread enters the protocol; the last one inside deletes it.
     bool _isReleased = false;
     bool _isPaused = false;
     // Whether a worker took the paused job from the queue: then the end of the pause queues it again.
     bool _isParked = false;
-    LkEvent _protocolDeleted{"Protocol deleted", false};
     // Whether a thread notifies of a state, and the states it has still to notify of: never more than these.
     bool _isNotifying = false;
     std::uint8_t _numPending = 0;
     std::array<std::uint8_t, 6> _pending{};
     // The last entry of the manager's list that refers to this job, and the number of such entries. Guarded by the manager.
     int _timesListed = 0;
+    List<RCShdPtr<BgJob>>::iterator _listed;
     // The group that the job was submitted to last, and the number of that submission.
     MtGroup<std::queue<MtTask>>* _workers = nullptr;
     std::uint64_t _number = 0;
-    List<RCShdPtr<BgJob>>::iterator _listed;
     std::unique_ptr<Annex> _annex;
 };
 

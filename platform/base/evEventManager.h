@@ -86,6 +86,8 @@ private:
     std::size_t _next = 0;
     // How many of them have not run yet; read by any thread.
     std::atomic<std::size_t> _numRemaining{0};
+    // Whether there are posted events: written under the lock, read without it by the application thread.
+    std::atomic<bool> _hasPosted{false};
 };
 
 } // namespace Ko

@@ -262,8 +262,7 @@ void BgJob::deleteUnusedProtocol() noexcept {
     {
         std::lock_guard const guard(_lock);
         if (_uses > 0 || !_protocol) return;
-        _names = std::move(_protocol->_ownNames);
-        _protocol->_names = &_names; // its destructor may ask for them
+        _protocol->_names = &_names.emplace(std::move(_protocol->_ownNames)); // its destructor may ask for them
         unused = std::move(_protocol);
     }
     unused->leaveJob();

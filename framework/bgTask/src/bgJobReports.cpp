@@ -21,12 +21,12 @@ bool isEnd(ObHints const& hints) {
 
 LiString BgJob::getName() const {
     std::lock_guard const guard(_lock);
-    return _protocol ? _protocol->getJobName() : _names.name;
+    return _protocol ? _protocol->getJobName() : _names->name;
 }
 
 LiString BgJob::getType() const {
     std::lock_guard const guard(_lock);
-    return _protocol ? _protocol->getJobType() : _names.type;
+    return _protocol ? _protocol->getJobType() : _names->type;
 }
 
 BgJobTimes BgJob::getTimes() const {

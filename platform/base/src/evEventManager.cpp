@@ -28,6 +28,7 @@ void EvEventManager::post(EvRequestEvent event) {
     {
         std::lock_guard const guard(_lock);
         _posted.push_back(std::move(event));
+        if (_posted.size() == 1) _hasPosted.store(true, std::memory_order_relaxed);
         if (_posted.size() > 1 || !_wakeUpHandler) return;
     }
     wakeUp();
@@ -89,6 +90,8 @@ bool EvEventManager::hasEvents() const {
 
 void EvEventManager::takePosted() {
     leaveProcessed();
+    // A loop that asks often keeps no posting thread from the lock.
+    if (!_hasPosted.load(std::memory_order_relaxed)) return;
     std::lock_guard const guard(_lock);
     if (_taken.empty())
         _taken.swap(_posted);
@@ -96,6 +99,7 @@ void EvEventManager::takePosted() {
         _taken.insert(_taken.end(), std::make_move_iterator(_posted.begin()), std::make_move_iterator(_posted.end()));
         _posted.clear();
     }
+    _hasPosted.store(false, std::memory_order_relaxed);
     _numRemaining.store(_taken.size() - _next, std::memory_order_relaxed);
 }
 

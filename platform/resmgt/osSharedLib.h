@@ -3,6 +3,9 @@
 #include "base/exBase.h"
 #include "resmgt/osFilePath.h"
 
+#include <cstddef>
+#include <optional>
+
 namespace Ko {
 
 /// A shared library cannot be opened, or has no such symbol; the reason is the path and the system's message.
@@ -29,6 +32,15 @@ public:
     /// @throws OsSharedLibEx when it, or a library that it needs, cannot be opened, is cut off or damaged; then none of its
     ///   code was run.
     static OsSharedLib open(OsFilePath const& path);
+
+    /// The content of a section of a library's file. The library is not opened: none of its code runs, and nothing outside of the
+    /// file is read, whatever its headers claim.
+    /// @param limit of the size in bytes.
+    /// @returns nothing where the file has no section of that name. That includes files that are cut off or no libraries for this
+    ///   system, which `open` refuses.
+    /// @throws OsSharedLibEx when the section lies outside of the file, or is larger than the limit.
+    [[nodiscard]] static std::optional<LiString> readSection(
+        OsFilePath const& path, LiString const& name, std::size_t limit);
 
     /// The path with which it was opened.
     [[nodiscard]] OsFilePath const& getPath() const noexcept { return _path; }

@@ -1,5 +1,6 @@
 #include "resmgt/osSharedLib.h"
 #include "tests/support/childProcess.h"
+#include "tests/support/declaredLibrary.h"
 #include "tests/support/temporaryFolder.h"
 #include "tests/support/thrown.h"
 
@@ -154,6 +155,50 @@ TEST(OsSharedLib, RefusesALibraryWhoseHeadersLieOutsideOfIt) {
             std::string const path = folder.write("hostile.so", file);
             EXPECT_EQ(path + ": file is " + row.words, reasonOf(path));
         });
+}
+
+TEST(OsSharedLib, ReadsASectionOnlyWhereItLiesInTheFile) {
+    constexpr auto far = std::numeric_limits<std::uint64_t>::max() - 8;
+    TemporaryFolder const folder;
+    using Header = ElfW(Ehdr);
+    using Sections = ElfW(Shdr)*; // the names, then the section
+    struct Row {
+        char const* outcome;
+        void (*damage)(Header& header, Sections sections);
+    };
+    char const* const none = "no section";
+    for (Row const &row :
+        {Row{"content", [](Header&, Sections) {}}, Row{none, [](Header&header, Sections) { header.e_shnum = 0; }},
+            Row{none, [](Header&header, Sections) { header.e_shnum = 0xFFFF; }},
+            Row{none, [](Header&header, Sections) { header.e_shoff = far; }},
+            Row{none, [](Header&header, Sections) { header.e_shentsize = 1; }},
+            Row{none, [](Header&header, Sections) { header.e_shstrndx = 2; }},
+            Row{none, [](Header&header, Sections) { header.e_shstrndx = 0xFFFF; }},
+            Row{none, [](Header&header, Sections) { header.e_ident[EI_CLASS] = 0; }},
+            Row{none, [](Header&, Sections sections) { sections[0].sh_offset = far; }},
+            Row{none, [](Header&, Sections sections) { sections[0].sh_size = far; }},
+            Row{none, [](Header&, Sections sections) { sections[0].sh_size = 5; }},
+            Row{none, [](Header&, Sections sections) { sections[1].sh_name = 0xFFFFFFFF; }},
+            Row{"lies outside of the file", [](Header&, Sections sections) { sections[1].sh_offset = far; }},
+            Row{"lies outside of the file", [](Header&, Sections sections) { sections[1].sh_type = SHT_NOBITS; }},
+            Row{"lies outside of the file", [](Header&, Sections sections) { sections[1].sh_offset -= 1000; }},
+            Row{"is larger than 7 bytes", [](Header&, Sections sections) { sections[1].sh_size = 8; }},
+            Row{"is larger than 7 bytes", [](Header&, Sections sections) { sections[1].sh_size = far; }}}) {
+        std::string file = withSection(emptyLibrary(), "content", ".text");
+        auto& header = *reinterpret_cast<Header*>(file.data());
+        row.damage(header, reinterpret_cast<Sections>(file.data() + header.e_shoff));
+        std::string const path = folder.write("x.so", file);
+        std::string outcome = messageOf([&] {
+            auto const content = OsSharedLib::readSection(path, ".text", 7);
+            throw std::runtime_error(content ? *content : none);
+        });
+        std::string const before = path + ": the section .text ";
+        if (outcome.starts_with(before)) outcome.erase(0, before.size());
+        EXPECT_EQ(row.outcome, outcome);
+    }
+    EXPECT_FALSE(OsSharedLib::readSection((folder / "missing.so").string(), ".text", 7));
+    EXPECT_FALSE(OsSharedLib::readSection((folder / "").string(), ".text", 7));
+    EXPECT_TRUE(OsSharedLib::readSection((libraries / "answer.so").string(), ".dynamic", 10000));
 }
 
 } // namespace

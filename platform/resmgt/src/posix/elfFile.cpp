@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <link.h>
 #include <optional>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,6 +19,7 @@ namespace {
 using Header = ElfW(Ehdr);
 using Segment = ElfW(Phdr);
 using Dynamic = ElfW(Dyn);
+using Section = ElfW(Shdr);
 
 // More than any linker writes. A file with more is damaged: reading it could take for ever, and the loader keeps its segments
 // on the stack.
@@ -166,7 +168,49 @@ ElfFile::State readHeaders(Bytes const& bytes, ElfFile& file) {
     return readDynamicSection(bytes, segments, file) ? ElfFile::State::Complete : ElfFile::State::Damaged;
 }
 
+std::optional<LiString> readBytes(Bytes const& bytes, Section const& section) {
+    if (section.sh_type == SHT_NOBITS || !bytes.contains(section.sh_offset, section.sh_size)) return std::nullopt;
+    LiString content(static_cast<std::size_t>(section.sh_size), '\0');
+    if (!bytes.read(section.sh_offset, content.data(), content.size())) return std::nullopt;
+    return content;
+}
+
+struct Sections {
+    Vector<Section> table;
+    LiString names; // each ends with a zero byte
+};
+
+// Nothing where the file does not hold all of them. Above 65279 sections, the header does not say how many there are: such files
+// count as having none.
+std::optional<Sections> readSections(Bytes const& bytes) {
+    Header header{};
+    if (!bytes.read(0, &header, sizeof header) || !isOfThisSystem(header)) return std::nullopt;
+    std::size_t const size = header.e_shnum * sizeof(Section);
+    bool const hasNames = header.e_shentsize == sizeof(Section) && header.e_shstrndx < header.e_shnum;
+    if (!hasNames || !bytes.contains(header.e_shoff, size)) return std::nullopt;
+    Vector<Section> table(header.e_shnum);
+    if (!bytes.read(header.e_shoff, table.data(), size)) return std::nullopt;
+    auto names = readBytes(bytes, table[header.e_shstrndx]);
+    if (!names) return std::nullopt;
+    return Sections{std::move(table), *std::move(names)};
+}
+
 } // namespace
+
+ElfSection readElfSection(OsFilePath const& path, LiString const& name, std::size_t limit) {
+    Bytes const bytes(path);
+    auto const sections = readSections(bytes);
+    if (!sections) return {};
+    std::string_view const names = sections->names, wanted(name.c_str(), name.size() + 1);
+    auto const found = std::find_if(sections->table.begin(), sections->table.end(), [&](Section const& section) {
+        return section.sh_name < names.size() && names.substr(section.sh_name).starts_with(wanted);
+    });
+    if (found == sections->table.end()) return {};
+    if (found->sh_size > limit) return {ElfSection::State::TooLarge, {}};
+    auto content = readBytes(bytes, *found);
+    if (!content) return {ElfSection::State::Outside, {}};
+    return {ElfSection::State::Complete, *std::move(content)};
+}
 
 ElfFile readElfFile(OsFilePath const& path) {
     ElfFile file;

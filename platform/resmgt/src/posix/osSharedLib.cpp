@@ -1,5 +1,6 @@
 #include "resmgt/osSharedLib.h"
 
+#include "resmgt/src/posix/elfFile.h"
 #include "resmgt/src/posix/libraryCheck.h"
 
 #include <dlfcn.h>
@@ -39,6 +40,22 @@ OsSharedLib OsSharedLib::open(OsFilePath const& path) {
     library._handle = ::dlopen(file.getPath().c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!library._handle) throw OsSharedLibEx(source, __LINE__, lastWords(path));
     return library;
+}
+
+std::optional<LiString> OsSharedLib::readSection(OsFilePath const& path, LiString const& name, std::size_t limit) {
+    if (path.hasZeroByte()) return std::nullopt;
+    ElfSection section = readElfSection(path, name, limit);
+    LiString const subject = path.getPath() + ": the section " + name;
+    switch (section.state) {
+    case ElfSection::State::Outside:
+        throw OsSharedLibEx(source, __LINE__, subject + " lies outside of the file");
+    case ElfSection::State::TooLarge:
+        throw OsSharedLibEx(source, __LINE__, subject + " is larger than " + std::to_string(limit) + " bytes");
+    case ElfSection::State::Complete:
+        return std::move(section.bytes);
+    default:
+        return std::nullopt;
+    }
 }
 
 void* OsSharedLib::getSymbol(LiString const& name) const {

@@ -6,7 +6,7 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/KOframework)
 configure_package_config_file(cmake/KOframeworkConfig.cmake.in KOframeworkConfig.cmake INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(KOframeworkConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/KOframeworkConfig.cmake ${PROJECT_BINARY_DIR}/KOframeworkConfigVersion.cmake
-  DESTINATION ${package_dir} COMPONENT development)
+  cmake/KoPlugIn.cmake cmake/koPlugIn.cpp.in DESTINATION ${package_dir} COMPONENT development)
 # The folder for plug-ins, also while there are none.
 install(DIRECTORY DESTINATION ${KO_INSTALL_HOME}/plugins COMPONENT runtime)
 install(EXPORT KOframeworkTargets NAMESPACE KO:: DESTINATION ${package_dir} COMPONENT development)

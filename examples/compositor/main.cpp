@@ -3,22 +3,33 @@
 #include "host/actions.h"
 #include "host/interpreter.h"
 #include "host/plugIns.h"
+#include "resmgt/lgGroups.h"
 
 #include <cerrno>
 #include <fstream>
 #include <iostream>
+#include <string_view>
 #include <system_error>
 #include <unistd.h>
 
 namespace {
 
-// compositor [SCRIPT]
+// The table has the messages and the log lines.
+int listPlugIns() {
+    Ko::LgSinks::replace({});
+    std::ostream nowhere(nullptr);
+    compositor::PlugIns(nowhere).list(std::cout);
+    return 0;
+}
+
+// compositor [--plugins | SCRIPT]
 int run(int argc, char** argv) {
     if (argc > 2) {
-        std::cerr << "usage: compositor [SCRIPT]" << std::endl;
+        std::cerr << "usage: compositor [--plugins | SCRIPT]" << std::endl;
         return 2;
     }
     compositor::EditActions const actions;
+    if (argc == 2 && std::string_view(argv[1]) == "--plugins") return listPlugIns();
     compositor::PlugIns const plugIns(std::cerr);
     compositor::Editor editor;
     Ko::CmCommandStackGuard const active(editor.history());

@@ -24,11 +24,8 @@ compositor::Picture applyVignette(compositor::Picture const& picture, compositor
     return result;
 }
 
-// Stands for the plug-in's package: a type of its own for each.
-struct VignetteTag {};
-
 // When the library is opened, the package registers the action. The texts describe its arguments, the numbers are how many it
 // takes at least and at most.
-compositor::PlugIn<VignetteTag> package("vignette", {"Vignette", "a strength from 0 to 1", 1, 1}, applyVignette);
+compositor::PlugIn<struct VignetteTag> package("vignette", {"Vignette", "a strength from 0 to 1", 1, 1}, applyVignette);
 
 } // namespace

@@ -28,7 +28,7 @@ public:
     /// so that a library that names the package is linked with it and loads it.
     [[nodiscard]] static Type getType() { return typeid(Tag); }
 
-    void setInitialized(bool initialized) override { _initialized = initialized; }
+    void setInitialized(bool initialized) override { _initialized = initialized; } ///< Called by the start-up.
     /// Whether the package may be used: from the return of the initialise hook to the call of the finalise hook.
     [[nodiscard]] bool isInitialized() const noexcept { return _initialized; }
 

@@ -1,12 +1,10 @@
 #include "host/plugIns.h"
 
-#include "framework/plugInMgr/pimPlugInMgr.h"
 #include "framework/plugInMgr/pimUtils.h"
 #include "resmgt/msgServer.h"
-#include "resmgt/osFile.h"
-#include "resmgt/osFsUtils.h"
-#include "resmgt/osSharedLib.h"
 
+#include <algorithm>
+#include <array>
 #include <ostream>
 
 namespace compositor {
@@ -17,60 +15,72 @@ using namespace Ko;
 
 constexpr char const* types[] = {"op", "gen"};
 
-/// Records the opened files, and the failures that the framework reports.
-class Notes final : public PimUtils::Callback {
-public:
-    Notes(std::map<std::string, std::string>& failures, std::ostream& errors) : _failures(failures) {
-        MsgProtocol::setHandler([this, &errors](Msg const& message) {
-            errors << message.getText() << std::endl;
-            if (message.getText().find(_opened) != std::string::npos) _failures[_opened] = message.getText();
-        });
+using Row = std::array<std::string, 6>;
+
+std::string stateOf(PimFinding const& finding) {
+    switch (finding.stage) {
+    case PimStage::Found:
+        return "not loaded: " + finding.reason;
+    case PimStage::Refused:
+        return "refused: " + finding.reason;
+    case PimStage::Loaded:
+        return "loaded";
+    default:
+        return "failed: " + finding.reason;
     }
-    ~Notes() override { MsgProtocol::setHandler({}); }
-    Notes(Notes const&) = delete;
-    Notes& operator=(Notes const&) = delete;
-
-    void notifyLoading(OsFilePath const& path) override {
-        _opened = path.getPath();
-        _failures[_opened];
-    }
-
-private:
-    std::map<std::string, std::string>& _failures;
-    std::string _opened;
-};
-
-Vector<OsFilePath> findFiles(OsFilePath const& directory, std::string const& type) {
-    return OsFsUtils::getChildren(directory, OsWildcardFilter("*." + type + OsSharedLib::getMinSuffix()));
 }
 
-bool isLibrary(OsFilePath const& path) {
-    auto const info = OsFile::getInfo(path);
-    return info && !info->isDirectory && info->size > 0;
+Row rowOf(PimFinding const& finding) {
+    std::string const type = OsFilePath(finding.path.getBaseName()).getExtension();
+    Row row{finding.path.getFileName().getPath(), type, "-", "-", "-", stateOf(finding)};
+    if (!finding.declaration) return row;
+    PimDeclaration const& declared = *finding.declaration;
+    row[2] = declared.name;
+    row[3] = declared.version;
+    row[4].clear();
+    for (PimInterface const& interface : declared.interfaces)
+        row[4] += (row[4].empty() ? "" : ", ") + interface.getText();
+    return row;
+}
+
+// The number of characters of a text in UTF-8.
+std::size_t widthOf(std::string const& text) {
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
+}
+
+// Aligns the columns, except the last one.
+void write(std::vector<Row> const& rows, std::ostream& output) {
+    std::array<std::size_t, std::tuple_size_v<Row> - 1> widths{};
+    for (Row const& row : rows)
+        for (std::size_t column = 0; column < widths.size(); ++column)
+            widths[column] = std::max(widths[column], widthOf(row[column]));
+    for (Row const& row : rows) {
+        for (std::size_t column = 0; column < widths.size(); ++column)
+            output << "  " << row[column] << std::string(widths[column] - widthOf(row[column]), ' ');
+        output << "  " << row.back() << "\n";
+    }
 }
 
 } // namespace
 
 PlugIns::PlugIns(std::ostream& errors) {
-    Notes notes(_failures, errors);
+    PimUtils::setInterface(*PimInterface::parse(COMPOSITOR_INTERFACE));
+    MsgProtocol::setHandler([&errors](Msg const& message) { errors << message.getText() << std::endl; });
     for (char const* const type : types)
-        PimUtils::loadType(type, InInitMgr::Reinitialization, notes);
+        PimUtils::loadType(type, InInitMgr::Reinitialization, PimUtils::getNullCb());
+    MsgProtocol::setHandler({});
 }
 
 void PlugIns::list(std::ostream& output) const {
-    for (OsFilePath const& directory : PimUtils::getFilePaths()) {
+    PimReport const report = PimUtils::getReport();
+    for (OsFilePath const& directory : report.directories) {
         output << directory.getPath() << "\n";
-        for (char const* const type : types)
-            for (OsFilePath const& path : findFiles(directory, type))
-                output << "  " << path.getFileName().getPath() << ": " << stateOf(path) << "\n";
+        std::vector<Row> rows{{"file", "type", "name", "version", "interface", "state"}};
+        for (PimFinding const& plugIn : report.plugIns)
+            if (plugIn.path.getDirectory() == directory) rows.push_back(rowOf(plugIn));
+        write(rows, output);
     }
-}
-
-std::string PlugIns::stateOf(Ko::OsFilePath const& path) const {
-    auto const opened = _failures.find(path.getPath());
-    if (opened != _failures.end()) return opened->second.empty() ? "loaded" : "failed: " + opened->second;
-    if (!isLibrary(path)) return "not a library";
-    return PimPlugInMgr::getInstance().isLoaded(path) ? "not loaded: one of that name was before" : "filtered out";
 }
 
 } // namespace compositor

@@ -1,10 +1,6 @@
 #pragma once
 
-#include "resmgt/osFilePath.h"
-
 #include <iosfwd>
-#include <map>
-#include <string>
 
 namespace compositor {
 
@@ -12,16 +8,10 @@ namespace compositor {
 /// process, created before `Jobs`: both set the handler for messages, this class only while it loads.
 class PlugIns {
 public:
-    /// Loads the plug-ins. Writes a line to `errors` for each that fails, and continues with the others.
+    /// Loads the plug-ins. Writes a line to `errors` for each that is refused or fails, and continues with the others.
     explicit PlugIns(std::ostream& errors);
-    /// Writes the directories, and the state of each file in them that has the name of a plug-in.
+    /// Writes a table of the plug-ins, by directory: what each declares, and its state with the reason.
     void list(std::ostream& output) const;
-
-private:
-    std::string stateOf(Ko::OsFilePath const& path) const;
-
-    // For each opened file the reason of its failure, or an empty text.
-    std::map<std::string, std::string> _failures;
 };
 
 } // namespace compositor

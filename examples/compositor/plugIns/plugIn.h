@@ -1,12 +1,9 @@
 #pragma once
 
-#include "base/inInit.h"
-#include "framework/actions/actRegistry.h"
-#include "framework/actions/actionsInit.h"
+#include "framework/frameworkLib/pimActions.h"
 #include "image/picture.h"
 #include "script/script.h"
 
-#include <functional>
 #include <string>
 
 namespace compositor {
@@ -34,30 +31,17 @@ using Generator = Picture (*)(Size size, Statement const& input);
 /// An action on the document, in the group "Generators". Its first arguments are the name, width and height of the new layer.
 [[nodiscard]] Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Generator make);
 
-/// The package of a plug-in with one action, which is registered while the package is initialised. Define one static object:
+/// The package of a plug-in with one action. One line in the unnamed namespace declares it:
 ///
-///     struct InvertTag {};
-///     compositor::PlugIn<InvertTag> package("invert", {"Invert", "nothing", 0, 0}, invert);
+///     compositor::PlugIn<struct Invert> package("invert", {"Invert", "nothing", 0, 0}, invert);
 ///
-/// The file of an operator is named `<name>.op.so`, a generator's `<name>.gen.so`.
+/// `ko_add_plugin` builds an operator with the type "op", a generator with the type "gen".
 template <class Tag>
-class PlugIn final : public Ko::InInit<Tag> {
+class PlugIn final : public Ko::PimActions<Tag> {
 public:
     template <class Function>
-    PlugIn(char const* name, Verb verb, Function function)
-        : Ko::InInit<Tag>(name, Ko::packagesOf<KoInit::actions>()),
-          _make([verb = std::move(verb), function] { return makeAction(verb, function); }) {}
-
-    void initialize() override {
-        Ko::OPtr<Ko::ActAction> action = _make();
-        _action = action.get();
-        Ko::ActRegistry::getInstance().registerAction(std::move(action), Ko::ActRegistry::Static);
-    }
-    void finalize() override { Ko::ActRegistry::getInstance().unregisterAction(_action); }
-
-private:
-    std::function<Ko::OPtr<Ko::ActAction>()> _make;
-    Ko::ActAction const* _action = nullptr;
+    PlugIn(char const* name, Verb const& verb, Function function)
+        : Ko::PimActions<Tag>(name, {[verb, function] { return makeAction(verb, function); }}) {}
 };
 
 } // namespace compositor

@@ -14,4 +14,14 @@ void PimEx::ExLibMultipleLoad::raise() const {
     throw *this;
 }
 
+PimEx::ExRefused::ExRefused(char const* file, int line, LiString reason) : PimEx(file, line) {
+    setReason(std::move(reason));
+}
+ExBase* PimEx::ExRefused::clone() const {
+    return copyOf(*this);
+}
+void PimEx::ExRefused::raise() const {
+    throw *this;
+}
+
 } // namespace Ko

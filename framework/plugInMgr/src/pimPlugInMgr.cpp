@@ -3,7 +3,8 @@
 #include "base/assertions.h"
 #include "base/lkRecLock.h"
 #include "framework/plugInMgr/pimEx.h"
-#include "framework/plugInMgr/src/pimReport.h"
+#include "framework/plugInMgr/src/pimMessages.h"
+#include "framework/plugInMgr/src/pimRecords.h"
 #include "resmgt/lkSingleton.imp.h"
 #include "resmgt/osSharedLib.h"
 
@@ -27,7 +28,21 @@ void openAfterStart(OsFilePath const& path) {
 void openWithinStart(OsFilePath const& path) {
     InRecursiveInitGuard guard;
     OsSharedLib::open(path);
-    guard.initializePackages([path](ExBase const& error) { PimReport::initFailed(path, error); });
+    guard.initializePackages([path](ExBase const& error) {
+        PimRecords::setFailed(path, error.what());
+        PimMessages::initFailed(path, error);
+    });
+}
+
+void openIn(InInitMgr::InitType mode, OsFilePath const& path) {
+    switch (mode) {
+    case InInitMgr::Recursive:
+        return openWithinStart(path);
+    case InInitMgr::Reinitialization:
+        return openAfterStart(path);
+    default:
+        source.abort("Can't load plugins in standard initialization mode.", standardMode);
+    }
 }
 
 class PIManager final : public PimPlugInMgr {
@@ -43,17 +58,17 @@ private:
 
 void PIManager::loadPlugIn(OsFilePath const& path, InInitMgr::InitType mode) {
     std::lock_guard const guard(_lock);
-    // Inserted before the library is opened, so that a library that fails or loads itself is not opened again.
-    if (!_loadedNames.insert(path.getFileName()).second)
-        throw PimEx::ExLibMultipleLoad(source.file(), loadedTwice, path);
-    switch (mode) {
-    case InInitMgr::Recursive:
-        return openWithinStart(path);
-    case InInitMgr::Reinitialization:
-        return openAfterStart(path);
-    default:
-        source.abort("Can't load plugins in standard initialization mode.", standardMode);
+    if (_loadedNames.contains(path.getFileName())) throw PimEx::ExLibMultipleLoad(source.file(), loadedTwice, path);
+    PimRecords::setLoading(path);
+    try {
+        // Inserted before the library is opened, so that a library that fails or loads itself is not opened again.
+        _loadedNames.insert(path.getFileName());
+        openIn(mode, path);
+    } catch (std::exception const& error) {
+        PimRecords::setFailed(path, error.what());
+        throw;
     }
+    PimRecords::setLoaded(path);
 }
 
 bool PIManager::isLoaded(OsFilePath const& path) {

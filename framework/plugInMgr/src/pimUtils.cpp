@@ -1,17 +1,19 @@
 #include "framework/plugInMgr/pimUtils.h"
 
+#include "base/assertions.h"
+#include "framework/plugInMgr/pimEx.h"
 #include "framework/plugInMgr/pimPlugInMgr.h"
+#include "framework/plugInMgr/src/pimInterfaces.h"
 #include "framework/plugInMgr/src/pimLog.h"
-#include "framework/plugInMgr/src/pimReport.h"
-#include "framework/plugInMgr/src/pimSettings.h"
-#include "resmgt/liStringParser.h"
+#include "framework/plugInMgr/src/pimMessages.h"
+#include "framework/plugInMgr/src/pimOrder.h"
+#include "framework/plugInMgr/src/pimRecords.h"
+#include "framework/plugInMgr/src/pimRules.h"
 #include "resmgt/osFile.h"
 #include "resmgt/osFsUtils.h"
 #include "resmgt/osSharedLib.h"
 
 #include <algorithm>
-#include <string_view>
-#include <unordered_map>
 
 namespace Ko {
 
@@ -20,61 +22,36 @@ namespace {
 constexpr char const* source = "framework\\plugInMgr\\src\\pimUtils";
 constexpr int notADirectory = 380;
 
-LiString const listSeparator = ",";
-LiString const pairSeparator = "=";
-LiString const everyName = "all";
-
-// Fragments of names, by the type of the plug-ins to which they apply.
-using Rules = std::unordered_map<LiString, Set<LiString>>;
-
 class NullCallback final : public PimUtils::Callback {
 public:
     void notifyLoading(OsFilePath const&) override {}
 };
 
 Vector<OsFilePath> filePaths;
-Rules inclusions;
-Rules exclusions;
 NullCallback nullCallback;
 
-Rules parseRules(InVariable<char const*> const& list) {
-    Rules rules;
-    if (!list.isValid()) return rules;
-    LiString type, fragment;
-    for (LiString const& rule : LiStringParser::splitList(list.get(), listSeparator)) {
-        LiStringParser::splitString(rule, pairSeparator, type, fragment);
-        if (!fragment.empty()) rules[type].insert(fragment);
-    }
-    return rules;
-}
-
-bool names(Set<LiString> const& fragments, LiString const& name) {
-    return std::any_of(fragments.begin(), fragments.end(),
-        [&](LiString const& fragment) { return fragment == everyName || name.find(fragment) != LiString::npos; });
-}
-
-// The parts of a text before and after its last dot. A text without a dot has only the first part.
-struct Split {
-    explicit Split(std::string_view text) : before(text.substr(0, text.rfind('.'))) {
-        if (before.size() < text.size()) after = text.substr(before.size() + 1);
-    }
-    std::string_view before, after;
-};
-
-bool isFilteredOut(OsFilePath const& path) {
-    static bool const hasSuffix = *OsSharedLib::getMinSuffix() != '\0';
-    LiString const file = path.getFileName().getPath();
-    // The type of ".op.so" is "op", although a path has no extension after a leading dot.
-    Split const split(hasSuffix ? Split(file).before : file);
-    LiString const name(split.before), type(split.after);
-    if (auto const included = inclusions.find(type); included != inclusions.end() && !names(included->second, name))
-        return true;
-    auto const excluded = exclusions.find(type);
-    return excluded != exclusions.end() && names(excluded->second, name);
-}
-
-bool skip(OsFilePath const& path, char const* why) {
+bool passOver(OsFilePath const& path, LiString const& why, PimUtils::Callback& callback) {
     PimLog::write(PimLog::selection, [&] { return "Plugin '" + path.getPath() + "' " + why; });
+    PimRecords::set(path, PimStage::Found, why);
+    callback.notifyRefused(path, PimStage::Found, PimEx::ExRefused(source, __LINE__, why));
+    return false;
+}
+
+bool refuse(OsFilePath const& path, ExBase const& error, PimUtils::Callback& callback) {
+    // Every load checks the file again. The user is told once.
+    if (PimRecords::set(path, PimStage::Refused, error.getReason())) PimMessages::refused(path, error);
+    callback.notifyRefused(path, PimStage::Refused, error);
+    return false;
+}
+
+using Message = void (*)(OsFilePath const& path, ExBase const& error);
+
+bool fail(OsFilePath const& path, ExBase const& error, Message display, PimUtils::Callback& callback) {
+    // What another thread has loaded meanwhile has not failed.
+    if (!dynamic_cast<PimEx::ExLibMultipleLoad const*>(&error))
+        PimRecords::set(path, PimStage::Failed, error.getReason());
+    display(path, error);
+    callback.notifyRefused(path, PimStage::Failed, error);
     return false;
 }
 
@@ -86,21 +63,57 @@ bool open(OsFilePath const& path, InInitMgr::InitType mode, PimUtils::Callback& 
     } catch (ExProgramAborted const&) {
         throw;
     } catch (OsSharedLibEx const& error) {
-        PimReport::loadFailed(path, error);
+        return fail(path, error, &PimMessages::loadFailed, callback);
     } catch (ExBase const& error) {
-        PimReport::initFailed(path, error);
+        return fail(path, error, &PimMessages::initFailed, callback);
     }
-    return false;
+}
+
+// Nothing where the plug-in is refused.
+std::optional<Vector<OsFilePath>> findRequired(OsFilePath const& path, PimUtils::Callback& callback) {
+    try {
+        return PimOrder(path).getRequired();
+    } catch (PimEx::ExRefused const& error) {
+        refuse(path, error, callback);
+    } catch (OsSharedLibEx const& error) {
+        refuse(path, error, callback);
+    }
+    return std::nullopt;
+}
+
+// Opens a plug-in after those that it requires.
+bool openInOrder(OsFilePath const& path, InInitMgr::InitType mode, PimUtils::Callback& callback) {
+    auto const files = findRequired(path, callback);
+    if (!files) return false;
+    for (OsFilePath const& required : *files) {
+        if (!PimPlugInMgr::getInstance().isLoaded(required)) open(required, mode, callback);
+        if (LiString const failure = PimOrder::getFailure(required.getFileName()); !failure.empty())
+            return refuse(path, PimEx::ExRefused(source, __LINE__, failure), callback);
+    }
+    return open(path, mode, callback);
+}
+
+// A library of that file name is present. Only this one is reported if it is another file.
+void noteNamesake(OsFilePath const& path, PimUtils::Callback& callback) {
+    auto const loaded = PimRecords::getLoaded(path.getFileName());
+    if (!loaded || loaded->path == path || path.getFileName() == path) return;
+    PimEx::ExLibMultipleLoad const error(source, __LINE__, path);
+    PimRecords::set(
+        path, PimStage::Found, "has the file name of " + loaded->path.getPath() + ", which was loaded before.");
+    callback.notifyRefused(path, PimStage::Found, error);
 }
 
 // Returns whether the plug-in is present.
 bool loadFile(OsFilePath const& path, InInitMgr::InitType mode, PimUtils::Callback& callback) {
-    if (PimPlugInMgr::getInstance().isLoaded(path)) return true;
-    if (isFilteredOut(path)) return skip(path, "is filtered out.");
+    if (PimPlugInMgr::getInstance().isLoaded(path)) {
+        noteNamesake(path, callback);
+        return true;
+    }
+    if (PimRules::isFilteredOut(path)) return passOver(path, "is filtered out.", callback);
     auto const info = OsFile::getInfo(path);
-    if (!info) return skip(path, "does not exist.");
-    if (info->isDirectory || info->size == 0) return skip(path, "is a directory or empty.");
-    return open(path, mode, callback);
+    if (!info) return passOver(path, "does not exist.", callback);
+    if (info->isDirectory || info->size == 0) return passOver(path, "is a directory or empty.", callback);
+    return openInOrder(path, mode, callback);
 }
 
 LiString patternOf(std::string const& type) {
@@ -111,11 +124,19 @@ LiString patternOf(std::string const& type) {
 
 PimUtils::Callback::~Callback() = default;
 
+void PimUtils::Callback::notifyRefused(OsFilePath const&, PimStage, ExBase const&) {}
+
 void PimUtils::initialize() {
-    PimReport::initialize();
-    PimSettings const& settings = PimSettings::get();
-    inclusions = parseRules(settings.inclusions.variable);
-    exclusions = parseRules(settings.exclusions.variable);
+    PimMessages::initialize();
+    PimRules::initialize();
+}
+
+void PimUtils::setInterface(PimInterface const& interface) {
+    PimInterfaces::set(interface);
+}
+
+PimReport PimUtils::getReport() {
+    return PimRecords::getReport();
 }
 
 void PimUtils::addPiDirectoryPath(OsFilePath const& directory) {
@@ -147,6 +168,7 @@ int PimUtils::loadWildcard(
     OsFilePath const& directory, std::string const& pattern, InInitMgr::InitType mode, Callback& callback) {
     if (!OsFsUtils::isDirectory(directory))
         throw OsFileEx::ExInvalidPath(source, notADirectory, "PimUtils::loadWildcard", directory);
+    PimRecords::addSearched(directory);
     int loaded = 0;
     for (OsFilePath const& path : OsFsUtils::getChildren(directory, OsWildcardFilter(pattern)))
         if (loadFile(path, mode, callback)) ++loaded;
@@ -162,13 +184,19 @@ int PimUtils::loadWildcard(std::string const& pattern, InInitMgr::InitType mode,
 }
 
 bool PimUtils::load(OsFilePath const& path, InInitMgr::InitType mode) {
+    return load(path, mode, nullCallback);
+}
+
+bool PimUtils::load(OsFilePath const& path, InInitMgr::InitType mode, Callback& callback) {
     bool const isLibrary = path.getExtension() == OsSharedLib::getSuffix() + 1;
     OsFilePath const file = isLibrary ? path : OsFilePath(path.getPath() + OsSharedLib::getMinSuffix());
-    if (file.getFileName() != file) return loadFile(file, mode, nullCallback);
+    if (file.getFileName() != file) return loadFile(file, mode, callback);
     Vector<OsFilePath> const directories = filePaths;
     // An empty path names no directory. Joined with the file name, it would mean the current directory.
     return std::any_of(directories.begin(), directories.end(), [&](OsFilePath const& directory) {
-        return !directory.isEmpty() && loadFile(directory + file, mode, nullCallback);
+        if (directory.isEmpty()) return false;
+        PimRecords::addSearched(directory);
+        return loadFile(directory + file, mode, callback);
     });
 }
 

@@ -88,25 +88,42 @@ TEST_F(PlugInsTest, RefuseBadArgumentsAndLeaveTheLayer) {
     }
 }
 
-TEST(PlugInsOfAHost, AreFilteredAndThoseThatFailAreReportedAndSkipped) {
+TEST(PlugInsOfAHost, AreShownInATableWithTheReasonsOfThoseThatAreNotLoaded) {
     TemporaryFolder const folder;
     std::string const program = KO_COMPOSITOR, output = folder / "output";
-    std::filesystem::path const plugIns = std::filesystem::path(program).parent_path().parent_path() / "plugins";
+    std::filesystem::path const home = std::filesystem::path(program).parent_path().parent_path();
+    std::string const plugIns = (home / "plugins").string(), more = (folder / "more").string();
     std::string const bad = folder.write("more/bad.op.so", "not a library").string();
     folder.write("more/empty.gen.so", "");
-    std::filesystem::copy_file(plugIns / "invert.op.so", folder / "more/invert.op.so");
+    std::filesystem::copy_file(home / "plugins/invert.op.so", folder / "more/invert.op.so");
+    std::filesystem::copy_file(home / "refusedPlugins/sharpen.op.so", folder / "more/sharpen.op.so");
     std::string const script = folder.write("script.kos", "plugins\ndo \"Add Noise\" n 1 1 1\n").string();
-    std::string const command = "KO_PLUGINS_EXCLUDE=op=grade '" + program + "' 'plugins:" + plugIns.string() + ":" +
-                                (folder / "more").string() + "' '" + script + "' >'" + output + "' 2>&1";
-    EXPECT_EQ(0, std::system(command.c_str()));
-    std::string const said = folder.read("output");
-    std::string const failure = "The plug-in \"" + bad + "\" could not be loaded and is ignored: ";
-    EXPECT_EQ(0u, said.find(failure)) << said;
-    for (std::string const& line :
-        {"bad.op.so: failed: " + failure, std::string("invert.op.so: not loaded: one of that name was before\n"),
-            std::string("empty.gen.so: not a library\n"), std::string("grade.op.so: filtered out\n"),
-            std::string("noise.gen.so: loaded\n")})
-        EXPECT_THAT(said, HasSubstr("\n  " + line));
+    auto const run = [&](std::string const& argument) {
+        std::string const command = "KO_PLUGINS_EXCLUDE=op=grade '" + program + "' 'plugins:" + plugIns + ":" + more +
+                                    "' " + argument + " >'" + output + "' 2>&1";
+        EXPECT_EQ(0, std::system(command.c_str()));
+        return folder.read("output");
+    };
+    std::string const warned = run("'" + script + "'"), table = run("--plugins");
+    EXPECT_EQ(0u, warned.find("The plug-in \"" + bad + "\" could not be loaded and is ignored: ")) << warned;
+    EXPECT_THAT(warned, testing::EndsWith(table)) << "the script writes the same table, after the warnings";
+    EXPECT_EQ(0u,
+        table.find(plugIns + "\n  file             type  name       version  interface                      state\n"))
+        << table;
+    std::string const interface = "framework 8.0, compositor ";
+    for (std::string const& line : std::vector<std::string>{"\n  grade.op.so      op    -          -        -          "
+                                                            "                    not loaded: is filtered out.\n",
+             "\n  noise.gen.so     gen   noise      8.0.0    " + interface + "1.0  loaded\n", "\n" + more + "\n  file",
+             "\n  bad.op.so      op    -        -        -                              failed: " + bad +
+                 ": file too short\n",
+             "\n  invert.op.so   op    -        -        -                              not loaded: has the file name "
+             "of " +
+                 plugIns + "/invert.op.so, which was loaded before.\n",
+             "\n  sharpen.op.so  op    sharpen  8.0.0    " + interface +
+                 "2.0  refused: it was built for compositor 2.0, and this application offers compositor 1.0\n",
+             "\n  empty.gen.so   gen   -        -        -                              not loaded: is a "
+             "directory or empty.\n"})
+        EXPECT_THAT(table, HasSubstr(line));
 }
 
 } // namespace

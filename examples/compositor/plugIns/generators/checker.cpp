@@ -16,7 +16,6 @@ Picture makeChecker(Size size, Statement const& input) {
     return picture;
 }
 
-struct CheckerTag {};
-PlugIn<CheckerTag> package("checker", {"Add Checker", "a cell and two colours", 3, 3}, makeChecker);
+PlugIn<struct CheckerTag> package("checker", {"Add Checker", "a cell and two colours", 3, 3}, makeChecker);
 
 } // namespace

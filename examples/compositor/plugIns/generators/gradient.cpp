@@ -34,7 +34,7 @@ Picture makeGradient(Size size, Statement const& input) {
     return picture;
 }
 
-struct GradientTag {};
-PlugIn<GradientTag> package("gradient", {"Add Gradient", "two colours and perhaps a direction", 2, 3}, makeGradient);
+PlugIn<struct GradientTag> package(
+    "gradient", {"Add Gradient", "two colours and perhaps a direction", 2, 3}, makeGradient);
 
 } // namespace

@@ -19,7 +19,6 @@ Picture makeNoise(Size size, Statement const& input) {
     return picture;
 }
 
-struct NoiseTag {};
-PlugIn<NoiseTag> package("noise", {"Add Noise", "a seed", 1, 1}, makeNoise);
+PlugIn<struct NoiseTag> package("noise", {"Add Noise", "a seed", 1, 1}, makeNoise);
 
 } // namespace

@@ -52,7 +52,6 @@ Picture blur(Picture const& picture, Statement const& input) {
     return result;
 }
 
-struct BlurTag {};
-PlugIn<BlurTag> package("blur", {"Blur", "a radius in pixels", 1, 1}, blur);
+PlugIn<struct BlurTag> package("blur", {"Blur", "a radius in pixels", 1, 1}, blur);
 
 } // namespace

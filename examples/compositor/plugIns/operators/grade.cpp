@@ -30,7 +30,6 @@ Picture grade(Picture const& picture, Statement const& input) {
     return result;
 }
 
-struct GradeTag {};
-PlugIn<GradeTag> package("grade", {"Grade", "a gain, a gamma and perhaps a saturation", 2, 3}, grade);
+PlugIn<struct GradeTag> package("grade", {"Grade", "a gain, a gamma and perhaps a saturation", 2, 3}, grade);
 
 } // namespace

@@ -13,7 +13,6 @@ Picture invert(Picture const& picture, Statement const&) {
     return result;
 }
 
-struct InvertTag {};
-PlugIn<InvertTag> package("invert", {"Invert", "nothing", 0, 0}, invert);
+PlugIn<struct InvertTag> package("invert", {"Invert", "nothing", 0, 0}, invert);
 
 } // namespace

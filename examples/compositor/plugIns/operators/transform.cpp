@@ -50,8 +50,7 @@ Picture transform(Picture const& picture, Statement const& input) {
     throw ScriptError("write mirror, flip, turn, left, right or scale and a factor, not \"" + how + "\"");
 }
 
-struct TransformTag {};
-PlugIn<TransformTag> package(
+PlugIn<struct TransformTag> package(
     "transform", {"Transform", "mirror, flip, turn, left, right or scale and a factor", 1, 2}, transform);
 
 } // namespace

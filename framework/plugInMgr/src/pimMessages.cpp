@@ -1,4 +1,4 @@
-#include "framework/plugInMgr/src/pimReport.h"
+#include "framework/plugInMgr/src/pimMessages.h"
 
 #include "framework/plugInMgr/src/pimLog.h"
 #include "resmgt/msgServer.h"
@@ -7,6 +7,7 @@ namespace Ko {
 
 namespace {
 
+constexpr char const* refusal = "MSG_PLUGIN_REFUSED_ERROR";
 constexpr char const* loadError = "MSG_PLUGIN_LOAD_EXCEPTION_ERROR";
 constexpr char const* initError = "MSG_PLUGIN_INIT_EXCEPTION_ERROR";
 
@@ -20,16 +21,20 @@ void report(OsFilePath const& path, char const* attempt, char const* message, Ex
 
 } // namespace
 
-void PimReport::initialize() {
-    for (char const* const message : {loadError, initError})
+void PimMessages::initialize() {
+    for (char const* const message : {refusal, loadError, initError})
         MsgServer::getInstance().subscribe(message);
 }
 
-void PimReport::loadFailed(OsFilePath const& path, ExBase const& error) {
+void PimMessages::refused(OsFilePath const& path, ExBase const& error) {
+    report(path, "check", refusal, error);
+}
+
+void PimMessages::loadFailed(OsFilePath const& path, ExBase const& error) {
     report(path, "load", loadError, error);
 }
 
-void PimReport::initFailed(OsFilePath const& path, ExBase const& error) {
+void PimMessages::initFailed(OsFilePath const& path, ExBase const& error) {
     report(path, "init", initError, error);
 }
 

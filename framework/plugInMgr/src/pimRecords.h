@@ -1,0 +1,28 @@
+#pragma once
+
+#include "base/exBase.h"
+#include "framework/plugInMgr/pimReport.h"
+
+namespace Ko {
+
+/// The report of this process. Any thread; no user code runs under its lock.
+class PimRecords {
+public:
+    [[nodiscard]] static PimReport getReport();
+
+    /// Adds a directory, once.
+    static void addSearched(OsFilePath const& directory);
+    /// Sets what has become of a file. @returns whether that is new.
+    static bool set(OsFilePath const& path, PimStage stage, LiString const& reason);
+    static void setDeclaration(OsFilePath const& path, std::optional<PimDeclaration> declaration);
+    /// The library is about to be opened. Afterwards the next two functions need no memory.
+    static void setLoading(OsFilePath const& path);
+    static void setLoaded(OsFilePath const& path) noexcept;
+    /// The reason is left out where no memory is left for it.
+    static void setFailed(OsFilePath const& path, char const* reason) noexcept;
+
+    /// The file of that name that is or was loaded, or that failed; nothing where none was tried.
+    [[nodiscard]] static std::optional<PimFinding> getLoaded(OsFilePath const& fileName);
+};
+
+} // namespace Ko

@@ -9,6 +9,7 @@
 #include "framework/actions/actTypedAction.imp.h"
 #include "framework/command/cmSelectionChangeCmd.h"
 #include "framework/command/cmUndoGuard.h"
+#include "framework/dragAndDrop/drGesture.h"
 #include "internalAPI/snItemType.imp.h"
 
 #include <iostream>
@@ -74,9 +75,45 @@ public:
     void performAction(
         Group const& group, RCShdPtr<DrCarrier> const& carrier, RCShdPtr<SnSelection> const&) const override {
         for (auto const& layer : carrier->getSelection()->getItems())
-            std::cout << SnItemConvert<LiString>::get(layer) << " moves into " << group << '\n';
+            std::cout << SnItemConvert<LiString>::get(layer) << " goes into " << group << '\n';
     }
 };
+
+/// A list of layers and groups, as the sink of drags: a group takes copies or moves, never links.
+class LayerList : public DrSrcSink {
+public:
+    DrEffect accept(RCShdPtr<DrCarrier> const& carrier, DrEffect effect, DrPlace const& place) override {
+        bool const isPossible = ActDndUtils::performCarrierActions({place.target}, carrier, nullptr, false);
+        return !isPossible ? DrEffect::None : effect == DrEffect::Link ? DrEffect::Copy : effect;
+    }
+    void consumeSelection(RCShdPtr<DrCarrier> const& carrier) override {
+        ActDndUtils::performCarrierActions({carrier->getPlace().target}, carrier, SnSelection::create(), true);
+    }
+};
+
+/// Drags the selected layers to a place. The system's clipboard and other programs may ask for their names.
+DrEffect drag(RCShdPtr<SnSelection> const& selected, RCShdPtr<SnItem const> const& target, DrEffect wanted) {
+    auto const carrier = DrCarrier::create(selected);
+    DrFormats formats;
+    formats.add("text/plain", [layers = selected->copy()] {
+        std::string names;
+        for (auto const& layer : layers->getItems())
+            names += SnItemConvert<LiString>::get(layer) + '\n';
+        return names;
+    });
+    carrier->setFormats(formats);
+    return DrGesture::drop(nullptr, RCShdPtr<LayerList>::create(), carrier, wanted, {target});
+}
+
+/// Highlights what is selected, without looking at the rest.
+CbSubscription highlight(SnSelection& selection) {
+    return selection.onChange([](SnSelectionChange const& change) {
+        for (auto const& layer : change.removed)
+            std::cout << "- " << SnItemConvert<LiString>::get(layer) << '\n';
+        for (auto const& layer : change.added)
+            std::cout << "+ " << SnItemConvert<LiString>::get(layer) << '\n';
+    });
+}
 
 void showMenu(RCShdPtr<SnItem const> const& layer) {
     auto const nothing = SnItemBasic<ActBasicParam>::create(ActBasicParam());
@@ -114,6 +151,7 @@ int main(int argc, char** argv) {
     InInitScope const framework(argc, argv);
     history = RCShdPtr<CmCommandStack>::create();
     auto const selected = SnSelection::create();
+    CbSubscription const highlights = highlight(*selected);
     addSelectAction(selected);
     addOpacityAction();
     ActRegistry& registry = ActRegistry::getInstance();
@@ -131,7 +169,7 @@ int main(int argc, char** argv) {
     for (LiString const& name : readShortcuts("shortcuts").find(ActShortcut::parse("ctrl+l")))
         std::cout << "Ctrl+L: " << name << '\n';
 
-    List<RCShdPtr<SnItem const>> const underThePointer{sky, SnItemBasic<Group>::create({"Group 1"})};
-    ActDndUtils::performCarrierActions(underThePointer, DrCarrier::create(selected), SnSelection::create(), true);
+    auto const group = SnItemBasic<Group>::create({"Group 1"});
+    if (drag(selected, group, DrEffect::Link) == DrEffect::Copy) std::cout << "They were copied.\n";
     history.reset();
 }

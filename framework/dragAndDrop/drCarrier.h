@@ -1,5 +1,7 @@
 #pragma once
 
+#include "framework/dragAndDrop/drEffect.h"
+#include "framework/dragAndDrop/drFormats.h"
 #include "framework/frameworkApi.h"
 #include "internalAPI/snItemConvert.h"
 #include "internalAPI/snSelection.h"
@@ -29,6 +31,24 @@ public:
     /// Sets only the launch location.
     void setLaunchLocation(GePoint2<float> const& point);
 
+    /// The effects that the source offers; all by default.
+    [[nodiscard]] DrEffects getOffered() const;
+    /// Sets the effects that the source offers. To be called by the source.
+    void setOffered(DrEffects effects);
+    /// The effect of the drop, for the sink that consumes the carrier and for the source in `dropCompleted`; `Move` before a drop, and
+    /// `None` after one that was cancelled.
+    [[nodiscard]] DrEffect getEffect() const;
+    /// Sets the effect of the drop. To be called by the handler of the gesture.
+    void setEffect(DrEffect effect);
+    /// The place of the drop, for the sink that consumes the carrier.
+    [[nodiscard]] DrPlace const& getPlace() const;
+    /// Sets the place of the drop. To be called by the handler of the gesture.
+    void setPlace(DrPlace const& place);
+    /// The carried data in forms that other programs understand; none by default.
+    [[nodiscard]] DrFormats const& getFormats() const;
+    /// Replaces the forms for other programs.
+    void setFormats(DrFormats formats);
+
 protected:
     /// As `create`.
     explicit DrCarrier(RCShdPtr<SnSelection> const& selection);
@@ -40,6 +60,10 @@ private:
     RCShdPtr<SnSelection> _selection;
     GePoint2<float> _location;
     GePoint2<float> _launchLocation;
+    DrEffects _offered = DrEffects::all();
+    DrEffect _effect = DrEffect::Move;
+    DrPlace _place;
+    DrFormats _formats;
 };
 
 /// Writes both locations and the items, for `RCShdPtr<DrCarrier>::dump`.

@@ -1,13 +1,17 @@
 #pragma once
 
+#include "base/oPtr.h"
 #include "framework/dragAndDrop/drCarrier.h"
+#include "internalAPI/cbChanges.h"
 #include "resmgt/lkSingleton.h"
 
 #include <cstdint>
+#include <functional>
 
 namespace Ko {
 
 class DrClipboard;
+struct DrClipboardChange;
 extern template class KO_FRAMEWORK_API LkSingleton<DrClipboard>;
 
 /// The application's own clipboard for items: it holds the carrier of the last copy or cut. It is not the clipboard of the
@@ -39,6 +43,10 @@ public:
     /// Replaces the content by an empty carrier.
     void clear();
 
+    /// Calls `callable` after the content was replaced, until the result ends. A change that a callable makes is delivered after the
+    /// present one. What it throws is logged. Changes of the carried selection itself are told by the selection.
+    [[nodiscard]] CbSubscription onChange(std::function<void(DrClipboardChange const&)> callable);
+
 protected:
     DrClipboard();
     ~DrClipboard();
@@ -46,10 +54,26 @@ protected:
 private:
     friend class LkSingleton<DrClipboard>;
 
-    void set(RCShdPtr<DrCarrier> content, SrcAction action) noexcept;
+    void set(RCShdPtr<DrCarrier> const& content, SrcAction action);
 
     RCShdPtr<DrCarrier> _content;
     SrcAction _srcAction = None;
+    // Null before the first subscription.
+    OPtr<CbChanges<DrClipboardChange>> _changes;
 };
+
+/// A content of the clipboard has taken the place of another one.
+struct DrClipboardChange {
+    /// What the clipboard holds now; an empty carrier after `clear`.
+    RCShdPtr<DrCarrier> content;
+    /// The command that has set it.
+    DrClipboard::SrcAction srcAction = DrClipboard::None;
+    /// What it held before.
+    RCShdPtr<DrCarrier> contentBefore;
+    /// The command that had set that.
+    DrClipboard::SrcAction srcActionBefore = DrClipboard::None;
+};
+extern template class KO_FRAMEWORK_API CbDispatcher<DrClipboardChange>;
+extern template class KO_FRAMEWORK_API CbChanges<DrClipboardChange>;
 
 } // namespace Ko

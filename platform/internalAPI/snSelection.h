@@ -1,8 +1,11 @@
 #pragma once
 
-#include "internalAPI/snItem.h"
+#include "internalAPI/snSelectionChange.h"
+
+#include "base/oPtr.h"
 
 #include <cstddef>
+#include <functional>
 #include <iterator>
 
 namespace Ko {
@@ -60,6 +63,11 @@ public:
     /// Writes every item.
     void dump(std::ostream& stream) const;
 
+    /// Calls `callable` after each operation that has changed the selection, until the result ends. A change that a callable makes is
+    /// delivered after the present one. What it throws is logged. Copies have listeners of their own. While there are listeners,
+    /// the operations find out what they change: `replace` and `clear` take as long as there are items.
+    [[nodiscard]] CbSubscription onChange(std::function<void(SnSelectionChange const&)> callable);
+
 protected:
     SnSelection();
     /// Shares the content.
@@ -68,9 +76,14 @@ protected:
 
 private:
     friend class RCShdPtr<SnSelection>;
+    class Telling;
+
+    bool isWatched() const noexcept { return _changes && !_changes->isEmpty(); }
 
     // Never null.
     RCShdPtr<SnItemSet> _items;
+    // Null before the first subscription.
+    OPtr<CbChanges<SnSelectionChange>> _changes;
 };
 
 /// The items of a selection at one moment.

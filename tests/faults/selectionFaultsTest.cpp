@@ -65,6 +65,54 @@ TEST_F(SelectionFaults, ASelectionChangesAsAWholeOrNotAtAll) {
                 });
 }
 
+/// Keeps a list of a selection by its changes, without taking memory.
+class List {
+public:
+    explicit List(SnSelection& selection) : _selection(selection) {
+        _items.reserve(100);
+        read();
+        _subscription = selection.onChange([this](SnSelectionChange const& change) { hear(change); });
+    }
+    std::string content() const {
+        std::string result;
+        for (auto const& item : _items)
+            result += (result.empty() ? "" : " ") + valueOf(item);
+        return result;
+    }
+
+private:
+    void hear(SnSelectionChange const& change) {
+        if (change.isUnknown) return read();
+        for (auto const& item : change.removed)
+            std::erase_if(_items, [&](auto const& other) { return other->isEqual(*item); });
+        for (auto const& item : change.added)
+            _items.push_back(item);
+    }
+    void read() {
+        _items.clear();
+        for (auto const& item : _selection.getItems())
+            _items.push_back(item);
+    }
+
+    SnSelection& _selection;
+    Vector<RCShdPtr<SnItem const>> _items;
+    CbSubscription _subscription;
+};
+
+TEST_F(SelectionFaults, AListenerHearsOfEachChangeAndOfNoOther) {
+    for (auto const& [name, change] : changes)
+        tryAllFaults(std::string("watched ") + name, [&, &apply = change](FaultyAttempt& attempt) {
+            auto const others = numbers(6, 50), selection = numbers(1, 31);
+            selection->add(*numbers(30, 34));
+            List const list(*selection);
+            std::string const before = list.content();
+            bool const isDone = attempt([&] { apply(*selection, *others); });
+            EXPECT_EQ(content(*selection), list.content());
+            EXPECT_EQ(isDone, before != list.content());
+            expectUsable(*selection);
+        });
+}
+
 using Selection = RCShdPtr<SnSelection>;
 using Create = std::function<RCShdPtr<CmCommand>(Selection const&, Selection const&)>;
 

@@ -6,6 +6,7 @@
 #include "pluginAPI/piAppThread.h"
 
 #include <ostream>
+#include <utility>
 
 namespace Ko {
 
@@ -60,6 +61,40 @@ void DrCarrier::setLocation(GePoint2<float> const& point) {
 void DrCarrier::setLaunchLocation(GePoint2<float> const& point) {
     requireAppThread();
     _launchLocation = point;
+}
+
+DrEffects DrCarrier::getOffered() const {
+    requireAppThread();
+    return _offered;
+}
+void DrCarrier::setOffered(DrEffects effects) {
+    requireAppThread();
+    _offered = effects;
+}
+DrEffect DrCarrier::getEffect() const {
+    requireAppThread();
+    return _effect;
+}
+void DrCarrier::setEffect(DrEffect effect) {
+    requireAppThread();
+    _effect = effect;
+}
+DrPlace const& DrCarrier::getPlace() const {
+    requireAppThread();
+    return _place;
+}
+// The replaced values are released last: destructors may use the carrier.
+void DrCarrier::setPlace(DrPlace const& place) {
+    requireAppThread();
+    DrPlace const before = std::exchange(_place, DrPlace(place));
+}
+DrFormats const& DrCarrier::getFormats() const {
+    requireAppThread();
+    return _formats;
+}
+void DrCarrier::setFormats(DrFormats formats) {
+    requireAppThread();
+    std::swap(_formats, formats);
 }
 
 void dumpObject(std::ostream& stream, DrCarrier const& carrier) {

@@ -2,11 +2,14 @@
 
 #include "base/assertions.h"
 #include "base/neverDestroyed.h"
+#include "internalAPI/cbChanges.imp.h"
 #include "pluginAPI/piAppThread.h"
 #include "resmgt/lkSingleton.imp.h"
 
 namespace Ko {
 
+template class CbDispatcher<DrClipboardChange>;
+template class CbChanges<DrClipboardChange>;
 template class LkSingleton<DrClipboard>;
 
 namespace {
@@ -19,9 +22,7 @@ void requireAppThread(int line = __builtin_LINE()) {
 
 } // namespace
 
-DrClipboard::DrClipboard() {
-    clear();
-}
+DrClipboard::DrClipboard() : _content(DrCarrier::create(SnSelection::create())) {}
 
 // The process ends. If it does so on another thread than the application's, where no carrier may be destroyed, the
 // carrier is left to the operating system.
@@ -53,10 +54,20 @@ void DrClipboard::clear() {
     set(DrCarrier::create(SnSelection::create()), None);
 }
 
+CbSubscription DrClipboard::onChange(std::function<void(DrClipboardChange const&)> callable) {
+    requireAppThread();
+    if (!_changes) _changes = std::make_unique<CbChanges<DrClipboardChange>>("A listener of the clipboard");
+    return _changes->subscribe(std::move(callable));
+}
+
 // The previous content is released last: its items' destructors may use the clipboard.
-void DrClipboard::set(RCShdPtr<DrCarrier> content, SrcAction action) noexcept {
+void DrClipboard::set(RCShdPtr<DrCarrier> const& content, SrcAction action) {
+    DrClipboardChange const change{content, action, _content, _srcAction};
+    CbChanges<DrClipboardChange>::Prepared one;
+    if (_changes && !_changes->isEmpty()) one.push_back(change);
+    _content = content;
     _srcAction = action;
-    _content.swap(content);
+    if (!one.empty()) _changes->tell(one);
 }
 
 } // namespace Ko

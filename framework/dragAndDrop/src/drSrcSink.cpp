@@ -15,5 +15,8 @@ bool DrSrcSink::willConsumeSelection(RCShdPtr<DrCarrier> const&) {
 void DrSrcSink::consumeSelection(RCShdPtr<DrCarrier> const&) {}
 void DrSrcSink::dropCompleted(RCShdPtr<DrCarrier> const&) {}
 void DrSrcSink::operationCancelled(RCShdPtr<DrCarrier> const&) {}
+DrEffect DrSrcSink::accept(RCShdPtr<DrCarrier> const& carrier, DrEffect effect, DrPlace const&) {
+    return willConsumeSelection(carrier) ? effect : DrEffect::None;
+}
 
 } // namespace Ko

@@ -1,8 +1,11 @@
 #include "internalAPI/snSelection.h"
 
 #include "internalAPI/src/snItemSet.h"
+#include "internalAPI/src/snSelectionTelling.h"
 
+#include <optional>
 #include <ostream>
+#include <utility>
 
 namespace Ko {
 
@@ -81,30 +84,60 @@ SnSelection::Items SnSelection::getItems() const {
 }
 
 bool SnSelection::add(RCShdPtr<SnItem const> const& item) {
-    return changeOne<&SnItemTable::add>(_items, item);
+    if (!isWatched()) return changeOne<&SnItemTable::add>(_items, item);
+    return Telling(*this).add(item).tell([&] { changeOne<&SnItemTable::add>(_items, item); });
 }
 bool SnSelection::remove(RCShdPtr<SnItem const> const& item) {
-    return changeOne<&SnItemTable::remove>(_items, item);
+    if (!isWatched()) return changeOne<&SnItemTable::remove>(_items, item);
+    return Telling(*this).remove(item).tell([&] { changeOne<&SnItemTable::remove>(_items, item); });
 }
 void SnSelection::toggle(RCShdPtr<SnItem const> const& item) {
-    changeOne<&SnItemTable::toggle>(_items, item);
+    auto const change = [&] { changeOne<&SnItemTable::toggle>(_items, item); };
+    isWatched() ? static_cast<void>(Telling(*this).toggle(item).tell(change)) : change();
 }
 void SnSelection::clear() {
-    _items = RCShdPtr<SnItemSet>::create();
+    auto const change = [&] { _items = RCShdPtr<SnItemSet>::create(); };
+    isWatched() ? static_cast<void>(Telling(*this).clear().tell(change)) : change();
 }
 
 void SnSelection::add(SnSelection const& items) {
     if (isEmpty()) return replace(items);
-    changeAll<&SnItemTable::add>(_items, *items._items);
+    auto const change = [&] { changeAll<&SnItemTable::add>(_items, *items._items); };
+    isWatched() ? static_cast<void>(Telling(*this).forEach<&Telling::add>(items).tell(change)) : change();
 }
 void SnSelection::remove(SnSelection const& items) {
-    changeAll<&SnItemTable::remove>(_items, *items._items);
+    auto const change = [&] { changeAll<&SnItemTable::remove>(_items, *items._items); };
+    isWatched() ? static_cast<void>(Telling(*this).forEach<&Telling::remove>(items).tell(change)) : change();
 }
 void SnSelection::toggle(SnSelection const& items) {
-    changeAll<&SnItemTable::toggle>(_items, *items._items);
+    auto const change = [&] { changeAll<&SnItemTable::toggle>(_items, *items._items); };
+    isWatched() ? static_cast<void>(Telling(*this).forEach<&Telling::toggle>(items).tell(change)) : change();
 }
 void SnSelection::replace(SnSelection const& items) noexcept {
-    _items = items._items;
+    if (!isWatched()) {
+        _items = items._items;
+        return;
+    }
+    RCShdPtr<SnSelection> const alive(this);
+    std::optional<Telling> telling;
+    try {
+        telling.emplace(*this).replace(items);
+    } catch (...) { // memory has run out
+        telling.reset();
+    }
+    // Items that are replaced by equal ones are released last too.
+    RCShdPtr<SnItemSet> const before = std::exchange(_items, items._items);
+    if (telling)
+        telling->tell([] {});
+    else
+        _changes->tellUnknown();
+}
+
+CbSubscription SnSelection::onChange(std::function<void(SnSelectionChange const&)> callable) {
+    if (!_changes)
+        _changes = std::make_unique<CbChanges<SnSelectionChange>>(
+            "A listener of a selection", SnSelectionChange{.isUnknown = true});
+    return _changes->subscribe(std::move(callable));
 }
 
 void SnSelection::dump(std::ostream& stream) const {

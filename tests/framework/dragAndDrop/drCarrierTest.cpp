@@ -42,7 +42,10 @@ TEST(DrCarrier, AssertsTheApplicationThread) {
     std::function<void()> const operations[] = {[] { return DrCarrier::create(nullptr); },
         [&] { return carrier->getSelection(); }, [&] { return carrier->getLocation(); },
         [&] { return carrier->getLaunchLocation(); }, [&] { carrier->setLocation({}); },
-        [&] { carrier->setLaunchLocation({}); }};
+        [&] { carrier->setLaunchLocation({}); }, [&] { return carrier->getOffered(); },
+        [&] { carrier->setOffered({}); }, [&] { return carrier->getEffect(); }, [&] { carrier->setEffect({}); },
+        [&] { return carrier->getPlace(); }, [&] { carrier->setPlace({}); }, [&] { return carrier->getFormats(); },
+        [&] { carrier->setFormats({}); }};
     std::jthread([&] {
         for (auto const& operation : operations)
             EXPECT_EQ("PiAppThread::isCurrent() [framework\\dragAndDrop\\src\\drCarrier]", thrownBy(operation));

@@ -42,6 +42,30 @@ TEST(DrClipboard, KeepsTheLastContentThatIsNotEmpty) {
     });
 }
 
+TEST(DrClipboard, TellsWhatWasReplacedInOrder) {
+    inChildProcess([] {
+        DrClipboard& board = DrClipboard::getInstance();
+        std::string heard;
+        auto const of = [](RCShdPtr<DrCarrier> const& carrier, DrClipboard::SrcAction action) {
+            return content(*carrier->getSelection()) + "/" + std::to_string(action);
+        };
+        CbSubscription const emptying = board.onChange([&](DrClipboardChange const& change) {
+            if (change.srcAction == DrClipboard::Cut) board.clear();
+        });
+        CbSubscription hearing = board.onChange([&](DrClipboardChange const& change) {
+            heard +=
+                of(change.contentBefore, change.srcActionBefore) + ">" + of(change.content, change.srcAction) + " ";
+        });
+        put(selectionOf({"a"}), DrClipboard::Copy);
+        put(SnSelection::create(), DrClipboard::Copy);
+        put(selectionOf({"b"}), DrClipboard::Cut);
+        EXPECT_EQ("/0>a/1 a/1>b/2 b/2>/0 ", heard);
+        hearing.end();
+        put(selectionOf({"a"}), DrClipboard::Copy);
+        EXPECT_EQ("/0>a/1 a/1>b/2 b/2>/0 ", heard);
+    });
+}
+
 // The selection belongs to the clipboard alone then.
 void putFuse(std::function<void()> onDestroy) {
     auto const selection = SnSelection::create();

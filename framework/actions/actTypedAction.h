@@ -68,7 +68,6 @@ public:
 };
 
 /// The library itself instantiates actions on two texts.
-/// The library itself instantiates actions on two texts.
 template <>
 inline constexpr bool isActTypedActionInstantiated<LiString, LiString> = true;
 extern template class KO_FRAMEWORK_API ActTypedAction<LiString, LiString>;

@@ -5,7 +5,7 @@
 
 namespace KoInit {
 
-/// Stands for the package "bgTask".
+/// The package "bgTask".
 struct bgTask {};
 
 } // namespace KoInit

@@ -5,7 +5,7 @@
 
 namespace KoInit {
 
-/// Stands for the package of libKOinternalAPI.
+/// The package of libKOinternalAPI.
 struct internalAPI {};
 
 } // namespace KoInit

@@ -137,13 +137,11 @@ public:
         return *this;
     }
     /// Moves to the next item and returns the position before.
-    /// Moves to the next item and returns the position before.
     Iterator operator++(int) noexcept {
         Iterator const before = *this;
         ++*this;
         return before;
     }
-    /// Whether both are at the same position of the same range.
     /// Whether both are at the same position of the same range.
     friend bool operator==(Iterator const& a, Iterator const& b) noexcept { return a._item == b._item; }
 

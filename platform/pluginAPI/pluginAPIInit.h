@@ -5,7 +5,7 @@
 
 namespace KoInit {
 
-/// Stands for the package of libKOpluginAPI.
+/// The package of libKOpluginAPI.
 struct pluginAPI {};
 
 } // namespace KoInit

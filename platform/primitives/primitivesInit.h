@@ -5,7 +5,7 @@
 
 namespace KoInit {
 
-/// Stands for the package of libKOprimitives.
+/// The package of libKOprimitives.
 struct primitives {};
 
 } // namespace KoInit

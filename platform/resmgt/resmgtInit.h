@@ -5,7 +5,7 @@
 
 namespace KoInit {
 
-/// Stands for the package of libKOresmgt.
+/// The package of libKOresmgt.
 struct resmgt {};
 
 } // namespace KoInit

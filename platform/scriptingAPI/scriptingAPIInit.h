@@ -5,7 +5,7 @@
 
 namespace KoInit {
 
-/// Stands for the package of libKOscriptingAPI.
+/// The package of libKOscriptingAPI.
 struct scriptingAPI {};
 
 } // namespace KoInit

@@ -152,7 +152,7 @@ void Gestures::grab(std::string const& name) {
 
 void Gestures::pull(Point to) {
     CmUndoGuard const guard(_editor.history(), dragged().description, PiExecParam::TRANSITION);
-    _editor.moveLayer(_dragged->id, to.x, to.y);
+    _editor.moveLayer(dragged().id, to.x, to.y);
 }
 
 void Gestures::release() {

@@ -16,6 +16,12 @@ namespace {
 using namespace Ko;
 using namespace KoTest;
 
+struct EndOfHold {
+    char const* name;
+    void (*end)(BgJob& job);
+    bool goesOn;
+};
+
 /// Both workers of the high priority group are busy until the gates are opened, so the order in its queue can be tested.
 class BgManagerOrder : public testing::Test {
 protected:
@@ -55,6 +61,7 @@ protected:
         for (GatedJob& blocking : blockers)
             blocking.gate.open();
     }
+    static void expectHeldUntil(EndOfHold const& row);
     static void waitFor(BgJob const& job) {
         while (job.isRunning())
             std::this_thread::yield();
@@ -120,44 +127,43 @@ TEST_F(BgManagerOrder, AStoppedJobIsNotPausedAnyMore) {
     EXPECT_EQ("l", runAll(*add('l')));
 }
 
-// Each row ends the hold of a busy job in its own way.
+void BgManagerOrder::expectHeldUntil(EndOfHold const& row) {
+    std::atomic<int> passed{0};
+    Gate paused;
+    GatedJob held([&](FunctionProtocol& self) {
+        paused.wait();
+        ++passed;
+        EXPECT_EQ(row.goesOn, self.continueExecution());
+        ++passed;
+    });
+    std::vector<bool> pauses;
+    auto const followed =
+        held.job->on<BgJobHintPause>([&](BgJobHintPause const& hint) { pauses.push_back(hint.isPaused()); });
+    BgManager::getInstance().addJob(held.job);
+    held.letGo();
+    held.job->pause();
+    EvEventManager::getInstance().processEvents();
+    paused.open();
+    while (passed == 0)
+        std::this_thread::yield();
+    for (int times = 0; times < 100; ++times) // the job would go on meanwhile
+        std::this_thread::yield();
+    EXPECT_EQ(1, passed);
+    row.end(*held.job);
+    waitFor(*held.job);
+    EvEventManager::getInstance().processEvents();
+    EXPECT_EQ((std::vector<bool>{true, false}), pauses);
+    EXPECT_FALSE(held.job->isPaused());
+    EXPECT_TRUE(held.job->releaseProtocol());
+}
+
 TEST_F(BgManagerOrder, ABusyJobIsHeldWhereItChecks) {
-    struct Row {
-        char const* name;
-        void (*end)(BgJob& job);
-        bool goesOn;
-    };
-    for (Row const& row :
-        {Row{"resume", [](BgJob& job) { job.resume(); }, true}, Row{"stop", [](BgJob& job) { job.stop(); }, false},
-            Row{"requestStop", [](BgJob& job) { job.requestStop(); }, false},
-            Row{"release", [](BgJob& job) { EXPECT_TRUE(job.releaseProtocol()); }, false}}) {
-        std::atomic<int> passed{0};
-        Gate paused;
-        GatedJob held([&](FunctionProtocol& self) {
-            paused.wait();
-            ++passed;
-            EXPECT_EQ(row.goesOn, self.continueExecution()) << row.name;
-            ++passed;
-        });
-        std::vector<bool> pauses;
-        auto const followed =
-            held.job->on<BgJobHintPause>([&](BgJobHintPause const& hint) { pauses.push_back(hint.isPaused()); });
-        manager.addJob(held.job);
-        held.letGo();
-        held.job->pause();
-        EvEventManager::getInstance().processEvents();
-        paused.open();
-        while (passed == 0)
-            std::this_thread::yield();
-        for (int times = 0; times < 100; ++times) // the job would go on meanwhile
-            std::this_thread::yield();
-        EXPECT_EQ(1, passed) << row.name;
-        row.end(*held.job);
-        waitFor(*held.job);
-        EvEventManager::getInstance().processEvents();
-        EXPECT_EQ((std::vector<bool>{true, false}), pauses) << row.name;
-        EXPECT_FALSE(held.job->isPaused());
-        EXPECT_TRUE(held.job->releaseProtocol());
+    for (EndOfHold const& row : {EndOfHold{"resume", [](BgJob& job) { job.resume(); }, true},
+             EndOfHold{"stop", [](BgJob& job) { job.stop(); }, false},
+             EndOfHold{"requestStop", [](BgJob& job) { job.requestStop(); }, false},
+             EndOfHold{"release", [](BgJob& job) { EXPECT_TRUE(job.releaseProtocol()); }, false}}) {
+        SCOPED_TRACE(row.name);
+        expectHeldUntil(row);
     }
     auto const here =
         FunctionProtocol::createJob([](FunctionProtocol& self) { EXPECT_TRUE(self.continueExecution()); });

@@ -21,12 +21,12 @@ bool isEnd(ObHints const& hints) {
 
 LiString BgJob::getName() const {
     std::lock_guard const guard(_lock);
-    return _protocol ? _protocol->getJobName() : _names->name;
+    return _names ? _names->name : _protocol->getJobName();
 }
 
 LiString BgJob::getType() const {
     std::lock_guard const guard(_lock);
-    return _protocol ? _protocol->getJobType() : _names->type;
+    return _names ? _names->type : _protocol->getJobType();
 }
 
 BgJobTimes BgJob::getTimes() const {

@@ -11,7 +11,7 @@ std::optional<BgJobTimes::Duration> BgJobTimes::estimateRemaining(float progress
     Duration const worked = std::max(now - *started - paused, Duration::zero());
     double const share = (1.0 - static_cast<double>(progress)) / static_cast<double>(progress);
     double const remaining = static_cast<double>(worked.count()) * share;
-    constexpr double longest = static_cast<double>(Duration::max().count() / 2);
+    constexpr double longest = static_cast<double>(Duration::max().count()) / 2;
     return Duration(static_cast<Duration::rep>(std::min(remaining, longest)));
 }
 

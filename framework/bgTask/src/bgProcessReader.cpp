@@ -46,7 +46,7 @@ BgProcess::Reader::Clock::time_point BgProcess::Reader::getDue() const noexcept 
     if (isEmpty || (!isFull && Clock::now() < _nextPass)) return;
     passOutput();
     passErrors();
-    _nextPass = Clock::now() + *_interval;
+    _nextPass = Clock::now() + *_interval; // NOLINT(bugprone-unchecked-optional-access): called only with one
 }
 
 void BgProcess::Reader::passOutput() {

@@ -21,7 +21,7 @@ void blurLine(int length, int radius, Pixel const& pixel, std::vector<Light>& li
     line.clear();
     for (int index = -radius; index <= length + radius; ++index)
         line.push_back(toLight(pixel(std::clamp(index, 0, length - 1))));
-    auto const count = static_cast<std::size_t>(2 * radius + 1);
+    auto const count = 2 * static_cast<std::size_t>(radius) + 1;
     float const share = 1.0f / static_cast<float>(count);
     Light mean;
     for (std::size_t index = 0; index < count; ++index)

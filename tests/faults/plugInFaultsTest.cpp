@@ -3,6 +3,7 @@
 #include "resmgt/msgServer.h"
 #include "tests/faults/faultsTest.h"
 #include "tests/fixtures/plugIns/plugInJournal.h"
+#include "tests/support/declaredLibrary.h"
 #include "tests/support/plugInFolder.h"
 
 #include <algorithm>
@@ -141,6 +142,34 @@ TEST_F(PlugInFaults, TheSearchPassesOnThatMemoryHasRunOut) {
         EXPECT_EQ(std::count(journal.begin(), journal.end(), '+') - (journal.find("+bad") != std::string::npos ? 1 : 0),
             std::count(journal.begin(), journal.end(), '-'))
             << journal;
+    });
+}
+
+// A plug-in that was not loaded because memory ran out does not run, and the report says so.
+TEST_F(PlugInFaults, APlugInRunsOnlyAfterThoseThatItRequires) {
+    MsgProtocol::setHandler([](Msg const&) {});
+    auto const write = [&](char const* name, char const* fixture, std::string const& lines) {
+        std::string const library = contentOf((std::filesystem::path(KO_TEST_PLUG_INS) / fixture).string());
+        std::string const declaration = "name=n\nversion=1\ntype=op\ninterface=framework 8.0\n" + lines;
+        return folder.write(name, withSection(library, declarationOf(declaration))).string();
+    };
+    write("required.op.so", "grade.op.so", "");
+    OsFilePath const path = write("a.op.so", "blur.op.so", "requires=required.op\n");
+    tryAllFaultsInCopies("load with a required plug-in", [&](FaultyAttempt& attempt) {
+        InInitMgr::initialize();
+        bool isPresent = false;
+        attempt([&] { isPresent = PimUtils::load(path, InInitMgr::Reinitialization); });
+        auto const report = PimUtils::getReport().plugIns;
+        bool const isLoaded = std::any_of(report.begin(), report.end(),
+            [&](PimFinding const& finding) { return finding.path == path && finding.stage == PimStage::Loaded; });
+        std::string const journal = takeJournal();
+        EXPECT_TRUE(!isPresent || isLoaded);
+        EXPECT_EQ(isLoaded, journal == "+grade *grade +blur *blur") << journal;
+        EXPECT_TRUE(journal.find("+blur") == std::string::npos || journal.starts_with("+grade *grade +blur"))
+            << journal;
+        InInitMgr::finalize();
+        std::string const end = takeJournal();
+        EXPECT_EQ(isLoaded, end == "-blur -grade") << end;
     });
 }
 

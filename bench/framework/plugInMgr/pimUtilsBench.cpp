@@ -3,11 +3,17 @@
 
 #include "bench/support/plugInCopies.h"
 #include "framework/plugInMgr/pimUtils.h"
+#include "resmgt/lgGroups.h"
+#include "resmgt/msgServer.h"
+#include "resmgt/osFile.h"
 
+#include <array>
 #include <benchmark/benchmark.h>
 #include <dirent.h>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <fstream>
+#include <link.h>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -18,6 +24,8 @@ using namespace Ko;
 using namespace KoBench;
 
 constexpr int plugIns = 200;
+constexpr int refused = 990;
+constexpr int notRefused = 10;
 constexpr int files = 10000;
 constexpr int types = 100;
 constexpr auto mode = InInitMgr::Reinitialization;
@@ -47,6 +55,71 @@ void LoadPlugInsLeast(benchmark::State& state, std::vector<std::string> const& p
     loadInChildren(state, [&] {
         int loaded = 0;
         for (std::string const& path : paths)
+            if (::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) ++loaded;
+        return loaded;
+    });
+}
+
+// Copies that declare another interface than that of the framework.
+std::vector<std::string> copyRefused(Folder const& folder, char const* plugIn) {
+    std::string library = OsFile::read(plugIn);
+    std::string const interface = "interface=framework ";
+    library.at(library.find(interface) + interface.size()) = '9';
+    std::vector<std::string> paths;
+    for (int index = 0; index < refused; ++index) {
+        paths.push_back(folder.file("refused" + std::to_string(index) + ".op.so"));
+        std::ofstream(paths.back(), std::ios::binary) << library;
+    }
+    return paths;
+}
+
+// The number of libraries that the system's loader has mapped into this process so far.
+int libraryLoads() {
+    unsigned long long loads = 0;
+    ::dl_iterate_phdr(
+        [](dl_phdr_info* info, std::size_t, void* result) {
+            *static_cast<unsigned long long*>(result) = info->dlpi_adds;
+            return 1;
+        },
+        &loads);
+    return static_cast<int>(loads);
+}
+
+// Ten of a thousand plug-ins fit. The others must not reach the system's loader.
+template <class Load>
+void loadFew(benchmark::State& state, Load load) {
+    for (auto _ : state) {
+        double const seconds = secondsInChild(notRefused, [&] {
+            int const before = libraryLoads(), loaded = load();
+            return libraryLoads() - before == notRefused ? loaded : -1;
+        });
+        if (seconds < 0.0) return state.SkipWithError("other libraries were loaded than those that fit");
+        state.SetIterationTime(seconds);
+    }
+    state.counters["libraryLoads"] = notRefused;
+    state.counters["perPlugIn"] = benchmark::Counter(static_cast<double>(state.iterations() * (refused + notRefused)),
+        benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+void RefusePlugIns(benchmark::State& state, Folder const& folder) {
+    loadFew(state, [&] { return PimUtils::loadType(folder.path(), "op", mode, PimUtils::getNullCb()); });
+}
+
+// Four reads of each file, for the header, the table of sections, their names, and the declaration.
+void RefusePlugInsLeast(
+    benchmark::State& state, std::vector<std::string> const& others, std::vector<std::string> const& fit) {
+    loadFew(state, [&] {
+        std::array<char, 64> bytes{};
+        ssize_t sum = 0;
+        for (std::string const& path : others) {
+            int const file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+            for (int piece = 0; piece < 4; ++piece)
+                sum += ::pread(file, bytes.data(), bytes.size(), 1000 * piece);
+            ::close(file);
+        }
+        benchmark::DoNotOptimize(sum);
+        int loaded = 0;
+        for (std::string const& path : fit)
             if (::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) ++loaded;
         return loaded;
     });
@@ -103,11 +176,18 @@ int main(int argc, char** argv) {
     InInitScope const scope(count, arguments.data());
     benchmark::Initialize(&count, arguments.data());
 
-    Folder const loaded("koBenchPlugIns"), scanned("koBenchNames");
+    // The reports of plug-ins that are refused.
+    MsgProtocol::setHandler([](Msg const&) {});
+    LgSinks::replace({});
+    Folder const loaded("koBenchPlugIns"), scanned("koBenchNames"), mixed("koBenchRefused");
     auto const paths = copyPlugIn(loaded, KO_BENCH_PLUG_IN, plugIns);
+    auto const others = copyRefused(mixed, KO_BENCH_PLUG_IN), fit = copyPlugIn(mixed, KO_BENCH_PLUG_IN, notRefused);
     fillWithNames(scanned);
     benchmark::RegisterBenchmark("LoadPlugIns", LoadPlugIns, std::cref(loaded))->UseManualTime();
     benchmark::RegisterBenchmark("LoadPlugInsLeast", LoadPlugInsLeast, std::cref(paths))->UseManualTime();
+    benchmark::RegisterBenchmark("RefusePlugIns", RefusePlugIns, std::cref(mixed))->UseManualTime();
+    benchmark::RegisterBenchmark("RefusePlugInsLeast", RefusePlugInsLeast, std::cref(others), std::cref(fit))
+        ->UseManualTime();
     benchmark::RegisterBenchmark("ScanForType/none", ScanForType, std::cref(scanned), "op");
     benchmark::RegisterBenchmark("ScanForType/one of 100", ScanForType, std::cref(scanned), "t42");
     benchmark::RegisterBenchmark("ScanForTypeLeast", ScanForTypeLeast, std::cref(scanned));

@@ -155,6 +155,10 @@ TEST(PlugInMgrPackage, StartsWithoutAPlugInWhosePostInitialiseHookFails) {
             EXPECT_EQ((Names{"PlugInMgr:2 [PlugInMgr] Error while attempting to init plugin '" + path + "':\n" +
                              reason + "\nPlugin ignored."}),
                 log.lines());
+            auto const report = PimUtils::getReport().plugIns;
+            ASSERT_EQ(2u, report.size());
+            EXPECT_TRUE(report[0].stage == PimStage::Failed && report[1].stage == PimStage::Loaded);
+            EXPECT_EQ(reason, report[0].reason);
         });
     });
 }

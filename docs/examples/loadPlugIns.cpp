@@ -17,7 +17,7 @@ public:
 
 int main(int argc, char** argv) {
     InInitScope const framework(argc, argv);
-    PimUtils::setInterface({"workshop", 1, 2});
+    PimUtils::setInterface("workshop 1.2");
     Progress progress;
     int const present = PimUtils::loadType("tool", InInitMgr::Reinitialization, progress);
     std::cout << "plug-ins: " << present << '\n';

@@ -61,7 +61,9 @@ public:
     /// The plug-in directories, in the order in which they are searched.
     [[nodiscard]] static Vector<OsFilePath> const& getFilePaths();
     /// Offers an interface of the host to plug-ins, or replaces the offered one of that name. Before plug-ins are loaded.
-    static void setInterface(PimInterface const& interface);
+    /// @param interface "name major.minor", as the property KO_PLUGIN_INTERFACE of the library that plug-ins are linked with.
+    /// @throws ExAssertionFailed when it is not of this form.
+    static void setInterface(std::string_view interface);
     /// Where plug-ins were looked for until now, and what has become of each file. Any thread.
     [[nodiscard]] static PimReport getReport();
     /// A callback that does nothing.

@@ -65,7 +65,7 @@ void write(std::vector<Row> const& rows, std::ostream& output) {
 } // namespace
 
 PlugIns::PlugIns(std::ostream& errors) {
-    PimUtils::setInterface(*PimInterface::parse(COMPOSITOR_INTERFACE));
+    PimUtils::setInterface(COMPOSITOR_INTERFACE);
     MsgProtocol::setHandler([&errors](Msg const& message) { errors << message.getText() << std::endl; });
     for (char const* const type : types)
         PimUtils::loadType(type, InInitMgr::Reinitialization, PimUtils::getNullCb());

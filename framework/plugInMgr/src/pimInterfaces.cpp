@@ -1,12 +1,16 @@
 #include "framework/plugInMgr/src/pimInterfaces.h"
 
+#include "base/assertions.h"
+
 #include <algorithm>
 
 namespace Ko {
 
 namespace {
 
-Vector<PimInterface> offered{*PimInterface::parse(KO_PLUGIN_INTERFACE)};
+constexpr AssertionSource source{"framework\\plugInMgr\\src\\pimInterfaces"};
+
+Vector<PimInterface> offered{PimInterface::parse(KO_PLUGIN_INTERFACE).value_or(PimInterface())};
 
 PimInterface* find(LiString const& name) {
     auto const found = std::find_if(
@@ -16,9 +20,11 @@ PimInterface* find(LiString const& name) {
 
 } // namespace
 
-void PimInterfaces::set(PimInterface const& interface) {
-    PimInterface* const known = find(interface.name);
-    known ? static_cast<void>(*known = interface) : offered.push_back(interface);
+void PimInterfaces::set(std::string_view text) {
+    auto const interface = PimInterface::parse(text);
+    if (!interface) source.fail("interface is name major.minor");
+    PimInterface* const known = find(interface->name);
+    known ? static_cast<void>(*known = *interface) : offered.push_back(*interface);
 }
 
 LiString PimInterfaces::getProblem(PimDeclaration const& declaration) {

@@ -8,7 +8,8 @@ namespace Ko {
 class PimInterfaces {
 public:
     /// Offers an interface, or replaces the one of that name.
-    static void set(PimInterface const& interface);
+    /// @throws ExAssertionFailed when the text is not of the form of `PimInterface::parse`.
+    static void set(std::string_view text);
     /// Why a plug-in does not run here; empty where it does.
     [[nodiscard]] static LiString getProblem(PimDeclaration const& declaration);
 };

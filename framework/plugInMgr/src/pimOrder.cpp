@@ -51,9 +51,8 @@ PimOrder::PimOrder(OsFilePath const& path) {
 }
 
 LiString PimOrder::getFailure(OsFilePath const& fileName) {
-    auto const known = PimRecords::getLoaded(fileName);
-    if (!known || known->stage != PimStage::Failed) return {};
-    return "it requires " + fileName.getBaseName() + ", which failed: " + known->reason;
+    auto const failure = PimRecords::getFailure(fileName);
+    return failure ? "it requires " + fileName.getBaseName() + ", which failed: " + *failure : LiString();
 }
 
 void PimOrder::check(OsFilePath const& path) {

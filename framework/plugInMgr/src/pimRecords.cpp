@@ -89,11 +89,19 @@ void PimRecords::setFailed(OsFilePath const& path, char const* reason) noexcept 
     }
 }
 
-std::optional<PimFinding> PimRecords::getLoaded(OsFilePath const& fileName) {
+std::optional<OsFilePath> PimRecords::getNamesake(OsFilePath const& path) {
+    std::lock_guard const guard(records.mutex);
+    auto const other = records.loaded.find(path.getFileName());
+    if (other == records.loaded.end() || other->second == path) return std::nullopt;
+    return other->second;
+}
+
+std::optional<LiString> PimRecords::getFailure(OsFilePath const& fileName) {
     std::lock_guard const guard(records.mutex);
     auto const path = records.loaded.find(fileName);
     if (path == records.loaded.end()) return std::nullopt;
-    return *records.find(path->second);
+    PimFinding const& finding = *records.find(path->second);
+    return finding.stage == PimStage::Failed ? std::optional(finding.reason) : std::nullopt;
 }
 
 } // namespace Ko

@@ -21,8 +21,10 @@ public:
     /// The reason is left out where no memory is left for it.
     static void setFailed(OsFilePath const& path, char const* reason) noexcept;
 
-    /// The file of that name that is or was loaded, or that failed; nothing where none was tried.
-    [[nodiscard]] static std::optional<PimFinding> getLoaded(OsFilePath const& fileName);
+    /// The other file of the same name that was loaded, or that an attempt was made to load; nothing where that is this file.
+    [[nodiscard]] static std::optional<OsFilePath> getNamesake(OsFilePath const& path);
+    /// Why the library of that file name has failed; nothing where it has not.
+    [[nodiscard]] static std::optional<LiString> getFailure(OsFilePath const& fileName);
 };
 
 } // namespace Ko

@@ -95,11 +95,11 @@ bool openInOrder(OsFilePath const& path, InInitMgr::InitType mode, PimUtils::Cal
 
 // A library of that file name is present. Only this one is reported if it is another file.
 void noteNamesake(OsFilePath const& path, PimUtils::Callback& callback) {
-    auto const loaded = PimRecords::getLoaded(path.getFileName());
-    if (!loaded || loaded->path == path || path.getFileName() == path) return;
+    if (path.getFileName() == path) return;
+    auto const other = PimRecords::getNamesake(path);
+    if (!other) return;
     PimEx::ExLibMultipleLoad const error(source, __LINE__, path);
-    PimRecords::set(
-        path, PimStage::Found, "has the file name of " + loaded->path.getPath() + ", which was loaded before.");
+    PimRecords::set(path, PimStage::Found, "has the file name of " + other->getPath() + ", which was loaded before.");
     callback.notifyRefused(path, PimStage::Found, error);
 }
 
@@ -131,7 +131,7 @@ void PimUtils::initialize() {
     PimRules::initialize();
 }
 
-void PimUtils::setInterface(PimInterface const& interface) {
+void PimUtils::setInterface(std::string_view interface) {
     PimInterfaces::set(interface);
 }
 

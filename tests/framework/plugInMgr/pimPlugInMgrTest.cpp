@@ -1,5 +1,6 @@
 #include "framework/plugInMgr/pimPlugInMgr.h"
 #include "framework/plugInMgr/pimEx.h"
+#include "framework/plugInMgr/pimUtils.h"
 #include "tests/fixtures/plugIns/plugInJournal.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/plugInFolder.h"
@@ -146,6 +147,7 @@ TEST_F(PimPlugInMgrTest, OpensEachLibraryOnceHoweverManyThreadsLoad) {
             for (OsFilePath const& path : paths) {
                 ++(outcomeOf(path) == isLoaded ? loaded : refused);
                 EXPECT_TRUE(manager().isLoaded(path));
+                EXPECT_FALSE(PimUtils::getReport().plugIns.empty());
             }
         });
     pool.clear();

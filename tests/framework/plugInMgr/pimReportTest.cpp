@@ -47,7 +47,7 @@ protected:
         plugInActions().clear();
         plugInJournal().clear();
         PimUtils::setFilePaths({folder.path()});
-        PimUtils::setInterface({"host", 2, 3});
+        PimUtils::setInterface("host 2.3");
     }
 
     // Writes a plug-in that declares its type, and these lines.

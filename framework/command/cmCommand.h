@@ -52,6 +52,7 @@ protected:
 
 private:
     friend class CmCommandStack;
+    friend class CmMacroCommand;
     friend class CmTimedCommand;
 
     virtual void execute();

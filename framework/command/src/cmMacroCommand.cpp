@@ -1,7 +1,6 @@
 #include "framework/command/cmMacroCommand.h"
 
 #include "base/assertions.h"
-#include "framework/command/cmCommandStack.h"
 #include "framework/command/src/cmOpenGuards.h"
 #include "resmgt/xmlWriter.h"
 
@@ -105,19 +104,19 @@ LiString CmMacroCommand::getDescription() const {
     return "Macro: " + joined;
 }
 
-// Logging is suspended: what the commands do through undo guards is a part of this macro already.
+// Logging is suspended once for all commands: what they do through undo guards is a part of this macro already.
 void CmMacroCommand::executeInternal() {
     OpenGuards::NoLogScope const guard;
     Loop const loop(*_imp);
     for (RCShdPtr<CmCommand> const& command : _imp->commands)
-        CmCommandStack::executeStatic(command);
+        command->execute();
 }
 
 void CmMacroCommand::unexecuteInternal() {
     OpenGuards::NoLogScope const guard;
     Loop const loop(*_imp);
     for (auto command = _imp->commands.rbegin(); command != _imp->commands.rend(); ++command)
-        CmCommandStack::unexecuteStatic(*command);
+        (*command)->unexecute();
 }
 
 void CmMacroCommand::dump(XmlWriter& writer) const {

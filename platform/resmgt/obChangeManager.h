@@ -130,7 +130,8 @@ private:
     static auto withSubject(ObLink const& link, Step step) noexcept;
     static void markDetached(ObLink& link) noexcept;
     static bool isRunningElsewhere(ObLink const& link) noexcept;
-    static void freeIfUnused(Guard& guard, ObLink& link) noexcept;
+    static void freeIfUnused(Guard& guard, ObLink& link, bool detaches = false) noexcept;
+    static bool leaveSubjectIfUnused(ObLink& link) noexcept;
     static void leaveSubject(ObLink& link) noexcept;
     static void leaveObserver(ObLink& link) noexcept;
     void waitForOthers(Guard& guard, ObLink& link) noexcept;

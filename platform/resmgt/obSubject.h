@@ -37,8 +37,8 @@ public:
     template <class Hint, class Callable>
     [[nodiscard]] ObSubscription on(Callable callable, ObDelivery delivery = ObDelivery::ApplicationThread) {
         return ObSubscription(
-            connect([callable = std::move(callable)](ObHints const& hints) { callable(*hints.pickHint<Hint>()); },
-                delivery, [](ObHints const& hints) { return hints.pickHint<Hint>() != nullptr; }));
+            connect([callable = std::move(callable)](ObHints const& hints) { callable(*hints.findHint<Hint>()); },
+                delivery, [](ObHints const& hints) { return hints.findHint<Hint>() != nullptr; }));
     }
     /// Calls `update` of all attached observers on this thread, in the order of their attachment and without a lock. Observers
     /// that are attached meanwhile are notified the next time. An exception from an observer is logged. Any thread.

@@ -15,8 +15,8 @@ namespace {
 using Kind = BgJobChange::Kind;
 
 RCShdPtr<BgJob> jobOf(ObHints const& hints) {
-    if (auto const change = hints.pickHint<BgJobHintChangeState>()) return change->getJob();
-    if (auto const step = hints.pickHint<BgJobHintProgress>()) return step->getJob();
+    if (auto const change = hints.findHint<BgJobHintChangeState>()) return change->getJob();
+    if (auto const step = hints.findHint<BgJobHintProgress>()) return step->getJob();
     auto const report = hints[0].dynamicCast<BgJobHintReport>();
     return report ? report->getJob() : nullptr;
 }
@@ -34,7 +34,7 @@ ObSubscription BgFollowers::add(std::function<void(BgManagerHintJobs const&)> ca
     if (!callable) RCExUtil::throwExNullPtr(typeid(callable).name());
     Subject& subject = follow == BgFollow::JobsAndUiJobs ? _all : _jobs;
     return ObSubscription(subject.connect(
-        [callable = std::move(callable)](ObHints const& hints) { callable(*hints.pickHint<BgManagerHintJobs>()); },
+        [callable = std::move(callable)](ObHints const& hints) { callable(*hints.findHint<BgManagerHintJobs>()); },
         ObDelivery::ApplicationThread, nullptr));
 }
 

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t mostMessages = 100; // in one notification
 
 bool isEnd(ObHints const& hints) {
-    auto const change = hints.pickHint<BgJobHintChangeState>();
+    auto const change = hints.findHint<BgJobHintChangeState>();
     return change && change->getJobState() >= BgJobHintChangeState::Stopped;
 }
 
@@ -162,7 +162,7 @@ ObSubscription BgJob::onEnd(std::function<void(BgJob& job)> callable) {
     if (!callable) RCExUtil::throwExNullPtr(typeid(callable).name());
     auto const connection = connect(
         [callable = std::move(callable), isDone = false](ObHints const& hints) mutable {
-            if (!std::exchange(isDone, true)) callable(*hints.pickHint<BgJobHintChangeState>()->getJob());
+            if (!std::exchange(isDone, true)) callable(*hints.findHint<BgJobHintChangeState>()->getJob());
         },
         ObDelivery::ApplicationThread, isEnd);
     // Under the lock: a change of the state either finds the new observer or is seen here.

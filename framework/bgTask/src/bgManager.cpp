@@ -151,12 +151,12 @@ List<RCShdPtr<BgJob>> BgManagerImp::getJobs() {
 // Runs on the thread that changed the job. The observers are notified on the application thread only.
 void BgManagerImp::update(ObObserver<BgJobTag> const*, ObHints const& hints) {
     if (!EvEventManager::isInitialized()) return;
-    if (auto const change = hints.pickHint<BgJobHintChangeState>()) {
+    if (auto const change = hints.findHint<BgJobHintChangeState>()) {
         OPtr<ExBase> error = change->hasJobFailed() ? change->getJob()->cloneError() : nullptr;
         auto job = error ? change->getJob() : nullptr;
         EvEventManager::getInstance().postRequest(JobUpdateCbParams{std::move(job), std::move(error)});
     }
-    if (hints.pickHint<BgJobHintProgress>()) EvEventManager::getInstance().postRequest(JobUpdateCbParams{});
+    if (hints.findHint<BgJobHintProgress>()) EvEventManager::getInstance().postRequest(JobUpdateCbParams{});
     _followers.note(hints, false);
 }
 

@@ -111,7 +111,7 @@ void BgOrder::observe(RCShdPtr<BgJob> const& job) {
 }
 
 void BgOrder::update(ObObserver<BgJobTag> const*, ObHints const& hints) {
-    auto const change = hints.pickHint<BgJobHintChangeState>();
+    auto const change = hints.findHint<BgJobHintChangeState>();
     if (change && change->getJobState() >= BgJobHintChangeState::Stopped) noteEnd(change->getJob());
 }
 

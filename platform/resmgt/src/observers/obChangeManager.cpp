@@ -191,10 +191,7 @@ bool ObChangeManagerImp::detach(ObSubjectLinks& subject, ObObserverLinks& observ
     {
         Guard guard(_mutex);
         ObLink* const attached = find(subject, observer, [](ObLink const& link) { return !link.isDetached; });
-        if (attached) {
-            markDetached(*attached);
-            freeIfUnused(guard, *attached);
-        }
+        if (attached) freeIfUnused(guard, *attached, true);
         // Also waits for links that another thread has just detached.
         auto const isLeaving = [](ObLink const& link) { return link.isDetached && isRunningElsewhere(link); };
         while (ObLink* const link = isInside(observer) ? nullptr : find(subject, observer, isLeaving))
@@ -232,8 +229,7 @@ void ObChangeManagerImp::release(ObObserverLinks& observer) noexcept {
     Guard guard(_mutex);
     for (ObLink* link = observer._first; link;) {
         ObLink* const next = link->nextOfObserver;
-        markDetached(*link);
-        freeIfUnused(guard, *link);
+        freeIfUnused(guard, *link, true);
         link = next;
     }
 }
@@ -261,7 +257,7 @@ void ObChangeManagerImp::forget(ObSubjectLinks& subject) noexcept {
         if (observer) error.capture([&] { _notifier.detachedFrom(*observer, subject); });
         guard.lock();
         innermost = inside.outer;
-        leaveSubject(*link);
+        withSubject(*link, [link] { leaveSubject(*link); });
         leaveLink(guard, *link);
     }
     guard.unlock();
@@ -306,18 +302,27 @@ void ObChangeManagerImp::leaveLink(Guard& guard, ObLink& link) noexcept {
     freeIfUnused(guard, link);
 }
 
-void ObChangeManagerImp::freeIfUnused(Guard& guard, ObLink& link) noexcept {
-    auto const isUnused = [&link] { return link.isDetached && link.running == 0 && link.waiting == 0; };
-    if (!withSubject(link, isUnused)) return;
-    leaveSubject(link);
+// @param detaches whether notifications skip the link from now on.
+void ObChangeManagerImp::freeIfUnused(Guard& guard, ObLink& link, bool detaches) noexcept {
+    auto const step = [&link, detaches] {
+        link.isDetached = link.isDetached || detaches;
+        return leaveSubjectIfUnused(link);
+    };
+    if (!withSubject(link, step)) return;
     leaveObserver(link);
     guard.destroyLater(link);
+}
+
+// Called under the lock of the subject, if that still exists, like the next one.
+bool ObChangeManagerImp::leaveSubjectIfUnused(ObLink& link) noexcept {
+    if (!link.isDetached || link.running > 0 || link.waiting > 0) return false;
+    leaveSubject(link);
+    return true;
 }
 
 void ObChangeManagerImp::leaveSubject(ObLink& link) noexcept {
     if (!link.subject) return;
     ObSubjectLinks& subject = *std::exchange(link.subject, nullptr);
-    std::lock_guard const guard(subject._lock);
     ObLink* const next = link.nextOfSubject;
     ObLink* const previous = link.previousOfSubject;
     (next ? next->previousOfSubject : subject._last) = previous;

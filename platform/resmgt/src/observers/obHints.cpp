@@ -21,13 +21,4 @@ std::unique_ptr<ObHints> ObHints::copy() const {
     return hints;
 }
 
-RCShdPtr<ObHint> ObHints::pickHint(std::type_info const& type) const noexcept {
-    for (std::size_t index = 0; index < _size; ++index) {
-        RCShdPtr<ObHint> const& hint = (*this)[index];
-        ObHint const& object = *hint.get();
-        if (typeid(object) == type) return hint;
-    }
-    return {};
-}
-
 } // namespace Ko

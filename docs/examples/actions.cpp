@@ -2,6 +2,7 @@
 #include "framework/actions/actBasicParam.h"
 #include "framework/actions/actDndUtils.h"
 #include "framework/actions/actFinder.h"
+#include "framework/actions/actGroupedEntry.h"
 #include "framework/actions/actLambda.h"
 #include "framework/actions/actPresentation.h"
 #include "framework/actions/actRegistry.h"
@@ -125,6 +126,27 @@ void showMenu(RCShdPtr<SnItem const> const& layer) {
     if (!entries.atEnd()) entries->performAction(SnSelection::create());
 }
 
+/// Shows or hides a layer; a menu shows it with a check mark.
+void addVisibleAction(Set<LiString>& hidden) {
+    ActLambda<LiString, bool>::add({
+        .description = "Visible",
+        .isChecked = [&](LiString const& layer) { return !hidden.contains(layer); },
+        .perform = [&](LiString const& layer, bool isOn) { isOn ? hidden.erase(layer) : hidden.insert(layer).second; },
+    });
+}
+
+/// Performs each action that has a check mark, for all layers at once.
+void switchAll(RCShdPtr<SnSelection const> const& layers) {
+    auto const nothing = SnItemBasic<ActBasicParam>::create(ActBasicParam());
+    ActRegistry const& registry = ActRegistry::getInstance();
+    for (auto const& entry : registry.getGroupedActions(layers, nothing, "", ActRegistry::AllSorted)) {
+        ActPresentation const shown = entry.getPresentation();
+        if (!shown.isCheckable) continue;
+        std::cout << entry.getText() << (shown.isMixed ? ": some" : shown.isChecked ? ": all" : ": none") << '\n';
+        entry.performAction(history, SnSelection::create());
+    }
+}
+
 /// Lists the actions that match some letters, as a palette does.
 void showPalette(LiString const& letters, RCShdPtr<SnItem const> const& layer) {
     auto const nothing = SnItemBasic<ActBasicParam>::create(ActBasicParam());
@@ -171,5 +193,11 @@ int main(int argc, char** argv) {
 
     auto const group = SnItemBasic<Group>::create({"Group 1"});
     if (drag(selected, group, DrEffect::Link) == DrEffect::Copy) std::cout << "They were copied.\n";
+
+    Set<LiString> hidden{"Tree"};
+    addVisibleAction(hidden);
+    selected->add(itemOf("Tree"));
+    switchAll(RCShdPtr<SnSelection const>(selected));
+    switchAll(RCShdPtr<SnSelection const>(selected));
     history.reset();
 }

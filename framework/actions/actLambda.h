@@ -2,6 +2,7 @@
 
 #include "base/assertions.h"
 #include "framework/actions/actBasicParam.h"
+#include "framework/actions/actOption.h"
 #include "framework/actions/actPresentation.h"
 #include "internalAPI/snItemConvert.h"
 
@@ -76,7 +77,7 @@ private:
 /// Callables live as long as the action and may be called at any time on the application thread. They may leave out their last
 /// parameters.
 template <class Target, class Input = ActBasicParam>
-class ActLambda final : public ActAction, public ActPresented {
+class ActLambda final : public ActAction, public ActPresented, public ActOptioned {
     static_assert(isSnItemType<Target>, "The target of this ActLambda is no item type: say KO_ITEM_TYPE(Target) "
                                         "before, in one source (internalAPI/snItemType.imp.h), "
                                         "and KO_DECLARE_ITEM_TYPE(, Target) in a header where several sources use it.");
@@ -87,6 +88,16 @@ class ActLambda final : public ActAction, public ActPresented {
 public:
     using ActAction::inputValid;
     using ActAction::performAction;
+
+    /// A choice that the action offers.
+    struct Option {
+        /// What a menu shows.
+        LiString text = {};
+        /// The input that stands for it.
+        Input input = {};
+        /// Whether it is what the target has now.
+        bool isCurrent = false;
+    };
 
     /// What the action is and does. Only a description and `perform` are needed.
     struct Traits {
@@ -107,6 +118,8 @@ public:
         /// The input to use where none is given, that is where it is an empty `ActBasicParam`, so that menus list the action. An
         /// action with `isChecked` whose input is a `bool` switches to the other state without it.
         ActCallable<Input, Target const&> defaultInput = {};
+        /// The choices for a target, in the order of a menu.
+        ActCallable<Vector<Option>, Target const&> options = {};
         /// Does the work. The selection is as in `ActAction::performAction`.
         ActCallable<void, Target const&, Input const&, RCShdPtr<SnSelection> const&> perform = {};
     };
@@ -162,6 +175,15 @@ public:
         if (_traits.isChecked) shown.isChecked = _traits.isChecked(value);
         if (_traits.whyNot) shown.whyNot = _traits.whyNot(value);
         return shown;
+    }
+
+    /// The choices that the traits name for the value of the target.
+    Vector<ActOption> getOptions(RCShdPtr<SnItem const> const& target) const override {
+        Vector<ActOption> options;
+        if (!_traits.options || !SnItemConvert<Target>::test(target)) return options;
+        for (Option const& option : _traits.options(SnItemConvert<Target>::get(target)))
+            options.push_back({option.text, SnItemBasic<Input>::create(option.input), option.isCurrent});
+        return options;
     }
 
 private:

@@ -34,6 +34,8 @@ struct ActPresentation {
     /// Why the action is not valid for the target and the input, for a disabled entry: "Select a layer first". Empty where it is valid,
     /// or no reason is known.
     LiString whyNot = {};
+    /// Whether the check mark is set for some of several targets and not for the others (`ActGroupedEntry`); then it is shown as neither.
+    bool isMixed = false;
 };
 
 /// An optional interface of actions: derive an action from it too, to decide how it is shown. Application thread only.

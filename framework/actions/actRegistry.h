@@ -12,6 +12,7 @@
 
 namespace Ko {
 
+class ActGroupedEntry;
 class ActRecords;
 class ActRegistry;
 extern template class KO_FRAMEWORK_API InSingleton<ActRegistry>;
@@ -119,6 +120,13 @@ public:
     /// As for a list with an input, which is a `DrCarrierItem` with the carrier.
     [[nodiscard]] ConstIterator<Entry> getActions(List<RCShdPtr<SnItem const>> const& targets,
         RCShdPtr<DrCarrier> const& carrier, std::string const& compositeName, Numerator order) const;
+
+    /// The actions that are valid for some of the targets, each once, with all those targets. The class is in `actGroupedEntry.h`.
+    [[nodiscard]] Vector<ActGroupedEntry> getGroupedActions(List<RCShdPtr<SnItem const>> const& targets,
+        RCShdPtr<SnItem const> const& input, std::string const& compositeName, Numerator order) const;
+    /// The same for the items of a selection.
+    [[nodiscard]] Vector<ActGroupedEntry> getGroupedActions(RCShdPtr<SnSelection const> const& selection,
+        RCShdPtr<SnItem const> const& input, std::string const& compositeName, Numerator order) const;
 
     /// All actions, valid or not, those with a composite name included.
     [[nodiscard]] ConstIterator<ActAction const*> getAllActions(Numerator order) const;

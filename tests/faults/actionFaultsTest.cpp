@@ -1,4 +1,8 @@
 #include "framework/actions/actCompositeAction.h"
+#include "framework/actions/actGroupedEntry.h"
+#include "framework/actions/actLambda.h"
+#include "framework/command/cmSelectionChangeCmd.h"
+#include "framework/command/cmUndoGuard.h"
 #include "tests/faults/faultsTest.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/recordingAction.h"
@@ -100,6 +104,8 @@ TEST_F(ActionFaults, AQueryReturnsAllOrFails) {
             Row{"targets", 5, 10, [&](auto order) { return count(registry.getActions(targets, input, "", order)); }},
             Row{"selection", 5, 15,
                 [&](auto order) { return count(registry.getActions(selection, input, "", order)); }},
+            Row{"grouped", 5, 5,
+                [&](auto order) { return registry.getGroupedActions(targets, input, "", order).size(); }},
             Row{"carrier", 5, 10, [&](auto order) { return count(registry.getActions(targets, carrier, "", order)); }}})
         for (auto const order : {ActRegistry::FirstOnly, ActRegistry::AllSorted})
             tryAllFaults(row.name, [&](FaultyAttempt& attempt) {
@@ -111,6 +117,38 @@ TEST_F(ActionFaults, AQueryReturnsAllOrFails) {
                 EXPECT_EQ(expected, row.ask(order)) << "asked again";
                 clear();
             });
+}
+
+// Each layer that it is performed on is added to a selection.
+TEST_F(ActionFaults, AGroupedEntryIsOneStepOrNone) {
+    RCShdPtr<SnSelection> selection;
+    RCShdPtr<CmCommandStack> history;
+    ActLambda<LiString>::add({.description = "Select", .group = group, .perform = [&](LiString const& layer) {
+                                  CmUndoGuard step(history, "Select one");
+                                  step.execAndAddUndoCommand(CmSelectionChangeCmd::create(
+                                      selection, text(layer.c_str()), CmSelectionChangeCmd::Add));
+                              }});
+    auto const none = SnItemBasic<ActBasicParam>::create(ActBasicParam());
+    RCShdPtr<SnSelection const> const layers = selectionOf({"1", "2", "3"});
+    tryAllFaults("perform a grouped entry", [&](FaultyAttempt& attempt) {
+        history = RCShdPtr<CmCommandStack>::create();
+        selection = SnSelection::create();
+        auto const entries = ActRegistry::getInstance().getGroupedActions(layers, none, "", ActRegistry::FirstOnly);
+        bool const isDone = attempt([&] { entries.front().performAction(history, SnSelection::create()); });
+        // A step that cannot be logged clears the history.
+        bool const isPerformed = content(*selection) == "1 2 3";
+        EXPECT_TRUE(isPerformed || (!isDone && selection->isEmpty())) << content(*selection);
+        EXPECT_EQ(isDone ? 2 : 1, history->getStackHeight());
+        EXPECT_FALSE(CmUndoGuard::isGuardActive());
+        if (history->canUndo()) history->undo();
+        EXPECT_EQ(isPerformed && !isDone, !selection->isEmpty());
+        selection->clear();
+        entries.front().performAction(history, SnSelection::create());
+        EXPECT_EQ("1 2 3", content(*selection)) << "performed again";
+        history.reset();
+        selection.reset();
+    });
+    clear();
 }
 
 TEST_F(ActionFaults, TheEndDestroysAllActionsWithoutMemory) {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "framework/actions/actGroupedEntry.h"
 #include "framework/actions/src/actRecords.h"
 
 #include <optional>
+#include <span>
 #include <utility>
 
 namespace Ko {
@@ -21,6 +23,20 @@ public:
         for (Action const* const found : sorted())
             for (std::size_t index = found->begin; index < found->end && hold.isRegistered(found->action); ++index)
                 visit(found->action, _targets[index]);
+    }
+    /// Calls `visit(action, targets)` for each action, sorted by description or as they were found.
+    template <class Visit>
+    void forEachAction(ActRecords::Hold& hold, bool isSorted, Visit visit) const {
+        auto const visitOne = [&](Action const& found) {
+            std::span<std::uint32_t const> const all(_targets);
+            if (hold.isRegistered(found.action)) visit(found.action, all.subspan(found.begin, found.end - found.begin));
+        };
+        if (isSorted)
+            for (Action const* const found : sorted())
+                visitOne(*found);
+        else
+            for (Action const& found : _actions)
+                visitOne(found);
     }
     std::size_t getCount() const noexcept { return _targets.size(); }
 
@@ -53,6 +69,9 @@ public:
     ConstIterator<Entry> getEntries(Targets const& targets, ActRegistry::Numerator order) const {
         return ConstIterator<Entry>(order == ActRegistry::FirstOnly ? getUnsorted(targets) : getSorted(targets));
     }
+    /// Each action that is valid for some of the targets, with all of these.
+    template <class Targets>
+    Vector<ActGroupedEntry> getGrouped(Targets const& targets, ActRegistry::Numerator order) const;
     /// The first action that is valid, with the first target that it is valid for. Stops asking there.
     template <class Targets>
     std::optional<Entry> getFirst(Targets const& targets) const;
@@ -65,6 +84,9 @@ private:
     template <class Targets>
     Vector<Entry> getSorted(Targets const& targets) const;
 
+    template <class Targets>
+    static Vector<Item const*> number(Targets const& targets);
+    ActFindings find(ActRecords::Walk& walk, Vector<Item const*> const& numbered) const;
     template <class Targets>
     Item const* firstValid(ActAction const& action, Targets const& targets) const {
         for (Item const& target : targets)
@@ -105,23 +127,48 @@ Vector<ActQuery::Entry> ActQuery::getUnsorted(Targets const& targets) const {
 }
 
 template <class Targets>
-Vector<ActQuery::Entry> ActQuery::getSorted(Targets const& targets) const {
+Vector<ActQuery::Item const*> ActQuery::number(Targets const& targets) {
     Vector<Item const*> numbered;
     for (Item const& target : targets)
         numbered.push_back(&target);
+    return numbered;
+}
 
+inline ActFindings ActQuery::find(ActRecords::Walk& walk, Vector<Item const*> const& numbered) const {
     ActFindings findings;
-    ActRecords::Walk walk(ActRecords::get());
     while (ActAction const* const action = walk.next()) {
         if (!isListed(*action)) continue;
         for (std::uint32_t number = 0; number < numbered.size(); ++number)
             if (action->inputValid(*numbered[number], _input)) findings.add(number);
         findings.endAction(*action);
     }
+    return findings;
+}
+
+template <class Targets>
+Vector<ActQuery::Entry> ActQuery::getSorted(Targets const& targets) const {
+    Vector<Item const*> const numbered = number(targets);
+    ActRecords::Walk walk(ActRecords::get());
+    ActFindings const findings = find(walk, numbered);
     Vector<Entry> entries;
     entries.reserve(findings.getCount());
     findings.forEachSorted(walk, [&](ActAction const* action, std::uint32_t number) {
         entries.emplace_back(action, *numbered[number], _input);
+    });
+    return entries;
+}
+
+template <class Targets>
+Vector<ActGroupedEntry> ActQuery::getGrouped(Targets const& targets, ActRegistry::Numerator order) const {
+    Vector<Item const*> const numbered = number(targets);
+    ActRecords::Walk walk(ActRecords::get());
+    ActFindings const findings = find(walk, numbered);
+    Vector<ActGroupedEntry> entries;
+    findings.forEachAction(walk, order != ActRegistry::FirstOnly, [&](ActAction const* action, auto const& numbers) {
+        Vector<Item> items;
+        for (std::uint32_t const number : numbers)
+            items.push_back(*numbered[number]);
+        entries.emplace_back(action, std::move(items), _input);
     });
     return entries;
 }

@@ -194,6 +194,17 @@ ConstIterator<ActRegistry::Entry> ActRegistry::getActions(List<RCShdPtr<SnItem c
     return getActions(targets, RCShdPtr<SnItem const>(DrCarrierItem::create(carrier)), compositeName, order);
 }
 
+Vector<ActGroupedEntry> ActRegistry::getGroupedActions(List<RCShdPtr<SnItem const>> const& targets,
+    RCShdPtr<SnItem const> const& input, std::string const& compositeName, Numerator order) const {
+    PiPythonInterpreterTerminationGuard const guard;
+    return ActQuery(input, compositeName).getGrouped(targets, order);
+}
+Vector<ActGroupedEntry> ActRegistry::getGroupedActions(RCShdPtr<SnSelection const> const& selection,
+    RCShdPtr<SnItem const> const& input, std::string const& compositeName, Numerator order) const {
+    PiPythonInterpreterTerminationGuard const guard;
+    return ActQuery(input, compositeName).getGrouped(selection->getItems(), order);
+}
+
 // ---- entries
 
 LiString ActRegistry::Entry::getDescription() const {

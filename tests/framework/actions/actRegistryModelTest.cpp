@@ -1,4 +1,5 @@
 #include "framework/actions/actCompositeAction.h"
+#include "framework/actions/actGroupedEntry.h"
 #include "tests/support/randomSteps.h"
 #include "tests/support/recordingAction.h"
 
@@ -56,7 +57,7 @@ class RegistryMachine {
 public:
     static constexpr std::array operations{"Register", "Register", "Register", "RegisterAgain", "Unregister",
         "UnregisterGroup", "UnregisterGroups", "DeleteDynamic", "GetAction", "Query", "Query", "QueryList",
-        "QuerySelection", "QueryNoItems", "ListGroups"};
+        "QuerySelection", "QueryNoItems", "QueryGrouped", "ListGroups"};
 
     ~RegistryMachine() { finish(); }
 
@@ -221,6 +222,7 @@ private:
                 if (choices.take(2) == 1) selection->add(text(std::to_string(target).c_str()));
             for (auto const& target : selection->getItems())
                 targets.push_back(target);
+            if (name == "QueryGrouped") return queryGrouped(targets, selection, compositeName, order);
             found = name == "QueryList"
                         ? registry.getActions(targets, input, compositeName, order)
                         : registry.getActions(RCShdPtr<SnSelection const>(selection), input, compositeName, order);
@@ -229,6 +231,20 @@ private:
         for (ActRegistry::Entry const& entry : found.elements())
             actual.push_back(nameOf(entry.getAction()) + ":" + valueOf(entry.getTarget()));
         return compare(name, order, actual, expectedOf(targets, groups, compositeName, order));
+    }
+
+    // The same as one entry for each pair, in the order of the actions.
+    std::string queryGrouped(List<RCShdPtr<SnItem const>> const& targets, RCShdPtr<SnSelection const> const& selection,
+        std::string const& compositeName, ActRegistry::Numerator order) const {
+        Listed ofList, ofSelection;
+        for (ActGroupedEntry const& entry : registry.getGroupedActions(targets, input, compositeName, order))
+            for (auto const& target : entry.getTargets())
+                ofList.push_back(nameOf(entry.getAction()) + ":" + valueOf(target));
+        for (ActGroupedEntry const& entry : registry.getGroupedActions(selection, input, compositeName, order))
+            for (auto const& target : entry.getTargets())
+                ofSelection.push_back(nameOf(entry.getAction()) + ":" + valueOf(target));
+        if (ofList != ofSelection) return "lists and selections differ";
+        return compare("grouped", order, ofList, expectedOf(targets, {}, compositeName, ActRegistry::AllSorted));
     }
 
     Listed expectedOf(List<RCShdPtr<SnItem const>> const& targets, Groups const& groups,

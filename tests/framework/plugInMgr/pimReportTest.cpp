@@ -190,10 +190,12 @@ TEST_F(PimReportTest, RefusesPlugInsWhoseRequirementsCannotBeMet) {
                   : static_cast<void>(folder.add(file, "failing.op.so"));
         }
         plugInJournal().clear();
-        EXPECT_FALSE(PimUtils::load("a." + type, mode, recorder));
-        Names const entries = recorder.take();
-        std::string const expected = "refused a." + type + ".so: " + withType(row.reason);
-        EXPECT_TRUE(entries.back().starts_with(expected)) << entries.back() << " is not " << expected;
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            EXPECT_FALSE(PimUtils::load("a." + type, mode, recorder));
+            Names const entries = recorder.take();
+            std::string const expected = "refused a." + type + ".so: " + withType(row.reason);
+            EXPECT_TRUE(entries.back().starts_with(expected)) << entries.back() << " is not " << expected;
+        }
         EXPECT_EQ(Names{}, row.files.back().second ? plugInJournal() : Names{});
         EXPECT_FALSE(PimPlugInMgr::getInstance().isLoaded("a." + type + ".so"));
     }
@@ -205,6 +207,15 @@ TEST_F(PimReportTest, BoundsWhatPlugInsMayRequire) {
         write(std::to_string(index) + ".chain.so", "requires=" + std::to_string(index + 1) + ".chain\n");
     EXPECT_FALSE(PimUtils::load("0.chain", mode, recorder));
     EXPECT_TRUE(recorder.take().back().ends_with("which is refused: it requires too many plug-ins"));
+    for (int index = 0; index < 30; ++index) {
+        std::string const next = "requires=" + std::to_string(index + 1) + ".twice\n";
+        write(std::to_string(index) + ".twice.so", next + next);
+    }
+    write("30.twice.so", "requires=missing\n");
+    EXPECT_FALSE(PimUtils::load("0.twice", mode, recorder));
+    write("30.twice.so", "");
+    EXPECT_FALSE(PimUtils::load("0.twice", mode, recorder));
+    EXPECT_EQ("load 30.twice.so", recorder.take().at(1)) << "each is checked once, and the last one is opened first";
 }
 
 TEST_F(PimReportTest, KeepsTheReportWhenACallbackThrowsOrLoads) {

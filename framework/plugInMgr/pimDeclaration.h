@@ -27,9 +27,9 @@ struct KO_FRAMEWORK_API PimInterface {
 
 /// What a plug-in says about itself in data of its library, which is read before any of its code runs.
 ///
-/// It is written by the CMake function `ko_add_plugin` into the section ".koplugin": the eight bytes "KOPLUGIN", the length of the
-/// text as four bytes, the lowest one first, and the text in UTF-8. Each line is `key=value`; values have up to 256 bytes and no
-/// control characters. Lines with other keys than these are ignored:
+/// It is written by the CMake function `ko_add_plugin` into the section ".koplugin": the eight bytes "KOPLUGIN", the length
+/// of the text as four bytes, the lowest one first, and the text in UTF-8. Each line is `key=value`; values have up to 256
+/// bytes and no control characters. Lines with other keys than these are ignored:
 ///
 ///     name=vignette                once
 ///     version=1.2                  once
@@ -52,7 +52,7 @@ struct KO_FRAMEWORK_API PimDeclaration {
     /// @throws PimEx::ExRefused when it is not of the form above.
     [[nodiscard]] static PimDeclaration parse(std::string_view section);
     /// Reads the declaration of a library from its file; nothing where that has none.
-    /// @throws PimEx::ExRefused as `parse`, and OsSharedLibEx when the section lies outside of the file or is larger than 64 KiB.
+    /// @throws PimEx::ExRefused as `parse`, and OsSharedLibEx when the section lies outside of the file or exceeds 64 KiB.
     [[nodiscard]] static std::optional<PimDeclaration> read(OsFilePath const& path);
 };
 

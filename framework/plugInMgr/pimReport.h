@@ -8,8 +8,8 @@ namespace Ko {
 
 /// How far a plug-in has come.
 enum class PimStage : std::uint8_t {
-    /// It was found and passed over: by the inclusion and exclusion rules, because it is no file with content, or because another
-    /// library of that file name was loaded before. Also a plug-in that is being loaded right now.
+    /// It was found and passed over: by the inclusion and exclusion rules, because it is no file with content, or because
+    /// another library of that file name was loaded before. Also a plug-in that is being loaded right now.
     Found,
     /// It was refused by its declaration, or by those of the plug-ins that it requires. None of its code has run.
     Refused,

@@ -19,20 +19,21 @@ namespace Ko {
 /// A type that the inclusions do not name is not limited by them; a plug-in that they admit may still be excluded. No blanks
 /// stand around the commas and equality signs.
 ///
-/// A plug-in with a `PimDeclaration` is refused before its library is opened where it was built against an interface that does not fit
-/// (the framework's, or one of `setInterface`), or where a plug-in that it requires is missing, filtered out, refused or failed, or
-/// requires it in turn. Required plug-ins are loaded before it, whatever their types: from its own directory, or else from the first
-/// plug-in directory that has them. A library without a declaration is opened as it is.
+/// A plug-in with a `PimDeclaration` is refused before its library is opened where it was built against an interface that
+/// does not fit (the framework's, or one of `setInterface`), or where a plug-in that it requires is missing, filtered out,
+/// refused or failed, or requires it in turn. Required plug-ins are loaded before it, whatever their types: from its own
+/// directory, or else from the first plug-in directory that has them. A library without a declaration is opened as it is.
 ///
-/// A plug-in that is refused or fails is reported, as a warning for the user and in the log group "Framework.PlugInMgr", and the others
-/// are loaded. `PimPlugInMgr` opens each plug-in once; its rules about modes hold here too. A refused one may be loaded later.
+/// A plug-in that is refused or fails is reported, as a warning for the user and in the log group "Framework.PlugInMgr", and
+/// the others are loaded. `PimPlugInMgr` opens each plug-in once; its rules about modes hold here too. A refused one may be
+/// loaded later.
 ///
 ///     PimUtils::loadType("op", InInitMgr::Reinitialization, PimUtils::getNullCb());
 ///     for (PimFinding const& plugIn : PimUtils::getReport().plugIns) show(plugIn.path, plugIn.stage, plugIn.reason);
 ///
-/// Any thread, unless another one changes the directories. A plug-in is initialised on the thread that loads it: what its
-/// hooks call must be allowed there. The registry of actions and other objects of the application thread are not allowed on
-/// a worker, so a plug-in that registers with them has to be loaded on the application thread.
+/// Any thread, unless another one changes the directories or the offered interfaces. A plug-in is initialised on the thread
+/// that loads it: what its hooks call must be allowed there. The registry of actions and other objects of the application
+/// thread are not allowed on a worker, so a plug-in that registers with them has to be loaded on the application thread.
 class KO_FRAMEWORK_API PimUtils {
 public:
     /// Observes the progress of loading.
@@ -41,9 +42,10 @@ public:
         virtual ~Callback();
         /// Called right before a library is opened, on the thread that loads.
         virtual void notifyLoading(OsFilePath const& path) = 0;
-        /// Called for each file that is not loaded, also as one that another plug-in requires; by default does nothing. On the thread
-        /// that loads, after the file was reported. Not called for files that were loaded or failed in an earlier load, nor for a
-        /// post-initialise hook that fails later, with those of a start-up: such failures stand in `getReport()`.
+        /// Called for each file that is not loaded, also as one that another plug-in requires; by default does nothing. On
+        /// the thread that loads, after the file was reported. Not called for files that were loaded or failed in an earlier
+        /// load, nor for a post-initialise hook that fails later, with those of a start-up: such failures stand in
+        /// `getReport()`.
         /// @param stage any but `Loaded`.
         /// @param error the reason; OsSharedLibEx with `Failed` for a library that could not be opened.
         virtual void notifyRefused(OsFilePath const& path, PimStage stage, ExBase const& error);

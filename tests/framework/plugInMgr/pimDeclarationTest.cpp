@@ -43,6 +43,7 @@ TEST(PimDeclaration, SaysWhatIsWrongWithIt) {
     for (Row const& row :
         {Row{"", "does not begin with KOPLUGIN"}, Row{"KOPLUGON" + good, "does not begin with KOPLUGIN"},
             Row{"KOPLUGIN\1\0", "is cut off"}, Row{std::string("KOPLUGIN\xFF\xFF\xFF\xFFname=x", 18), "is cut off"},
+            Row{declarationOf(good).substr(0, good.size() + 11), "is cut off"},
             Row{declarationOf(good) + declarationOf(good), "is followed by another one: a library is one plug-in"},
             Row{declarationOf(good + "colour=\xFF\n"), "is not a text in UTF-8"},
             Row{declarationOf(good + "colour=\x1B[31m\n"), "is not a text in UTF-8"},

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "framework/actions/actOption.h"
 #include "host/editor.h"
 #include "script/script.h"
 
@@ -28,8 +29,11 @@ public:
         std::vector<std::string> const& arguments);
     /// Performs an action on the document.
     static void perform(Editor& editor, std::string const& description, std::vector<std::string> const& arguments);
-    /// The choices that an action offers for a layer.
-    [[nodiscard]] static std::vector<std::string> options(Editor& editor, std::string const& path, Layer const& layer);
+    /// The choices that an action offers for all of the layers; current where all have them.
+    [[nodiscard]] static std::vector<Ko::ActOption> options(
+        Editor& editor, std::string const& path, std::vector<Layer> const& layers);
+    /// A registered action. @throws ScriptError when there is none of that path.
+    [[nodiscard]] static Ko::ActAction const& find(std::string const& path);
 };
 
 } // namespace compositor

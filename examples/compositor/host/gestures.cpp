@@ -1,17 +1,15 @@
 #include "host/gestures.h"
 
 #include "framework/actions/actDndUtils.h"
-#include "framework/actions/actMenuBase.h"
+#include "framework/actions/actRegistry.h"
 #include "framework/command/cmSelectionChangeCmd.h"
 #include "framework/command/cmUndoGuard.h"
 #include "framework/dragAndDrop/drClipboard.h"
-#include "framework/dragAndDrop/drSrcSink.h"
+#include "framework/dragAndDrop/drGesture.h"
 #include "host/actions.h"
 #include "host/layerItem.h"
 
 #include <algorithm>
-#include <map>
-#include <ostream>
 
 namespace compositor {
 
@@ -19,7 +17,6 @@ namespace {
 
 using namespace Ko;
 using Selection = RCShdPtr<SnSelection>;
-using Items = List<RCShdPtr<SnItem const>>;
 
 Selection makeSelection(Editor& editor, std::vector<Layer> const& layers) {
     Selection selection = SnSelection::create();
@@ -35,38 +32,6 @@ std::vector<Layer> layersNamed(Editor const& editor, std::vector<std::string> co
     return layers;
 }
 
-std::string nameOf(ActRegistry::Entry const& entry) {
-    return SnItemConvert<LayerRef>::test(entry.getTarget())
-               ? " (" + SnItemConvert<LayerRef>::get(entry.getTarget()).layer.name + ")"
-               : "";
-}
-
-/// A context menu as text.
-class TextMenu final : public ActMenuBase {
-public:
-    explicit TextMenu(std::ostream& output) : _output(output) {}
-
-protected:
-    bool showMenu(Entries entries, GePoint2<int> const&, Selection const&) override {
-        std::map<std::string, std::string> groups;
-        for (ActRegistry::Entry const& entry : entries.elements())
-            groups[entry.getGroup()] += lines(entry, "  ");
-        for (auto const& [group, text] : groups)
-            _output << group << "\n" << text;
-        return !groups.empty();
-    }
-
-private:
-    static std::string lines(ActRegistry::Entry const& entry, std::string const& indent) {
-        std::string text = indent + entry.getDescription() + nameOf(entry) + "\n";
-        for (ActRegistry::Entry const& member : getMembers(entry).elements())
-            text += lines(member, indent + "  ");
-        return text;
-    }
-
-    std::ostream& _output;
-};
-
 /// The list of layers in a user interface: source and sink of drags.
 class LayerList final : public DrSrcSink {
 public:
@@ -75,7 +40,11 @@ public:
 
     bool willPopulateSelection() override { return !_grabbed->isEmpty(); }
     void populateSelection(RCShdPtr<DrCarrier> const& carrier) override { carrier->getSelection()->add(*_grabbed); }
-    bool willConsumeSelection(RCShdPtr<DrCarrier> const& carrier) override { return drop(carrier, false); }
+    DrEffect accept(RCShdPtr<DrCarrier> const& carrier, DrEffect wanted, DrPlace const&) override {
+        // The action depends on the effect.
+        carrier->setEffect(wanted == DrEffect::Link ? DrEffect::Copy : wanted);
+        return drop(carrier, false) ? carrier->getEffect() : DrEffect::None;
+    }
     void consumeSelection(RCShdPtr<DrCarrier> const& carrier) override { drop(carrier, true); }
 
 private:
@@ -107,12 +76,12 @@ std::vector<Layer> Gestures::selected() const {
     return layers;
 }
 
-void Gestures::showMenu(std::ostream& output) const {
-    Items items;
-    if (selected().empty()) items.push_back(SnItemBasic<Editor*>::create(&_editor));
-    for (auto const& item : makeSelection(_editor, selected())->getItems())
-        items.push_back(item);
-    RCShdPtr<TextMenu>::create(output)->setActionsForSelection(items, {0, 0}, SnSelection::create());
+Targets Gestures::targets() const {
+    Targets targets;
+    for (Layer const& layer : selected())
+        targets.push_back(LayerItem::create({&_editor, layer}));
+    if (targets.empty()) targets.push_back(SnItemBasic<Editor*>::create(&_editor));
+    return targets;
 }
 
 void Gestures::carrySelection(int action) {
@@ -190,20 +159,16 @@ void Gestures::dragAlong(std::string const& name, std::vector<Point> const& path
     release();
 }
 
-void Gestures::drag(std::vector<std::string> const& names, std::string const& target) {
-    auto const list =
-        RCShdPtr<LayerList>::create(_editor, layersNamed(_editor, names), _editor.document().layer(target));
-    auto const carrier = DrCarrier::create(SnSelection::create());
-    list->populateSelection(carrier);
-    if (!list->willConsumeSelection(carrier)) {
-        list->operationCancelled(carrier);
-        throw ScriptError("these layers cannot be dropped on \"" + target + "\"");
-    }
-    {
-        CmUndoGuard const guard(_editor.history(), "Drop on " + target);
-        list->consumeSelection(carrier);
-    }
-    list->dropCompleted(carrier);
+DrEffect Gestures::drag(std::vector<std::string> const& names, std::string const& target, DrEffect wanted) {
+    Layer const& under = _editor.document().layer(target);
+    auto const list = RCShdPtr<LayerList>::create(_editor, layersNamed(_editor, names), under);
+    RCShdPtr<DrCarrier> const carrier = DrGesture::begin(list);
+    if (carrier.isNull()) throw ScriptError("no layer is dragged");
+    CmUndoGuard const guard(_editor.history(), "Drop on " + target);
+    DrEffect const effect =
+        DrGesture::drop(list, list, carrier, wanted, {.target = LayerItem::create({&_editor, under})});
+    if (effect == DrEffect::None) throw ScriptError("these layers cannot be dropped on \"" + target + "\"");
+    return effect;
 }
 
 } // namespace compositor

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "framework/command/cmReplay.h"
+#include "framework/dragAndDrop/drEffect.h"
+#include "host/actionList.h"
 #include "host/editor.h"
 
-#include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,9 +20,8 @@ public:
     void select(std::vector<std::string> const& names);
     /// The selected layers that the document still contains, in their current state.
     [[nodiscard]] std::vector<Layer> selected() const;
-    /// Writes the actions that are valid for the selected layers, or for the document when none is selected, by group. Members
-    /// of a composite are indented below it.
-    void showMenu(std::ostream& output) const;
+    /// The selected layers as targets of actions, or the document when none is selected.
+    [[nodiscard]] Targets targets() const;
 
     /// @throws ScriptError when nothing is selected.
     void copy();
@@ -45,8 +45,10 @@ public:
     [[nodiscard]] bool isDragging() const { return _dragged.has_value(); }
     /// Drags a layer along a path, as one undo step. Inside a group or another drag it is part of that step.
     void dragAlong(std::string const& name, std::vector<Point> const& path);
-    /// Drags layers and drops them on another one. @throws ScriptError when the target does not accept them.
-    void drag(std::vector<std::string> const& names, std::string const& target);
+    /// Drags layers and drops them on another one.
+    /// @returns what has happened; layers cannot be linked, so a link becomes a copy.
+    /// @throws ScriptError when the target does not accept them.
+    Ko::DrEffect drag(std::vector<std::string> const& names, std::string const& target, Ko::DrEffect wanted);
 
 private:
     struct Dragged {

@@ -68,6 +68,7 @@ private:
     void open(Statement const& statement);
     void blend(Statement const& statement);
     void drag(Statement const& statement);
+    void drop(std::vector<std::string> const& names, std::vector<std::string> const& place);
     void pull(Statement const& statement);
     void cancel();
     void perform(Statement const& statement);

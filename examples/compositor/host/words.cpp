@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
 #include <ostream>
 
 namespace compositor {
@@ -54,8 +55,8 @@ std::vector<Interpreter::Word> const Interpreter::_words{
     {"remove", "remove NAME", 1, 1, anywhere, [](I& self, S& line) { self.editLayer(line, "Remove"); }},
     {"reorder", "reorder NAME POSITION (0 is the bottom)", 2, 2, anywhere,
         [](I& self, S& line) { self.editLayer(line, "Reorder"); }},
-    {"drag", "drag NAME X Y [X Y ...] (along a path) or drag NAME [NAME ...] to NAME (a drop)", 3, any, anywhere,
-        [](I& self, S& line) { self.drag(line); }},
+    {"drag", "drag NAME X Y [X Y ...] (along a path) or drag NAME [NAME ...] to NAME [copy|move|link] (a drop)", 3, any,
+        anywhere, [](I& self, S& line) { self.drag(line); }},
     {"grab", "grab NAME ... pull X Y ... release (a drag, step by step)", 1, 1, outsideSteps,
         [](I& self, S& line) { self._gestures.grab(line.words[1]); }},
     {"pull", "pull X Y (the layer that is dragged)", 2, 2, outsideGroups, [](I& self, S& line) { self.pull(line); }},
@@ -64,7 +65,11 @@ std::vector<Interpreter::Word> const Interpreter::_words{
     {"select", "select [NAME ...] (none clears the selection)", 0, any, anywhere,
         [](I& self, S& line) { self._gestures.select(argumentsOf(line)); }},
     {"menu", "menu (the actions for the selected layers, or the document)", 0, 0, anywhere,
-        [](I& self, S&) { self._gestures.showMenu(self._output); }},
+        [](I& self, S&) { listActions(self._gestures.targets(), self._output); }},
+    {"why", "why ACTION (is not possible for the selected layers, or the document)", 1, 1, anywhere,
+        [](I& self, S& line) { explainAction(line.words[1], self._gestures.targets(), self._output); }},
+    {"find", "find LETTERS (the actions that contain them, as a palette)", 1, 1, anywhere,
+        [](I& self, S& line) { findActions(line.words[1], self._gestures.targets(), self._output); }},
     {"do",
         "do ACTION [ARGUMENT ...] (with the selected layers, or the document; \"Blend > screen\" is one of a "
         "sub-menu)",
@@ -150,7 +155,8 @@ void Interpreter::blend(Statement const& statement) {
 
 void Interpreter::drag(Statement const& statement) {
     auto const& words = statement.words;
-    if (words[words.size() - 2] == "to") return _gestures.drag({words.begin() + 1, words.end() - 2}, words.back());
+    auto const to = std::ranges::find(words, "to");
+    if (to != words.end()) return drop({words.begin() + 1, to}, {to + 1, words.end()});
     if (statement.arguments() % 2 == 0) throw ScriptError("a path is made of pairs of X and Y");
     std::vector<Gestures::Point> path;
     for (std::size_t index = 2; index < words.size(); index += 2) {
@@ -158,6 +164,17 @@ void Interpreter::drag(Statement const& statement) {
         path.push_back({x, statement.integer(index + 1, -largest, largest)});
     }
     _gestures.dragAlong(words[1], path);
+}
+
+void Interpreter::drop(std::vector<std::string> const& names, std::vector<std::string> const& place) {
+    using Ko::DrEffect;
+    std::map<std::string, DrEffect> const effects{
+        {"copy", DrEffect::Copy}, {"move", DrEffect::Move}, {"link", DrEffect::Link}};
+    auto const wanted = effects.find(place.size() == 2 ? place[1] : "move");
+    if (place.empty() || place.size() > 2 || wanted == effects.end())
+        throw ScriptError("a drop takes layers, \"to\", a layer, and \"copy\", \"move\" or \"link\"");
+    DrEffect const effect = _gestures.drag(names, place[0], wanted->second);
+    if (effect != wanted->second) _output << "copied: layers cannot be linked\n";
 }
 
 void Interpreter::pull(Statement const& statement) {
@@ -177,8 +194,8 @@ void Interpreter::perform(Statement const& statement) {
 void Interpreter::options(Statement const& statement) {
     std::vector<Layer> const layers = _gestures.selected();
     if (layers.empty()) throw ScriptError("no layer is selected");
-    for (std::string const& option : EditActions::options(_editor, statement.words[1], layers.front()))
-        _output << "  " << option << "\n";
+    for (Ko::ActOption const& option : EditActions::options(_editor, statement.words[1], layers))
+        _output << (option.isCurrent ? "* " : "  ") << option.text << "\n";
 }
 
 void Interpreter::layers() {

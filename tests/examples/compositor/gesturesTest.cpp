@@ -21,7 +21,12 @@ protected:
 
     std::string menu() const {
         std::ostringstream output;
-        gestures.showMenu(output);
+        listActions(gestures.targets(), output);
+        return output.str();
+    }
+    std::string why(std::string const& path) const {
+        std::ostringstream output;
+        explainAction(path, gestures.targets(), output);
         return output.str();
     }
     static std::string names(std::vector<Layer> const& layers) {
@@ -60,18 +65,35 @@ TEST_F(GesturesTest, SelectionsAreStepsOfTheHistory) {
 }
 
 TEST_F(GesturesTest, MenusChangeWithTheSelection) {
-    EXPECT_EQ("Compositor\n  Set Canvas\n", menu()) << "of the document";
+    EXPECT_EQ("Set Canvas\n", menu()) << "of the document";
     gestures.select({"c"});
-    EXPECT_EQ("Compositor\n  Blend (c)\n    add (c)\n    multiply (c)\n    over (c)\n    screen (c)\n  Lower (c)\n  "
-              "Move (c)\n"
-              "  Nudge (c)\n  Opacity (c)\n  Remove (c)\n  Rename (c)\n  Reorder (c)\n",
+    EXPECT_EQ("Arrange\n  Lower                       Ctrl+PageDown\n  Move\n  Nudge\n  Reorder\n"
+              "Edit\n  Remove                      Delete\n  Rename                      F2\n"
+              "Look\n  Blend\n    [x] over\n    [ ] add\n    [ ] multiply\n    [ ] screen\n  Opacity\n",
         menu())
         << "the highest layer cannot be raised";
+    EXPECT_EQ("  c: it is the highest layer\n", why("Raise"));
+    EXPECT_THROW(why("Fly"), ScriptError);
+    gestures.select({"a", "b", "c"});
+    editor.setBlend(editor.document().layer("a").id, BlendMode::Add);
+    EXPECT_NE(std::string::npos, menu().find("[-] over\n    [-] add\n    [ ] multiply"));
+    EXPECT_NE(std::string::npos, menu().find("Raise (2 of 3)              Ctrl+PageUp"));
+    EXPECT_EQ("  a: possible\n  b: possible\n  c: it is the highest layer\n", why("Raise"));
     gestures.select({"a"});
-    EXPECT_NE(std::string::npos, menu().find("Raise (a)"));
-    EXPECT_EQ(std::string::npos, menu().find("Lower"));
     editor.removeLayer(editor.document().layer("a").id);
-    EXPECT_EQ("Compositor\n  Set Canvas\n", menu()) << "a removed layer has no actions";
+    EXPECT_EQ("Set Canvas\n", menu()) << "a removed layer has no actions";
+}
+
+TEST_F(GesturesTest, AFewLettersFindAnAction) {
+    auto const find = [&](char const* letters) {
+        std::ostringstream output;
+        findActions(letters, gestures.targets(), output);
+        return output.str();
+    };
+    gestures.select({"c"});
+    EXPECT_EQ("  Blend\n", find("bl"));
+    EXPECT_EQ("  Raise (it is the highest layer)\n", find("rai"));
+    EXPECT_EQ("", find("xyz"));
 }
 
 TEST_F(GesturesTest, ActionsWorkOnAllSelectedLayersInOneStep) {
@@ -91,8 +113,19 @@ TEST_F(GesturesTest, ActionsWorkOnAllSelectedLayersInOneStep) {
     EXPECT_THROW(performOnC("Raise", {}), ScriptError);
     EXPECT_THROW(performOnC("Move", {"3"}), ScriptError);
     expectStep("\"\\ two | ", [&] { performOnC("Rename", {"\"\\ two"}); });
-    EXPECT_EQ((Names{"0", "0.25", "0.5", "0.75", "1"}),
-        EditActions::options(editor, "Opacity", editor.document().layers().front()));
+    std::string options;
+    for (Ko::ActOption const& option : EditActions::options(editor, "Opacity", editor.document().layers()))
+        options += option.text + (option.isCurrent ? "* " : " ");
+    EXPECT_EQ("0 0.25 0.5 0.75 1* ", options);
+}
+
+TEST_F(GesturesTest, ActionsWithACheckMarkChangeOnlyLayersThatAreOff) {
+    editor.setBlend(editor.document().layer("a").id, BlendMode::Add);
+    gestures.select({"a", "b"});
+    expectStep("a b c | a b ", [&] { EditActions::perform(editor, "Blend > add", gestures.selected(), {}); });
+    EXPECT_EQ(BlendMode::Add, editor.document().layer("b").placed.blend);
+    editor.history()->undo();
+    EXPECT_EQ(BlendMode::Add, editor.document().layer("a").placed.blend);
 }
 
 TEST_F(GesturesTest, CopiesArePastedAsTheyWereWithFreeNames) {
@@ -113,13 +146,21 @@ TEST_F(GesturesTest, CutLayersCanBePasted) {
     expectStep("a c b | b ", [&] { gestures.paste(); });
 }
 
-TEST_F(GesturesTest, DropsPutLayersAboveTheirTarget) {
-    expectStep("a c b | ", [&] { gestures.drag({"c"}, "a"); });
-    expectStep("b a c | ", [&] { gestures.drag({"a", "c"}, "b"); });
-    expectStep("a c b | ", [&] { gestures.drag({"b"}, "c"); });
-    EXPECT_THROW(gestures.drag({"b"}, "b"), ScriptError);
-    EXPECT_THROW(gestures.drag({"x"}, "b"), DocumentError);
+TEST_F(GesturesTest, DropsPutLayersOrCopiesAboveTheirTarget) {
+    using Ko::DrEffect;
+    auto const move = [&](Names const& names, char const* target) { gestures.drag(names, target, DrEffect::Move); };
+    expectStep("a c b | ", [&] { move({"c"}, "a"); });
+    expectStep("b a c | ", [&] { move({"a", "c"}, "b"); });
+    expectStep("a c b | ", [&] { move({"b"}, "c"); });
+    EXPECT_THROW(move({"b"}, "b"), ScriptError);
+    EXPECT_THROW(move({"x"}, "b"), DocumentError);
+    EXPECT_THROW(move({}, "b"), ScriptError);
     EXPECT_EQ("a c b | ", state());
+    expectStep("a a copy c copy c b | ", [&] {
+        EXPECT_EQ(DrEffect::Copy, gestures.drag({"a", "c"}, "a", DrEffect::Copy));
+    });
+    expectStep("a a copy c copy c b b copy | ",
+        [&] { EXPECT_EQ(DrEffect::Copy, gestures.drag({"b"}, "b", DrEffect::Link)) << "layers cannot be linked"; });
     EXPECT_FALSE(Ko::CmUndoGuard::isGuardActive());
 }
 

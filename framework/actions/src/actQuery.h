@@ -86,7 +86,7 @@ private:
 
     template <class Targets>
     static Vector<Item const*> number(Targets const& targets);
-    ActFindings find(ActRecords::Walk& walk, Vector<Item const*> const& numbered) const;
+    ActFindings find(ActRecords::Walk& walk, std::span<Item const* const> numbered) const;
     template <class Targets>
     Item const* firstValid(ActAction const& action, Targets const& targets) const {
         for (Item const& target : targets)
@@ -134,7 +134,7 @@ Vector<ActQuery::Item const*> ActQuery::number(Targets const& targets) {
     return numbered;
 }
 
-inline ActFindings ActQuery::find(ActRecords::Walk& walk, Vector<Item const*> const& numbered) const {
+inline ActFindings ActQuery::find(ActRecords::Walk& walk, std::span<Item const* const> numbered) const {
     ActFindings findings;
     while (ActAction const* const action = walk.next()) {
         if (!isListed(*action)) continue;

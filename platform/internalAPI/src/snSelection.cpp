@@ -32,6 +32,12 @@ bool changeShared(RCShdPtr<SnItemSet>& set, RCShdPtr<SnItem const> const& item, 
     return true;
 }
 
+// For the rare way: `changeOne` stays in one place, where the compiler inlines it.
+template <auto operation>
+void changeWatched(RCShdPtr<SnItemSet>& set, RCShdPtr<SnItem const> const& item) {
+    changeShared<operation>(set, item, SnItemTable::hashOf(*item));
+}
+
 template <auto operation>
 bool changeOne(RCShdPtr<SnItemSet>& set, RCShdPtr<SnItem const> const& item) {
     SnItemTable::Hash const hash = SnItemTable::hashOf(*item);
@@ -84,16 +90,20 @@ SnSelection::Items SnSelection::getItems() const {
 }
 
 bool SnSelection::add(RCShdPtr<SnItem const> const& item) {
-    if (!isWatched()) return changeOne<&SnItemTable::add>(_items, item);
-    return Telling(*this).add(item).tell([&] { changeOne<&SnItemTable::add>(_items, item); });
+    if (!isWatched()) [[likely]]
+        return changeOne<&SnItemTable::add>(_items, item);
+    return Telling::perform<&Telling::add>(*this, item, [&] { changeWatched<&SnItemTable::add>(_items, item); });
 }
 bool SnSelection::remove(RCShdPtr<SnItem const> const& item) {
-    if (!isWatched()) return changeOne<&SnItemTable::remove>(_items, item);
-    return Telling(*this).remove(item).tell([&] { changeOne<&SnItemTable::remove>(_items, item); });
+    if (!isWatched()) [[likely]]
+        return changeOne<&SnItemTable::remove>(_items, item);
+    return Telling::perform<&Telling::remove>(*this, item, [&] { changeWatched<&SnItemTable::remove>(_items, item); });
 }
 void SnSelection::toggle(RCShdPtr<SnItem const> const& item) {
-    auto const change = [&] { changeOne<&SnItemTable::toggle>(_items, item); };
-    isWatched() ? static_cast<void>(Telling(*this).toggle(item).tell(change)) : change();
+    if (!isWatched()) [[likely]]
+        changeOne<&SnItemTable::toggle>(_items, item);
+    else
+        Telling::perform<&Telling::toggle>(*this, item, [&] { changeWatched<&SnItemTable::toggle>(_items, item); });
 }
 void SnSelection::clear() {
     auto const change = [&] { _items = RCShdPtr<SnItemSet>::create(); };

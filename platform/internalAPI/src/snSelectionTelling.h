@@ -22,6 +22,13 @@ public:
     Telling& replace(SnSelection const& items);
     Telling& clear();
 
+    /// The same for one item in a call. Not inlined, so that selections without listeners pay for one comparison only.
+    template <auto find, class Operation>
+    [[gnu::noinline]] static bool perform(
+        SnSelection& selection, RCShdPtr<SnItem const> const& item, Operation operation) {
+        Telling telling(selection);
+        return (telling.*find)(item).tell(operation);
+    }
     /// Performs the operation and tells what it has changed. @returns whether that is anything.
     template <class Operation>
     bool tell(Operation operation) {

@@ -157,9 +157,21 @@ TEST(OsSharedLib, RefusesALibraryWhoseHeadersLieOutsideOfIt) {
         });
 }
 
+// The content of the section ".text" of at most 7 bytes, or why there is none.
+std::string readText(std::string const& library) {
+    TemporaryFolder const folder;
+    std::string const path = folder.write("x.so", library);
+    std::string outcome = messageOf([&] {
+        auto const content = OsSharedLib::readSection(path, ".text", 7);
+        throw std::runtime_error(content ? *content : "no section");
+    });
+    std::string const before = path + ": the section .text ";
+    if (outcome.starts_with(before)) outcome.erase(0, before.size());
+    return outcome;
+}
+
 TEST(OsSharedLib, ReadsASectionOnlyWhereItLiesInTheFile) {
     constexpr auto far = std::numeric_limits<std::uint64_t>::max() - 8;
-    TemporaryFolder const folder;
     using Header = ElfW(Ehdr);
     using Sections = ElfW(Shdr)*; // the names, then the section
     struct Row {
@@ -187,15 +199,9 @@ TEST(OsSharedLib, ReadsASectionOnlyWhereItLiesInTheFile) {
         std::string file = withSection(emptyLibrary(), "content", ".text");
         auto& header = *reinterpret_cast<Header*>(file.data());
         row.damage(header, reinterpret_cast<Sections>(file.data() + header.e_shoff));
-        std::string const path = folder.write("x.so", file);
-        std::string outcome = messageOf([&] {
-            auto const content = OsSharedLib::readSection(path, ".text", 7);
-            throw std::runtime_error(content ? *content : none);
-        });
-        std::string const before = path + ": the section .text ";
-        if (outcome.starts_with(before)) outcome.erase(0, before.size());
-        EXPECT_EQ(row.outcome, outcome);
+        EXPECT_EQ(row.outcome, readText(file));
     }
+    TemporaryFolder const folder;
     EXPECT_FALSE(OsSharedLib::readSection((folder / "missing.so").string(), ".text", 7));
     EXPECT_FALSE(OsSharedLib::readSection((folder / "").string(), ".text", 7));
     EXPECT_TRUE(OsSharedLib::readSection((libraries / "answer.so").string(), ".dynamic", 10000));

@@ -9,7 +9,7 @@
 
 namespace Ko {
 
-/// A text that is no shortcut; the reason quotes it and says what is wrong.
+/// A text that is no shortcut; the reason quotes it and names the mistake.
 class KO_FRAMEWORK_API ActShortcutEx : public ExBase {
 public:
     ActShortcutEx(char const* file, int line, LiString const& text, LiString const& problem);

@@ -24,8 +24,8 @@ public:
     /// How long the job was paused after its start.
     Duration paused{};
 
-    /// An estimate of the time that a job still needs which has this progress now: what is left takes as long in proportion as
-    /// what is done. @returns nothing before the start and unless the progress is above 0 and at most 1.
+    /// An estimate of the time that a job with this progress still needs: the rest is as fast as the part that is done.
+    /// @returns nothing before the start and unless the progress is above 0 and at most 1.
     [[nodiscard]] std::optional<Duration> estimateRemaining(float progress, Time now) const;
 };
 

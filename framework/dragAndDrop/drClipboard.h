@@ -44,7 +44,7 @@ public:
     void clear();
 
     /// Calls `callable` after the content was replaced, until the result ends. A change that a callable makes is delivered after the
-    /// present one. What it throws is logged. Changes of the carried selection itself are told by the selection.
+    /// present one. What it throws is logged. Changes of the carried selection itself are delivered by the selection.
     [[nodiscard]] CbSubscription onChange(std::function<void(DrClipboardChange const&)> callable);
 
 protected:

@@ -16,7 +16,7 @@ public:
     /// @returns `None` where the sink refuses, or changes the effect into one that the source does not offer.
     [[nodiscard]] static DrEffect hover(
         RCShdPtr<DrSrcSink> const& sink, RCShdPtr<DrCarrier> const& carrier, DrEffect wanted, DrPlace const& place);
-    /// Drops: asks the sink as `hover` does, then sets the effect of the carrier, has the sink consume it and tells the source. Where
+    /// Drops: asks the sink as `hover` does, then sets the effect of the carrier, has the sink consume it and notifies the source. Where
     /// the sink refuses or throws, the operation is cancelled for both.
     /// @param source null for a drag from another program.
     /// @returns the effect of the completed drop, which the carrier has too; `None` where it was refused.

@@ -47,7 +47,7 @@ public:
     /// @returns a value other than `Started` when no child runs; `getLaunchError()` says why.
     /// @throws ExAssertionFailed while a child is attached or not yet forgotten.
     [[nodiscard]] Launch launch(LiString const& commandLine, Vector<LiString> const& environment);
-    /// Why the last launch failed: the reason in the system's words, or what is wrong with the arguments.
+    /// Why the last launch failed: the reason in the system's words, or the mistake in the arguments.
     [[nodiscard]] LiString const& getLaunchError() const noexcept;
 
     /// Reads the next bytes of the child's standard output. Does not wait. A program that reopens its output by name

@@ -9,7 +9,7 @@ namespace compositor {
 
 /// The undoable changes of a document, which must outlive the commands.
 ///
-/// A command that keeps a picture which the document does not show tells its size to the history (`Ko::CmSized`).
+/// A command that keeps a picture outside of the document reports its size to the history (`Ko::CmSized`).
 ///
 /// Commands refer to layers by id. When the document refuses a change, for instance because the layer was removed without
 /// logging, the command throws `Ko::CmEx::ExCommandFailure` and the document is unchanged.

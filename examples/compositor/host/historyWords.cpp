@@ -33,7 +33,7 @@ std::string mebibytes(std::size_t bytes) {
     return text.str();
 }
 
-// What stands behind an element of the history.
+// The words after an element of the history.
 std::string noteOf(Ko::CmCommand const& command, bool isSaved) {
     std::size_t const memory = Ko::CmSized::of(command);
     std::string const size = memory > 0 ? mebibytes(memory) : "";

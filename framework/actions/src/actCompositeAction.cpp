@@ -12,7 +12,7 @@ namespace {
 
 /// The answers of nested composites about one target and one input, kept until the outermost of them has returned: members
 /// of a composite may be composites, which ask their own members in turn. A composite that is reached again while it asks
-/// adds nothing to itself; one that several others share is asked once. Composites are told apart by their descriptions,
+/// adds nothing to itself; one that several others share is asked once. Composites are distinguished by their descriptions,
 /// since these determine their members.
 class Question {
 public:

@@ -119,7 +119,8 @@ std::size_t ActGroupedEntry::performAction(
     RCShdPtr<CmCommandStack> const& history, Item const& input, RCShdPtr<SnSelection> const& selection) const {
     Step const step(*this);
     ActAction const& action = *_action;
-    Item const given = input;
+    // The action may release the original.
+    Item const given = input; // NOLINT(performance-unnecessary-copy-initialization)
     return step.perform(
         history, given, selection, [&](Item const& target) { return action.inputValid(target, given); });
 }

@@ -22,8 +22,8 @@ public:
     void gatherLines(std::chrono::milliseconds interval) noexcept { _interval = interval; }
     /// Starts with a new child.
     void begin();
-    /// From now on the hooks get at most 1 MiB of each stream, and what is there when the child ends for one second at
-    /// most. Any thread.
+    /// From now on the hooks get at most 1 MiB of each stream; after the end of the child, reading takes one second at most.
+    /// Any thread.
     void limit() noexcept { _isLimited.store(true, std::memory_order_relaxed); }
     /// Reads a bounded part of what both streams hold, so that neither stream nor the end of the child is neglected.
     /// @returns whether anything was read.

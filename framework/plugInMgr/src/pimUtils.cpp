@@ -38,7 +38,7 @@ bool passOver(OsFilePath const& path, LiString const& why, PimUtils::Callback& c
 }
 
 bool refuse(OsFilePath const& path, ExBase const& error, PimUtils::Callback& callback) {
-    // Every load checks the file again. The user is told once.
+    // Every load checks the file again. The user is warned once.
     if (PimRecords::set(path, PimStage::Refused, error.getReason())) PimMessages::refused(path, error);
     callback.notifyRefused(path, PimStage::Refused, error);
     return false;

@@ -4,8 +4,8 @@
 
 namespace Ko {
 
-/// Finds out what an operation will change about a selection that is watched, and tells it afterwards. When memory runs out, nothing
-/// has changed yet. Removed items live until the change was told.
+/// Finds out what an operation will change in a watched selection, and notifies the listeners afterwards. When memory runs out,
+/// nothing has changed yet. Removed items live until the listeners were notified.
 class SnSelection::Telling {
 public:
     explicit Telling(SnSelection& selection) : _selection(&selection), _one(1) {}
@@ -29,7 +29,7 @@ public:
         Telling telling(selection);
         return (telling.*find)(item).tell(operation);
     }
-    /// Performs the operation and tells what it has changed. @returns whether that is anything.
+    /// Performs the operation and notifies the listeners. @returns whether anything has changed.
     template <class Operation>
     bool tell(Operation operation) {
         operation();

@@ -111,7 +111,7 @@ TEST_F(PimReportTest, NamesFileStageAndReasonOfEveryFile) {
                   folder.path().getPath() + "/"),
         reportOf("all"));
     EXPECT_EQ((Vector<OsFilePath>{folder.path("one"), folder.path("two")}), PimUtils::getReport().directories);
-    // What was loaded or has failed is not checked again; what was refused may have been repaired, and is not told twice.
+    // Loaded and failed files are not checked again; a refused one may have been repaired, and its warning is not repeated.
     EXPECT_EQ(3u, messages.texts().size());
     EXPECT_EQ(5, PimUtils::loadType("all", mode, recorder));
     EXPECT_EQ(3u, recorder.take().size());

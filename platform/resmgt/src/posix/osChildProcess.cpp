@@ -150,7 +150,7 @@ int OsChildProcess::Imp::getExitCodeOf(siginfo_t const& end) const {
     return firstSignalCode + end.si_status;
 }
 
-// By the system call itself, which also tells what the child has used.
+// By the system call itself, which also returns the resource use of the child.
 bool OsChildProcess::Imp::reap() {
     siginfo_t ignored;
     rusage use{};

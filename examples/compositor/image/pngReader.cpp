@@ -19,8 +19,11 @@ class PngDecoder {
 public:
     PngDecoder(std::istream& stream, std::uint64_t length) : _stream(stream), _left(length) {
         _png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &_calls, &PngCalls::onError, &PngCalls::onWarning);
-        _info = _png ? png_create_info_struct(_png) : nullptr;
-        if (!_info) throw std::bad_alloc();
+        if (_png) _info = png_create_info_struct(_png);
+        if (!_info) {
+            png_destroy_read_struct(&_png, nullptr, nullptr);
+            throw std::bad_alloc();
+        }
         png_set_read_fn(_png, this, &PngDecoder::onRead);
     }
     ~PngDecoder() { png_destroy_read_struct(&_png, &_info, nullptr); }

@@ -13,9 +13,7 @@ namespace {
 /// neighbouring pixels, or of neighbouring rows if these are equal. For photographs the files are no larger.
 class PngEncoder {
 public:
-    PngEncoder(Size size, int colourType, ByteSink const& sink) : _sink(sink) {
-        _png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &_calls, &PngCalls::onError, &PngCalls::onWarning);
-        _info = _png ? png_create_info_struct(_png) : nullptr;
+    PngEncoder(Size size, int colourType, ByteSink const& sink) : PngEncoder(sink) {
         if (!_info) throw std::bad_alloc();
         run([this, size, colourType] {
             png_set_write_fn(_png, this, &PngEncoder::onWrite, &PngEncoder::onFlush);
@@ -51,6 +49,12 @@ public:
     }
 
 private:
+    // The destructor runs from here on, also when the sink refuses the first bytes.
+    explicit PngEncoder(ByteSink const& sink) : _sink(sink) {
+        _png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &_calls, &PngCalls::onError, &PngCalls::onWarning);
+        if (_png) _info = png_create_info_struct(_png);
+    }
+
     template <class Call>
     void run(Call const call) {
         _calls.run(_png, call);

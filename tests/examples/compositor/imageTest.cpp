@@ -223,6 +223,13 @@ TEST(PngFile, KeepsEveryPixelAndReportsDamageOfAnyKind) {
     }
     EXPECT_EQ("the PNG picture is cut off: it is too short for 65535 x 4000 pixels",
         messageOf([] { decode(hugePicture()); }));
+    // A sink that refuses its bytes, at once or later: the sanitizer finds what is left then.
+    for (int accepted : {0, 1, 5})
+        EXPECT_THROW(writePng(picture,
+                         [&](std::span<std::byte const>) {
+                             if (accepted-- == 0) throw ImageError("full");
+                         }),
+            ImageError);
 }
 
 TEST(Writing, IsWholeOrNotAtAll) {

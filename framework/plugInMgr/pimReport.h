@@ -6,7 +6,7 @@
 
 namespace Ko {
 
-/// How far a plug-in has come.
+/// The progress of a plug-in from its file to its packages.
 enum class PimStage : std::uint8_t {
     /// It was found and passed over: by the inclusion and exclusion rules, because it is no file with content, or because
     /// another library of that file name was loaded before. Also a plug-in that is being loaded right now.
@@ -19,19 +19,19 @@ enum class PimStage : std::uint8_t {
     Failed
 };
 
-/// What has become of one file.
+/// The state of one file.
 struct PimFinding {
     /// The file, with its directory.
     OsFilePath path;
-    /// How far it has come.
+    /// Its stage.
     PimStage stage;
-    /// Why it came no further; empty for a plug-in that is loaded.
+    /// Why it was not loaded; empty for a plug-in that was.
     LiString reason;
     /// What the plug-in declares. Nothing where it declares nothing, or its file was not read.
     std::optional<PimDeclaration> declaration;
 };
 
-/// Where plug-ins were looked for in this process, and what has become of each file.
+/// The directories in which this process has searched for plug-ins, and the state of each file.
 struct PimReport {
     /// The directories that were searched, in the order of their first search.
     Vector<OsFilePath> directories;

@@ -66,7 +66,7 @@ public:
     /// @param interface "name major.minor", as the property KO_PLUGIN_INTERFACE of the library that plug-ins are linked with.
     /// @throws ExAssertionFailed when it is not of this form.
     static void setInterface(std::string_view interface);
-    /// Where plug-ins were looked for until now, and what has become of each file. Any thread.
+    /// The directories that were searched until now, and the state of each file. Any thread.
     [[nodiscard]] static PimReport getReport();
     /// A callback that does nothing.
     [[nodiscard]] static Callback& getNullCb();

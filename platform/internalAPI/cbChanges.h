@@ -13,23 +13,23 @@ namespace Ko {
 template <class Change>
 class CbChanges {
 public:
-    /// One change, allocated before the operation, so that telling it needs no memory.
+    /// One change, allocated before the operation, so that its delivery needs no memory.
     using Prepared = std::list<Change>;
 
     /// @param context of what callables throw, for the log: "A listener of ..."; is not copied.
-    /// @param unknown stands for changes for which memory was too short.
+    /// @param unknown is delivered in place of changes that could not be prepared for lack of memory.
     explicit CbChanges(char const* context, Change unknown = {});
 
     /// Calls `callable` with each change that is made from now on, until the result ends; not empty.
     [[nodiscard]] CbSubscription subscribe(std::function<void(Change const&)> callable);
-    /// Whether nothing listens.
+    /// Whether there are no subscriptions.
     [[nodiscard]] bool isEmpty() const noexcept { return _dispatcher.isEmpty(); }
 
     /// Delivers the change, or leaves it to the call that delivers others now. To be called after the operation. The subject has to
     /// outlive the call.
-    void tell(Prepared& change) noexcept;
+    void notify(Prepared& change) noexcept;
     /// The same for a change that could not be prepared. It takes the place of all that are not delivered yet.
-    void tellUnknown() noexcept;
+    void notifyUnknown() noexcept;
 
 private:
     void deliverAll() noexcept;

@@ -20,14 +20,14 @@ CbSubscription CbChanges<Change>::subscribe(std::function<void(Change const&)> c
 }
 
 template <class Change>
-void CbChanges<Change>::tell(Prepared& change) noexcept {
+void CbChanges<Change>::notify(Prepared& change) noexcept {
     ++_numMade;
     _waiting.splice(_waiting.end(), change);
     deliverAll();
 }
 
 template <class Change>
-void CbChanges<Change>::tellUnknown() noexcept {
+void CbChanges<Change>::notifyUnknown() noexcept {
     ++_numMade;
     _isUnknown = true;
     deliverAll();
@@ -39,7 +39,7 @@ void CbChanges<Change>::deliverAll() noexcept {
     while (_isUnknown || !_waiting.empty()) {
         Prepared present;
         if (std::exchange(_isUnknown, false)) {
-            present.swap(_waiting); // is part of what is not known
+            present.swap(_waiting); // the unknown change includes them
             deliver(_unknown, _numMade - 1);
         } else {
             std::uint64_t const number = _numMade - _waiting.size();

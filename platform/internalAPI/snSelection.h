@@ -76,7 +76,7 @@ protected:
 
 private:
     friend class RCShdPtr<SnSelection>;
-    class Telling;
+    class Recorder;
 
     bool isWatched() const noexcept { return _changes && !_changes->isEmpty(); }
 

@@ -102,7 +102,7 @@ public:
     /// Ends the child's standard input, waits for its end, unless it was detached, and releases its descriptors here.
     /// @returns false when the system did not know the child any more.
     bool forget();
-    /// What the last child used; nothing before it was forgotten, for a detached one, and where the system does not tell
+    /// What the last child used; nothing before it was forgotten, for a detached one, and where the system does not report
     /// it. Any thread.
     [[nodiscard]] std::optional<OsResourceUse> getResourceUse() const;
 

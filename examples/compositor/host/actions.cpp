@@ -208,7 +208,7 @@ ActGroupedEntry findValid(
         targets, wanted.inputOf(arguments), wanted.composite, ActRegistry::FirstOnly);
     for (ActGroupedEntry const& entry : entries)
         if (entry.getDescription() == wanted.description && entry.getTargets().size() == targets.size()) return entry;
-    throw ScriptError("\"" + path + "\" is not possible here; \"menu\" lists what is, \"why\" tells the reason");
+    throw ScriptError("\"" + path + "\" is not possible here; \"menu\" lists what is, \"why\" gives the reason");
 }
 
 void performOnFirst(ActGroupedEntry const& entry) {

@@ -67,7 +67,7 @@ void DrClipboard::set(RCShdPtr<DrCarrier> const& content, SrcAction action) {
     if (_changes && !_changes->isEmpty()) one.push_back(change);
     _content = content;
     _srcAction = action;
-    if (!one.empty()) _changes->tell(one);
+    if (!one.empty()) _changes->notify(one);
 }
 
 } // namespace Ko

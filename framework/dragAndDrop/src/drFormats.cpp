@@ -22,10 +22,8 @@ bool isSame(LiString const& a, LiString const& b) {
 void DrFormats::add(LiString const& mediaType, Make make) {
     if (!make) RCExUtil::throwExNullPtr(typeid(Make).name());
     Form form{mediaType, std::move(make)};
-    auto const found =
-        std::ranges::find_if(_forms, [&](Form const& other) { return isSame(other.mediaType, mediaType); });
-    if (found != _forms.end())
-        std::swap(*found, form);
+    if (Form const* const found = find(mediaType))
+        std::swap(_forms[static_cast<std::size_t>(found - _forms.data())], form);
     else
         _forms.push_back(std::move(form));
 }

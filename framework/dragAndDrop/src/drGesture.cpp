@@ -2,21 +2,24 @@
 
 namespace Ko {
 
+// Copies, here and below: a view may release the source or the sink of a drag while it is called.
 RCShdPtr<DrCarrier> DrGesture::begin(RCShdPtr<DrSrcSink> const& source) {
-    if (!source->willPopulateSelection()) return nullptr;
+    RCShdPtr<DrSrcSink> const from = source;
+    if (!from->willPopulateSelection()) return nullptr;
     RCShdPtr<DrCarrier> carrier = DrCarrier::create(SnSelection::create());
-    source->populateSelection(carrier);
+    from->populateSelection(carrier);
     return carrier;
 }
 
 DrEffect DrGesture::hover(
     RCShdPtr<DrSrcSink> const& sink, RCShdPtr<DrCarrier> const& carrier, DrEffect wanted, DrPlace const& place) {
-    carrier->setPlace(place);
-    DrEffect const accepted = sink->accept(carrier, wanted, place);
-    return carrier->getOffered().contains(accepted) ? accepted : DrEffect::None;
+    RCShdPtr<DrSrcSink> const to = sink;
+    RCShdPtr<DrCarrier> const carried = carrier;
+    carried->setPlace(place);
+    DrEffect const accepted = to->accept(carried, wanted, place);
+    return carried->getOffered().contains(accepted) ? accepted : DrEffect::None;
 }
 
-// Copies: a view may release the source or the sink of a drag while it is called.
 DrEffect DrGesture::drop(RCShdPtr<DrSrcSink> const& source, RCShdPtr<DrSrcSink> const& sink,
     RCShdPtr<DrCarrier> const& carrier, DrEffect wanted, DrPlace const& place) {
     RCShdPtr<DrSrcSink> const from = source, to = sink;
@@ -41,10 +44,10 @@ DrEffect DrGesture::drop(RCShdPtr<DrSrcSink> const& source, RCShdPtr<DrSrcSink> 
 
 void DrGesture::cancel(
     RCShdPtr<DrSrcSink> const& source, RCShdPtr<DrSrcSink> const& sink, RCShdPtr<DrCarrier> const& carrier) {
-    RCShdPtr<DrSrcSink> const to = sink;
+    RCShdPtr<DrSrcSink> const from = source, to = sink;
     RCShdPtr<DrCarrier> const carried = carrier;
     carried->setEffect(DrEffect::None);
-    if (!source.isNull()) source->operationCancelled(carried);
+    if (!from.isNull()) from->operationCancelled(carried);
     if (!to.isNull()) to->operationCancelled(carried);
 }
 

@@ -12,7 +12,7 @@ public:
 
     /// Adds a directory, once.
     static void addSearched(OsFilePath const& directory);
-    /// Sets what has become of a file. @returns whether that is new.
+    /// Sets the state of a file. @returns whether it has changed.
     static bool set(OsFilePath const& path, PimStage stage, LiString const& reason);
     static void setDeclaration(OsFilePath const& path, std::optional<PimDeclaration> declaration);
     /// The library is about to be opened. Afterwards the next two functions need no memory.

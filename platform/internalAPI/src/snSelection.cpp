@@ -1,7 +1,7 @@
 #include "internalAPI/snSelection.h"
 
 #include "internalAPI/src/snItemSet.h"
-#include "internalAPI/src/snSelectionTelling.h"
+#include "internalAPI/src/snSelectionRecorder.h"
 
 #include <optional>
 #include <ostream>
@@ -92,36 +92,38 @@ SnSelection::Items SnSelection::getItems() const {
 bool SnSelection::add(RCShdPtr<SnItem const> const& item) {
     if (!isWatched()) [[likely]]
         return changeOne<&SnItemTable::add>(_items, item);
-    return Telling::perform<&Telling::add>(*this, item, [&] { changeWatched<&SnItemTable::add>(_items, item); });
+    return Recorder::performOne<&Recorder::add>(*this, item, [&] { changeWatched<&SnItemTable::add>(_items, item); });
 }
 bool SnSelection::remove(RCShdPtr<SnItem const> const& item) {
     if (!isWatched()) [[likely]]
         return changeOne<&SnItemTable::remove>(_items, item);
-    return Telling::perform<&Telling::remove>(*this, item, [&] { changeWatched<&SnItemTable::remove>(_items, item); });
+    return Recorder::performOne<&Recorder::remove>(
+        *this, item, [&] { changeWatched<&SnItemTable::remove>(_items, item); });
 }
 void SnSelection::toggle(RCShdPtr<SnItem const> const& item) {
     if (!isWatched()) [[likely]]
         changeOne<&SnItemTable::toggle>(_items, item);
     else
-        Telling::perform<&Telling::toggle>(*this, item, [&] { changeWatched<&SnItemTable::toggle>(_items, item); });
+        Recorder::performOne<&Recorder::toggle>(
+            *this, item, [&] { changeWatched<&SnItemTable::toggle>(_items, item); });
 }
 void SnSelection::clear() {
     auto const change = [&] { _items = RCShdPtr<SnItemSet>::create(); };
-    isWatched() ? static_cast<void>(Telling(*this).clear().tell(change)) : change();
+    if (!isWatched()) return change();
+    Recorder(*this).clear().perform(change);
 }
 
 void SnSelection::add(SnSelection const& items) {
     if (isEmpty()) return replace(items);
-    auto const change = [&] { changeAll<&SnItemTable::add>(_items, *items._items); };
-    isWatched() ? static_cast<void>(Telling(*this).forEach<&Telling::add>(items).tell(change)) : change();
+    Recorder::performAll<&Recorder::add>(*this, items, [&] { changeAll<&SnItemTable::add>(_items, *items._items); });
 }
 void SnSelection::remove(SnSelection const& items) {
-    auto const change = [&] { changeAll<&SnItemTable::remove>(_items, *items._items); };
-    isWatched() ? static_cast<void>(Telling(*this).forEach<&Telling::remove>(items).tell(change)) : change();
+    Recorder::performAll<&Recorder::remove>(
+        *this, items, [&] { changeAll<&SnItemTable::remove>(_items, *items._items); });
 }
 void SnSelection::toggle(SnSelection const& items) {
-    auto const change = [&] { changeAll<&SnItemTable::toggle>(_items, *items._items); };
-    isWatched() ? static_cast<void>(Telling(*this).forEach<&Telling::toggle>(items).tell(change)) : change();
+    Recorder::performAll<&Recorder::toggle>(
+        *this, items, [&] { changeAll<&SnItemTable::toggle>(_items, *items._items); });
 }
 void SnSelection::replace(SnSelection const& items) noexcept {
     if (!isWatched()) {
@@ -129,18 +131,18 @@ void SnSelection::replace(SnSelection const& items) noexcept {
         return;
     }
     RCShdPtr<SnSelection> const alive(this);
-    std::optional<Telling> telling;
+    std::optional<Recorder> recorder;
     try {
-        telling.emplace(*this).replace(items);
+        recorder.emplace(*this).replace(items);
     } catch (...) { // memory has run out
-        telling.reset();
+        recorder.reset();
     }
     // Items that are replaced by equal ones are released last too.
     RCShdPtr<SnItemSet> const before = std::exchange(_items, items._items);
-    if (telling)
-        telling->tell([] {});
+    if (recorder)
+        recorder->perform([] {});
     else
-        _changes->tellUnknown();
+        _changes->notifyUnknown();
 }
 
 CbSubscription SnSelection::onChange(std::function<void(SnSelectionChange const&)> callable) {

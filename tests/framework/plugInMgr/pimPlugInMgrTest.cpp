@@ -1,9 +1,8 @@
 #include "framework/plugInMgr/pimPlugInMgr.h"
 #include "framework/plugInMgr/pimEx.h"
 #include "framework/plugInMgr/pimUtils.h"
-#include "tests/fixtures/plugIns/plugInJournal.h"
 #include "tests/support/childProcess.h"
-#include "tests/support/plugInFolder.h"
+#include "tests/support/plugInTest.h"
 #include "tests/support/thrown.h"
 
 #include <barrier>
@@ -36,15 +35,7 @@ Journal takeJournal() {
     return std::exchange(plugInJournal(), {});
 }
 
-class PimPlugInMgrTest : public testing::Test {
-protected:
-    PimPlugInMgrTest() {
-        plugInActions().clear();
-        takeJournal();
-    }
-
-    PlugInFolder folder;
-};
+using PimPlugInMgrTest = PlugInTest;
 
 TEST_F(PimPlugInMgrTest, InitialisesThePackagesAndKnowsTheLibraryByItsFileName) {
     OsFilePath const path = folder.add("a/x.io.so", "blur.op.so");

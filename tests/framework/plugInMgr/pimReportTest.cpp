@@ -3,11 +3,8 @@
 #include "framework/plugInMgr/pimPlugInMgr.h"
 #include "framework/plugInMgr/pimUtils.h"
 #include "resmgt/osSharedLib.h"
-#include "tests/fixtures/plugIns/plugInJournal.h"
 #include "tests/support/declaredLibrary.h"
-#include "tests/support/logRecorder.h"
-#include "tests/support/messageRecorder.h"
-#include "tests/support/plugInFolder.h"
+#include "tests/support/plugInTest.h"
 
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -41,11 +38,9 @@ public:
     bool isOpeningError = false;
 };
 
-class PimReportTest : public testing::Test {
+class PimReportTest : public PlugInTest {
 protected:
     PimReportTest() {
-        plugInActions().clear();
-        plugInJournal().clear();
         PimUtils::setFilePaths({folder.path()});
         PimUtils::setInterface("host 2.3");
     }
@@ -79,9 +74,6 @@ protected:
         return withoutDirectory(result, folder.path().getPath() + "/");
     }
 
-    PlugInFolder folder;
-    MessageRecorder messages;
-    LogRecorder log;
     Recorder recorder;
 };
 

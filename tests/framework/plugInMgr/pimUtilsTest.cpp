@@ -2,11 +2,8 @@
 #include "base/assertions.h"
 #include "framework/plugInMgr/pimPlugInMgr.h"
 #include "resmgt/osFile.h"
-#include "tests/fixtures/plugIns/plugInJournal.h"
 #include "tests/support/childProcess.h"
-#include "tests/support/logRecorder.h"
-#include "tests/support/messageRecorder.h"
-#include "tests/support/plugInFolder.h"
+#include "tests/support/plugInTest.h"
 #include "tests/support/thrown.h"
 
 #include <gtest/gtest.h>
@@ -31,17 +28,8 @@ public:
     Names names;
 };
 
-class PimUtilsTest : public testing::Test {
+class PimUtilsTest : public PlugInTest {
 protected:
-    PimUtilsTest() {
-        plugInActions().clear();
-        plugInJournal().clear();
-        PimUtils::setFilePaths({});
-    }
-
-    PlugInFolder folder;
-    MessageRecorder messages;
-    LogRecorder log;
     RecordingCallback callback;
 };
 

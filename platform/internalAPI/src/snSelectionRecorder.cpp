@@ -1,4 +1,4 @@
-#include "internalAPI/src/snSelectionTelling.h"
+#include "internalAPI/src/snSelectionRecorder.h"
 
 #include "internalAPI/cbChanges.imp.h"
 
@@ -7,21 +7,21 @@ namespace Ko {
 template class CbDispatcher<SnSelectionChange>;
 template class CbChanges<SnSelectionChange>;
 
-SnSelection::Telling& SnSelection::Telling::add(RCShdPtr<SnItem const> const& item) {
+SnSelection::Recorder& SnSelection::Recorder::add(RCShdPtr<SnItem const> const& item) {
     if (!_selection->contains(*item)) _one.front().added.push_back(item);
     return *this;
 }
-SnSelection::Telling& SnSelection::Telling::remove(RCShdPtr<SnItem const> const& item) {
+SnSelection::Recorder& SnSelection::Recorder::remove(RCShdPtr<SnItem const> const& item) {
     RCShdPtr<SnItem const> const found = _selection->find(*item);
     if (!found.isNull()) _one.front().removed.push_back(found);
     return *this;
 }
-SnSelection::Telling& SnSelection::Telling::toggle(RCShdPtr<SnItem const> const& item) {
+SnSelection::Recorder& SnSelection::Recorder::toggle(RCShdPtr<SnItem const> const& item) {
     return _selection->contains(*item) ? remove(item) : add(item);
 }
 
 // Items stay as far as the new content begins with them, in their order.
-SnSelection::Telling& SnSelection::Telling::replace(SnSelection const& items) {
+SnSelection::Recorder& SnSelection::Recorder::replace(SnSelection const& items) {
     Vector<RCShdPtr<SnItem const>> after = itemsOf(items);
     SnSelectionChange& change = _one.front();
     auto next = after.begin();
@@ -33,13 +33,13 @@ SnSelection::Telling& SnSelection::Telling::replace(SnSelection const& items) {
     change.added.assign(next, after.end());
     return *this;
 }
-SnSelection::Telling& SnSelection::Telling::clear() {
+SnSelection::Recorder& SnSelection::Recorder::clear() {
     _one.front().removed = itemsOf(*_selection);
     return *this;
 }
 
 // A copy: an operation may follow while it is walked over.
-Vector<RCShdPtr<SnItem const>> SnSelection::Telling::itemsOf(SnSelection const& selection) {
+Vector<RCShdPtr<SnItem const>> SnSelection::Recorder::itemsOf(SnSelection const& selection) {
     Vector<RCShdPtr<SnItem const>> result;
     result.reserve(selection.getCount());
     for (auto const& item : selection.getItems())

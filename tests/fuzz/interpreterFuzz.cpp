@@ -5,8 +5,9 @@
 #include "framework/command/cmCommandStackGuard.h"
 #include "framework/command/cmUndoGuard.h"
 #include "host/actions.h"
-#include "host/interpreter.h"
 #include "host/plugIns.h"
+#include "script/interpreter.h"
+#include "script/scriptReader.h"
 #include "tests/fuzz/fuzzing.h"
 
 #include <algorithm>
@@ -61,7 +62,7 @@ std::string tamedScript(std::string const& script, Folder const& folder) {
             if (!statement) break;
             expect(splitWords(quotedWords(statement->words)) == statement->words, "quoted words stay as they are");
             result += tamed(statement->words, folder);
-        } catch (ScriptError const&) {
+        } catch (InputError const&) {
         }
     return result;
 }
@@ -79,12 +80,12 @@ void checkHistory(Editor& editor) {
         "the same document after undoing and redoing everything");
 }
 
-void run(std::string const& script, PlugIns const& plugIns, bool isTyped) {
+void run(std::string const& script, bool isTyped) {
     std::ostringstream output, errors;
     Editor editor;
     Ko::CmCommandStackGuard const active(editor.history());
     Jobs jobs(output, errors, Jobs::Bars::NotShown);
-    Interpreter interpreter(editor, jobs, plugIns, output, errors);
+    Interpreter interpreter(editor, jobs, output, errors);
     std::istringstream stream(script);
     if (isTyped)
         interpreter.runTerminal(stream);
@@ -106,7 +107,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     for (bool const isTyped : {false, true}) {
         for (char const* const name : {"x.png", "x.koc"})
             std::filesystem::remove(folder / name);
-        run(script, plugIns, isTyped);
+        run(script, isTyped);
     }
     return 0;
 }

@@ -208,7 +208,7 @@ ActGroupedEntry findValid(
         targets, wanted.inputOf(arguments), wanted.composite, ActRegistry::FirstOnly);
     for (ActGroupedEntry const& entry : entries)
         if (entry.getDescription() == wanted.description && entry.getTargets().size() == targets.size()) return entry;
-    throw ScriptError("\"" + path + "\" is not possible here; \"menu\" lists what is, \"why\" gives the reason");
+    throw InputError("\"" + path + "\" is not possible here");
 }
 
 void performOnFirst(ActGroupedEntry const& entry) {
@@ -262,7 +262,7 @@ ActAction const& EditActions::find(std::string const& path) {
     Path const wanted(path);
     if (auto const* const action = ActRegistry::getInstance().getAction(wanted.description, wanted.composite))
         return *action;
-    throw ScriptError("there is no action " + quoted(path) + "; \"find\" finds one by its letters");
+    throw InputError("there is no action " + quoted(path));
 }
 
 } // namespace compositor

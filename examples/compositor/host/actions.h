@@ -2,7 +2,7 @@
 
 #include "framework/actions/actOption.h"
 #include "host/editor.h"
-#include "script/script.h"
+#include "text/statement.h"
 
 #include <string>
 #include <vector>
@@ -24,7 +24,7 @@ public:
     /// Performs an action on each of the layers, as one undo step.
     /// @param path the description; for a member of a composite, "Composite > Member".
     /// @param arguments of the action, without its description.
-    /// @throws ScriptError when the action is not valid for one of the layers. Exceptions of the action are passed on.
+    /// @throws InputError when the action is not valid for one of the layers. Exceptions of the action are passed on.
     static void perform(Editor& editor, std::string const& path, std::vector<Layer> const& layers,
         std::vector<std::string> const& arguments);
     /// Performs an action on the document.
@@ -32,7 +32,7 @@ public:
     /// The choices that an action offers for all of the layers; current where all have them.
     [[nodiscard]] static std::vector<Ko::ActOption> options(
         Editor& editor, std::string const& path, std::vector<Layer> const& layers);
-    /// A registered action. @throws ScriptError when there is none of that path.
+    /// A registered action. @throws InputError when there is none of that path.
     [[nodiscard]] static Ko::ActAction const& find(std::string const& path);
 };
 

@@ -14,7 +14,7 @@
 namespace compositor {
 
 /// An edit of its target, as an action. Its input is a statement: the description and the arguments. Menus show the
-/// description, and the script word "do" finds the action by it.
+/// description, by which the action is found too.
 template <class Target>
 class Edit final : public Ko::ActTypedAction<Target, Statement>, public Ko::ActPresented, public Ko::ActOptioned {
 public:
@@ -49,7 +49,7 @@ public:
         // A menu performs an action without input.
         Statement const& statement = input.words.empty() ? Statement{0, {_verb.description}} : input;
         if (statement.arguments() < _verb.fewest || statement.arguments() > _verb.most)
-            throw ScriptError("\"" + _verb.description + "\" takes " + _verb.arguments);
+            throw InputError("\"" + _verb.description + "\" takes " + _verb.arguments);
         _run(target, statement);
     }
     Ko::ActPresentation getPresentation(Item const& target, Item const&) const override {

@@ -86,7 +86,7 @@ Targets Gestures::targets() const {
 
 void Gestures::carrySelection(int action) {
     std::vector<Layer> const layers = selected();
-    if (layers.empty()) throw ScriptError("no layer is selected");
+    if (layers.empty()) throw InputError("no layer is selected");
     DrClipboard::getInstance().setContent(
         DrCarrier::create(makeSelection(_editor, layers)), static_cast<DrClipboard::SrcAction>(action));
 }
@@ -105,7 +105,7 @@ void Gestures::paste() {
     auto const carried = DrCarrierItem::create(DrClipboard::getInstance().getContent());
     auto const entries = ActRegistry::getInstance().getActions(
         SnItemBasic<Editor*>::create(&_editor), carried, "", ActRegistry::FirstOnly);
-    if (entries.atEnd()) throw ScriptError("nothing was copied or cut");
+    if (entries.atEnd()) throw InputError("nothing was copied or cut");
     CmUndoGuard const guard(_editor.history(), "Paste");
     Selection const pasted = SnSelection::create();
     entries->performAction(pasted);
@@ -137,7 +137,7 @@ CmReplay Gestures::cancel() {
 }
 
 Gestures::Dragged const& Gestures::dragged() const {
-    if (!_dragged) throw ScriptError("no layer is dragged; \"grab\" begins a drag");
+    if (!_dragged) throw InputError("no layer is dragged");
     return *_dragged;
 }
 
@@ -163,11 +163,11 @@ DrEffect Gestures::drag(std::vector<std::string> const& names, std::string const
     Layer const& under = _editor.document().layer(target);
     auto const list = RCShdPtr<LayerList>::create(_editor, layersNamed(_editor, names), under);
     RCShdPtr<DrCarrier> const carrier = DrGesture::begin(list);
-    if (carrier.isNull()) throw ScriptError("no layer is dragged");
+    if (carrier.isNull()) throw InputError("no layer is dragged");
     CmUndoGuard const guard(_editor.history(), "Drop on " + target);
     DrEffect const effect =
         DrGesture::drop(list, list, carrier, wanted, {.target = LayerItem::create({&_editor, under})});
-    if (effect == DrEffect::None) throw ScriptError("these layers cannot be dropped on \"" + target + "\"");
+    if (effect == DrEffect::None) throw InputError("these layers cannot be dropped on \"" + target + "\"");
     return effect;
 }
 

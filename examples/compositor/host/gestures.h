@@ -2,8 +2,8 @@
 
 #include "framework/command/cmReplay.h"
 #include "framework/dragAndDrop/drEffect.h"
-#include "host/actionList.h"
 #include "host/editor.h"
+#include "host/layerItem.h"
 
 #include <optional>
 #include <string>
@@ -23,10 +23,10 @@ public:
     /// The selected layers as targets of actions, or the document when none is selected.
     [[nodiscard]] Targets targets() const;
 
-    /// @throws ScriptError when nothing is selected.
+    /// @throws InputError when nothing is selected.
     void copy();
     void cut();
-    /// @throws ScriptError when the clipboard is empty.
+    /// @throws InputError when the clipboard is empty.
     void paste();
     struct Point {
         int x;
@@ -35,7 +35,7 @@ public:
     /// Presses the mouse on a layer: begins a long transaction, to which all edits belong until `release` or `cancel`.
     /// @throws DocumentError when there is no such layer.
     void grab(std::string const& name);
-    /// Moves the layer that is dragged. @throws ScriptError when none is.
+    /// Moves the layer that is dragged. @throws InputError when none is.
     void pull(Point to);
     /// Ends the drag as one undo step.
     void release();
@@ -47,7 +47,7 @@ public:
     void dragAlong(std::string const& name, std::vector<Point> const& path);
     /// Drags layers and drops them on another one.
     /// @returns what has happened; layers cannot be linked, so a link becomes a copy.
-    /// @throws ScriptError when the target does not accept them.
+    /// @throws InputError when the target does not accept them.
     Ko::DrEffect drag(std::vector<std::string> const& names, std::string const& target, Ko::DrEffect wanted);
 
 private:

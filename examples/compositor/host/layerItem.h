@@ -21,6 +21,8 @@ struct LayerRef {
 };
 
 using LayerItem = Ko::SnItemBasic<LayerRef>;
+/// The layers that an action is for, or the document.
+using Targets = Ko::List<Ko::RCShdPtr<Ko::SnItem const>>;
 
 inline std::ostream& operator<<(std::ostream& stream, LayerRef const& ref) {
     return stream << ref.layer.name;

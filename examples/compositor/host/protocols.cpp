@@ -7,8 +7,8 @@
 #include "image/inputFile.h"
 #include "image/pngFile.h"
 #include "plugIns/operators.h"
-#include "script/script.h"
 #include "text/commandLine.h"
+#include "text/statement.h"
 
 #include <algorithm>
 #include <chrono>
@@ -93,7 +93,7 @@ public:
         for (std::string const& entry : environment) {
             std::size_t const separator = entry.find('=');
             if (separator == std::string::npos || separator == 0)
-                throw ScriptError("\"" + entry + "\" does not define a variable; write NAME=VALUE");
+                throw InputError("\"" + entry + "\" does not define a variable; write NAME=VALUE");
             addEnvironmentVariable(entry.substr(0, separator), entry.substr(separator + 1));
         }
         gatherLines(std::chrono::milliseconds(50));

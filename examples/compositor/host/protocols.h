@@ -3,7 +3,7 @@
 #include "base/oPtr.h"
 #include "document/document.h"
 #include "framework/bgTask/bgJobProtocol.h"
-#include "script/script.h"
+#include "text/statement.h"
 
 #include <filesystem>
 #include <functional>
@@ -23,7 +23,7 @@ using PictureSink = std::function<void(Picture picture)>;
 [[nodiscard]] Ko::OPtr<Ko::BgJobProtocol> makeSaveProtocol(Document const& document, std::filesystem::path const& path);
 
 /// Reads a picture, has an operator of a plug-in change it, and writes it.
-/// @param input the description of the operator's action, and its arguments. @throws ScriptError if there is no such operator.
+/// @param input the description of the operator's action, and its arguments. @throws InputError if there is no such operator.
 [[nodiscard]] Ko::OPtr<Ko::BgJobProtocol> makeFrameProtocol(
     std::filesystem::path const& source, std::filesystem::path const& target, Statement const& input);
 

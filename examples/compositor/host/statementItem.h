@@ -2,7 +2,7 @@
 
 #include "internalAPI/snItemBasic.h"
 #include "internalAPI/snItemConvert.h"
-#include "script/script.h"
+#include "text/statement.h"
 
 /// A statement as the input of an action.
 template <>

@@ -5,7 +5,7 @@
 namespace compositor {
 
 /// The operator of a plug-in, for pictures that are in no document. May be called on any thread.
-/// @param input the description of its action, and the arguments. @throws ScriptError if there is none, or for a wrong number of
+/// @param input the description of its action, and the arguments. @throws InputError if there is none, or for a wrong number of
 ///   arguments.
 [[nodiscard]] Operator operatorOf(Statement const& input);
 

@@ -33,10 +33,10 @@ std::map<std::string, KnownOperator>& knownOperators() {
 
 Operator operatorOf(Statement const& input) {
     auto const found = knownOperators().find(input.word());
-    if (found == knownOperators().end()) throw ScriptError("there is no operator " + quoted(input.word()));
+    if (found == knownOperators().end()) throw InputError("there is no operator " + quoted(input.word()));
     Verb const& verb = found->second.verb;
     if (input.arguments() < verb.fewest || input.arguments() > verb.most)
-        throw ScriptError(quoted(input.word()) + " takes " + verb.arguments);
+        throw InputError(quoted(input.word()) + " takes " + verb.arguments);
     return found->second.apply;
 }
 

@@ -2,7 +2,7 @@
 
 #include "framework/frameworkLib/pimActions.h"
 #include "image/picture.h"
-#include "script/script.h"
+#include "text/statement.h"
 
 #include <string>
 
@@ -18,7 +18,7 @@ struct Verb {
 
 /// Makes a new picture from that of a layer.
 /// @param input the description of the action and the arguments.
-/// @throws ScriptError for a wrong argument, ImageError for a picture that cannot be made. The user sees the message, and the
+/// @throws InputError for a wrong argument, ImageError for a picture that cannot be made. The user sees the message, and the
 /// layer is unchanged.
 using Operator = Picture (*)(Picture const& picture, Statement const& input);
 

@@ -2,6 +2,7 @@
 #include "framework/command/cmUndoGuard.h"
 #include "framework/dragAndDrop/drClipboard.h"
 #include "host/actions.h"
+#include "script/actionList.h"
 
 #include <gtest/gtest.h>
 #include <sstream>
@@ -73,7 +74,7 @@ TEST_F(GesturesTest, MenusChangeWithTheSelection) {
         menu())
         << "the highest layer cannot be raised";
     EXPECT_EQ("  c: it is the highest layer\n", why("Raise"));
-    EXPECT_THROW(why("Fly"), ScriptError);
+    EXPECT_THROW(why("Fly"), InputError);
     gestures.select({"a", "b", "c"});
     editor.setBlend(editor.document().layer("a").id, BlendMode::Add);
     EXPECT_NE(std::string::npos, menu().find("[-] over\n    [-] add\n    [ ] multiply"));
@@ -109,9 +110,9 @@ TEST_F(GesturesTest, ActionsWorkOnAllSelectedLayersInOneStep) {
     expectStep("a b c | a b ", [&] { perform("Move", {"3", "-4"}); });
     EXPECT_EQ(-4, editor.document().layer("a").placed.y);
     expectStep("c | ", [&] { perform("Remove", {}); });
-    EXPECT_THROW(performOnC("Fly", {}), ScriptError);
-    EXPECT_THROW(performOnC("Raise", {}), ScriptError);
-    EXPECT_THROW(performOnC("Move", {"3"}), ScriptError);
+    EXPECT_THROW(performOnC("Fly", {}), InputError);
+    EXPECT_THROW(performOnC("Raise", {}), InputError);
+    EXPECT_THROW(performOnC("Move", {"3"}), InputError);
     expectStep("\"\\ two | ", [&] { performOnC("Rename", {"\"\\ two"}); });
     std::string options;
     for (Ko::ActOption const& option : EditActions::options(editor, "Opacity", editor.document().layers()))
@@ -129,8 +130,8 @@ TEST_F(GesturesTest, ActionsWithACheckMarkChangeOnlyLayersThatAreOff) {
 }
 
 TEST_F(GesturesTest, CopiesArePastedAsTheyWereWithFreeNames) {
-    EXPECT_THROW(gestures.copy(), ScriptError);
-    EXPECT_THROW(gestures.paste(), ScriptError);
+    EXPECT_THROW(gestures.copy(), InputError);
+    EXPECT_THROW(gestures.paste(), InputError);
     gestures.select({"a", "c"});
     gestures.copy();
     editor.moveLayer(editor.document().layer("a").id, 50, 50);
@@ -152,9 +153,9 @@ TEST_F(GesturesTest, DropsPutLayersOrCopiesAboveTheirTarget) {
     expectStep("a c b | ", [&] { move({"c"}, "a"); });
     expectStep("b a c | ", [&] { move({"a", "c"}, "b"); });
     expectStep("a c b | ", [&] { move({"b"}, "c"); });
-    EXPECT_THROW(move({"b"}, "b"), ScriptError);
+    EXPECT_THROW(move({"b"}, "b"), InputError);
     EXPECT_THROW(move({"x"}, "b"), DocumentError);
-    EXPECT_THROW(move({}, "b"), ScriptError);
+    EXPECT_THROW(move({}, "b"), InputError);
     EXPECT_EQ("a c b | ", state());
     expectStep("a a copy c copy c b | ", [&] {
         EXPECT_EQ(DrEffect::Copy, gestures.drag({"a", "c"}, "a", DrEffect::Copy));

@@ -1,4 +1,4 @@
-#include "host/interpreter.h"
+#include "script/interpreter.h"
 #include "framework/command/cmUndoGuard.h"
 #include "plugIns/plugIn.h"
 #include "tests/examples/compositor/pictures.h"
@@ -101,8 +101,7 @@ TEST_F(InterpreterTest, ReportsBadInputWithItsLineAndChangesNothing) {
              {"group x\n undo\nend", "2: \"undo\" is not possible inside a group"},
              {"grab a\npull 1 1\nundo", "3: \"undo\" is not possible during a drag"},
              {"grab a\ngroup x\n pull 1 1\nend", "3: \"pull\" is not possible inside a group"},
-             {"pull 1 1", "1: no layer is dragged; \"grab\" begins a drag"},
-             {"flatten a", "1: there is a layer \"a\" already"},
+             {"pull 1 1", "1: no layer is dragged"}, {"flatten a", "1: there is a layer \"a\" already"},
              {"quietly\n group x\n move a 1 1\n end", "1: the script ends inside this quietly; \"end\" is missing"},
              {"group x\n group y\n", "2: the script ends inside this group; \"end\" is missing"},
              {"open " + missing, "1: " + missing + " cannot be read: No such file or directory"},

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "host/actions.h"
-#include "host/interpreter.h"
+#include "host/plugIns.h"
+#include "script/interpreter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -30,7 +31,7 @@ protected:
     compositor::PlugIns const plugIns{errors};
     compositor::Editor editor;
     compositor::Jobs jobs{jobOutput, errors, compositor::Jobs::Bars::NotShown};
-    compositor::Interpreter interpreter{editor, jobs, plugIns, output, errors};
+    compositor::Interpreter interpreter{editor, jobs, output, errors};
 };
 
 } // namespace KoTest

@@ -19,7 +19,7 @@ Colour mix(Colour from, Colour to, double share) {
 bool isVertical(Statement const& input) {
     if (input.arguments() < 3 || input.words[3] == "horizontal") return false;
     if (input.words[3] == "vertical") return true;
-    throw ScriptError("\"" + input.words[3] + "\" is not a direction; write horizontal or vertical");
+    throw InputError("\"" + input.words[3] + "\" is not a direction; write horizontal or vertical");
 }
 
 // From one colour at the left or top edge to another at the right or bottom edge; linear in sRGB.

@@ -47,7 +47,7 @@ Picture transform(Picture const& picture, Statement const& input) {
         if (how == "left") return remap(picture, turned, [&](int x, int y) { return std::pair(right - y, x); });
         if (how == "right") return remap(picture, turned, [&](int x, int y) { return std::pair(y, bottom - x); });
     }
-    throw ScriptError("write mirror, flip, turn, left, right or scale and a factor, not \"" + how + "\"");
+    throw InputError("write mirror, flip, turn, left, right or scale and a factor, not \"" + how + "\"");
 }
 
 PlugIn<struct TransformTag> package(

@@ -6,21 +6,27 @@
 #include <functional>
 #include <iosfwd>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace compositor {
 
+class TerminalLoop;
+
 /// The background jobs that the user has started, by number, and their display.
 ///
-/// Also the loop of the application: `update()` and `wait()` process the events of the framework. Each change of a job's state
-/// is displayed as a line. While `wait()` waits at a terminal, each running job also has a progress bar, which is redrawn in
+/// `update()` and `wait()` process the events of the framework. Each change of a job's state is displayed as a line. While `wait()` waits at a terminal, each running job also has a progress bar, which is redrawn in
 /// place. To be used between the framework's initialisation and finalisation, on the application thread; one object at a time.
 class Jobs {
 public:
     enum class Bars { Shown, NotShown };
 
-    Jobs(std::ostream& output, std::ostream& errors, Bars bars);
+    /// Returns after the framework has received an event since the last call, at once if it has.
+    using WaitForEvents = std::function<void()>;
+
+    /// @param waitForEvents called by `wait`; empty for the loop of a terminal, which blocks the thread.
+    Jobs(std::ostream& output, std::ostream& errors, Bars bars, WaitForEvents waitForEvents = {});
     /// Stops all running jobs.
     ~Jobs();
     Jobs(Jobs const&) = delete;
@@ -34,7 +40,7 @@ public:
     void showFailure(std::string const& place, std::string const& text);
     /// Displays the output lines of the job that is submitted next, with its number.
     [[nodiscard]] LineSink nextJobsLines();
-    /// Has the job that is submitted next wait for the end of another one. @throws ScriptError when there is no such job.
+    /// Has the job that is submitted next wait for the end of another one. @throws InputError when there is no such job.
     void startNextAfter(int number);
     /// The number of the job that was submitted last.
     [[nodiscard]] int lastNumber() const { return _lastNumber; }
@@ -44,9 +50,9 @@ public:
     void update();
     /// Lists all jobs with their states, progress, units, phases, predecessors and times, then removes jobs that have ended.
     void list();
-    /// @throws ScriptError when there is no such job.
+    /// @throws InputError when there is no such job.
     void stop(int number);
-    /// Holds a job, or lets it go on. @throws ScriptError when there is no such job.
+    /// Holds a job, or lets it go on. @throws InputError when there is no such job.
     void pause(int number);
     void resume(int number);
     /// Resumes all jobs, and waits until all have ended.
@@ -89,7 +95,9 @@ private:
     std::multimap<std::string, std::string> _placesOfErrors;
     bool _hasFailed = false;
     int _barsDrawn = 0;
-    Ko::LkEvent _awake{"Compositor loop", true};
+    // Where the host has no loop of its own.
+    std::unique_ptr<TerminalLoop> _terminalLoop;
+    WaitForEvents _waitForEvents;
 };
 
 } // namespace compositor

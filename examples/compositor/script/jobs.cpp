@@ -1,8 +1,8 @@
-#include "host/jobs.h"
+#include "script/jobs.h"
 
 #include "base/evEventManager.h"
 #include "resmgt/msgServer.h"
-#include "script/script.h"
+#include "text/statement.h"
 
 #include <algorithm>
 #include <chrono>
@@ -50,15 +50,37 @@ std::string nameOf(State::JobState_t state) {
 
 } // namespace
 
-Jobs::Jobs(std::ostream& output, std::ostream& errors, Bars bars) : _output(output), _errors(errors), _bars(bars) {
-    Ko::EvEventManager::getInstance().setWakeUpHandler([this] { _awake.set(); });
+/// Waits for the events of the framework, in a program without a loop of its own.
+class TerminalLoop {
+public:
+    TerminalLoop() {
+        Ko::EvEventManager::getInstance().setWakeUpHandler([this] { _awake.set(); });
+    }
+    ~TerminalLoop() { Ko::EvEventManager::getInstance().setWakeUpHandler({}); }
+    TerminalLoop(TerminalLoop const&) = delete;
+    TerminalLoop& operator=(TerminalLoop const&) = delete;
+
+    void wait() {
+        _awake.wait();
+        _awake.reset();
+    }
+
+private:
+    Ko::LkEvent _awake{"Compositor loop", true};
+};
+
+Jobs::Jobs(std::ostream& output, std::ostream& errors, Bars bars, WaitForEvents waitForEvents)
+    : _output(output), _errors(errors), _bars(bars), _waitForEvents(std::move(waitForEvents)) {
+    if (!_waitForEvents) {
+        _terminalLoop = std::make_unique<TerminalLoop>();
+        _waitForEvents = [this] { _terminalLoop->wait(); };
+    }
     Ko::MsgProtocol::setHandler([this](Ko::Msg const& message) { showError(message.getText()); });
 }
 
 Jobs::~Jobs() {
     stopAll();
     Ko::MsgProtocol::setHandler({});
-    Ko::EvEventManager::getInstance().setWakeUpHandler({});
 }
 
 void Jobs::submit(std::string place, Ko::OPtr<Ko::BgJobProtocol> protocol, WhenEnded whenEnded) {
@@ -140,7 +162,7 @@ std::string Jobs::describeOrder(RCShdPtr<Ko::BgJob> const& job) const {
 
 Ko::BgJob& Jobs::jobOf(int number) const {
     auto const found = _entries.find(number);
-    if (found == _entries.end()) throw ScriptError("there is no job " + std::to_string(number));
+    if (found == _entries.end()) throw InputError("there is no job " + std::to_string(number));
     return *found->second.job;
 }
 
@@ -160,11 +182,10 @@ void Jobs::wait() {
     for (auto const& [number, entry] : _entries)
         entry.job->resume();
     for (;;) {
-        _awake.reset();
         update();
         drawBars();
         if (!isAnyRunning()) break;
-        _awake.wait();
+        _waitForEvents();
     }
     // The message of a failed job is posted before its protocol can be released, so no message is missing afterwards.
     for (auto const& [number, entry] : _entries)

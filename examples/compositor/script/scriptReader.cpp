@@ -1,9 +1,6 @@
-#include "script/script.h"
-
-#include "text/number.h"
+#include "script/scriptReader.h"
 
 #include <algorithm>
-#include <sstream>
 #include <string_view>
 
 namespace compositor {
@@ -20,34 +17,13 @@ std::string readQuoted(std::string const& line, std::size_t& index) {
         if (line[index] == '\\' && index + 1 < line.size()) ++index;
         text += line[index];
     }
-    if (index == line.size()) throw ScriptError("a quotation mark is not closed");
+    if (index == line.size()) throw InputError("a quotation mark is not closed");
     if (++index < line.size() && line.find_first_of(blanks, index) != index)
-        throw ScriptError("after a closing quotation mark there must be a blank");
+        throw InputError("after a closing quotation mark there must be a blank");
     return text;
 }
 
-template <class Number>
-Number parse(std::string const& text, Number minimum, Number maximum, char const* kind) {
-    auto const value = toNumber<Number>(text);
-    if (value && *value >= minimum && *value <= maximum) return *value;
-    std::ostringstream message;
-    message << '"' << text << "\" is not a " << kind << " from " << minimum << " to " << maximum;
-    throw ScriptError(message.str());
-}
-
 } // namespace
-
-int Statement::integer(std::size_t index, int minimum, int maximum) const {
-    return parse(words[index], minimum, maximum, "whole number");
-}
-
-float Statement::number(std::size_t index, float minimum, float maximum) const {
-    return parse(words[index], minimum, maximum, "number");
-}
-
-std::string quoted(std::string const& text) {
-    return "\"" + text + "\"";
-}
 
 std::vector<std::string> splitWords(std::string const& line) {
     std::vector<std::string> words;

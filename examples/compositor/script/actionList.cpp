@@ -1,4 +1,4 @@
-#include "host/actionList.h"
+#include "script/actionList.h"
 
 #include "framework/actions/actBasicParam.h"
 #include "framework/actions/actFinder.h"

@@ -1,4 +1,4 @@
-#include "host/interpreter.h"
+#include "script/interpreter.h"
 
 #include "base/evEventManager.h"
 #include "framework/command/cmUndoGuard.h"
@@ -57,7 +57,7 @@ void Interpreter::after(Statement const& statement) {
         _jobs.forgetOrder();
         throw;
     }
-    if (_jobs.forgetOrder()) throw ScriptError(quoted(inner.word()) + " starts no job");
+    if (_jobs.forgetOrder()) throw InputError(quoted(inner.word()) + " starts no job");
 }
 
 // Each frame waits for the one before it, so that a long sequence leaves the other workers free.

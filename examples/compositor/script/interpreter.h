@@ -2,9 +2,8 @@
 
 #include "host/editor.h"
 #include "host/gestures.h"
-#include "host/jobs.h"
-#include "host/plugIns.h"
-#include "script/script.h"
+#include "script/jobs.h"
+#include "text/statement.h"
 
 #include <functional>
 #include <iosfwd>
@@ -17,8 +16,8 @@ namespace compositor {
 /// saving and external programs become jobs, and the script continues while they run.
 class Interpreter {
 public:
-    Interpreter(Editor& editor, Jobs& jobs, PlugIns const& plugIns, std::ostream& output, std::ostream& errors)
-        : _editor(editor), _gestures(editor), _jobs(jobs), _plugIns(plugIns), _output(output), _errors(errors) {}
+    Interpreter(Editor& editor, Jobs& jobs, std::ostream& output, std::ostream& errors)
+        : _editor(editor), _gestures(editor), _jobs(jobs), _output(output), _errors(errors) {}
 
     /// Runs a whole script, and waits for the jobs that it has started. Reads all of it first, so that a script with a missing
     /// "end" changes nothing. The first error, also of a job, ends the script.
@@ -28,6 +27,10 @@ public:
 
     /// Runs the lines of a terminal, with a prompt before each, and continues after errors.
     void runTerminal(std::istream& terminal);
+
+    /// Called before each statement, outside of guards or inside. @returns whether the script goes on; false ends it like "quit".
+    using Pace = std::function<bool(Statement const& next)>;
+    void setPace(Pace pace) { _pace = std::move(pace); }
 
     /// Where a word is possible: not outside groups of edits means that it changes the history itself.
     enum class Place { Anywhere, OutsideGroups, OutsideSteps };
@@ -43,7 +46,7 @@ public:
         char const* details = "";
     };
     [[nodiscard]] static std::vector<Word> const& words();
-    /// @throws ScriptError when there is no such word.
+    /// @throws InputError when there is no such word.
     [[nodiscard]] static Word const& wordOf(std::string const& name);
 
 private:
@@ -94,12 +97,12 @@ private:
     Editor& _editor;
     Gestures _gestures;
     Jobs& _jobs;
-    PlugIns const& _plugIns;
     std::ostream& _output;
     std::ostream& _errors;
     std::string _name;
     bool _stopsAtErrors = true;
     Source _next;
+    Pace _pace;
     int _depth = 0;
 };
 

@@ -1,5 +1,5 @@
 #include "framework/command/cmSized.h"
-#include "host/interpreter.h"
+#include "script/interpreter.h"
 
 #include <cmath>
 #include <iomanip>
@@ -23,8 +23,8 @@ int stepsOf(Statement const& statement) {
 void requireDone(Ko::CmReplay const& result, std::string const& what) {
     if (result.outcome != Outcome::Failed) return;
     bool const isOne = result.numDropped == 1;
-    throw ScriptError(what + " any more (" + result.error->getReason() + "); " + std::to_string(result.numDropped) +
-                      (isOne ? " step was" : " steps were") + " dropped");
+    throw InputError(what + " any more (" + result.error->getReason() + "); " + std::to_string(result.numDropped) +
+                     (isOne ? " step was" : " steps were") + " dropped");
 }
 
 std::string mebibytes(std::size_t bytes) {
@@ -48,7 +48,7 @@ void Interpreter::undo(Statement const& statement) {
     for (int steps = stepsOf(statement); steps > 0; --steps) {
         std::string const step = stack.getUndoText();
         Ko::CmReplay const result = stack.tryUndo();
-        if (result.outcome == Outcome::NothingToDo) throw ScriptError("there is nothing to undo");
+        if (result.outcome == Outcome::NothingToDo) throw InputError("there is nothing to undo");
         requireDone(result, quoted(step) + " cannot be undone");
     }
 }
@@ -58,7 +58,7 @@ void Interpreter::redo(Statement const& statement) {
     for (int steps = stepsOf(statement); steps > 0; --steps) {
         std::string const step = stack.getRedoText();
         Ko::CmReplay const result = stack.tryRedo();
-        if (result.outcome == Outcome::NothingToDo) throw ScriptError("there is nothing to redo");
+        if (result.outcome == Outcome::NothingToDo) throw InputError("there is nothing to redo");
         requireDone(result, quoted(step) + " cannot be redone");
     }
 }

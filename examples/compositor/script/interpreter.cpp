@@ -1,7 +1,8 @@
-#include "host/interpreter.h"
+#include "script/interpreter.h"
 
 #include "framework/command/cmUndoGuard.h"
 #include "framework/command/cmUndoGuardNoLog.h"
+#include "script/scriptReader.h"
 
 #include <algorithm>
 #include <istream>
@@ -36,7 +37,7 @@ std::vector<Statement> readAll(std::istream& stream) {
                 open.pop_back();
             statements.push_back(std::move(*statement));
         }
-    } catch (ScriptError const& error) {
+    } catch (InputError const& error) {
         throw PlacedError{reader.line(), error.what()};
     }
     if (!open.empty())
@@ -74,7 +75,7 @@ void Interpreter::runTerminal(std::istream& terminal) {
                 _jobs.update();
                 _output << (_editor.history()->isClean() ? "> " : "*> ") << std::flush;
                 return reader.next();
-            } catch (ScriptError const& error) {
+            } catch (InputError const& error) {
                 report(reader.line(), error.what());
             }
     });
@@ -108,6 +109,7 @@ void Interpreter::endDrag() {
 bool Interpreter::runBlock(bool isGroup) {
     while (std::optional<Statement> const statement = _next()) {
         if (isGroup && statement->word() == "end") return true;
+        if (_pace && !_pace(*statement)) quit();
         try {
             runStatement(*statement);
             updateJobs();
@@ -122,16 +124,16 @@ bool Interpreter::runBlock(bool isGroup) {
 void Interpreter::runStatement(Statement const& statement) {
     Word const& word = wordOf(statement.word());
     if (statement.arguments() < word.fewestArguments || statement.arguments() > word.mostArguments)
-        throw ScriptError(std::string("write: ") + word.usage);
+        throw InputError(std::string("write: ") + word.usage);
     requirePlace(word);
     word.run(*this, statement);
 }
 
 void Interpreter::requirePlace(Word const& word) const {
     if (word.place != Place::Anywhere && _depth > 0)
-        throw ScriptError(quoted(word.name) + " is not possible inside a group");
+        throw InputError(quoted(word.name) + " is not possible inside a group");
     if (word.place == Place::OutsideSteps && _gestures.isDragging())
-        throw ScriptError(quoted(word.name) + " is not possible during a drag");
+        throw InputError(quoted(word.name) + " is not possible during a drag");
 }
 
 // Jobs have displayed the message of a failure already.
@@ -171,13 +173,13 @@ void Interpreter::quietly(Statement const& statement) {
 
 void Interpreter::runGroup(Statement const& statement) {
     if (_depth == deepestGroup)
-        throw ScriptError("groups inside groups go at most " + std::to_string(deepestGroup) + " deep");
+        throw InputError("groups inside groups go at most " + std::to_string(deepestGroup) + " deep");
     struct Deeper {
         explicit Deeper(int& depth) : _depth(depth) { ++_depth; }
         ~Deeper() { --_depth; }
         int& _depth;
     } const deeper(_depth);
-    if (!runBlock(true)) throw ScriptError("the input ends inside this " + statement.word());
+    if (!runBlock(true)) throw InputError("the input ends inside this " + statement.word());
 }
 
 } // namespace compositor

@@ -1,9 +1,10 @@
 #include "base/inInitMgr.h"
 #include "framework/command/cmCommandStackGuard.h"
 #include "host/actions.h"
-#include "host/interpreter.h"
 #include "host/plugIns.h"
 #include "resmgt/lgGroups.h"
+#include "script/interpreter.h"
+#include "script/plugInList.h"
 
 #include <cerrno>
 #include <fstream>
@@ -18,7 +19,8 @@ namespace {
 int listPlugIns() {
     Ko::LgSinks::replace({});
     std::ostream nowhere(nullptr);
-    compositor::PlugIns(nowhere).list(std::cout);
+    compositor::PlugIns const plugIns(nowhere);
+    compositor::listPlugIns(std::cout);
     return 0;
 }
 
@@ -35,7 +37,7 @@ int run(int argc, char** argv) {
     Ko::CmCommandStackGuard const active(editor.history());
     auto const bars = isatty(STDOUT_FILENO) ? compositor::Jobs::Bars::Shown : compositor::Jobs::Bars::NotShown;
     compositor::Jobs jobs(std::cout, std::cerr, bars);
-    compositor::Interpreter interpreter(editor, jobs, plugIns, std::cout, std::cerr);
+    compositor::Interpreter interpreter(editor, jobs, std::cout, std::cerr);
     if (argc == 1) {
         interpreter.runTerminal(std::cin);
         return 0;

@@ -1,7 +1,9 @@
-#include "host/interpreter.h"
+#include "script/interpreter.h"
 
 #include "host/actions.h"
 #include "host/protocols.h"
+#include "script/actionList.h"
+#include "script/plugInList.h"
 
 #include <algorithm>
 #include <limits>
@@ -79,7 +81,7 @@ std::vector<Interpreter::Word> const Interpreter::_words{
     {"cut", "cut", 0, 0, anywhere, [](I& self, S&) { self._gestures.cut(); }},
     {"paste", "paste", 0, 0, anywhere, [](I& self, S&) { self._gestures.paste(); }},
     {"plugins", "plugins (the directories, and the state of each plug-in)", 0, 0, anywhere,
-        [](I& self, S&) { self._plugIns.list(self._output); }},
+        [](I& self, S&) { listPlugIns(self._output); }},
     {"group", "group NAME ... end (one undo step)", 1, 1, anywhere, [](I& self, S& line) { self.group(line); }},
     {"quietly", "quietly ... end (not in the history)", 0, 0, anywhere, [](I& self, S& line) { self.quietly(line); }},
     {"undo", "undo [STEPS]", 0, 1, outsideSteps, [](I& self, S& line) { self.undo(line); }},
@@ -130,7 +132,7 @@ std::vector<Interpreter::Word> const& Interpreter::words() {
 
 Interpreter::Word const& Interpreter::wordOf(std::string const& name) {
     auto const found = std::ranges::find_if(words(), [&](Word const& word) { return name == word.name; });
-    if (found == words().end()) throw ScriptError("unknown word " + quoted(name) + "; \"help\" lists the words");
+    if (found == words().end()) throw InputError("unknown word " + quoted(name) + "; \"help\" lists the words");
     return *found;
 }
 
@@ -157,7 +159,7 @@ void Interpreter::drag(Statement const& statement) {
     auto const& words = statement.words;
     auto const to = std::ranges::find(words, "to");
     if (to != words.end()) return drop({words.begin() + 1, to}, {to + 1, words.end()});
-    if (statement.arguments() % 2 == 0) throw ScriptError("a path is made of pairs of X and Y");
+    if (statement.arguments() % 2 == 0) throw InputError("a path is made of pairs of X and Y");
     std::vector<Gestures::Point> path;
     for (std::size_t index = 2; index < words.size(); index += 2) {
         int const x = statement.integer(index, -largest, largest);
@@ -172,7 +174,7 @@ void Interpreter::drop(std::vector<std::string> const& names, std::vector<std::s
         {"copy", DrEffect::Copy}, {"move", DrEffect::Move}, {"link", DrEffect::Link}};
     auto const wanted = effects.find(place.size() == 2 ? place[1] : "move");
     if (place.empty() || place.size() > 2 || wanted == effects.end())
-        throw ScriptError("a drop takes layers, \"to\", a layer, and \"copy\", \"move\" or \"link\"");
+        throw InputError("a drop takes layers, \"to\", a layer, and \"copy\", \"move\" or \"link\"");
     DrEffect const effect = _gestures.drag(names, place[0], wanted->second);
     if (effect != wanted->second) _output << "copied: layers cannot be linked\n";
 }
@@ -193,7 +195,7 @@ void Interpreter::perform(Statement const& statement) {
 
 void Interpreter::options(Statement const& statement) {
     std::vector<Layer> const layers = _gestures.selected();
-    if (layers.empty()) throw ScriptError("no layer is selected");
+    if (layers.empty()) throw InputError("no layer is selected");
     for (Ko::ActOption const& option : EditActions::options(_editor, statement.words[1], layers))
         _output << (option.isCurrent ? "* " : "  ") << option.text << "\n";
 }

@@ -91,7 +91,17 @@ function(ko_catalogues)
   endforeach()
 endfunction()
 
+# ko_shared_library(<target> <name> [<part>]): what is common to all libraries. Each is exported with its part: KOframework unless
+# another one is given, whose components for installation are <part> and <part>Development then.
 function(ko_shared_library target name)
+  set(export KOframeworkTargets)
+  set(runtime runtime)
+  set(development development)
+  if(ARGC GREATER 2)
+    set(export KO${ARGV2}Targets)
+    set(runtime ${ARGV2})
+    set(development ${ARGV2}Development)
+  endif()
   set_target_properties(${target} PROPERTIES OUTPUT_NAME KO${name} EXPORT_NAME ${name}
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
   add_library(KO::${name} ALIAS ${target})
@@ -102,8 +112,8 @@ function(ko_shared_library target name)
   if(NOT KO_SANITIZE) # the sanitizers' functions are in the program, not in the library
     target_link_options(${target} PRIVATE LINKER:--no-undefined)
   endif()
-  install(TARGETS ${target} EXPORT KOframeworkTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
+  install(TARGETS ${target} EXPORT ${export}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${runtime} NAMELINK_COMPONENT ${development})
 endfunction()
 
 # ko_platform_library(<name> roles...): one of the sibling libraries, lib KO<name>.
@@ -129,6 +139,19 @@ function(ko_module name)
   target_sources(ko_framework PRIVATE ${sources})
   ko_install_headers(framework/${name} ${ARGN})
   ko_catalogues(${ARGN})
+endfunction()
+
+# ko_adapter(<name> LINK <library>... roles...): an optional library above the framework, lib KO<name>, for another toolkit or
+# service. It is a part of its own: component <name> of find_package, and of the installation.
+function(ko_adapter name)
+  cmake_parse_arguments(ROOM "" "" "LINK;${KO_ROLES}" ${ARGN})
+  ko_sources(sources ${ARGN})
+  string(TOUPPER ${name} upper)
+  add_library(ko_${name} SHARED ${sources})
+  ko_shared_library(ko_${name} ${name} ${name})
+  target_compile_definitions(ko_${name} PRIVATE KO_BUILDING_${upper})
+  target_link_libraries(ko_${name} PUBLIC KO::framework ${ROOM_LINK})
+  install(FILES ${ROOM_PUBLIC_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ko/adapters/${name} COMPONENT ${name}Development)
 endfunction()
 
 # ko_test(<name> SOURCES ... [LIBRARIES ...] [CONCURRENT]): a GoogleTest program; every test runs in a process of its own.

@@ -2,13 +2,13 @@
 # the rooms, those of the rooms, the names of all sources, and the sources. Every fault is a line "file:line: message".
 
 BEGIN {
-    split("PUBLIC_HEADERS TEMPLATE_BODIES PRIVATE_HEADERS SOURCES POSIX_SOURCES WINDOWS_SOURCES CATALOGUES NEIGHBOURS", words)
+    split("LINK PUBLIC_HEADERS TEMPLATE_BODIES PRIVATE_HEADERS SOURCES POSIX_SOURCES WINDOWS_SOURCES CATALOGUES NEIGHBOURS", words)
     for (i in words) isRole[words[i]] = 1
     systemMacro = "(^|[^A-Za-z0-9_])(_WIN32|_WIN64|__MINGW32__|_MSC_VER|__linux__|__linux|__gnu_linux__|__APPLE__|" \
         "__unix__|__unix|__FreeBSD__|_POSIX_VERSION)([^A-Za-z0-9_]|$)"
     # Smart pointers, singletons and deleters own memory on behalf of all other code.
     memoryOwner = "^(platform/base/(src/rcBase\\.cpp|rcShdPtr\\.h|inSingleton\\.imp\\.h)|platform/resmgt/lkSingleton\\.imp\\.h|" \
-        "framework/actions/src/actAction\\.cpp)$"
+        "framework/actions/src/actAction\\.cpp|adapters/qt/src/qtChild\\.h)$"
     nakedMemory = "(^|[^A-Za-z0-9_])(new +[A-Za-z_:]|delete(\\[\\])? +[A-Za-z_:*(])"
     systemHeader = "^(unistd|dlfcn|[Ww]indows|pthread|fcntl|spawn|signal|poll|dirent|fnmatch|glob|link|termios|" \
         "wordexp)\\.h$|^(sys|linux|mach|mach-o)/"
@@ -40,7 +40,8 @@ phase == "order" && match($0, /^[ \t]*add_subdirectory\([^) \t]+/) {
     folder = substr($0, RSTART, RLENGTH)
     sub(/.*\(/, "", folder)
     if (startsWith(FILENAME, "framework/")) folder = "framework/" folder
-    layer[folder] = ++layers
+    # The adapters lie above all modules of the framework, whose order is read later.
+    layer[folder] = ++layers + (startsWith(folder, "adapters/") ? 1000 : 0)
 }
 
 # ---- phase rooms: the files and the neighbours of each room
@@ -53,11 +54,12 @@ phase == "rooms" {
 }
 
 function readWord(word) {
-    if (word == "ko_platform_library" || word == "ko_module") call = word
+    if (word == "ko_platform_library" || word == "ko_module" || word == "ko_adapter") call = word
     else if (call == "" || word == "(") return
     else if (word == ")") call = role = room = ""
     else if (room == "") openRoom(word)
     else if (word in isRole) role = word
+    else if (role == "LINK") return
     else if (role == "NEIGHBOURS") addNeighbour(word)
     else addFile(word)
 }
@@ -66,7 +68,7 @@ function openRoom(name) {
     room = folderOf(FILENAME)
     nameOf[room] = name
     roomNamed[name] = room
-    if (room != (call == "ko_module" ? "framework/" : "platform/") name)
+    if (room != (call == "ko_module" ? "framework/" : call == "ko_adapter" ? "adapters/" : "platform/") name)
         refuse(here(), "the room " name " is declared in " room)
     if (!(room in layer)) refuse(here(), room " is not added by the CMakeLists.txt above it")
 }
@@ -130,7 +132,7 @@ function checkSystemInclude(path) {
     if (path ~ systemHeader && !isSystemHalf) refuse(here(), "a system header outside src/posix/ and src/windows/: <" path ">")
 }
 
-function resolve(path) { return startsWith(path, "framework/") ? path : "platform/" path }
+function resolve(path) { return path ~ /^(framework|adapters)\// ? path : "platform/" path }
 
 function checkInclude(path, file, target) {
     file = resolve(path)
@@ -138,7 +140,7 @@ function checkInclude(path, file, target) {
         refuse(here(), "not a file below the include roots: \"" path "\"")
         return
     }
-    if (folderOf(file) == "framework" && startsWith(own, "framework/")) return
+    if (folderOf(file) == "framework" && own ~ /^(framework|adapters)\//) return
     # The export header of the framework belongs to no room.
     if (file == "platform/base/export.h" && folderOf(FILENAME) == "framework") return
     target = roomOf(file)

@@ -34,6 +34,7 @@ present() {
     libgtest-dev) has_header gtest/gtest.h ;;
     libgmock-dev) has_header gmock/gmock.h ;;
     libpng-dev) has_header png.h ;;
+    qt6-base-dev) compgen -G "/usr/lib*/*/cmake/Qt6Widgets/Qt6WidgetsConfig.cmake" >/dev/null || compgen -G "/usr/lib*/cmake/Qt6Widgets/Qt6WidgetsConfig.cmake" >/dev/null ;;
     clang-14) has_program clang++-14 ;;
     clang-19) has_program clang++-19 ;;
     libc++-19-dev) [[ -e /usr/lib/llvm-19/include/c++/v1/version ]] ;;

@@ -8,7 +8,7 @@ BEGIN {
         "__unix__|__unix|__FreeBSD__|_POSIX_VERSION)([^A-Za-z0-9_]|$)"
     # Smart pointers, singletons and deleters own memory on behalf of all other code.
     memoryOwner = "^(platform/base/(src/rcBase\\.cpp|rcShdPtr\\.h|inSingleton\\.imp\\.h)|platform/resmgt/lkSingleton\\.imp\\.h|" \
-        "framework/actions/src/actAction\\.cpp|adapters/qt/src/qtChild\\.h)$"
+        "framework/actions/src/actAction\\.cpp)$"
     nakedMemory = "(^|[^A-Za-z0-9_])(new +[A-Za-z_:]|delete(\\[\\])? +[A-Za-z_:*(])"
     systemHeader = "^(unistd|dlfcn|[Ww]indows|pthread|fcntl|spawn|signal|poll|dirent|fnmatch|glob|link|termios|" \
         "wordexp)\\.h$|^(sys|linux|mach|mach-o)/"

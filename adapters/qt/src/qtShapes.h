@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QIcon>
+
+class QPainter;
+class QRectF;
+
+namespace Ko {
+
+/// Small drawings in the colour of text, which fit every theme and resolution.
+enum class QtShape { Step, Group, SavedStep, SavedGroup, Pause, Resume, Cancel, Retry, Done, Failed, Waiting, Warning };
+
+/// Draws a shape in the pen's colour.
+void qtDraw(QPainter& painter, QtShape shape, QRectF const& place);
+
+/// The icon of the desktop's theme, or the shape where the theme has none.
+QIcon qtIcon(char const* themeName, QtShape shape);
+/// The icon of a shape.
+QIcon qtIcon(QtShape shape);
+
+} // namespace Ko

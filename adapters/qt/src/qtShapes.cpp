@@ -66,6 +66,8 @@ void drawOnField(QPainter& painter, QtShape shape) {
     case QtShape::Cancel:
         painter.drawLine(QPointF(4, 4), QPointF(12, 12));
         return painter.drawLine(QPointF(12, 4), QPointF(4, 12));
+    case QtShape::Mixed:
+        return painter.drawLine(QPointF(4, 8), QPointF(12, 8));
     case QtShape::Retry:
         return drawRetry(painter);
     case QtShape::Done:
@@ -119,6 +121,11 @@ void qtDraw(QPainter& painter, QtShape shape, QRectF const& place) {
     painter.setBrush(Qt::NoBrush);
     drawOnField(painter, shape);
     painter.restore();
+}
+
+QColor qtFailureColour() {
+    bool const isDark = QGuiApplication::palette().color(QPalette::Base).lightness() < 128;
+    return isDark ? QColor(0xEF, 0x6B, 0x67) : QColor(0xC0, 0x27, 0x27);
 }
 
 QIcon qtIcon(char const* themeName, QtShape shape) {

@@ -151,8 +151,10 @@ private:
     void setOnce(LiDate& date, bool& isSet);
     void requestEnd() noexcept;
     bool releaseUntil(LkDeadline::Time deadline) noexcept;
-    bool markReleased() noexcept;
+    bool hasReleased() noexcept;
     void deleteUnusedProtocol() noexcept;
+    OPtr<BgJobProtocol> takeUnusedProtocol() noexcept;
+    void deleteProtocol(OPtr<BgJobProtocol> unused) noexcept;
     // The name and the type, for messages.
     LiString describe() const;
     bool isExecuting() const noexcept { return !_endOfJob.isSet(); }
@@ -182,7 +184,8 @@ private:
     bool _endedSet = false;
     bool _notificationsEnabled = false;
     // From now on no thread enters the protocol; the last one inside deletes it.
-    bool _isReleased = false;
+    // Written under the lock. Acquire elsewhere.
+    std::atomic<bool> _isReleased{false};
     bool _isPaused = false;
     // Whether a worker took the paused job from the queue: then the end of the pause queues it again.
     bool _isParked = false;

@@ -111,12 +111,12 @@ private:
     Names _ownNames;
     // The job takes the names over when it deletes the protocol.
     Names const* _names = &_ownNames;
-    bool _continue = true;
+    // Continues: not stopped. Prepared: a Busy job can be stopped just before it calls `start()`, which must not undo the stop.
+    // Held: `continueExecution()` waits. Acquire and release: a protocol that stops sees what preceded the stop.
+    enum Flags : unsigned { Continues = 1, Prepared = 2, Held = 4 };
+    std::atomic<unsigned> _flags{Continues};
+    // Guards the wait, and the condition, which is made by the first pause.
     mutable LkLock _continueLock{"Continue lock"};
-    // A Busy job can be stopped just before it calls `start()`, which must not undo the stop.
-    bool _startIsPrepared = false;
-    // Whether `continueExecution()` waits. The condition is made by the first pause.
-    bool _isHeld = false;
     std::unique_ptr<LkCondVar> _isLetGo;
     // The job that owns the protocol; null for none.
     BgJob* _job = nullptr;

@@ -18,9 +18,17 @@ class KO_BASE_API RCBase {
 public:
     /// Adds an owner. Called by pointers.
     void addReference() const noexcept { _references.fetch_add(1, std::memory_order_relaxed); }
+    /// Adds the first owner of an object that no other thread has a pointer to. Called by pointers.
+    void addFirstReference() const noexcept {
+        // The constructor may have made owners, which still exist.
+        if (_references.load(std::memory_order_relaxed) != 0) return addReference();
+        _references.store(1, std::memory_order_relaxed);
+    }
     /// Removes an owner; the last one deletes the object. Called by pointers.
     void removeReference() const noexcept {
         // Release: the deleting thread sees the writes of this owner. Acquire: needed if this is the deleting thread.
+        // The only owner, without weak references, needs no exchange with other threads.
+        if (_references.load(std::memory_order_acquire) == 1) return destroy(1);
         std::uint32_t const before = _references.fetch_sub(1, std::memory_order_acq_rel);
         if ((before & countMask) == 1) destroy(before);
     }

@@ -60,7 +60,9 @@ public:
     /// Makes an object and returns its first owner. A class with a protected constructor befriends `RCShdPtr<Class>`.
     template <class... Args>
     [[nodiscard]] static RCShdPtr create(Args&&... args) {
-        return RCShdPtr(new T(std::forward<Args>(args)...));
+        T* const object = new T(std::forward<Args>(args)...);
+        object->addFirstReference();
+        return RCShdPtr(object, Adopt());
     }
 
     /// A null pointer.

@@ -59,13 +59,24 @@ private:
     static constexpr std::ptrdiff_t unlimited = std::numeric_limits<std::ptrdiff_t>::max();
 
     bool takeTask(MtTask& task, RCShdPtr<MtContainerObserver<Container>>& observer);
+    void obtainReadyTasks(std::unique_lock<LkLock>& taking);
+    bool isLimited() const noexcept { return _capacity != std::numeric_limits<std::size_t>::max(); }
     bool needsWorker() noexcept;
+    void wakeNextWorker() noexcept;
+    void makeRoom() noexcept;
     void stopWorkers();
-    void discardTasks();
+    void discardTasks(Container& container);
 
-    Container _container;
+    // The tasks that wait are `_ready`, then `_arrived`. Workers use the former and producers the latter, so that they seldom
+    // wait for each other; a worker that finds no ready task swaps the two. `_takeLock` is taken before `_lock`.
+    mutable LkLock _takeLock{"MtGroup ready"};
+    Container _ready;
     RCShdPtr<MtContainerObserver<Container>> _containerObserver;
-    mutable LkLock _lock{"MtGroup"};
+    // On cache lines of its own, which the producers write.
+    alignas(64) mutable LkLock _lock{"MtGroup"};
+    Container _arrived;
+    // The number of tasks that wait; only counted in a group with a limit.
+    std::size_t _numWaiting = 0;
     LkCondVar _nonEmpty{"Non-Empty Cond Var"};
     LkCondVar _nonFull{"Non-Full Cond Var"};
     std::size_t _capacity;
@@ -73,12 +84,13 @@ private:
     MtRequestMgr _requestMgr;
     MtGroupTag _groupTag;
 
-    bool _stopping = false;
-    int _waitingProducers = 0;
     // Workers wake one after the other: each wakes the next one if tasks are left. So a producer that is faster than its
     // workers signals once, not for each task.
-    int _sleepingWorkers = 0;
     bool _workerIsWaking = false;
+    // Changed under `_lock`. Relaxed: a worker that finds ready tasks has taken `_lock` after each worker that went to sleep
+    // without them, or has `_takeLock` from one that did; and a stop wakes all that sleep.
+    std::atomic<int> _sleepingWorkers{0};
+    std::atomic<bool> _stopping{false};
 };
 
 extern template class KO_RESMGT_API MtGroup<std::queue<MtTask>>;

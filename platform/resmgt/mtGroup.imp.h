@@ -45,7 +45,8 @@ template <class Container>
 MtGroup<Container>::~MtGroup() {
     using namespace MtGroupSource;
     stopWorkers();
-    discardTasks();
+    discardTasks(_ready);
+    discardTasks(_arrived);
     waitForRequests();
     _requestMgr.releaseTag(_groupTag);
     --_producers;
@@ -58,13 +59,10 @@ void MtGroup<Container>::add(RCShdPtr<MtTaskImp> imp) {
     bool wakes = false;
     {
         std::unique_lock lock(_lock);
-        while (_container.size() >= _capacity) {
-            ++_waitingProducers;
+        while (_numWaiting >= _capacity)
             _nonFull.wait(lock);
-            --_waitingProducers;
-        }
-        _container.push(MtTask(std::move(imp), _groupTag));
-        // Counted under the lock, which has brought the counter into the cache of this processor.
+        _arrived.push(MtTask(std::move(imp), _groupTag));
+        if (isLimited()) ++_numWaiting;
         MtRequestMgr::increment(_groupTag);
         wakes = needsWorker();
     }
@@ -77,11 +75,18 @@ void MtGroup<Container>::addAhead(
     if (imp.isNull()) RCExUtil::throwExNullPtr(typeid(MtTaskImp).name());
     bool wakes = false;
     {
+        std::lock_guard const taking(_takeLock);
         std::lock_guard const guard(_lock);
-        auto& sequence = MtQueueAccess<Container>::sequenceOf(_container);
-        auto const place = std::find_if(
-            sequence.begin(), sequence.end(), [&](MtTask const& task) { return isBehind(*task.getImp()); });
-        sequence.insert(place, MtTask(std::move(imp), _groupTag));
+        auto const insert = [&, matches = [&](MtTask const& task) { return isBehind(*task.getImp()); }](
+                                Container& container, bool atTheEnd) {
+            auto& sequence = MtQueueAccess<Container>::sequenceOf(container);
+            auto const place = std::find_if(sequence.begin(), sequence.end(), matches);
+            if (place == sequence.end() && !atTheEnd) return false;
+            sequence.insert(place, MtTask(std::move(imp), _groupTag));
+            return true;
+        };
+        if (!insert(_ready, false)) insert(_arrived, true);
+        if (isLimited()) ++_numWaiting;
         MtRequestMgr::increment(_groupTag);
         wakes = needsWorker();
     }
@@ -90,18 +95,29 @@ void MtGroup<Container>::addAhead(
 
 template <class Container>
 bool MtGroup<Container>::moveToFront(MtTaskImp const& imp) noexcept {
+    auto const bringToFront = [&imp](auto& tasks) {
+        auto const found =
+            std::find_if(tasks.begin(), tasks.end(), [&imp](MtTask const& task) { return task.getImp() == &imp; });
+        if (found == tasks.end()) return false;
+        std::rotate(tasks.begin(), found, std::next(found));
+        return true;
+    };
+    std::lock_guard const taking(_takeLock);
     std::lock_guard const guard(_lock);
-    auto& sequence = MtQueueAccess<Container>::sequenceOf(_container);
-    auto const found =
-        std::find_if(sequence.begin(), sequence.end(), [&imp](MtTask const& task) { return task.getImp() == &imp; });
-    if (found == sequence.end()) return false;
-    std::rotate(sequence.begin(), found, std::next(found));
+    auto& ready = MtQueueAccess<Container>::sequenceOf(_ready);
+    auto& arrived = MtQueueAccess<Container>::sequenceOf(_arrived);
+    if (bringToFront(ready)) return true;
+    if (!bringToFront(arrived)) return false;
+    if (ready.empty()) return true;
+    // The two change places, as an insertion could fail: the task is the first one, and what was the last ready one follows.
+    std::rotate(ready.begin(), std::prev(ready.end()), ready.end());
+    std::swap(ready.front(), arrived.front());
     return true;
 }
 
 template <class Container>
 void MtGroup<Container>::setContainerObserver(RCShdPtr<MtContainerObserver<Container>> observer) {
-    std::lock_guard const guard(_lock);
+    std::lock_guard const guard(_takeLock);
     _containerObserver.swap(observer);
 }
 
@@ -109,7 +125,7 @@ template <class Container>
 bool MtGroup<Container>::obtainTask(MtTask& task) {
     RCShdPtr<MtContainerObserver<Container>> observer;
     if (!takeTask(task, observer)) return false;
-    if (observer) observer->taken(_container, task);
+    if (observer) observer->taken(_ready, task);
     return true;
 }
 
@@ -118,35 +134,63 @@ bool MtGroup<Container>::takeTask(MtTask& task, RCShdPtr<MtContainerObserver<Con
     bool const hasExecuted = !task.isNull();
     // Destroying the work may be slow and may use this group, so it happens before the lock is taken.
     task = {};
-    bool wakes = false;
-    bool makesRoom = false;
+    bool leavesTasks = false;
     {
-        std::unique_lock lock(_lock);
+        std::unique_lock taking(_takeLock);
         if (hasExecuted) MtRequestMgr::decrement(_groupTag);
-        while (!_stopping && _container.empty()) {
-            ++_sleepingWorkers;
-            _nonEmpty.wait(lock);
-            --_sleepingWorkers;
-            _workerIsWaking = false;
-        }
-        if (_stopping) return false;
-        task = std::move(_container.front());
-        _container.pop();
+        while (!_stopping.load(std::memory_order_relaxed) && _ready.empty())
+            obtainReadyTasks(taking);
+        if (_stopping.load(std::memory_order_relaxed)) return false;
+        task = std::move(_ready.front());
+        _ready.pop();
         observer = _containerObserver;
-        wakes = !_container.empty() && needsWorker();
-        makesRoom = _waitingProducers > 0;
+        leavesTasks = !_ready.empty();
     }
-    if (wakes) _nonEmpty.signal();
-    if (makesRoom) _nonFull.signal();
+    if (leavesTasks && _sleepingWorkers.load(std::memory_order_relaxed) > 0) wakeNextWorker();
+    if (isLimited()) makeRoom();
     return true;
 }
 
-// Called under the lock. If true, the caller signals `_nonEmpty` after the unlock.
+// Sleeps if no task has arrived. Returns after each wake-up: tasks may be ready then, or have been taken.
+template <class Container>
+void MtGroup<Container>::obtainReadyTasks(std::unique_lock<LkLock>& taking) {
+    std::unique_lock lock(_lock);
+    if (!_arrived.empty()) return std::swap(_ready, _arrived);
+    if (_stopping.load(std::memory_order_relaxed)) return;
+    taking.unlock();
+    _sleepingWorkers.fetch_add(1, std::memory_order_relaxed);
+    _nonEmpty.wait(lock);
+    _sleepingWorkers.fetch_sub(1, std::memory_order_relaxed);
+    _workerIsWaking = false;
+    lock.unlock();
+    taking.lock();
+}
+
+// Called under `_lock`. If true, the caller signals `_nonEmpty` after the unlock.
 template <class Container>
 bool MtGroup<Container>::needsWorker() noexcept {
-    if (_workerIsWaking || _sleepingWorkers == 0) return false;
+    if (_workerIsWaking || _sleepingWorkers.load(std::memory_order_relaxed) == 0) return false;
     _workerIsWaking = true;
     return true;
+}
+
+template <class Container>
+void MtGroup<Container>::wakeNextWorker() noexcept {
+    bool wakes = false;
+    {
+        std::lock_guard const guard(_lock);
+        wakes = needsWorker();
+    }
+    if (wakes) _nonEmpty.signal();
+}
+
+template <class Container>
+void MtGroup<Container>::makeRoom() noexcept {
+    {
+        std::lock_guard const guard(_lock);
+        --_numWaiting;
+    }
+    _nonFull.signal();
 }
 
 template <class Container>
@@ -160,11 +204,12 @@ void MtGroup<Container>::stopWorkers() {
 }
 
 template <class Container>
-void MtGroup<Container>::discardTasks() {
-    while (!_container.empty()) {
+void MtGroup<Container>::discardTasks(Container& container) {
+    while (!container.empty()) {
         // Removed first: its destructor may add tasks, which are discarded too.
-        MtTask const v = std::move(_container.front());
-        _container.pop();
+        MtTask const v = std::move(container.front());
+        container.pop();
+        if (isLimited()) makeRoom();
         MtGroupSource::source.require(
             v.getTag() == _groupTag, "v.getTag() == _groupTag", MtGroupSource::tagOfThisGroup);
         MtRequestMgr::decrement(_groupTag);

@@ -33,7 +33,13 @@ public:
 
 private:
     friend class MtRequestMgr;
-    using Requests = std::atomic<std::uint32_t>;
+
+    // Producers write the first number, workers the second one: each stays in the cache of its processors.
+    struct Requests {
+        alignas(64) std::atomic<std::uint32_t> begun{0};
+        alignas(64) std::atomic<std::uint32_t> ended{0};
+        std::atomic<std::uint32_t> waiting{0};
+    };
 
     explicit MtGroupTag(Requests* requests) noexcept : _requests(requests) {}
 
@@ -55,22 +61,24 @@ public:
     /// Counts a new request of a valid tag.
     static void increment(MtGroupTag tag) noexcept {
         // Relaxed: passing the request on orders this before its end.
-        tag._requests->fetch_add(1, std::memory_order_relaxed);
+        tag._requests->begun.fetch_add(1, std::memory_order_relaxed);
     }
     /// Counts the end of a request of a valid tag.
     static void decrement(MtGroupTag tag) noexcept {
-        // Release: a thread that sees zero sees all writes of the requests.
-        if (tag._requests->fetch_sub(1, std::memory_order_release) == 1) tag._requests->notify_all();
+        // Also releases: a thread that sees zero sees all writes of the requests. In one order with `waitForZero`, which
+        // announces itself before it looks: it sees this end, or is seen here.
+        tag._requests->ended.fetch_add(1, std::memory_order_seq_cst);
+        if (tag._requests->waiting.load(std::memory_order_seq_cst) != 0 && getCount(tag) == 0)
+            tag._requests->ended.notify_all();
     }
     /// The number of open requests of a valid tag.
     [[nodiscard]] static std::uint32_t getCount(MtGroupTag tag) noexcept {
-        return tag._requests->load(std::memory_order_acquire);
+        // In this order: a zero was true when `ended` was read.
+        std::uint32_t const ended = tag._requests->ended.load(std::memory_order_seq_cst);
+        return tag._requests->begun.load(std::memory_order_relaxed) - ended;
     }
     /// Waits until a valid tag has no open requests.
-    static void waitForZero(MtGroupTag tag) noexcept {
-        while (std::uint32_t const count = getCount(tag))
-            tag._requests->wait(count, std::memory_order_acquire);
-    }
+    static void waitForZero(MtGroupTag tag) noexcept;
 
 private:
     std::mutex _mutex;

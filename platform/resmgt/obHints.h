@@ -26,7 +26,10 @@ public:
     /// No hints.
     ObHints() = default;
     /// One hint. @throws ExNullPtr for a null pointer.
-    explicit ObHints(RCShdPtr<ObHint> hint) { add(std::move(hint)); }
+    explicit ObHints(RCShdPtr<ObHint> hint) : _size(1) {
+        if (hint.isNull()) RCExUtil::throwExNullPtr(typeid(ObHint).name());
+        _first[0].swap(hint);
+    }
     ObHints(ObHints const&) = delete;
     ObHints& operator=(ObHints const&) = delete;
 

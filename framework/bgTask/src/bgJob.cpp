@@ -69,6 +69,7 @@ void BgJob::runProtocol() {
 }
 
 void BgJob::stop() {
+    if (!isRunning()) return;
     Use const use(*this);
     if (use.hasProtocol()) getState()->stop(this);
 }
@@ -94,8 +95,7 @@ std::optional<BgJobTimes::Duration> BgJob::getRemaining() const {
 }
 
 bool BgJob::isReleased() const {
-    std::lock_guard const guard(_lock);
-    return _isReleased;
+    return _isReleased.load(std::memory_order_acquire);
 }
 
 bool BgJob::releaseProtocol() {
@@ -127,6 +127,7 @@ void BgJob::setState(BgJobState const* state) {
 }
 
 bool BgJob::changeState(BgJobState const* expected, BgJobState const* state) {
+    if (getState() != expected) return false;
     return changeStateIf([expected](BgJobState const* current) { return current == expected; }, state);
 }
 
@@ -241,8 +242,7 @@ void BgJob::requestEnd() noexcept {
 
 bool BgJob::releaseUntil(LkDeadline::Time deadline) noexcept {
     while (!Use::isExecuting(*this) && _endOfJob.waitUntil(deadline)) {
-        if (!markReleased()) continue;
-        deleteUnusedProtocol();
+        if (!hasReleased()) continue;
         if (!Use::isInside(*this)) _protocolDeleted.waitUntil(deadline);
         return true;
     }
@@ -250,21 +250,34 @@ bool BgJob::releaseUntil(LkDeadline::Time deadline) noexcept {
 }
 
 // Fails while the job is being executed.
-bool BgJob::markReleased() noexcept {
-    std::lock_guard const guard(_lock);
-    if (_executions > 0) return false;
-    _isReleased = true;
+bool BgJob::hasReleased() noexcept {
+    OPtr<BgJobProtocol> unused;
+    {
+        std::lock_guard const guard(_lock);
+        if (_executions > 0) return false;
+        _isReleased.store(true, std::memory_order_release);
+        unused = takeUnusedProtocol();
+    }
+    deleteProtocol(std::move(unused));
     return true;
 }
 
 void BgJob::deleteUnusedProtocol() noexcept {
-    OPtr<BgJobProtocol> unused;
-    {
-        std::lock_guard const guard(_lock);
-        if (_uses > 0 || !_protocol) return;
-        _protocol->_names = &_names.emplace(std::move(_protocol->_ownNames)); // its destructor may ask for them
-        unused = std::move(_protocol);
-    }
+    std::unique_lock lock(_lock);
+    OPtr<BgJobProtocol> unused = takeUnusedProtocol();
+    lock.unlock();
+    deleteProtocol(std::move(unused));
+}
+
+// Called under the lock.
+OPtr<BgJobProtocol> BgJob::takeUnusedProtocol() noexcept {
+    if (_uses > 0 || !_protocol) return nullptr;
+    _protocol->_names = &_names.emplace(std::move(_protocol->_ownNames)); // its destructor may ask for them
+    return std::move(_protocol);
+}
+
+void BgJob::deleteProtocol(OPtr<BgJobProtocol> unused) noexcept {
+    if (!unused) return;
     unused->leaveJob();
     unused.reset();
     _protocolDeleted.set();

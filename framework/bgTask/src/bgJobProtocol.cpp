@@ -15,17 +15,15 @@ BgJobProtocol::BgJobProtocol(LiString const& name, LiString const& type) : _ownN
 BgJobProtocol::~BgJobProtocol() = default;
 
 void BgJobProtocol::start() {
-    {
-        std::lock_guard const guard(_continueLock);
-        if (!std::exchange(_startIsPrepared, false)) _continue = true;
-    }
+    if (!(_flags.fetch_and(~Prepared, std::memory_order_acq_rel) & Prepared))
+        _flags.fetch_or(Continues, std::memory_order_release);
     execute();
 }
 
 void BgJobProtocol::stop() {
+    if (!(_flags.fetch_and(~Continues, std::memory_order_acq_rel) & Held)) return;
     std::lock_guard const guard(_continueLock);
-    _continue = false;
-    if (_isHeld) _isLetGo->broadcast();
+    _isLetGo->broadcast();
 }
 
 float BgJobProtocol::progress() const {
@@ -33,24 +31,24 @@ float BgJobProtocol::progress() const {
 }
 
 bool BgJobProtocol::continueExecution() const {
-    {
-        std::lock_guard const guard(_continueLock);
-        if (!_isHeld) [[likely]]
-            return _continue;
-    }
-    return continueAfterPause();
+    unsigned const flags = _flags.load(std::memory_order_acquire);
+    if (flags & Held) [[unlikely]]
+        return continueAfterPause();
+    return flags & Continues;
 }
 
 // The application thread would wait for itself to resume the job.
 bool BgJobProtocol::continueAfterPause() const {
     std::unique_lock lock(_continueLock);
-    if (!InInitMgr::isApplicationThread()) _isLetGo->wait(lock, [this] { return !_isHeld || !_continue; });
-    return _continue;
+    auto const isOver = [this] {
+        return (_flags.load(std::memory_order_acquire) & (Held | Continues)) != (Held | Continues);
+    };
+    if (!InInitMgr::isApplicationThread()) _isLetGo->wait(lock, isOver);
+    return mayContinue();
 }
 
 bool BgJobProtocol::mayContinue() const {
-    std::lock_guard const guard(_continueLock);
-    return _continue;
+    return _flags.load(std::memory_order_acquire) & Continues;
 }
 
 // A total of 0 gives an infinity or NaN. The job limits the values that its observers receive.
@@ -90,14 +88,13 @@ void BgJobProtocol::keepResult(std::shared_ptr<void> result, std::type_info cons
 void BgJobProtocol::hold() {
     std::lock_guard const guard(_continueLock);
     if (!_isLetGo) _isLetGo = std::make_unique<LkCondVar>("Job is resumed");
-    _isHeld = true;
+    _flags.fetch_or(Held, std::memory_order_release);
 }
 
 // A stop follows unless the protocol continues: `continueExecution()` must not be true in between.
 void BgJobProtocol::letGo(bool continues) noexcept {
     std::lock_guard const guard(_continueLock);
-    _continue = _continue && continues;
-    _isHeld = false;
+    _flags.fetch_and(continues ? ~Held : ~(Held | Continues), std::memory_order_acq_rel);
     if (_isLetGo) _isLetGo->broadcast();
 }
 
@@ -108,9 +105,7 @@ void BgJobProtocol::leaveJob() noexcept {
 }
 
 void BgJobProtocol::prepareStart() noexcept {
-    std::lock_guard const guard(_continueLock);
-    _continue = true;
-    _startIsPrepared = true;
+    _flags.fetch_or(Continues | Prepared, std::memory_order_release);
 }
 
 } // namespace Ko

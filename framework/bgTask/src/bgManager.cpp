@@ -109,9 +109,10 @@ void BgManagerImp::addJob(RCShdPtr<BgJob> job) {
 void BgManagerImp::addJob(RCShdPtr<BgJob> const& job, BgAfter const* after) {
     requireJob(job);
     // Allocated first: nothing may fail after a worker has the job.
-    ObHints const hints(RCShdPtr<BgManagerHintNew>::create(job));
+    RCShdPtr<BgManagerHintNew> hint;
+    if (hasObservers()) hint = RCShdPtr<BgManagerHintNew>::create(job);
     submit(job, _general, after);
-    notify(hints);
+    if (hint) notify(ObHints(std::move(hint)));
 }
 
 RCShdPtr<BgJob> BgManagerImp::addJob(OPtr<BgJobProtocol> protocol) {

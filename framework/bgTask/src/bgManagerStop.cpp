@@ -41,12 +41,13 @@ void logError(MakeText makeText) noexcept {
 void BgManagerImp::stopAndDeleteJob(RCShdPtr<BgJob> job) {
     if (job.isNull()) RCExUtil::throwExNullPtr(typeid(BgJob).name());
     // Allocated first: a job that was stopped is also deleted, and the observers are notified.
-    ObHints const hints(RCShdPtr<BgManagerHintDelete>::create(job));
+    RCShdPtr<BgManagerHintDelete> hint;
+    if (hasObservers()) hint = RCShdPtr<BgManagerHintDelete>::create(job);
     stopAndLog(*job);
     if (!job->releaseProtocol())
         throw BgEx::ExBgManager(source.file(), jobDoesNotEnd, "Unable to stop and delete this background job.");
     remove(job);
-    notify(hints);
+    if (hint) notify(ObHints(std::move(hint)));
     stopObserving(*job);
 }
 

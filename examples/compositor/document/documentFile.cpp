@@ -96,7 +96,7 @@ void readCanvas(HeaderReader& header, Document& document) {
     document.setCanvas({width, header.number<int>()});
 }
 
-void readLayer(HeaderReader& header, Document& document, std::vector<Announced> const& pictures) {
+void readLayer(HeaderReader& header, Document& document, std::vector<Announced> const& pictures, bool isVisible) {
     auto const picture = header.number<std::size_t>();
     if (picture >= pictures.size()) header.fail("there is no picture " + std::to_string(picture));
     PlacedPicture placed{pictures[picture].picture};
@@ -104,6 +104,7 @@ void readLayer(HeaderReader& header, Document& document, std::vector<Announced> 
     placed.y = header.number<int>();
     placed.opacity = header.number<float>();
     placed.blend = blendModeOf(std::string(header.word()));
+    placed.isVisible = isVisible;
     try {
         document.insert(document.layers().size(), {document.newId(), std::string(header.rest()), placed});
     } catch (DocumentError const& error) {
@@ -118,8 +119,8 @@ std::vector<Announced> readLayers(HeaderReader& header, Document& document) {
         if (word == "data") return pictures;
         if (word == "picture")
             pictures.push_back({header.number<std::uint64_t>(), std::make_shared<Picture>(Size{1, 1})});
-        else if (word == "layer")
-            readLayer(header, document, pictures);
+        else if (word == "layer" || word == "hidden")
+            readLayer(header, document, pictures, word == "layer");
         else
             header.fail("unknown word \"" + word + "\"");
     }
@@ -165,9 +166,9 @@ std::string headerOf(Document const& document, Pictures const& pictures) {
     }
     for (Layer const& layer : document.layers()) {
         PlacedPicture const& placed = layer.placed;
-        text += "layer " + toText(pictures.numbers.at(placed.picture.get())) + " " + toText(placed.x) + " " +
-                toText(placed.y) + " " + toText(placed.opacity) + " " + toString(placed.blend) + " " + layer.name +
-                "\n";
+        text += (placed.isVisible ? "layer " : "hidden ") + toText(pictures.numbers.at(placed.picture.get())) + " " +
+                toText(placed.x) + " " + toText(placed.y) + " " + toText(placed.opacity) + " " +
+                toString(placed.blend) + " " + layer.name + "\n";
     }
     return text + "data\n";
 }

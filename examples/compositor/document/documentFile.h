@@ -15,6 +15,7 @@ namespace compositor {
 ///     canvas 640 480
 ///     picture 1234              length in bytes of picture number 0; leading zeros are allowed
 ///     layer 0 16 -8 0.5 multiply The name, up to the end of the line
+///     hidden 0 0 0 1 over The same for a layer that is not shown
 ///     data
 ///
 /// The file is replaced as a whole or not at all. Needs little memory besides the document.

@@ -137,6 +137,15 @@ void registerLookEdits() {
         whyNotEdited, std::move(opacities));
 }
 
+void registerVisibility() {
+    LayerEdit::State state;
+    state.isChecked = [](LayerRef const& ref) { return placedNow(ref).isVisible; };
+    add(
+        {"Visible", "nothing", 0, 0}, {.section = look, .shortcuts = ActShortcut::parseList("Ctrl+H")},
+        [](LayerRef const& ref, Statement const&) { ref.editor->setVisible(ref.layer.id, !placedNow(ref).isVisible); },
+        whyNotEdited, std::move(state));
+}
+
 void registerOrderEdits() {
     add({"Move", "X and Y", 2, 2}, {.section = arrange}, [](LayerRef const& ref, Statement const& input) {
         int const x = input.integer(1, -largest, largest);
@@ -221,6 +230,7 @@ void performOnFirst(ActGroupedEntry const& entry) {
 EditActions::EditActions() {
     registerLookEdits();
     registerBlendModes();
+    registerVisibility();
     registerOrderEdits();
     registerNameEdits();
     registerDrops();

@@ -43,11 +43,30 @@ void Editor::open(std::filesystem::path const& path, std::string const& name) {
     } catch (std::runtime_error const& error) {
         fail(error.what());
     }
+    replace(std::move(*opened));
+}
+
+void Editor::startNew() {
+    replace(Document());
+}
+
+void Editor::replace(Document document) {
     // First, since it is refused while a step is open.
     _history->setClean();
-    _document = std::move(*opened);
+    _document = std::move(document);
     _history->clear();
     _selection->clear();
+}
+
+bool Editor::isTaken(std::string const& name) const {
+    return std::ranges::any_of(_document.layers(), [&](Layer const& other) { return other.name == name; });
+}
+
+std::string Editor::freeName(std::string const& wanted) const {
+    std::string name = wanted;
+    for (int number = 2; isTaken(name); ++number)
+        name = wanted + " " + std::to_string(number);
+    return name;
 }
 
 void Editor::setCanvas(Size canvas) {
@@ -63,9 +82,6 @@ void Editor::addLayer(std::string const& name, Picture picture) {
 }
 
 Layer Editor::addCopy(Layer const& layer) {
-    auto const isTaken = [this](std::string const& name) {
-        return std::ranges::any_of(_document.layers(), [&](Layer const& other) { return other.name == name; });
-    };
     Layer copy{_document.newId(), layer.name, layer.placed};
     for (int number = 1; isTaken(copy.name); ++number)
         copy.name = layer.name + " copy" + (number > 1 ? " " + std::to_string(number) : "");
@@ -123,6 +139,13 @@ void Editor::setBlend(LayerId id, BlendMode blend) {
     Layer changed = _document.layer(id);
     changed.placed.blend = blend;
     std::string const description = "Blend " + changed.name;
+    change(std::move(changed), description);
+}
+
+void Editor::setVisible(LayerId id, bool isVisible) {
+    Layer changed = _document.layer(id);
+    changed.placed.isVisible = isVisible;
+    std::string const description = (isVisible ? "Show " : "Hide ") + changed.name;
     change(std::move(changed), description);
 }
 

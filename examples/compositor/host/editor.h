@@ -31,6 +31,11 @@ public:
     /// @throws DocumentError or ImageError naming the path and the reason; Ko::ExInternalError for a document while a step is open.
     void open(std::filesystem::path const& path, std::string const& name);
 
+    /// Replaces the document by one without layers and clears the history. @throws Ko::ExInternalError while a step is open.
+    void startNew();
+    /// A name that no layer has: the wanted one, or that with a number.
+    [[nodiscard]] std::string freeName(std::string const& wanted) const;
+
     void setCanvas(Size canvas);
     void addLayer(std::string const& name, Picture picture);
     /// Adds a copy of a layer, which may belong to another document, on top, under a free name.
@@ -46,6 +51,7 @@ public:
     /// @param description of the undo step.
     void setPicture(LayerId id, Picture picture, std::string const& description);
     void setBlend(LayerId id, BlendMode blend);
+    void setVisible(LayerId id, bool isVisible);
 
     /// Marks the present state as saved, when its copy is handed to a job that saves it. An edit while the job runs is then a change
     /// to the saved document, and undoing that edit leads back to it.
@@ -55,6 +61,8 @@ public:
     void saveHasFailed(int number);
 
 private:
+    bool isTaken(std::string const& name) const;
+    void replace(Document document);
     void change(Layer changed, std::string const& description);
 
     Document _document;

@@ -10,6 +10,7 @@
 #include "host/layerItem.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace compositor {
 
@@ -112,31 +113,27 @@ void Gestures::paste() {
     _editor.execute(CmSelectionReplaceAllItemsCmd::create(_editor.selection(), pasted));
 }
 
-// Each event of the mouse has a guard of its own, and the loop of the host runs in between.
 void Gestures::grab(std::string const& name) {
-    Dragged const layer{_editor.document().layer(name).id, "Drag " + name};
-    CmUndoGuard const guard(_editor.history(), layer.description, PiExecParam::BEGIN_TRANSITION);
-    _dragged = layer;
+    LayerId const id = _editor.document().layer(name).id;
+    _dragged = std::make_unique<Dragged>(_editor, id, "Drag " + name);
 }
 
 void Gestures::pull(Point to) {
-    CmUndoGuard const guard(_editor.history(), dragged().description, PiExecParam::TRANSITION);
-    _editor.moveLayer(dragged().id, to.x, to.y);
+    Dragged const& layer = dragged();
+    layer.step.edit([&] { _editor.moveLayer(layer.id, to.x, to.y); });
 }
 
 void Gestures::release() {
-    std::string const description = dragged().description;
-    _dragged.reset();
-    CmUndoGuard const guard(_editor.history(), description, PiExecParam::END_TRANSITION);
+    static_cast<void>(dragged());
+    std::exchange(_dragged, nullptr)->step.end();
 }
 
 CmReplay Gestures::cancel() {
     static_cast<void>(dragged());
-    _dragged.reset();
-    return CmUndoGuard::abandonLongTransition();
+    return std::exchange(_dragged, nullptr)->step.cancel();
 }
 
-Gestures::Dragged const& Gestures::dragged() const {
+Gestures::Dragged& Gestures::dragged() {
     if (!_dragged) throw InputError("no layer is dragged");
     return *_dragged;
 }

@@ -4,8 +4,9 @@
 #include "framework/dragAndDrop/drEffect.h"
 #include "host/editor.h"
 #include "host/layerItem.h"
+#include "host/longStep.h"
 
-#include <optional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -42,7 +43,7 @@ public:
     /// Takes the drag back. Document and history are as before `grab`, unless a command fails on the way.
     Ko::CmReplay cancel();
     /// Whether a layer is dragged.
-    [[nodiscard]] bool isDragging() const { return _dragged.has_value(); }
+    [[nodiscard]] bool isDragging() const { return _dragged != nullptr; }
     /// Drags a layer along a path, as one undo step. Inside a group or another drag it is part of that step.
     void dragAlong(std::string const& name, std::vector<Point> const& path);
     /// Drags layers and drops them on another one.
@@ -52,15 +53,18 @@ public:
 
 private:
     struct Dragged {
+        Dragged(Editor& editor, LayerId layer, std::string description)
+            : id(layer), step(editor, std::move(description)) {}
+
         LayerId id;
-        std::string description;
+        LongStep step;
     };
 
     void carrySelection(int action);
-    Dragged const& dragged() const;
+    Dragged& dragged();
 
     Editor& _editor;
-    std::optional<Dragged> _dragged;
+    std::unique_ptr<Dragged> _dragged;
 };
 
 } // namespace compositor

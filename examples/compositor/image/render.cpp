@@ -1,56 +1,13 @@
 #include "image/render.h"
 
-#include "image/colour.h"
 #include "image/pngFile.h"
 
 #include <algorithm>
-#include <array>
+#include <cstdint>
 
 namespace compositor {
 
 namespace {
-
-constexpr std::array<char const*, 4> modeNames{"over", "add", "multiply", "screen"};
-
-// The blend modes: one channel of the source and of the destination, and both alphas.
-float over(float source, float destination, float sourceAlpha, float) {
-    return source + destination * (1.0f - sourceAlpha);
-}
-float add(float source, float destination, float, float) {
-    return std::min(1.0f, source + destination);
-}
-float multiply(float source, float destination, float sourceAlpha, float destinationAlpha) {
-    return source * destination + source * (1.0f - destinationAlpha) + destination * (1.0f - sourceAlpha);
-}
-float screen(float source, float destination, float, float) {
-    return source + destination - source * destination;
-}
-
-template <class Blend>
-void blendRow(std::span<Colour const> source, float opacity, Light* destination, Blend blend) {
-    for (Colour const colour : source) {
-        Light const above = toLight(colour, opacity);
-        Light& below = *destination++;
-        below = {blend(above.red, below.red, above.alpha, below.alpha),
-            blend(above.green, below.green, above.alpha, below.alpha),
-            blend(above.blue, below.blue, above.alpha, below.alpha),
-            blend(above.alpha, below.alpha, above.alpha, below.alpha)};
-    }
-}
-
-void blendRow(BlendMode mode, std::span<Colour const> source, float opacity, Light* destination) {
-    // A loop for each mode, so that the compiler can optimise each of them.
-    switch (mode) {
-    case BlendMode::Over:
-        return blendRow(source, opacity, destination, [](auto... values) { return over(values...); });
-    case BlendMode::Add:
-        return blendRow(source, opacity, destination, [](auto... values) { return add(values...); });
-    case BlendMode::Multiply:
-        return blendRow(source, opacity, destination, [](auto... values) { return multiply(values...); });
-    case BlendMode::Screen:
-        return blendRow(source, opacity, destination, [](auto... values) { return screen(values...); });
-    }
-}
 
 /// One row of tiles, over the whole width of the canvas. Rendered when its first row of pixels is read.
 class Band {
@@ -99,17 +56,6 @@ private:
 
 } // namespace
 
-std::string toString(BlendMode mode) {
-    return modeNames[static_cast<std::size_t>(mode)];
-}
-
-BlendMode blendModeOf(std::string const& name) {
-    auto const found = std::find(modeNames.begin(), modeNames.end(), name);
-    if (found == modeNames.end())
-        throw ImageError("there is no blend mode \"" + name + "\"; there are over, add, multiply and screen");
-    return static_cast<BlendMode>(found - modeNames.begin());
-}
-
 Renderer::Renderer(Size canvas, std::vector<PlacedPicture> layers) : _canvas(canvas), _layers(std::move(layers)) {
     checkSize(canvas);
 }
@@ -117,6 +63,7 @@ Renderer::Renderer(Size canvas, std::vector<PlacedPicture> layers) : _canvas(can
 void Renderer::renderRow(int x, int y, std::span<Colour> pixels) const {
     std::vector<Light> composed(pixels.size());
     for (PlacedPicture const& layer : _layers) {
+        if (!layer.isVisible) continue;
         // In 64 bits, since a layer may have any position.
         std::int64_t const sourceY = std::int64_t{y} - layer.y;
         std::int64_t const layerX = std::int64_t{layer.x} - x;
@@ -127,7 +74,7 @@ void Renderer::renderRow(int x, int y, std::span<Colour> pixels) const {
         auto const source =
             layer.picture->row(static_cast<int>(sourceY))
                 .subspan(static_cast<std::size_t>(begin - layerX), static_cast<std::size_t>(end - begin));
-        blendRow(layer.blend, source, layer.opacity, &composed[static_cast<std::size_t>(begin)]);
+        blendRow(layer.blend, source, layer.opacity, std::span(composed).subspan(static_cast<std::size_t>(begin)));
     }
     std::ranges::transform(composed, pixels.begin(), toColour);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "image/colour.h"
 #include "image/picture.h"
 
 #include <filesystem>
@@ -34,10 +35,15 @@ struct PlacedPicture {
     int y = 0;
     float opacity = 1.0f;
     BlendMode blend = BlendMode::Over;
+    bool isVisible = true;
 
     /// Equal pictures are the same object.
     bool operator==(PlacedPicture const&) const = default;
 };
+
+/// Blends a row of a layer onto what lies below it.
+/// @param below as many pixels as `source`.
+void blendRow(BlendMode mode, std::span<Colour const> source, float opacity, std::span<Light> below);
 
 /// Receives the number of completed steps and of all steps; returns false to stop.
 using Progress = std::function<bool(int done, int total)>;

@@ -208,7 +208,7 @@ void Interpreter::layers() {
         Size const size = layer.placed.picture->size();
         _output << "  " << index << " " << quoted(layer.name) << " " << size.width << " x " << size.height << " at ("
                 << layer.placed.x << ", " << layer.placed.y << "), opacity " << layer.placed.opacity << ", "
-                << toString(layer.placed.blend) << "\n";
+                << toString(layer.placed.blend) << (layer.placed.isVisible ? "" : ", hidden") << "\n";
     }
 }
 

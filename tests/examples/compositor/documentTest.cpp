@@ -64,6 +64,7 @@ protected:
         document.insert(1, makeLayer(document.newId(), "\xC3\xBC \"quoted\" #", shared));
         PlacedPicture const placed{smallPicture(), -2147483647, 42, 0.1f, BlendMode::Screen};
         document.insert(0, {document.newId(), "third", placed});
+        document.insert(1, {document.newId(), "fourth", {smallPicture(), 1, 2, 1.0f, BlendMode::Over, false}});
     }
 
     std::string save() {
@@ -83,14 +84,15 @@ TEST_F(DocumentFile, KeepsEverythingAndEachPictureOnce) {
     std::string const text = save();
     Document const opened = decode(text);
     EXPECT_EQ(document.canvas(), opened.canvas());
-    ASSERT_EQ(3u, opened.layers().size());
-    for (std::size_t index = 0; index < 3; ++index) {
+    ASSERT_EQ(4u, opened.layers().size());
+    for (std::size_t index = 0; index < 4; ++index) {
         Layer const& saved = document.layers()[index];
         Layer const& layer = opened.layers()[index];
         EXPECT_EQ(saved.name, layer.name);
         EXPECT_EQ(*saved.placed.picture, *layer.placed.picture);
+        EXPECT_EQ(saved.placed.isVisible, layer.placed.isVisible);
     }
-    EXPECT_EQ(opened.layers()[1].placed.picture, opened.layers()[2].placed.picture);
+    EXPECT_EQ(opened.layers()[2].placed.picture, opened.layers()[3].placed.picture);
     saveDocument(opened, folder / "again.koc");
     EXPECT_EQ(text, folder.read("again.koc"));
 }

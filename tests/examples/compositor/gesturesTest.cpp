@@ -70,7 +70,8 @@ TEST_F(GesturesTest, MenusChangeWithTheSelection) {
     gestures.select({"c"});
     EXPECT_EQ("Arrange\n  Lower                       Ctrl+PageDown\n  Move\n  Nudge\n  Reorder\n"
               "Edit\n  Remove                      Delete\n  Rename                      F2\n"
-              "Look\n  Blend\n    [x] over\n    [ ] add\n    [ ] multiply\n    [ ] screen\n  Opacity\n",
+              "Look\n  Blend\n    [x] over\n    [ ] add\n    [ ] multiply\n    [ ] screen\n  Opacity\n"
+              "  [x] Visible                 Ctrl+H\n",
         menu())
         << "the highest layer cannot be raised";
     EXPECT_EQ("  c: it is the highest layer\n", why("Raise"));
@@ -92,7 +93,7 @@ TEST_F(GesturesTest, AFewLettersFindAnAction) {
         return output.str();
     };
     gestures.select({"c"});
-    EXPECT_EQ("  Blend\n", find("bl"));
+    EXPECT_EQ("  Blend\n  Visible\n", find("bl"));
     EXPECT_EQ("  Raise (it is the highest layer)\n", find("rai"));
     EXPECT_EQ("", find("xyz"));
 }

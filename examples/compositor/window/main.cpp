@@ -1,0 +1,81 @@
+#include "base/inInitMgr.h"
+#include "framework/command/cmCommandStackGuard.h"
+#include "host/actions.h"
+#include "host/plugIns.h"
+#include "window/appearance.h"
+#include "window/mainWindow.h"
+#include "window/measure.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <iostream>
+#include <sstream>
+
+namespace {
+
+using namespace compositor::window;
+
+struct Options {
+    Scheme scheme = Scheme::System;
+    bool measures = false;
+    QString file;
+};
+
+Options parse(QApplication const& application) {
+    QCommandLineParser parser;
+    parser.addHelpOption();
+    QCommandLineOption const scheme("scheme", "Light or dark colours; those of the system by default.", "light|dark");
+    QCommandLineOption const measure("measure", "Measure the frames of drags in a large document.");
+    parser.addOptions({scheme, measure});
+    parser.addPositionalArgument("file", "A document, a picture, or a script that is played.", "[FILE]");
+    parser.process(application);
+    QString const wanted = parser.value(scheme);
+    return {wanted == "dark"    ? Scheme::Dark
+            : wanted == "light" ? Scheme::Light
+                                : Scheme::System,
+        parser.isSet(measure), parser.positionalArguments().value(0)};
+}
+
+int run(QApplication& application) {
+    Options const options = parse(application);
+    applyAppearance(application, options.scheme);
+    std::ostringstream faults;
+    compositor::EditActions const actions;
+    compositor::PlugIns const plugIns(faults);
+    compositor::Editor editor;
+    Ko::CmCommandStackGuard const active(editor.history());
+    Ko::QtEventLoop events;
+    QSettings settings;
+    int result = 0;
+    {
+        MainWindow window(editor, events, settings, Recovery::defaultFolder());
+        for (QString const& line : QString::fromStdString(faults.str()).split('\n', Qt::SkipEmptyParts))
+            window.messages().add(Ko::Msg::Severity::Warning, line);
+        window.show();
+        if (options.measures) {
+            measureDrags(window, std::cout);
+            return 0;
+        }
+        window.offerRecovery();
+        if (!options.file.isEmpty()) window.files().open(options.file);
+        result = QApplication::exec();
+    }
+    events.processWaiting();
+    return result;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        Ko::InInitScope const scope(argc, argv);
+        QApplication application(argc, argv);
+        QApplication::setOrganizationName("KOframework");
+        QApplication::setApplicationName("compositor");
+        QApplication::setApplicationDisplayName("Compositor");
+        return run(application);
+    } catch (std::exception const& error) {
+        std::cerr << error.what() << std::endl;
+        return 1;
+    }
+}

@@ -129,6 +129,7 @@ private:
     template <class MayChange>
     bool changeStateIf(MayChange mayChange, BgJobState const* state);
     float getProgress() const;
+    bool addPending(BgJobHintChangeState::JobState_t state);
     bool takePending(BgJobHintChangeState::JobState_t& state) noexcept;
     void notifyState(RCShdPtr<BgJob> const& self, BgJobHintChangeState::JobState_t state) noexcept;
     void fail(ExBase const* error, char const* reason) noexcept;
@@ -182,16 +183,15 @@ private:
     int _uses = 0;
     bool _startedSet = false;
     bool _endedSet = false;
-    bool _notificationsEnabled = false;
     // From now on no thread enters the protocol; the last one inside deletes it.
     // Written under the lock. Acquire elsewhere.
     std::atomic<bool> _isReleased{false};
     bool _isPaused = false;
     // Whether a worker took the paused job from the queue: then the end of the pause queues it again.
     bool _isParked = false;
-    // Whether a thread notifies of a state, and the states it has still to notify of: never more than these.
-    bool _isNotifying = false;
-    std::uint8_t _numPending = 0;
+    // How many states a thread has to notify of: the one of which it notifies, and the pending ones, never more than these. Raised
+    // under the lock; the thread that has nothing left sets it to 0 without the lock.
+    std::atomic<std::uint8_t> _numToNotify{0};
     std::array<std::uint8_t, 6> _pending{};
     // The last entry of the manager's list that refers to this job, and the number of such entries. Guarded by the manager.
     int _timesListed = 0;

@@ -59,7 +59,8 @@ private:
     static constexpr std::ptrdiff_t unlimited = std::numeric_limits<std::ptrdiff_t>::max();
 
     bool takeTask(MtTask& task, RCShdPtr<MtContainerObserver<Container>>& observer);
-    void obtainReadyTasks(std::unique_lock<LkLock>& taking);
+    bool obtainReadyTasks(std::unique_lock<LkLock>& taking, bool isWoken);
+    bool confirmAwake() noexcept;
     bool isLimited() const noexcept { return _capacity != std::numeric_limits<std::size_t>::max(); }
     bool needsWorker() noexcept;
     void wakeNextWorker() noexcept;
@@ -84,8 +85,8 @@ private:
     MtRequestMgr _requestMgr;
     MtGroupTag _groupTag;
 
-    // Workers wake one after the other: each wakes the next one if tasks are left. So a producer that is faster than its
-    // workers signals once, not for each task.
+    // Workers wake one after the other: each wakes the next one if tasks are left, when it has taken one or sleeps again. So a
+    // producer that is faster than its workers signals once, not for each task.
     bool _workerIsWaking = false;
     // Changed under `_lock`. Relaxed: a worker that finds ready tasks has taken `_lock` after each worker that went to sleep
     // without them, or has `_takeLock` from one that did; and a stop wakes all that sleep.

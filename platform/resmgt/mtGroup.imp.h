@@ -138,13 +138,15 @@ bool MtGroup<Container>::takeTask(MtTask& task, RCShdPtr<MtContainerObserver<Con
     {
         std::unique_lock taking(_takeLock);
         if (hasExecuted) MtRequestMgr::decrement(_groupTag);
+        bool isWoken = false;
         while (!_stopping.load(std::memory_order_relaxed) && _ready.empty())
-            obtainReadyTasks(taking);
+            isWoken = obtainReadyTasks(taking, isWoken);
         if (_stopping.load(std::memory_order_relaxed)) return false;
         task = std::move(_ready.front());
         _ready.pop();
         observer = _containerObserver;
-        leavesTasks = !_ready.empty();
+        bool const hasArrived = isWoken && confirmAwake();
+        leavesTasks = hasArrived || !_ready.empty();
     }
     if (leavesTasks && _sleepingWorkers.load(std::memory_order_relaxed) > 0) wakeNextWorker();
     if (isLimited()) makeRoom();
@@ -152,18 +154,31 @@ bool MtGroup<Container>::takeTask(MtTask& task, RCShdPtr<MtContainerObserver<Con
 }
 
 // Sleeps if no task has arrived. Returns after each wake-up: tasks may be ready then, or have been taken.
+// @param isWoken whether this worker has slept since it looked for a task. @returns the same for the time after the call.
 template <class Container>
-void MtGroup<Container>::obtainReadyTasks(std::unique_lock<LkLock>& taking) {
+bool MtGroup<Container>::obtainReadyTasks(std::unique_lock<LkLock>& taking, bool isWoken) {
     std::unique_lock lock(_lock);
-    if (!_arrived.empty()) return std::swap(_ready, _arrived);
-    if (_stopping.load(std::memory_order_relaxed)) return;
+    if (!_arrived.empty()) {
+        std::swap(_ready, _arrived);
+        return isWoken;
+    }
+    if (_stopping.load(std::memory_order_relaxed)) return isWoken;
+    if (isWoken) _workerIsWaking = false;
     taking.unlock();
     _sleepingWorkers.fetch_add(1, std::memory_order_relaxed);
     _nonEmpty.wait(lock);
     _sleepingWorkers.fetch_sub(1, std::memory_order_relaxed);
-    _workerIsWaking = false;
     lock.unlock();
     taking.lock();
+    return true;
+}
+
+// Called by a woken worker that has a task. @returns whether more have arrived, for which no producer has woken a worker.
+template <class Container>
+bool MtGroup<Container>::confirmAwake() noexcept {
+    std::lock_guard const guard(_lock);
+    _workerIsWaking = false;
+    return !_arrived.empty();
 }
 
 // Called under `_lock`. If true, the caller signals `_nonEmpty` after the unlock.

@@ -128,6 +128,7 @@ private:
     static ObLink* find(ObSubjectLinks const& subject, ObObserverLinks const& observer, Predicate predicate) noexcept;
     template <class Step>
     static auto withSubject(ObLink const& link, Step step) noexcept;
+    static bool hasLinks(ObSubjectLinks& subject) noexcept;
     static void markDetached(ObLink& link) noexcept;
     static bool isRunningElsewhere(ObLink const& link) noexcept;
     static void freeIfUnused(Guard& guard, ObLink& link, bool detaches = false) noexcept;

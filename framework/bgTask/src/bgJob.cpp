@@ -34,12 +34,10 @@ RCShdPtr<BgJob> BgJob::create(OPtr<BgJobProtocol> protocol) {
 }
 
 BgJob::BgJob(OPtr<BgJobProtocol> protocol)
-    : _state(&BgJobIdle::getInstance()), _slice(standardSlice), _protocol(std::move(protocol)), _started(_submitted),
+    : _state(&BgJobWaiting::getInstance()), _slice(standardSlice), _protocol(std::move(protocol)), _started(_submitted),
       _ended(_submitted) {
-    setState(&BgJobWaiting::getInstance());
     _protocol->setProgressCallback(this);
     _protocol->_job = this;
-    _notificationsEnabled = true;
 }
 
 BgJob::~BgJob() {
@@ -142,7 +140,7 @@ void BgJob::reportProgress(int done, int total) {
         if (isSmall || std::isnan(progress)) return;
         _progress = progress;
     }
-    if (!_notificationsEnabled || !hasObservers()) return;
+    if (!hasObservers()) return;
     // A failed notification must not end the work.
     LgFirstError error("Notifying of a job's progress");
     error.capture([this, progress] {
@@ -162,16 +160,13 @@ bool BgJob::changeStateIf(MayChange mayChange, BgJobState const* state) {
     {
         std::lock_guard const guard(_lock);
         if (!mayChange(_state.load(std::memory_order_relaxed))) return false;
-        if (_isNotifying) {
-            source.require(_numPending < _pending.size(), "_numPending < _pending.size()");
-            _pending[_numPending++] = static_cast<std::uint8_t>(value);
-        }
+        bool const isPending = addPending(value);
         // Together with the change: a stop before it does not hold for this execution, a stop after it does.
         if (value == BgJobHintChangeState::Busy && _protocol) _protocol->prepareStart();
         _state.store(state, std::memory_order_release);
         resumes = _isPaused && value >= BgJobHintChangeState::Stopping && endPause(false);
-        notifies = !_isNotifying && _notificationsEnabled && hasObservers();
-        if (notifies) _isNotifying = true;
+        notifies = !isPending && hasObservers();
+        if (notifies) _numToNotify.store(1, std::memory_order_relaxed);
     }
     if (resumes) [[unlikely]]
         postNews();
@@ -194,13 +189,24 @@ bool BgJob::endWaiting(BgJobState const* state, LiString reason) {
         state);
 }
 
+// Called under the lock. @returns whether the thread that notifies at present will go on with the state.
+bool BgJob::addPending(BgJobHintChangeState::JobState_t state) {
+    std::uint8_t present = _numToNotify.load(std::memory_order_acquire);
+    if (present == 0) return false;
+    source.require(present <= _pending.size(), "_numPending < _pending.size()");
+    _pending[present - 1u] = static_cast<std::uint8_t>(state);
+    return _numToNotify.compare_exchange_strong(
+        present, static_cast<std::uint8_t>(present + 1), std::memory_order_acq_rel);
+}
+
+// @returns false when nothing is left. Acquire and release: the next thread that notifies does so after this one.
 bool BgJob::takePending(BgJobHintChangeState::JobState_t& state) noexcept {
+    std::uint8_t onlyThis = 1;
+    if (_numToNotify.compare_exchange_strong(onlyThis, 0, std::memory_order_acq_rel)) return false;
     std::lock_guard const guard(_lock);
-    _isNotifying = _numPending > 0;
-    if (!_isNotifying) return false;
     state = static_cast<BgJobHintChangeState::JobState_t>(_pending.front());
     std::copy(_pending.begin() + 1, _pending.end(), _pending.begin());
-    --_numPending;
+    _numToNotify.fetch_sub(1, std::memory_order_relaxed);
     return true;
 }
 

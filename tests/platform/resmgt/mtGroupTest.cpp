@@ -60,24 +60,38 @@ TEST(MtGroup, ExecutesTasksOfAllProducersOnceAndThoseOfEachInOrder) {
         EXPECT_EQ(tasks, count);
 }
 
+// Some of the tasks are added when the worker has already looked at those before them: it keeps these elsewhere.
 TEST(MtGroup, ChangesTheOrderOfWaitingTasks) {
-    Group group("Reordered", 1);
-    Gate gate(group);
-    std::string executed;
-    std::vector<RCShdPtr<Task>> tasks;
-    for (char const name : {'a', 'b', 'c', 'd', 'e'})
-        tasks.push_back(RCShdPtr<Task>::create([&executed, name] { executed += name; }));
-    for (auto const& task : {tasks[0], tasks[1], tasks[2]})
-        group.add(task);
-    EXPECT_TRUE(group.moveToFront(*tasks[2]));
-    EXPECT_TRUE(group.moveToFront(*tasks[2]));
-    EXPECT_FALSE(group.moveToFront(*tasks[3]));
-    group.addAhead(tasks[3], [&](MtTaskImp const& waiting) { return &waiting == tasks[1].get(); });
-    group.addAhead(tasks[4], [](MtTaskImp const&) { return false; });
-    gate.opened.set();
-    group.waitForRequests();
-    EXPECT_EQ("cadbe", executed);
-    EXPECT_THROW(group.addAhead(nullptr, [](MtTaskImp const&) { return true; }), ExNullPtr);
+    for (std::size_t numReady = 0; numReady <= 3; ++numReady) {
+        SCOPED_TRACE(numReady);
+        std::string executed;
+        std::vector<RCShdPtr<Task>> tasks;
+        for (char const name : {'a', 'b', 'c', 'd', 'e', 'f'})
+            tasks.push_back(RCShdPtr<Task>::create([&executed, name] { executed += name; }));
+        Group group("Reordered", 1);
+        Gate gate(group);
+        LkEvent reached("reached", false), opened("opened", false);
+        add(group, [&] {
+            reached.set();
+            opened.wait();
+        });
+        for (std::size_t task = 0; task < 3; ++task) {
+            if (task == numReady) gate.opened.set(), reached.wait();
+            group.add(tasks[task]);
+        }
+        if (numReady == 3) gate.opened.set(), reached.wait();
+        EXPECT_TRUE(group.moveToFront(*tasks[2]));
+        EXPECT_TRUE(group.moveToFront(*tasks[2]));
+        EXPECT_FALSE(group.moveToFront(*tasks[3]));
+        for (std::size_t before : {1u, 0u}) // in the middle, and at the first one left of the original order
+            group.addAhead(
+                tasks[3 + before], [&](MtTaskImp const& waiting) { return &waiting == tasks[before].get(); });
+        group.addAhead(tasks[5], [](MtTaskImp const&) { return false; });
+        opened.set();
+        group.waitForRequests();
+        EXPECT_EQ("cdaebf", executed);
+        EXPECT_THROW(group.addAhead(nullptr, [](MtTaskImp const&) { return true; }), ExNullPtr);
+    }
 }
 
 TEST(MtGroup, PutsAllWorkersToWork) {

@@ -234,13 +234,20 @@ void ObChangeManagerImp::release(ObObserverLinks& observer) noexcept {
     }
 }
 
+// Whoever takes out the last link does not use the subject after the unlock.
+bool ObChangeManagerImp::hasLinks(ObSubjectLinks& subject) noexcept {
+    std::lock_guard const guard(subject._lock);
+    return subject.hasObservers();
+}
+
 void ObChangeManagerImp::forget(ObSubjectLinks& subject) noexcept {
+    for (Inside* inside = innermost; inside; inside = inside->outer)
+        if (inside->subject == &subject) inside->subject = nullptr;
+    if (!hasLinks(subject)) return;
     LgFirstError error("An observer");
     Guard guard(_mutex);
     for (ObLink* link = subject._first; link; link = link->nextOfSubject)
         markDetached(*link);
-    for (Inside* inside = innermost; inside; inside = inside->outer)
-        if (inside->subject == &subject) inside->subject = nullptr;
     while (ObLink* const link = subject._first) {
         // Counts as being inside the observer: its destructor waits for the call of `detachedFrom`, or does not wait if that
         // call runs it.

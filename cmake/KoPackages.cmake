@@ -1,5 +1,5 @@
 # The Debian packages, made by `scripts/package`: libkoframework8 to run an application, libkoframework-dev to write one,
-# libkoframework-examples with the example host.
+# libkoframework-examples with the example host; where Qt is found, libkoframework-qt8 and libkoframework-qt-dev.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME libkoframework)
@@ -13,6 +13,9 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_COMPONENTS_ALL runtime development examples)
+if(KO_WITH_QT)
+  list(APPEND CPACK_COMPONENTS_ALL qt qtDevelopment)
+endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -43,6 +46,10 @@ if(KO_SYSTEM_WIDE)
     DIRECTORIES docs)
   ko_debian_documents(examples libkoframework-examples
     DIRECTORIES examples/compositor/scripts examples/plugin-template)
+  if(KO_WITH_QT)
+    ko_debian_documents(qt libkoframework-qt${PROJECT_VERSION_MAJOR})
+    ko_debian_documents(qtDevelopment libkoframework-qt-dev)
+  endif()
 endif()
 
 # ko_debian_package(<component> NAME ... SECTION ... SUMMARY ... TEXT ... [DEPENDS ...] [SUGGESTS ...])
@@ -89,5 +96,24 @@ ko_debian_package(examples
 scripts or from the terminal, with undo, background jobs and plug-ins."
   DEPENDS "${same_libraries}"
 )
+if(KO_WITH_QT)
+  ko_debian_package(qt
+    NAME libkoframework-qt${PROJECT_VERSION_MAJOR}
+    SECTION libs
+    SUMMARY "application framework: windows with Qt"
+    TEXT "What an application with Qt widgets needs around its document: the events of
+the framework in the loop of Qt, models of the history and of the jobs, menus,
+palette and shortcuts, drag and drop and the clipboard."
+    DEPENDS "${same_libraries}"
+  )
+  ko_debian_package(qtDevelopment
+    NAME libkoframework-qt-dev
+    SECTION libdevel
+    SUMMARY "application framework: headers for windows with Qt"
+    TEXT "The headers and the build files of libkoframework-qt, with which an
+application with Qt widgets is built."
+    DEPENDS "libkoframework-qt${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), libkoframework-dev (= ${PROJECT_VERSION}), qt6-base-dev (>= 6.4)"
+  )
+endif()
 
 include(CPack)

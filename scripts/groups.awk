@@ -11,6 +11,7 @@ function group_of(path, name) {
     if (name ~ /^(lk|mt|ev|sleeper|timer|piAppThread|piPython)/) return "threads"
     if (name ~ /^(ob|cb)/) return "observers"
     if (name ~ /^in[A-Z]/) return "start"
+    if (path ~ /adapters\/qt\//) return "qt"
     if (path ~ /framework\/(frameworkLib|service)\//) return "start"
     if (path ~ /framework\/command\/|platform\/pluginAPI\//) return "undo"
     if (path ~ /framework\/bgTask\//) return "jobs"

@@ -28,12 +28,19 @@ function known(line, name) {
 # The comment of a function that another member explains; `ExBase` explains the place of an exception.
 function implied(line, name) {
     if (index(line, "(char const* file, int line")) return "`file` and `line` are the place that raises it, as for `ExBase`."
+    if (FILENAME ~ /adapters\/qt\// && line ~ /(override;|[,(])$/ && name ~ qt_names) return "Overrides the function of Qt."
+    if (line ~ /^(explicit )?[A-Za-z]+\(Q(Object|Widget)\* parent = nullptr\);$/) return "The parent deletes the object; null for none."
     return name != "" && name == explained ? "@overload" : ""
 }
 
 function comment_on(text) { return text == "" ? "" : "/** " text " */ " }
 
-BEGIN { anywhere = 1000; deepest = anywhere }
+BEGIN {
+    anywhere = 1000
+    deepest = anywhere
+    # Virtual functions of Qt, whose words the reference does not have.
+    qt_names = "^(event|eventFilter|[a-z]+Event|rowCount|columnCount|data|headerData|paint|sizeHint)$"
+}
 
 {
     line = $0

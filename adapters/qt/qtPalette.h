@@ -43,6 +43,7 @@ public Q_SLOTS:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     class Matches;
@@ -59,6 +60,7 @@ private:
     void goBack();
     void move(int rows);
     bool pressKey(int key);
+    void fitHeight();
 
     QtActionContext* _context;
     ShortcutText _shortcutText;

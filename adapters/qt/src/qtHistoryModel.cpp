@@ -70,6 +70,7 @@ bool QtHistoryModel::isModified() const {
 
 void QtHistoryModel::show(QAbstractItemView& view) {
     view.setModel(this);
+    view.setIconSize(QSize(16, 16));
     auto const choose = [this](QModelIndex const& index) { goTo(index.row()); };
     auto const follow = [this, &view](int row) { view.setCurrentIndex(index(row)); };
     connect(&view, &QAbstractItemView::clicked, this, choose);
@@ -102,8 +103,7 @@ QVariant QtHistoryModel::data(QModelIndex const& index, int role) const {
     case Qt::AccessibleTextRole:
         return isClean ? tr("%1 (saved)").arg(row.text) : row.text;
     case Qt::DecorationRole:
-        if (isClean) return qtIcon(row.isGroup ? QtShape::SavedGroup : QtShape::SavedStep);
-        return qtIcon(row.isGroup ? QtShape::Group : QtShape::Step);
+        return qtIcon(isClean ? QtShape::Saved : row.isGroup ? QtShape::Group : QtShape::Step, isUndone);
     case Qt::FontRole: {
         QFont font; // of which a view takes what is set
         font.setBold(isCurrent);
@@ -151,7 +151,8 @@ void QtHistoryModel::replay(Replay run) {
 }
 
 QtHistoryModel::Row QtHistoryModel::toRow(CmCommand const& command) {
-    return {QString::fromStdString(command.getDescription()), dynamic_cast<CmMacroCommand const*>(&command) != nullptr};
+    auto const* const macro = dynamic_cast<CmMacroCommand const*>(&command);
+    return {QString::fromStdString(command.getDescription()), macro && macro->getSize() > 1};
 }
 
 void QtHistoryModel::apply(CmHistoryChange const& change) {

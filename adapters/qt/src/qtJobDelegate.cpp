@@ -113,8 +113,10 @@ void QtJobDelegate::paintTexts(QPainter& painter, QStyleOptionViewItem const& op
     int const left = inner.left() + iconSize + margin;
     int const right = placeOf(option.rect, buttonsOf(index).size() - 1).left() - margin;
     int const height = option.fontMetrics.height();
-    QRect const nameLine(left, inner.top(), right - left, height);
-    QRect const detailLine(left, inner.bottom() - height + 1, right - left, height);
+    // Without a bar, the lines move together.
+    int const gap = isBusy(index) ? 0 : barHeight;
+    QRect const nameLine(left, inner.top() + gap, right - left, height);
+    QRect const detailLine(left, inner.bottom() - height + 1 - gap, right - left, height);
     QRectF const bar(left, (nameLine.bottom() + detailLine.top() + 1 - barHeight) / 2.0, right - left, barHeight);
 
     auto const write = [&](QRect const& line, QString const& text, QColor const& colour, bool isBold) {

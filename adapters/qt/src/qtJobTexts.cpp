@@ -16,9 +16,9 @@ QString tr(char const* text, int number = -1) {
 
 QString remainingText(std::chrono::duration<double> remaining) {
     double const seconds = std::ceil(remaining.count());
-    if (seconds < 60) return tr("about %1 s left").arg(seconds);
-    if (seconds < 3600) return tr("about %1 min left").arg(std::ceil(seconds / 60));
-    return tr("about %1 h left").arg(std::ceil(seconds / 3600));
+    if (seconds < 60) return tr("%1 s left").arg(seconds);
+    if (seconds < 3600) return tr("%1 min left").arg(std::ceil(seconds / 60));
+    return tr("%1 h left").arg(std::ceil(seconds / 3600));
 }
 
 QString unitsText(BgUnits const& units) {

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QPainter>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -68,7 +69,7 @@ void QtPalette::popUp() {
     if (QWidget const* const parent = parentWidget()) {
         QWidget const& window = *parent->window();
         int const width = std::clamp(window.width() * 2 / 3, 360, 640);
-        resize(width, std::clamp(window.height() / 2, 240, 420));
+        setFixedWidth(width);
         QDialog::move(window.mapToGlobal(QPoint((window.width() - width) / 2, window.height() / 10)));
     }
     _edit->clear();
@@ -97,6 +98,17 @@ void QtPalette::update() {
         listOptions();
     _list->setCurrentIndex(_matches->index(0));
     _list->scrollToTop();
+    fitHeight();
+}
+
+// As high as the list needs, up to a limit.
+void QtPalette::fitHeight() {
+    constexpr int maxRows = 14;
+    int const rows = std::min(_matches->rowCount(), maxRows);
+    _list->setFixedHeight(rows * std::max(0, _list->sizeHintForRow(0)) + 2);
+    _list->setVisible(rows > 0);
+    layout()->activate();
+    adjustSize();
 }
 
 void QtPalette::listActions() {
@@ -192,6 +204,14 @@ bool QtPalette::eventFilter(QObject* watched, QEvent* event) {
     if (watched == _edit && event->type() == QEvent::KeyPress && pressKey(static_cast<QKeyEvent*>(event)->key()))
         return true;
     return QDialog::eventFilter(watched, event);
+}
+
+// A popup has no frame of the window system.
+void QtPalette::paintEvent(QPaintEvent* event) {
+    QDialog::paintEvent(event);
+    QPainter painter(this);
+    painter.setPen(palette().color(QPalette::Dark));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }
 
 bool QtPalette::pressKey(int key) {

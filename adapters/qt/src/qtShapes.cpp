@@ -54,8 +54,7 @@ void drawOnField(QPainter& painter, QtShape shape) {
         return drawStep(painter);
     case QtShape::Group:
         return drawGroup(painter);
-    case QtShape::SavedStep:
-    case QtShape::SavedGroup:
+    case QtShape::Saved:
         return drawSaved(painter);
     case QtShape::Pause:
         painter.fillRect(QRectF(4, 3, 3, 10), painter.pen().color());
@@ -75,9 +74,6 @@ void drawOnField(QPainter& painter, QtShape shape) {
     case QtShape::Failed:
         painter.drawEllipse(QRectF(2, 2, 12, 12));
         return drawSign(painter);
-    case QtShape::Warning:
-        painter.drawPolygon(polygon({{8, 2.5}, {14, 13.5}, {2, 13.5}}));
-        return drawSign(painter);
     case QtShape::Waiting:
         return drawWaiting(painter);
     }
@@ -86,10 +82,10 @@ void drawOnField(QPainter& painter, QtShape shape) {
 /// Draws a shape for each size, state of the widget and palette.
 class ShapeEngine : public QIconEngine {
 public:
-    explicit ShapeEngine(QtShape shape) : _shape(shape) {}
+    ShapeEngine(QtShape shape, bool isDimmed) : _shape(shape), _isDimmed(isDimmed) {}
 
     void paint(QPainter* painter, QRect const& place, QIcon::Mode mode, QIcon::State) override {
-        auto const group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
+        auto const group = mode == QIcon::Disabled || _isDimmed ? QPalette::Disabled : QPalette::Active;
         auto const role = mode == QIcon::Selected ? QPalette::HighlightedText : QPalette::WindowText;
         painter->save();
         painter->setPen(QGuiApplication::palette().color(group, role));
@@ -107,6 +103,7 @@ public:
 
 private:
     QtShape _shape;
+    bool _isDimmed;
 };
 
 } // namespace
@@ -117,7 +114,7 @@ void qtDraw(QPainter& painter, QtShape shape, QRectF const& place) {
     painter.translate(place.center() - QPointF(side / 2, side / 2));
     painter.scale(side / 16, side / 16);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(painter.pen().color(), 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setPen(QPen(painter.pen().color(), 1.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.setBrush(Qt::NoBrush);
     drawOnField(painter, shape);
     painter.restore();
@@ -128,11 +125,8 @@ QColor qtFailureColour() {
     return isDark ? QColor(0xEF, 0x6B, 0x67) : QColor(0xC0, 0x27, 0x27);
 }
 
-QIcon qtIcon(char const* themeName, QtShape shape) {
-    return QIcon::fromTheme(QString::fromLatin1(themeName), qtIcon(shape));
-}
-QIcon qtIcon(QtShape shape) {
-    return QIcon(qtOwned<ShapeEngine>(shape));
+QIcon qtIcon(QtShape shape, bool isDimmed) {
+    return QIcon(qtOwned<ShapeEngine>(shape, isDimmed));
 }
 
 } // namespace Ko

@@ -4,12 +4,15 @@
 BEGIN {
     FS = ","
     whoCount = split("framework least Qt Boost oneTBB GLib", whos, " ")
-    workCount = split("undo tasks roundTrip notify1 notify10 events launch plugIns", works, " ")
+    workCount = split("undo tasks2 tasks6 jobs roundTrip notify1 notify10 notify1000 events launch plugIns", works, " ")
     title["undo"] = "a step pushed, undone, redone and forgotten"
-    title["tasks"] = "an empty task of a million, from one thread"
+    title["tasks2"] = "an empty task of a million, from one thread, to 2 workers"
+    title["tasks6"] = "the same, to 6 workers"
+    title["jobs"] = "an empty job of 100,000, submitted, run and deleted"
     title["roundTrip"] = "one task to sleeping workers and back"
-    title["notify1"] = "a notification of one observer"
-    title["notify10"] = "a notification of ten observers"
+    title["notify1"] = "a notification of one observer, with a new hint"
+    title["notify10"] = "an observer of ten in a notification"
+    title["notify1000"] = "an observer of a thousand in a notification"
     title["events"] = "an event posted to the main thread"
     title["launch"] = "a program started, read and waited for"
     title["plugIns"] = "a plug-in of 200 opened"

@@ -18,6 +18,7 @@ inline int workers() {
 
 constexpr std::int64_t undoSteps = 1000;
 constexpr std::int64_t tasks = 1'000'000;
+constexpr std::int64_t jobs = 100'000;
 constexpr std::int64_t events = 100'000;
 constexpr std::int64_t children = 200;
 
@@ -36,7 +37,12 @@ void undoAndRedo(benchmark::State& state, Push push, Undo undo, Redo redo, Clear
     perItem(state, undoSteps);
 }
 
-/// One thread passes empty tasks to the workers until all have been executed: `add(countdown)`.
+/// The workers of a bench of empty tasks.
+inline int workersOf(benchmark::State const& state) {
+    return static_cast<int>(state.range(0));
+}
+
+/// One thread passes empty tasks, an object each, to the workers until all have been executed: `add(countdown)`.
 template <class Add>
 void emptyTasks(benchmark::State& state, Add add) {
     for (auto _ : state) {
@@ -46,6 +52,19 @@ void emptyTasks(benchmark::State& state, Add add) {
         countdown.wait();
     }
     perItem(state, tasks);
+}
+
+/// Jobs that do nothing, of 6 workers: `add(countdown)` submits one, `end()` deletes those that were submitted.
+template <class Add, class End>
+void emptyJobs(benchmark::State& state, Add add, End end) {
+    for (auto _ : state) {
+        Countdown countdown(jobs);
+        for (std::int64_t job = 0; job < jobs; ++job)
+            add(countdown);
+        countdown.wait();
+        end();
+    }
+    perItem(state, jobs);
 }
 
 /// The time from adding a task to sleeping workers until its completion is seen.
@@ -59,13 +78,13 @@ void roundTrip(benchmark::State& state, Add add) {
     perItem(state, 1);
 }
 
-/// One notification of state.range(0) observers, which count the notifications.
+/// One notification of state.range(0) observers, which read its content and count. The content is new each time.
 template <class Notify>
 void notifyAll(benchmark::State& state, long const& updates, Notify notify) {
     for (auto _ : state)
         notify();
-    if (updates != state.iterations() * state.range(0)) state.SkipWithError("not every observer was told");
-    perItem(state, 1);
+    if (updates != state.iterations() * state.range(0)) state.SkipWithError("not every observer was notified");
+    perItem(state, state.range(0));
 }
 
 /// Another thread posts events with `post(count)`, which counts up; this thread processes them with `process()`.

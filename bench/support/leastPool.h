@@ -1,13 +1,32 @@
 #pragma once
 
+#include "bench/support/countdown.h"
+
 #include <condition_variable>
 #include <deque>
-#include <functional>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
 
 namespace KoBench {
+
+/// An object for each task, as applications make them.
+class LeastTask {
+public:
+    virtual ~LeastTask() = default;
+    virtual void execute() = 0;
+};
+
+/// A task that counts down.
+class LeastCountingTask final : public LeastTask {
+public:
+    explicit LeastCountingTask(Countdown& countdown) : _countdown(countdown) {}
+    void execute() override { _countdown.done(); }
+
+private:
+    Countdown& _countdown;
+};
 
 /// Minimal group of workers: a mutex, a condition variable and a deque; wakes one worker at a time.
 class LeastPool {
@@ -23,7 +42,7 @@ public:
         }
         _nonEmpty.notify_all();
     }
-    void add(std::function<void()> task) {
+    void add(std::unique_ptr<LeastTask> task) {
         bool wakes = false;
         {
             std::lock_guard const guard(_mutex);
@@ -53,13 +72,13 @@ private:
             bool const wakes = !_tasks.empty() && needsWorker();
             lock.unlock();
             if (wakes) _nonEmpty.notify_one();
-            task();
+            task->execute();
         }
     }
 
     std::mutex _mutex;
     std::condition_variable _nonEmpty;
-    std::deque<std::function<void()>> _tasks;
+    std::deque<std::unique_ptr<LeastTask>> _tasks;
     int _sleeping = 0;
     bool _waking = false;
     bool _stopping = false;

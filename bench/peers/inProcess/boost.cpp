@@ -10,7 +10,7 @@ namespace {
 using namespace KoBench;
 
 void tasksOfPool(benchmark::State& state) {
-    boost::asio::thread_pool pool(static_cast<std::size_t>(workers()));
+    boost::asio::thread_pool pool(static_cast<std::size_t>(workersOf(state)));
     emptyTasks(state, [&](Countdown& countdown) { boost::asio::post(pool, [&countdown] { countdown.done(); }); });
 }
 
@@ -35,10 +35,12 @@ void postedToContext(benchmark::State& state) {
         [&] { context.poll(); });
 }
 
-BENCHMARK(tasksOfPool)->Name("tasks/Boost")->UseRealTime();
+BENCHMARK(tasksOfPool)->Name("tasks2/Boost")->Arg(2)->UseRealTime();
+BENCHMARK(tasksOfPool)->Name("tasks6/Boost")->Arg(6)->UseRealTime();
 BENCHMARK(taskAndBack)->Name("roundTrip/Boost")->UseRealTime();
 BENCHMARK(notify)->Name("notify1/Boost")->Arg(1);
 BENCHMARK(notify)->Name("notify10/Boost")->Arg(10);
+BENCHMARK(notify)->Name("notify1000/Boost")->Arg(1000);
 BENCHMARK(postedToContext)->Name("events/Boost")->UseRealTime();
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "base/evEventManager.h"
+#include "bench/framework/bgTask/countingProtocol.h"
 #include "bench/peers/workloads.h"
 #include "framework/bgTask/bgManager.h"
 #include "framework/command/cmCommandStack.h"
@@ -41,8 +42,22 @@ private:
 };
 
 void tasksOfGroup(benchmark::State& state) {
-    MtGroup<std::queue<MtTask>> group("Bench", workers());
+    MtGroup<std::queue<MtTask>> group("Bench", workersOf(state));
     emptyTasks(state, [&](Countdown& countdown) { group.add(RCShdPtr<CountingTask>::create(countdown)); });
+}
+
+void jobsOfManager(benchmark::State& state) {
+    BgManager& manager = BgManager::getInstance();
+    std::vector<RCShdPtr<BgJob>> added;
+    emptyJobs(
+        state,
+        [&](Countdown& countdown) { added.push_back(manager.addJob(std::make_unique<CountingProtocol>(countdown))); },
+        [&] {
+            for (auto const& job : added)
+                manager.stopAndDeleteJob(job);
+            added.clear();
+            EvEventManager::getInstance().processEvents();
+        });
 }
 
 void taskAndBack(benchmark::State& state) {
@@ -56,7 +71,9 @@ public:
     explicit Observer(long& updates) : _updates(updates) {}
 
 private:
-    void update(ObObserver const*, ObHints const&) override { ++_updates; }
+    void update(ObObserver const*, ObHints const& hints) override {
+        if (hints.findHint<BgJobHintProgress>()) ++_updates;
+    }
 
     long& _updates;
 };
@@ -67,8 +84,7 @@ void notify(benchmark::State& state) {
     std::vector<std::unique_ptr<Observer>> observers;
     for (std::int64_t observer = 0; observer < state.range(0); ++observer)
         subject.attachObserver(observers.emplace_back(std::make_unique<Observer>(updates)).get());
-    ObHints const hints(RCShdPtr<BgJobHintProgress>::create());
-    notifyAll(state, updates, [&] { subject.notify(hints); });
+    notifyAll(state, updates, [&] { subject.notify(ObHints(RCShdPtr<BgJobHintProgress>::create())); });
 }
 
 void postRequests(benchmark::State& state) {
@@ -79,10 +95,13 @@ void postRequests(benchmark::State& state) {
 }
 
 BENCHMARK(undo)->Name("undo/framework");
-BENCHMARK(tasksOfGroup)->Name("tasks/framework")->UseRealTime();
+BENCHMARK(tasksOfGroup)->Name("tasks2/framework")->Arg(2)->UseRealTime();
+BENCHMARK(tasksOfGroup)->Name("tasks6/framework")->Arg(6)->UseRealTime();
+BENCHMARK(jobsOfManager)->Name("jobs/framework")->UseRealTime();
 BENCHMARK(taskAndBack)->Name("roundTrip/framework")->UseRealTime();
 BENCHMARK(notify)->Name("notify1/framework")->Arg(1);
 BENCHMARK(notify)->Name("notify10/framework")->Arg(10);
+BENCHMARK(notify)->Name("notify1000/framework")->Arg(1000);
 BENCHMARK(postRequests)->Name("events/framework")->UseRealTime();
 
 } // namespace

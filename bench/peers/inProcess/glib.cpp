@@ -1,4 +1,5 @@
 #include "bench/peers/workloads.h"
+#include "bench/support/leastPool.h"
 
 #include <glib-object.h>
 #include <memory>
@@ -10,26 +11,30 @@ using namespace KoBench;
 // A fixed set of workers.
 class Pool {
 public:
-    Pool() : _pool(g_thread_pool_new(execute, nullptr, workers(), TRUE, nullptr)) {}
+    explicit Pool(int workers) : _pool(g_thread_pool_new(execute, nullptr, workers, TRUE, nullptr)) {}
     ~Pool() { g_thread_pool_free(_pool, FALSE, TRUE); }
     Pool(Pool const&) = delete;
     Pool& operator=(Pool const&) = delete;
 
-    void add(Countdown& countdown) { g_thread_pool_push(_pool, &countdown, nullptr); }
+    void add(Countdown& countdown) {
+        g_thread_pool_push(_pool, std::make_unique<LeastCountingTask>(countdown).release(), nullptr);
+    }
 
 private:
-    static void execute(void* countdown, void*) { static_cast<Countdown*>(countdown)->done(); }
+    static void execute(void* task, void*) {
+        std::unique_ptr<LeastCountingTask>(static_cast<LeastCountingTask*>(task))->execute();
+    }
 
     GThreadPool* _pool;
 };
 
 void tasksOfPool(benchmark::State& state) {
-    Pool pool;
+    Pool pool(workersOf(state));
     emptyTasks(state, [&](Countdown& countdown) { pool.add(countdown); });
 }
 
 void taskAndBack(benchmark::State& state) {
-    Pool pool;
+    Pool pool(workers());
     roundTrip(state, [&](Countdown& countdown) { pool.add(countdown); });
 }
 
@@ -71,10 +76,12 @@ void invokedInContext(benchmark::State& state) {
     g_main_context_release(context);
 }
 
-BENCHMARK(tasksOfPool)->Name("tasks/GLib")->UseRealTime();
+BENCHMARK(tasksOfPool)->Name("tasks2/GLib")->Arg(2)->UseRealTime();
+BENCHMARK(tasksOfPool)->Name("tasks6/GLib")->Arg(6)->UseRealTime();
 BENCHMARK(taskAndBack)->Name("roundTrip/GLib")->UseRealTime();
 BENCHMARK(notify)->Name("notify1/GLib")->Arg(1);
 BENCHMARK(notify)->Name("notify10/GLib")->Arg(10);
+BENCHMARK(notify)->Name("notify1000/GLib")->Arg(1000);
 BENCHMARK(invokedInContext)->Name("events/GLib")->UseRealTime();
 
 } // namespace

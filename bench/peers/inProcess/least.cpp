@@ -4,6 +4,11 @@
 #include "bench/support/leastPool.h"
 #include "bench/support/leastStack.h"
 
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
 namespace {
 
 using namespace KoBench;
@@ -28,13 +33,19 @@ void undo(benchmark::State& state) {
 }
 
 void tasksOfPool(benchmark::State& state) {
-    LeastPool pool(workers());
-    emptyTasks(state, [&](Countdown& countdown) { pool.add([&countdown] { countdown.done(); }); });
+    LeastPool pool(workersOf(state));
+    emptyTasks(state, [&](Countdown& countdown) { pool.add(std::make_unique<LeastCountingTask>(countdown)); });
+}
+
+void jobsAsTasks(benchmark::State& state) {
+    LeastPool pool(6);
+    emptyJobs(
+        state, [&](Countdown& countdown) { pool.add(std::make_unique<LeastCountingTask>(countdown)); }, [] {});
 }
 
 void taskAndBack(benchmark::State& state) {
     LeastPool pool(workers());
-    roundTrip(state, [&](Countdown& countdown) { pool.add([&countdown] { countdown.done(); }); });
+    roundTrip(state, [&](Countdown& countdown) { pool.add(std::make_unique<LeastCountingTask>(countdown)); });
 }
 
 void notify(benchmark::State& state) {
@@ -71,10 +82,13 @@ void swappedVector(benchmark::State& state) {
 }
 
 BENCHMARK(undo)->Name("undo/least");
-BENCHMARK(tasksOfPool)->Name("tasks/least")->UseRealTime();
+BENCHMARK(tasksOfPool)->Name("tasks2/least")->Arg(2)->UseRealTime();
+BENCHMARK(tasksOfPool)->Name("tasks6/least")->Arg(6)->UseRealTime();
+BENCHMARK(jobsAsTasks)->Name("jobs/least")->UseRealTime();
 BENCHMARK(taskAndBack)->Name("roundTrip/least")->UseRealTime();
 BENCHMARK(notify)->Name("notify1/least")->Arg(1);
 BENCHMARK(notify)->Name("notify10/least")->Arg(10);
+BENCHMARK(notify)->Name("notify1000/least")->Arg(1000);
 BENCHMARK(swappedVector)->Name("events/least")->UseRealTime();
 
 } // namespace

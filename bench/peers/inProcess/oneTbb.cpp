@@ -11,18 +11,21 @@ using namespace KoBench;
 // The workers, and a slot for the thread that adds tasks.
 class Arena {
 public:
+    explicit Arena(int workers) : _workers(workers) {}
+
     void execute(auto const& work) { _arena.execute(work); }
     void enqueue(auto const& task) { _arena.enqueue(task); }
 
 private:
+    int _workers;
     oneapi::tbb::global_control _limit{
-        oneapi::tbb::global_control::max_allowed_parallelism, static_cast<std::size_t>(workers()) + 1};
-    oneapi::tbb::task_arena _arena{workers() + 1, 1};
+        oneapi::tbb::global_control::max_allowed_parallelism, static_cast<std::size_t>(_workers) + 1};
+    oneapi::tbb::task_arena _arena{_workers + 1, 1};
 };
 
 // The thread that waits for the group executes tasks meanwhile, which is the intended use.
 void tasksOfGroup(benchmark::State& state) {
-    Arena arena;
+    Arena arena(workersOf(state));
     oneapi::tbb::task_group group;
     for (auto _ : state)
         arena.execute([&group] {
@@ -35,11 +38,12 @@ void tasksOfGroup(benchmark::State& state) {
 }
 
 void taskAndBack(benchmark::State& state) {
-    Arena arena;
+    Arena arena(workers());
     roundTrip(state, [&](Countdown& countdown) { arena.enqueue([&countdown] { countdown.done(); }); });
 }
 
-BENCHMARK(tasksOfGroup)->Name("tasks/oneTBB")->UseRealTime();
+BENCHMARK(tasksOfGroup)->Name("tasks2/oneTBB")->Arg(2)->UseRealTime();
+BENCHMARK(tasksOfGroup)->Name("tasks6/oneTBB")->Arg(6)->UseRealTime();
 BENCHMARK(taskAndBack)->Name("roundTrip/oneTBB")->UseRealTime();
 
 } // namespace

@@ -38,7 +38,7 @@ void undo(benchmark::State& state) {
 
 void tasksOfPool(benchmark::State& state) {
     QThreadPool pool;
-    pool.setMaxThreadCount(workers());
+    pool.setMaxThreadCount(workersOf(state));
     emptyTasks(state, [&](Countdown& countdown) { pool.start([&countdown] { countdown.done(); }); });
 }
 
@@ -88,10 +88,12 @@ void queuedCalls(benchmark::State& state) {
 }
 
 BENCHMARK(undo)->Name("undo/Qt");
-BENCHMARK(tasksOfPool)->Name("tasks/Qt")->UseRealTime();
+BENCHMARK(tasksOfPool)->Name("tasks2/Qt")->Arg(2)->UseRealTime();
+BENCHMARK(tasksOfPool)->Name("tasks6/Qt")->Arg(6)->UseRealTime();
 BENCHMARK(taskAndBack)->Name("roundTrip/Qt")->UseRealTime();
 BENCHMARK(notify)->Name("notify1/Qt")->Arg(1);
 BENCHMARK(notify)->Name("notify10/Qt")->Arg(10);
+BENCHMARK(notify)->Name("notify1000/Qt")->Arg(1000);
 BENCHMARK(queuedCalls)->Name("events/Qt")->UseRealTime();
 
 } // namespace

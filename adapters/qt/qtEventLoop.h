@@ -20,8 +20,8 @@ namespace Ko {
 ///
 /// Events run between input, timers and painting, at most for the budget at a time, in the loop of the application and in nested ones, such as
 /// that of a modal dialog which an event opens. Events that were posted before this object exists run as soon as the loop does. One
-/// object at a time: it occupies the wake-up handler and the handler of messages, and removes both at its end. Lives on the application
-/// thread, which has to be that of the user interface, within the start-up of the framework.
+/// object at a time: it occupies the wake-up handler and the handler of messages, and removes both at its end. Application thread
+/// only, which has to be that of the user interface; within the start-up of the framework.
 class KO_QT_API QtEventLoop : public QObject {
     Q_OBJECT
 

@@ -51,6 +51,7 @@ private:
     enum class Stage { Actions, Options, Input };
 
     void enter(Stage stage, ActAction const* action);
+    void follow();
     void update();
     void listActions();
     void listOptions();

@@ -1,10 +1,10 @@
 #include "adapters/qt/qtActionContext.h"
 
 #include "adapters/qt/src/qtGuarded.h"
+#include "adapters/qt/src/qtRegistry.h"
 #include "framework/actions/actBasicParam.h"
 #include "framework/actions/actCompositeAction.h"
 #include "framework/actions/actGroupedEntry.h"
-#include "framework/actions/actRegistry.h"
 #include "framework/command/cmCommandStackManager.h"
 #include "internalAPI/snItemBasic.h"
 #include "internalAPI/snSelectionChange.h"
@@ -27,11 +27,6 @@ Item none() {
 LiString textOf(ActAction const& action) {
     LiString const shown = action.getDisplayString();
     return shown.empty() ? action.getDescription() : shown;
-}
-
-bool isRegistered(ActAction const* action) {
-    auto const actions = ActRegistry::getInstance().getAllActions(ActRegistry::FirstOnly);
-    return std::ranges::any_of(actions.elements(), [&](ActAction const* other) { return other == action; });
 }
 
 bool takesText(ActPresentation const& shown) {
@@ -126,7 +121,7 @@ void QtActionContext::perform(ActAction const& action) {
     auto const failure = qtFailureOf([&] { input = askForInput(action, offer.presentation); });
     if (failure && self) Q_EMIT failed(text, *failure);
     // While the user was asked, the action may have been destroyed.
-    if (self && input && isRegistered(&action)) run(action, input, true);
+    if (self && input && qtIsRegistered(&action)) run(action, input, true);
 }
 
 void QtActionContext::perform(ActAction const& action, Item const& input) {
@@ -139,7 +134,7 @@ Item QtActionContext::askForInput(ActAction const& action, ActPresentation const
     QString const title = QString::fromStdString(textOf(action));
     QString const text = QInputDialog::getText(
         QApplication::activeWindow(), title, title + QLatin1Char(':'), QLineEdit::Normal, {}, &isGiven);
-    if (!isGiven || !isRegistered(&action)) return nullptr;
+    if (!isGiven || !qtIsRegistered(&action)) return nullptr;
     Item const input = toInput(action, text);
     if (!input) Q_EMIT failed(title, tr("\u201C%1\u201D is not possible here.").arg(text));
     return input;

@@ -111,7 +111,9 @@ void QtCloseGuard::finish(QStringList const& unended) {
     if (!state->guard) return;
     // The window itself may still refuse, in its own handler.
     QPointer<QWidget> const window = state->window;
-    if (!window->close() && window) state->step = State::Step::Open;
+    window->close();
+    // A window that is shown again later is guarded again.
+    state->step = State::Step::Open;
 }
 
 } // namespace Ko

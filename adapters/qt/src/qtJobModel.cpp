@@ -40,6 +40,17 @@ QString waitText(RCShdPtr<BgJob> const& job) {
     return names.isEmpty() ? qtDetailText(*job) : QtJobModel::tr("Waits for %1").arg(names.join(QStringLiteral(", ")));
 }
 
+QString spokenText(RCShdPtr<BgJob> const& job) {
+    QString text = QString::fromStdString(job->getName()) + QStringLiteral(", ") + waitText(job);
+    if (auto const progress = qtProgress(*job)) text += QStringLiteral(", %1%").arg(qRound(*progress * 100));
+    return text;
+}
+
+QVariant progressOf(BgJob& job) {
+    auto const progress = qtProgress(job);
+    return progress ? QVariant(*progress) : QVariant();
+}
+
 QVariant remainingOf(BgJob const& job) {
     auto const remaining = job.getRemaining();
     if (!remaining) return {};
@@ -100,21 +111,18 @@ QVariant QtJobModel::dataOf(Row const& row, int role) const {
         return iconOf(job);
     case Qt::ForegroundRole:
         return stateOf(job) == State::Failed ? QVariant(qtFailureColour()) : QVariant();
-    case Qt::AccessibleTextRole: {
-        QString text = name + QStringLiteral(", ") + waitText(row.job);
-        if (auto const progress = qtProgress(job)) text += QStringLiteral(", %1%").arg(qRound(*progress * 100));
-        return text;
-    }
+    case Qt::AccessibleTextRole:
+        return spokenText(row.job);
     case Qt::ToolTipRole:
-        return (QStringList{name, waitText(row.job)} + row.messages.mid(row.messages.size() - 5)).join(u'\n');
+        return (
+            QStringList{name, waitText(row.job)} + row.messages.mid(std::max<qsizetype>(row.messages.size() - 5, 0)))
+            .join(u'\n');
     case StateRole:
         return static_cast<int>(stateOf(job));
     case DetailRole:
         return waitText(row.job);
-    case ProgressRole: {
-        auto const progress = qtProgress(job);
-        return progress ? QVariant(*progress) : QVariant();
-    }
+    case ProgressRole:
+        return progressOf(job);
     case RemainingRole:
         return remainingOf(job);
     case PhaseRole:

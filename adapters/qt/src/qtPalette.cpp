@@ -2,6 +2,7 @@
 
 #include "adapters/qt/src/qtOwned.h"
 #include "adapters/qt/src/qtPaletteMatches.h"
+#include "adapters/qt/src/qtRegistry.h"
 #include "adapters/qt/src/qtShapes.h"
 #include "framework/actions/actBasicParam.h"
 #include "framework/actions/actCompositeAction.h"
@@ -54,9 +55,7 @@ QtPalette::QtPalette(QtActionContext* context, QWidget* parent)
     _edit->installEventFilter(this);
     connect(_edit, &QLineEdit::textChanged, this, &QtPalette::update);
     connect(_list, &QListView::clicked, this, &QtPalette::choose);
-    connect(_context, &QtActionContext::changed, this, [this] {
-        if (isVisible()) enter(Stage::Actions, nullptr);
-    });
+    connect(_context, &QtActionContext::changed, this, &QtPalette::follow);
 }
 
 QtPalette::~QtPalette() = default;
@@ -87,6 +86,16 @@ void QtPalette::enter(Stage stage, ActAction const* action) {
     QString const name = action ? QString::fromStdString(_context->getOffer(*action).text) : QString();
     _edit->setPlaceholderText(action ? name + QStringLiteral("\u2026") : tr("Type a command"));
     update();
+}
+
+// Keeps what the user has typed and chosen, as far as that exists.
+void QtPalette::follow() {
+    if (!isVisible() || (_stage != Stage::Actions && qtIsRegistered(_action))) return;
+    int const chosen = _list->currentIndex().row();
+    ActAction const* const action = chosen < 0 ? nullptr : _matches->at(chosen).action;
+    enter(Stage::Actions, nullptr);
+    for (int row = 0; row < _matches->rowCount(); ++row)
+        if (_matches->at(row).action == action) _list->setCurrentIndex(_matches->index(row));
 }
 
 void QtPalette::update() {

@@ -77,7 +77,7 @@ QVariant QtPlugInModel::headerData(int section, Qt::Orientation orientation, int
 
 QString QtPlugInModel::textOf(PimFinding const& plugIn, int column) {
     // "blur.op.so": the name and the type, also of a file that declares nothing.
-    QString const file = QString::fromStdString(plugIn.path.getPath());
+    QString file = QString::fromStdString(plugIn.path.getPath());
     QStringList const parts = file.section(u'/', -1).split(u'.');
     auto const& declared = plugIn.declaration;
     switch (column) {

@@ -61,9 +61,11 @@ Light toLight(Colour colour, float opacity) {
 
 Colour toColour(Light const& light) {
     if (light.alpha <= 0.0f) return {0, 0, 0, 0};
-    auto const encoded = [alpha = light.alpha](float channel) { return encodeSrgb(channel / alpha); };
+    if (light.alpha >= 1.0f) return {encodeSrgb(light.red), encodeSrgb(light.green), encodeSrgb(light.blue), 255};
+    float const factor = 1.0f / light.alpha;
+    auto const encoded = [factor](float channel) { return encodeSrgb(channel * factor); };
     return {encoded(light.red), encoded(light.green), encoded(light.blue),
-        static_cast<std::uint8_t>(std::lround(std::min(light.alpha, 1.0f) * 255.0f))};
+        static_cast<std::uint8_t>(light.alpha * 255.0f + 0.5f)};
 }
 
 Colour colourOf(std::string const& text) {

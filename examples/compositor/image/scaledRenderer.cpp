@@ -27,27 +27,48 @@ struct ScaledRenderer::Row {
 
 ScaledRenderer::ScaledRenderer(
     std::vector<PlacedPicture> layers, double scale, std::shared_ptr<ReducedPictures> reduced)
-    : _layers(std::move(layers)), _scale(scale), _level(levelOf(scale)), _reduced(std::move(reduced)) {
-    std::erase_if(_layers, [](PlacedPicture const& layer) { return !layer.isVisible || layer.opacity <= 0.0f; });
-}
+    : _layers(std::move(layers)), _scale(scale), _level(levelOf(scale)), _reduced(std::move(reduced)) {}
 
 void ScaledRenderer::render(Area const& area, std::span<Colour> target) const {
-    auto const hiding =
-        std::find_if(_layers.rbegin(), _layers.rend(), [&](PlacedPicture const& layer) { return hides(layer, area); });
-    auto const lowest = hiding == _layers.rend() ? _layers.begin() : hiding.base() - 1;
-    std::vector<SharedPicture> pictures;
-    std::transform(lowest, _layers.end(), std::back_inserter(pictures),
-        [this](PlacedPicture const& layer) { return _reduced->get(layer.picture, _level); });
+    LayersBelow below;
+    render(area, target, 0, below);
+}
 
+void ScaledRenderer::render(
+    Area const& area, std::span<Colour> target, std::size_t numBelow, LayersBelow& below) const {
+    std::size_t const lowest = lowestVisible(area);
+    std::vector<Light> composed(target.size());
+    std::size_t from = lowest;
+    if (lowest < numBelow) {
+        auto const same = std::span(_layers).first(numBelow);
+        if (!std::ranges::equal(below.layers, same) || below.composed.size() != target.size()) {
+            below.layers.assign(same.begin(), same.end());
+            below.composed.assign(target.size(), Light());
+            compose(lowest, numBelow, area, below.composed);
+        }
+        composed = below.composed;
+        from = numBelow;
+    }
+    compose(from, _layers.size(), area, composed);
+    std::ranges::transform(composed, target.begin(), toColour);
+}
+
+std::size_t ScaledRenderer::lowestVisible(Area const& area) const {
+    for (std::size_t index = _layers.size(); index-- > 0;)
+        if (hides(_layers[index], area)) return index;
+    return 0;
+}
+
+void ScaledRenderer::compose(std::size_t from, std::size_t to, Area const& area, std::span<Light> composed) const {
     auto const width = static_cast<std::size_t>(area.width);
-    std::vector<Light> composed(width);
     std::vector<Colour> sampled(width);
-    for (int y = 0; y < area.height; ++y) {
-        std::ranges::fill(composed, Light());
-        for (std::size_t index = 0; index < pictures.size(); ++index)
-            blend(
-                lowest[static_cast<std::ptrdiff_t>(index)], *pictures[index], {area.x, area.y + y, composed}, sampled);
-        std::ranges::transform(composed, target.subspan(static_cast<std::size_t>(y) * width, width).begin(), toColour);
+    for (std::size_t index = from; index < to; ++index) {
+        PlacedPicture const& layer = _layers[index];
+        if (!layer.isVisible || layer.opacity <= 0.0f) continue;
+        SharedPicture const reduced = _reduced->get(layer.picture, _level);
+        for (int y = 0; y < area.height; ++y)
+            blend(layer, *reduced, {area.x, area.y + y, composed.subspan(static_cast<std::size_t>(y) * width, width)},
+                sampled);
     }
 }
 
@@ -57,7 +78,7 @@ bool ScaledRenderer::hides(PlacedPicture const& layer, Area const& area) const {
     auto const isInside = [this](int begin, int length, double from, int side) {
         return begin / _scale >= from && (begin + length) / _scale <= from + side;
     };
-    return layer.blend == BlendMode::Over && layer.opacity >= 1.0f &&
+    return layer.isVisible && layer.blend == BlendMode::Over && layer.opacity >= 1.0f &&
            isInside(area.x, area.width, layer.x, size.width) && isInside(area.y, area.height, layer.y, size.height) &&
            _reduced->isOpaque(layer.picture);
 }

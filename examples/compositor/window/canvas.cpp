@@ -51,8 +51,24 @@ void Canvas::showDocument(Document const& before) {
     if (isResized && _isFitted) return fit();
     _tiles.request(visible());
     updateCurrent();
-    // The outlines of selected layers move at once.
-    if (!_session.selected().empty() || isResized) update();
+    if (isResized) return update();
+    for (Layer const& layer : _session.selected()) {
+        if (before.contains(layer.id)) updateOutline(before.layer(layer.id));
+        updateOutline(layer);
+    }
+}
+
+QRectF Canvas::outlineOf(Layer const& layer) const {
+    Size const size = layer.placed.picture->size();
+    return {_viewport.fromCanvas({double(layer.placed.x), double(layer.placed.y)}),
+        QSizeF(size.width, size.height) * _viewport.zoom};
+}
+
+void Canvas::updateOutline(Layer const& layer) {
+    QRectF const outline = outlineOf(layer);
+    double const density = devicePixelRatioF();
+    QRect const place = QRectF(outline.topLeft() / density, outline.size() / density).toAlignedRect();
+    update(QRegion(place.adjusted(-3, -3, 3, 3)) - QRegion(place.adjusted(3, 3, -3, -3)));
 }
 
 void Canvas::fit() {

@@ -69,6 +69,8 @@ private:
     QRect toWidget(QRectF const& scaled) const;
     std::optional<Layer> layerAt(QPointF onCanvas) const;
     void showDocument(Document const& before);
+    QRectF outlineOf(Layer const& layer) const;
+    void updateOutline(Layer const& layer);
     void viewHasChanged();
     void updateCurrent();
     void press(QMouseEvent const& event);

@@ -97,9 +97,7 @@ void Canvas::paintSelection(QPainter& painter) {
     double const density = devicePixelRatioF();
     painter.setBrush(Qt::NoBrush);
     for (Layer const& layer : _session.selected()) {
-        Size const size = layer.placed.picture->size();
-        QRectF const outline(_viewport.fromCanvas({double(layer.placed.x), double(layer.placed.y)}),
-            QSizeF(size.width, size.height) * _viewport.zoom);
+        QRectF const outline = outlineOf(layer);
         painter.setPen(QPen(QColor(0, 0, 0, 160), 3 * density));
         painter.drawRect(outline);
         painter.setPen(QPen(palette().color(QPalette::Highlight).lighter(120), density));

@@ -115,7 +115,10 @@ void LayersPanel::arrange() {
 void LayersPanel::connectControls() {
     connect(_list->selectionModel(), &QItemSelectionModel::selectionChanged, this, &LayersPanel::readSelection);
     connect(&_session, &Session::selectionChanged, this, &LayersPanel::showSelection);
-    connect(&_session, &Session::documentChanged, this, &LayersPanel::showSelection);
+    connect(&_session, &Session::documentChanged, this, [this](Document const& before) {
+        // The rows of layers that come and go; a drag changes only values.
+        before.layers().size() == _session.document().layers().size() ? showValues() : showSelection();
+    });
     connect(_opacity, &QSlider::sliderPressed, this,
         [this] { _session.attempt([this] { _slide = std::make_unique<LongStep>(_session.editor(), "Opacity"); }); });
     connect(_opacity, &QSlider::sliderReleased, this, [this] {

@@ -32,6 +32,12 @@ Picture paintLayer(int number) {
     return picture;
 }
 
+Picture withHole(Picture picture) {
+    for (int y = side / 2 - 2; y < side / 2 + 2; ++y)
+        std::ranges::fill(picture.row(y), Colour{0, 0, 0, 0});
+    return picture;
+}
+
 void fill(Editor& editor) {
     editor.setCanvas({side, side});
     constexpr BlendMode modes[] = {BlendMode::Over, BlendMode::Multiply, BlendMode::Screen, BlendMode::Add};
@@ -77,7 +83,7 @@ std::vector<double> drag(Canvas& canvas, QPointF from) {
     return times;
 }
 
-void write(std::ostream& output, char const* name, std::vector<double> times) {
+void write(std::ostream& output, std::string const& name, std::vector<double> times) {
     std::ranges::sort(times);
     auto const at = [&](double share) {
         return times[static_cast<std::size_t>(share * static_cast<double>(times.size() - 1))];
@@ -101,19 +107,26 @@ void measureDrags(MainWindow& window, std::ostream& output) {
            << canvas.height() << " points, zoom " << canvas.zoom() << "; first frame after " << timer.elapsed() << " ms"
            << std::endl;
     QPointF const middle = QRectF(canvas.rect()).center();
-    write(output, "highest layer, all of the canvas", drag(canvas, middle));
+    auto const measure = [&](std::string const& view) {
+        std::vector<double> const times = drag(canvas, middle);
+        write(output, session.editor().history()->getUndoText() + ", " + view, times);
+    };
+    measure("all of the canvas");
     canvas.zoomTo(1.0);
     waitUntilCurrent(canvas);
-    write(output, "highest layer, actual size", drag(canvas, middle));
+    measure("actual size");
     canvas.fit();
     session.attempt([&] {
+        // In the middle of the canvas, there is a hole in all layers but the lowest.
+        session.editor().moveLayer(session.document().layer("layer 7").id, 0, 0);
         for (Layer const& layer : std::vector<Layer>(session.document().layers()))
-            if (layer.name != "layer 0") session.editor().moveLayer(layer.id, 0, 0);
-        LayerId const id = session.document().layer("layer 0").id;
-        session.editor().reorderLayer(id, numLayers - 1);
+            if (layer.name == "layer 0")
+                session.editor().moveLayer(layer.id, 0, 0);
+            else
+                session.editor().setPicture(layer.id, withHole(*layer.placed.picture), "Hole");
     });
     waitUntilCurrent(canvas);
-    write(output, "another layer, all of the canvas", drag(canvas, middle));
+    measure("all of the canvas");
 }
 
 } // namespace compositor::window

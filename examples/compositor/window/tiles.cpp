@@ -21,6 +21,14 @@ QRectF frameOf(PlacedPicture const& placed) {
     return QRectF(placed.x, placed.y, size.width, size.height);
 }
 
+// In the format that is drawn fastest.
+QImage toImage(std::vector<Colour> const& pixels, QSize size) {
+    bool const isOpaque = std::ranges::all_of(pixels, [](Colour colour) { return colour.alpha == 255; });
+    return QImage(reinterpret_cast<uchar const*>(pixels.data()), size.width(), size.height(), 4 * size.width(),
+        isOpaque ? QImage::Format_RGBX8888 : QImage::Format_RGBA8888)
+        .convertToFormat(isOpaque ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied);
+}
+
 bool looksAlike(Layer const& a, Layer const& b) {
     return a.placed == b.placed;
 }
@@ -34,6 +42,8 @@ struct Tiles::Frame {
     std::uint64_t layout;
     std::vector<Key> keys;
     std::vector<QRect> places;
+    std::size_t numBelow;
+    std::vector<std::shared_ptr<LayersBelow>> below;
     std::vector<QImage> images;
     std::atomic<std::size_t> next{0};
 };
@@ -50,11 +60,9 @@ public:
             if (index >= _frame->places.size()) break;
             QRect const place = _frame->places[index];
             pixels.resize(static_cast<std::size_t>(place.width()) * static_cast<std::size_t>(place.height()));
-            _frame->renderer.render({place.x(), place.y(), place.width(), place.height()}, pixels);
-            // The format that is drawn fastest.
-            _frame->images[index] = QImage(reinterpret_cast<uchar const*>(pixels.data()), place.width(), place.height(),
-                4 * place.width(), QImage::Format_RGBA8888)
-                                        .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+            _frame->renderer.render(
+                {place.x(), place.y(), place.width(), place.height()}, pixels, _frame->numBelow, *_frame->below[index]);
+            _frame->images[index] = toImage(pixels, place.size());
         }
         reportProgress(1, 1);
     }
@@ -93,6 +101,8 @@ void Tiles::show(Document const& document, double scale) {
 void Tiles::markDifferences(Document const& before, Document const& now) {
     std::vector<Layer> const& old = before.layers();
     ++_revision;
+    auto const first = std::ranges::mismatch(old, now.layers(), looksAlike).in2;
+    if (first != now.layers().end()) _numBelow = static_cast<std::size_t>(first - now.layers().begin());
     for (Layer const& layer : old)
         if (!now.contains(layer.id)) markStale(frameOf(layer.placed));
     std::size_t lastIndex = 0;
@@ -152,9 +162,12 @@ void Tiles::begin(std::vector<Key> const& keys) {
     for (Layer const& layer : _document.layers())
         layers.push_back(layer.placed);
     _frame = std::make_shared<Frame>(ScaledRenderer(std::move(layers), _scale, _reduced), _revision, _layout, keys);
+    _frame->numBelow = _numBelow;
     for (Key const& key : keys) {
         _frame->places.push_back(placeOf(key));
-        _tiles.try_emplace(key, Tile{{}, _revision, 0});
+        Tile& tile = _tiles.try_emplace(key, Tile{{}, _revision, 0}).first->second;
+        if (!tile.below || _numBelow == 0) tile.below = std::make_shared<LayersBelow>();
+        _frame->below.push_back(tile.below);
     }
     _frame->images.resize(keys.size());
     std::size_t const count = std::min(mostJobs, keys.size());

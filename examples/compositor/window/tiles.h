@@ -57,6 +57,8 @@ private:
         QImage image;
         std::uint64_t wanted = 1;
         std::uint64_t rendered = 0;
+        // Made while one layer changes again and again.
+        std::shared_ptr<LayersBelow> below = {};
     };
     using Key = std::pair<int, int>;
     struct Frame;
@@ -80,6 +82,8 @@ private:
     std::map<Key, Tile> _oldTiles;
     double _oldScale = 1.0;
     QRect _visible;
+    // The lowest layers that the last change has not touched.
+    std::size_t _numBelow = 0;
     std::uint64_t _revision = 1;
     // Changes with the scale and the size of the canvas.
     std::uint64_t _layout = 0;

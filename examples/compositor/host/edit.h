@@ -13,10 +13,20 @@
 
 namespace compositor {
 
+/// An edit, whatever its target is: for dialogs that ask for its arguments.
+class AnyEdit {
+public:
+    virtual ~AnyEdit() = default;
+    [[nodiscard]] virtual Verb const& verb() const = 0;
+};
+
 /// An edit of its target, as an action. Its input is a statement: the description and the arguments. Menus show the
 /// description, by which the action is found too.
 template <class Target>
-class Edit final : public Ko::ActTypedAction<Target, Statement>, public Ko::ActPresented, public Ko::ActOptioned {
+class Edit final : public Ko::ActTypedAction<Target, Statement>,
+                   public Ko::ActPresented,
+                   public Ko::ActOptioned,
+                   public AnyEdit {
 public:
     using Item = Ko::RCShdPtr<Ko::SnItem const>;
     using Run = std::function<void(Target const& target, Statement const& input)>;
@@ -40,6 +50,7 @@ public:
         : _place(std::move(place)), _verb(std::move(verb)), _whyNot(std::move(whyNot)), _run(std::move(run)),
           _state(std::move(state)) {}
 
+    Verb const& verb() const override { return _verb; }
     Ko::LiString getDescription() const override { return _verb.description; }
     std::string getGroup() const override { return _place.group; }
     std::string getCompositeName() const override { return _place.composite; }
@@ -54,6 +65,7 @@ public:
     }
     Ko::ActPresentation getPresentation(Item const& target, Item const&) const override {
         Ko::ActPresentation shown = _place.shown;
+        if (_verb.fewest > 0 && shown.inputKind == Ko::ActInputKind::None) shown.inputKind = Ko::ActInputKind::Other;
         shown.isCheckable = _state.isChecked != nullptr;
         if (!Ko::SnItemConvert<Target>::test(target)) return shown;
         Target const value = Ko::SnItemConvert<Target>::get(target);

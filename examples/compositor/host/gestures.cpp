@@ -7,6 +7,7 @@
 #include "framework/dragAndDrop/drClipboard.h"
 #include "framework/dragAndDrop/drGesture.h"
 #include "host/actions.h"
+#include "host/layerFormats.h"
 #include "host/layerItem.h"
 
 #include <algorithm>
@@ -88,8 +89,9 @@ Targets Gestures::targets() const {
 void Gestures::carrySelection(int action) {
     std::vector<Layer> const layers = selected();
     if (layers.empty()) throw InputError("no layer is selected");
-    DrClipboard::getInstance().setContent(
-        DrCarrier::create(makeSelection(_editor, layers)), static_cast<DrClipboard::SrcAction>(action));
+    RCShdPtr<DrCarrier> const carrier = DrCarrier::create(makeSelection(_editor, layers));
+    carrier->setFormats(formatsOf(layers));
+    DrClipboard::getInstance().setContent(carrier, static_cast<DrClipboard::SrcAction>(action));
 }
 
 void Gestures::copy() {
@@ -103,11 +105,15 @@ void Gestures::cut() {
 }
 
 void Gestures::paste() {
-    auto const carried = DrCarrierItem::create(DrClipboard::getInstance().getContent());
+    add(DrClipboard::getInstance().getContent(), "Paste");
+}
+
+void Gestures::add(RCShdPtr<DrCarrier> const& carrier, std::string const& description) {
+    auto const carried = DrCarrierItem::create(carrier);
     auto const entries = ActRegistry::getInstance().getActions(
         SnItemBasic<Editor*>::create(&_editor), carried, "", ActRegistry::FirstOnly);
     if (entries.atEnd()) throw InputError("nothing was copied or cut");
-    CmUndoGuard const guard(_editor.history(), "Paste");
+    CmUndoGuard const guard(_editor.history(), description);
     Selection const pasted = SnSelection::create();
     entries->performAction(pasted);
     _editor.execute(CmSelectionReplaceAllItemsCmd::create(_editor.selection(), pasted));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "framework/command/cmReplay.h"
+#include "framework/dragAndDrop/drCarrier.h"
 #include "framework/dragAndDrop/drEffect.h"
 #include "host/editor.h"
 #include "host/layerItem.h"
@@ -29,6 +30,8 @@ public:
     void cut();
     /// @throws InputError when the clipboard is empty.
     void paste();
+    /// Adds copies of carried layers to the document. @throws InputError when there are none.
+    void add(Ko::RCShdPtr<Ko::DrCarrier> const& carrier, std::string const& description);
     struct Point {
         int x;
         int y;

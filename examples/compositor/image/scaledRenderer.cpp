@@ -36,6 +36,7 @@ void ScaledRenderer::render(Area const& area, std::span<Colour> target) const {
 
 void ScaledRenderer::render(
     Area const& area, std::span<Colour> target, std::size_t numBelow, LayersBelow& below) const {
+    numBelow = std::min(numBelow, _layers.size());
     std::size_t const lowest = lowestVisible(area);
     std::vector<Light> composed(target.size());
     std::size_t from = lowest;

@@ -9,4 +9,7 @@ namespace compositor {
 ///   arguments.
 [[nodiscard]] Operator operatorOf(Statement const& input);
 
+/// The operator of that description; null if there is none.
+[[nodiscard]] Operator findOperator(std::string const& description);
+
 } // namespace compositor

@@ -40,6 +40,11 @@ Operator operatorOf(Statement const& input) {
     return found->second.apply;
 }
 
+Operator findOperator(std::string const& description) {
+    auto const found = knownOperators().find(description);
+    return found == knownOperators().end() ? nullptr : found->second.apply;
+}
+
 Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Operator apply) {
     knownOperators().insert_or_assign(verb.description, KnownOperator{verb, apply});
     auto const run = [apply](LayerRef const& ref, Statement const& input) {

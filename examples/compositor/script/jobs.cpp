@@ -74,13 +74,13 @@ Jobs::Jobs(std::ostream& output, std::ostream& errors, Bars bars, WaitForEvents 
     if (!_waitForEvents) {
         _terminalLoop = std::make_unique<TerminalLoop>();
         _waitForEvents = [this] { _terminalLoop->wait(); };
+        Ko::MsgProtocol::setHandler([this](Ko::Msg const& message) { showError(message.getText()); });
     }
-    Ko::MsgProtocol::setHandler([this](Ko::Msg const& message) { showError(message.getText()); });
 }
 
 Jobs::~Jobs() {
     stopAll();
-    Ko::MsgProtocol::setHandler({});
+    if (_terminalLoop) Ko::MsgProtocol::setHandler({});
 }
 
 void Jobs::submit(std::string place, Ko::OPtr<Ko::BgJobProtocol> protocol, WhenEnded whenEnded) {

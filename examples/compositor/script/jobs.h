@@ -25,7 +25,8 @@ public:
     /// Returns after the framework has received an event since the last call, at once if it has.
     using WaitForEvents = std::function<void()>;
 
-    /// @param waitForEvents called by `wait`; empty for the loop of a terminal, which blocks the thread.
+    /// @param waitForEvents called by `wait`; empty for the loop of a terminal, which blocks the thread. A host with a loop of its own
+    ///   also displays the messages of the framework.
     Jobs(std::ostream& output, std::ostream& errors, Bars bars, WaitForEvents waitForEvents = {});
     /// Stops all running jobs.
     ~Jobs();

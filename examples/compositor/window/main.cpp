@@ -19,6 +19,8 @@ struct Options {
     Scheme scheme = Scheme::System;
     bool measures = false;
     QString file;
+    std::chrono::milliseconds pause{};
+    bool quits = false;
 };
 
 Options parse(QApplication const& application) {
@@ -26,14 +28,17 @@ Options parse(QApplication const& application) {
     parser.addHelpOption();
     QCommandLineOption const scheme("scheme", "Light or dark colours; those of the system by default.", "light|dark");
     QCommandLineOption const measure("measure", "Measure the frames of drags in a large document.");
-    parser.addOptions({scheme, measure});
+    QCommandLineOption const pause("pause", "Milliseconds before each statement of a script.", "ms", "250");
+    QCommandLineOption const quit("quit", "Quit at the end of the script.");
+    parser.addOptions({scheme, measure, pause, quit});
     parser.addPositionalArgument("file", "A document, a picture, or a script that is played.", "[FILE]");
     parser.process(application);
     QString const wanted = parser.value(scheme);
     return {wanted == "dark"    ? Scheme::Dark
             : wanted == "light" ? Scheme::Light
                                 : Scheme::System,
-        parser.isSet(measure), parser.positionalArguments().value(0)};
+        parser.isSet(measure), parser.positionalArguments().value(0),
+        std::chrono::milliseconds(parser.value(pause).toInt()), parser.isSet(quit)};
 }
 
 int run(QApplication& application) {
@@ -57,8 +62,11 @@ int run(QApplication& application) {
             return 0;
         }
         window.offerRecovery();
-        if (!options.file.isEmpty()) window.files().open(options.file);
-        result = QApplication::exec();
+        if (options.file.endsWith(".kos"))
+            result = window.play(options.file, options.pause) ? 0 : 1;
+        else if (!options.file.isEmpty())
+            window.files().open(options.file);
+        if (!options.quits) result = QApplication::exec();
     }
     events.processWaiting();
     return result;

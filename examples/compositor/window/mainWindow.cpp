@@ -14,7 +14,8 @@ MainWindow::MainWindow(Editor& editor, Ko::QtEventLoop& events, QSettings& setti
     : _settings(settings), _session(editor), _history(editor.history()), _recovery(_session, _jobs, recoveryFolder),
       _files(_session, _jobs, settings, *this), _closeGuard(new Ko::QtCloseGuard(*this)),
       _canvas(new Canvas(_session, this)), _layers(new LayersPanel(_session, this)), _messages(new MessagesPanel(this)),
-      _rendering(new QLabel(this)), _pointer(new QLabel(this)), _zoom(new QLabel(this)), _running(new QLabel(this)) {
+      _actions(new ActionParts(_session, _jobs, settings, *this)), _rendering(new QLabel(this)),
+      _pointer(new QLabel(this)), _zoom(new QLabel(this)), _running(new QLabel(this)) {
     setCentralWidget(_canvas);
     addPanels();
     addMenus();
@@ -80,6 +81,8 @@ void MainWindow::connectParts(Ko::QtEventLoop& events) {
         _messages->add(severity, text);
         statusBar()->showMessage(text, 8000);
     });
+    _actions->connectParts(*_canvas, *_layers);
+    connect(_actions, &ActionParts::failed, this, &MainWindow::report);
     connect(&events, &Ko::QtEventLoop::eventFailed, this, &MainWindow::report);
     connect(&_jobModel, &Ko::QtJobModel::summaryChanged, this, &MainWindow::showJobs);
     connect(&_files, &Files::pathChanged, this, &MainWindow::showTitle);
@@ -92,6 +95,10 @@ void MainWindow::connectParts(Ko::QtEventLoop& events) {
         [this](QPoint const& point) { _pointer->setText(tr("%1, %2").arg(point.x()).arg(point.y())); });
     connect(_canvas, &Canvas::currentChanged, this,
         [this](bool isCurrent) { _rendering->setText(isCurrent ? QString() : tr("Rendering")); });
+    _closeGuard->addQuestion([this] {
+        if (_player) _player->stop();
+        return _player == nullptr;
+    });
     _closeGuard->addQuestion([this] { return _files.settleChanges(); });
     _closeGuard->setJobsQuestion([this](QStringList const&) { return mayCancelJobs(); });
 }
@@ -148,6 +155,19 @@ void MainWindow::offerRecovery() {
         Recovery::remove(*found);
         if (isWanted) return;
     }
+}
+
+bool MainWindow::play(QString const& script, std::chrono::milliseconds pause) {
+    ScriptPlayer player(_session, pause);
+    connect(&player, &ScriptPlayer::line, this, [this](QString const& text) {
+        _messages->note(text);
+        statusBar()->showMessage(text, 4000);
+    });
+    connect(&player, &ScriptPlayer::fault, this, &MainWindow::report);
+    _player = &player;
+    bool const isWell = player.play(script);
+    _player = nullptr;
+    return isWell;
 }
 
 // The guard of the window has asked by then.

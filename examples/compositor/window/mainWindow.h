@@ -5,12 +5,14 @@
 #include "adapters/qt/qtHistoryModel.h"
 #include "adapters/qt/qtJobDelegate.h"
 #include "adapters/qt/qtJobModel.h"
+#include "window/actionParts.h"
 #include "window/canvas.h"
 #include "window/files.h"
 #include "window/jobStarter.h"
 #include "window/layersPanel.h"
 #include "window/messagesPanel.h"
 #include "window/recovery.h"
+#include "window/scriptPlayer.h"
 #include "window/session.h"
 
 #include <QLabel>
@@ -33,10 +35,13 @@ public:
     [[nodiscard]] LayersPanel& layers() { return *_layers; }
     [[nodiscard]] MessagesPanel& messages() { return *_messages; }
     [[nodiscard]] Files& files() { return _files; }
+    [[nodiscard]] ActionParts& actions() { return *_actions; }
     [[nodiscard]] Recovery& recovery() { return _recovery; }
     [[nodiscard]] Ko::QtCloseGuard& closeGuard() { return *_closeGuard; }
     /// Asks for what to do with changes that another process has left behind.
     void offerRecovery();
+    /// Plays a script; returns at its end. @returns whether there was no error.
+    bool play(QString const& script, std::chrono::milliseconds pause);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -47,8 +52,8 @@ private:
     void addMenus();
     void addFileMenu();
     void addEditMenu();
-    void addLayerMenu();
     void addViewMenu();
+    void addHelpMenu();
     void addStatusLine();
     void connectParts(Ko::QtEventLoop& events);
     void showRecent(QMenu& menu);
@@ -70,6 +75,9 @@ private:
     Canvas* _canvas;
     LayersPanel* _layers;
     MessagesPanel* _messages;
+    ActionParts* _actions;
+    // The one that plays; null while none does.
+    ScriptPlayer* _player = nullptr;
     QLabel* _rendering;
     QLabel* _pointer;
     QLabel* _zoom;

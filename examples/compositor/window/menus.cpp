@@ -29,8 +29,9 @@ struct Entries {
 void MainWindow::addMenus() {
     addFileMenu();
     addEditMenu();
-    addLayerMenu();
+    _actions->addMenus();
     addViewMenu();
+    addHelpMenu();
 }
 
 void MainWindow::addFileMenu() {
@@ -70,9 +71,10 @@ void MainWindow::addEditMenu() {
             ids.push_back(layer.id);
         _session.select(ids);
     });
+    edit.menu.addSeparator();
+    edit.add(tr("&Find Action..."), tr("Ctrl+Shift+P"), [this] { _actions->openPalette(); });
+    edit.add(tr("&Keyboard Shortcuts..."), {}, [this] { _actions->editShortcuts(); });
 }
-
-void MainWindow::addLayerMenu() {}
 
 void MainWindow::addViewMenu() {
     Entries const view{*menuBar()->addMenu(tr("&View"))};
@@ -83,6 +85,11 @@ void MainWindow::addViewMenu() {
     view.menu.addSeparator();
     for (QDockWidget* const panel : _panels)
         view.menu.addAction(panel->toggleViewAction());
+}
+
+void MainWindow::addHelpMenu() {
+    Entries const help{*menuBar()->addMenu(tr("&Help"))};
+    help.add(tr("&Plug-ins..."), {}, [this] { _actions->listPlugIns(); });
 }
 
 } // namespace compositor::window

@@ -92,6 +92,7 @@ void Tiles::show(Document const& document, double scale) {
     _tiles.clear();
     ++_revision;
     ++_layout;
+    _numBelow = 0;
     _scale = scale;
     _size = {std::max(1, static_cast<int>(std::lround(document.canvas().width * scale))),
         std::max(1, static_cast<int>(std::lround(document.canvas().height * scale)))};
@@ -101,8 +102,9 @@ void Tiles::show(Document const& document, double scale) {
 void Tiles::markDifferences(Document const& before, Document const& now) {
     std::vector<Layer> const& old = before.layers();
     ++_revision;
-    auto const first = std::ranges::mismatch(old, now.layers(), looksAlike).in2;
-    if (first != now.layers().end()) _numBelow = static_cast<std::size_t>(first - now.layers().begin());
+    auto const first = std::ranges::mismatch(old, now.layers(), looksAlike);
+    if (first.in1 != old.end() || first.in2 != now.layers().end())
+        _numBelow = static_cast<std::size_t>(first.in2 - now.layers().begin());
     for (Layer const& layer : old)
         if (!now.contains(layer.id)) markStale(frameOf(layer.placed));
     std::size_t lastIndex = 0;

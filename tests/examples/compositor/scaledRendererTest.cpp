@@ -44,6 +44,28 @@ TEST(ScaledRenderer, AtFullSizeIsTheRenderer) {
     }
 }
 
+TEST(ScaledRenderer, RendersTheSameWhetherOrNotItBeginsWithTheLayersBelow) {
+    unsigned const seed = std::random_device()();
+    std::mt19937 random(seed);
+    auto const reduced = std::make_shared<ReducedPictures>();
+    std::vector<PlacedPicture> layers;
+    for (int count = 0; count < 4; ++count)
+        layers.push_back({noise({40, 40}, random, count == 2), 0, 0, 0.5f, static_cast<BlendMode>(count)});
+    LayersBelow below;
+    std::vector<Colour> expected(20 * 15), shown(20 * 15);
+    for (int round = 0; round < 100; ++round) {
+        PlacedPicture& changed = layers[random() % layers.size()];
+        changed.x = int(random() % 40) - 20;
+        changed.opacity = random() % 2 == 0 ? 1.0f : 0.5f;
+        if (random() % 10 == 0) layers.pop_back();
+        if (layers.empty()) break;
+        ScaledRenderer const renderer(layers, 0.5, reduced);
+        renderer.render({0, 0, 20, 15}, expected);
+        renderer.render({0, 0, 20, 15}, shown, random() % 5, below);
+        ASSERT_EQ(expected, shown) << "seed " << seed << ", round " << round;
+    }
+}
+
 // A plain picture stays plain at any scale, and its edges lie where they belong.
 TEST(ScaledRenderer, ShowsLayersInTheirPlacesAtAnyScale) {
     auto const plain = std::make_shared<Picture const>(paint({200, 101}, [](int, int) {

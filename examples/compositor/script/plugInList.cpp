@@ -37,8 +37,10 @@ Row rowOf(PimFinding const& finding) {
     row[2] = declared.name;
     row[3] = declared.version;
     row[4].clear();
-    for (PimInterface const& interface : declared.interfaces)
-        row[4] += (row[4].empty() ? "" : ", ") + interface.getText();
+    for (PimInterface const& interface : declared.interfaces) {
+        if (!row[4].empty()) row[4] += ", ";
+        row[4] += interface.getText();
+    }
     return row;
 }
 

@@ -1,5 +1,6 @@
 # The Debian packages, made by `scripts/package`: libkoframework8 to run an application, libkoframework-dev to write one,
-# libkoframework-examples with the example host; where Qt is found, libkoframework-qt8 and libkoframework-qt-dev.
+# libkoframework-examples with the example host; where Qt is found, libkoframework-qt8, libkoframework-qt-dev
+# and libkoframework-qt-examples.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME libkoframework)
@@ -14,7 +15,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_COMPONENTS_ALL runtime development examples)
 if(KO_WITH_QT)
-  list(APPEND CPACK_COMPONENTS_ALL qt qtDevelopment)
+  list(APPEND CPACK_COMPONENTS_ALL qt qtDevelopment qtExamples)
 endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -49,6 +50,7 @@ if(KO_SYSTEM_WIDE)
   if(KO_WITH_QT)
     ko_debian_documents(qt libkoframework-qt${PROJECT_VERSION_MAJOR})
     ko_debian_documents(qtDevelopment libkoframework-qt-dev)
+    ko_debian_documents(qtExamples libkoframework-qt-examples)
   endif()
 endif()
 
@@ -113,6 +115,14 @@ palette and shortcuts, drag and drop and the clipboard."
     TEXT "The headers and the build files of libkoframework-qt, with which an
 application with Qt widgets is built."
     DEPENDS "libkoframework-qt${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), libkoframework-dev (= ${PROJECT_VERSION}), qt6-base-dev (>= 6.4)"
+  )
+  ko_debian_package(qtExamples
+    NAME libkoframework-qt-examples
+    SECTION graphics
+    SUMMARY "application framework: a compositor with a window"
+    TEXT "The example host of the framework in a window: it composes pictures of
+layers, with undo, background jobs and the plug-ins of libkoframework-examples."
+    DEPENDS "libkoframework-qt${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), libkoframework-examples (= ${PROJECT_VERSION})"
   )
 endif()
 

@@ -61,10 +61,10 @@ int run(QApplication& application) {
             measureDrags(window, std::cout);
             return 0;
         }
-        window.offerRecovery();
+        bool const isRecovered = window.offerRecovery();
         if (options.file.endsWith(".kos"))
             result = window.play(options.file, options.pause) ? 0 : 1;
-        else if (!options.file.isEmpty())
+        else if (!options.file.isEmpty() && !isRecovered)
             window.files().open(options.file);
         if (!options.quits) result = QApplication::exec();
     }

@@ -141,7 +141,7 @@ void MainWindow::report(QString const& text) {
     statusBar()->showMessage(text, 8000);
 }
 
-void MainWindow::offerRecovery() {
+bool MainWindow::offerRecovery() {
     while (auto const found = _recovery.takeOver()) {
         QString const name = found->path.isEmpty() ? tr("a document without a name") : found->path;
         QMessageBox question(QMessageBox::Question, tr("Recover Changes"),
@@ -151,10 +151,11 @@ void MainWindow::offerRecovery() {
         question.setDefaultButton(recover);
         question.exec();
         bool const isWanted = question.clickedButton() == recover;
-        if (isWanted && !_files.openRecovered(*found)) return;
+        if (isWanted && !_files.openRecovered(*found)) return false;
         Recovery::remove(*found);
-        if (isWanted) return;
+        if (isWanted) return true;
     }
+    return false;
 }
 
 bool MainWindow::play(QString const& script, std::chrono::milliseconds pause) {

@@ -38,8 +38,8 @@ public:
     [[nodiscard]] ActionParts& actions() { return *_actions; }
     [[nodiscard]] Recovery& recovery() { return _recovery; }
     [[nodiscard]] Ko::QtCloseGuard& closeGuard() { return *_closeGuard; }
-    /// Asks for what to do with changes that another process has left behind.
-    void offerRecovery();
+    /// Asks for what to do with changes that another process has left behind. @returns whether some are recovered.
+    bool offerRecovery();
     /// Plays a script; returns at its end. @returns whether there was no error.
     bool play(QString const& script, std::chrono::milliseconds pause);
 

@@ -175,20 +175,20 @@ void Canvas::mouseMoveEvent(QMouseEvent* event) {
     if (_panFrom) {
         scrollBy((event->position() - *std::exchange(_panFrom, event->position())) * devicePixelRatioF());
     } else if (_press) {
-        drag(*event);
+        drag(*_press, *event);
     }
 }
 
-void Canvas::drag(QMouseEvent const& event) {
-    QPointF const way = event.position() - _press->onWidget;
+void Canvas::drag(Press const& press, QMouseEvent const& event) {
+    QPointF const way = event.position() - press.onWidget;
     _session.attempt([&] {
         if (!isDragging()) {
             if (way.manhattanLength() < QApplication::startDragDistance()) return;
-            _session.gestures().grab(_press->layer);
+            _session.gestures().grab(press.layer);
             setCursor(Qt::SizeAllCursor);
         }
         QPoint const distance = (way * devicePixelRatioF() / _viewport.zoom).toPoint();
-        _session.gestures().pull({_press->origin.x + distance.x(), _press->origin.y + distance.y()});
+        _session.gestures().pull({press.origin.x + distance.x(), press.origin.y + distance.y()});
     });
 }
 

@@ -74,7 +74,7 @@ private:
     void viewHasChanged();
     void updateCurrent();
     void press(QMouseEvent const& event);
-    void drag(QMouseEvent const& event);
+    void drag(Press const& press, QMouseEvent const& event);
     void scrollBy(QPointF device);
     bool nudge(QKeyEvent const& event);
     void paintDocument(QPainter& painter, QRectF const& exposed);

@@ -24,8 +24,8 @@ QRectF frameOf(PlacedPicture const& placed) {
 // In the format that is drawn fastest.
 QImage toImage(std::vector<Colour> const& pixels, QSize size) {
     bool const isOpaque = std::ranges::all_of(pixels, [](Colour colour) { return colour.alpha == 255; });
-    return QImage(reinterpret_cast<uchar const*>(pixels.data()), size.width(), size.height(), 4 * size.width(),
-        isOpaque ? QImage::Format_RGBX8888 : QImage::Format_RGBA8888)
+    return QImage(reinterpret_cast<uchar const*>(pixels.data()), size.width(), size.height(),
+        qsizetype{4} * size.width(), isOpaque ? QImage::Format_RGBX8888 : QImage::Format_RGBA8888)
         .convertToFormat(isOpaque ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied);
 }
 

@@ -99,6 +99,7 @@ private:
     };
 
     Row const& at(QModelIndex const& index) const { return _rows[static_cast<std::size_t>(index.row())]; }
+    QString toolTipOf(Row const& row) const;
     QVariant dataOf(Row const& row, int role) const;
     void apply(BgManagerHintJobs const& hint);
     void append(RCShdPtr<BgJob> const& job);

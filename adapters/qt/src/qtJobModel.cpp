@@ -101,12 +101,17 @@ QVariant QtJobModel::data(QModelIndex const& index, int role) const {
     return dataOf(at(index), role);
 }
 
+// With the last messages.
+QString QtJobModel::toolTipOf(Row const& row) const {
+    auto const messages = row.messages.mid(std::max<qsizetype>(row.messages.size() - 5, 0));
+    return (QStringList{QString::fromStdString(row.job->getName()), waitText(row.job)} + messages).join(u'\n');
+}
+
 QVariant QtJobModel::dataOf(Row const& row, int role) const {
     BgJob& job = *row.job;
-    QString const name = QString::fromStdString(job.getName());
     switch (role) {
     case Qt::DisplayRole:
-        return name;
+        return QString::fromStdString(job.getName());
     case Qt::DecorationRole:
         return iconOf(job);
     case Qt::ForegroundRole:
@@ -114,9 +119,7 @@ QVariant QtJobModel::dataOf(Row const& row, int role) const {
     case Qt::AccessibleTextRole:
         return spokenText(row.job);
     case Qt::ToolTipRole:
-        return (
-            QStringList{name, waitText(row.job)} + row.messages.mid(std::max<qsizetype>(row.messages.size() - 5, 0)))
-            .join(u'\n');
+        return toolTipOf(row);
     case StateRole:
         return static_cast<int>(stateOf(job));
     case DetailRole:

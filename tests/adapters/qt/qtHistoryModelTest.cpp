@@ -57,6 +57,7 @@ protected:
 
 TEST_F(QtHistoryModelTest, ShowsTheHistoryAsItIsAfterAnySequenceOfChanges) {
     std::mt19937 random(7);
+    auto const upTo = [&](int end) { return static_cast<int>(random() % static_cast<unsigned>(end)); };
     stack->setMerger(RCShdPtr<PlusMerger>::create());
     stack->setMaxStackHeight(6);
     for (int step = 0; step < 3000; ++step) {
@@ -68,7 +69,7 @@ TEST_F(QtHistoryModelTest, ShowsTheHistoryAsItIsAfterAnySequenceOfChanges) {
             stack->tryRedo();
             break;
         case 2:
-            model.goTo(static_cast<int>(random() % static_cast<unsigned>(stack->getStackHeight())));
+            model.goTo(upTo(stack->getStackHeight()));
             break;
         case 3:
             stack->removeLast();
@@ -77,7 +78,7 @@ TEST_F(QtHistoryModelTest, ShowsTheHistoryAsItIsAfterAnySequenceOfChanges) {
             if (random() % 8 == 0) stack->clear();
             break;
         case 5:
-            stack->setMaxStackHeight(3 + static_cast<int>(random() % 5));
+            stack->setMaxStackHeight(3 + upTo(5));
             break;
         case 6:
             logFailing("f" + std::to_string(step));
@@ -90,10 +91,8 @@ TEST_F(QtHistoryModelTest, ShowsTheHistoryAsItIsAfterAnySequenceOfChanges) {
         }
         ASSERT_EQ(shown(), history(*stack)) << "after step " << step;
         ASSERT_EQ(model.isModified(), !stack->isClean());
-        int clean = -1;
         for (int row = 0; row < model.rowCount(); ++row)
-            if (model.index(row).data(QtHistoryModel::IsCleanRole).toBool()) clean = row;
-        ASSERT_EQ(clean, stack->getCleanPosition());
+            ASSERT_EQ(model.index(row).data(QtHistoryModel::IsCleanRole).toBool(), row == stack->getCleanPosition());
     }
 }
 

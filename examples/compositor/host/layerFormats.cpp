@@ -34,9 +34,11 @@ std::string pictureOf(std::vector<Layer> const& layers) {
         picture.y -= top;
     }
     std::string bytes;
-    writePng(*Renderer({right - left, bottom - top}, placed).renderToPicture(), [&](std::span<std::byte const> piece) {
+    auto const append = [&](std::span<std::byte const> piece) {
         bytes.append(reinterpret_cast<char const*>(piece.data()), piece.size());
-    });
+    };
+    if (auto const picture = Renderer({right - left, bottom - top}, placed).renderToPicture())
+        writePng(*picture, append);
     return bytes;
 }
 

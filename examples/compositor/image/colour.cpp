@@ -63,9 +63,10 @@ Colour toColour(Light const& light) {
     if (light.alpha <= 0.0f) return {0, 0, 0, 0};
     if (light.alpha >= 1.0f) return {encodeSrgb(light.red), encodeSrgb(light.green), encodeSrgb(light.blue), 255};
     float const factor = 1.0f / light.alpha;
+    constexpr float half = 0.5f; // the sum is positive, so that the cast rounds
     auto const encoded = [factor](float channel) { return encodeSrgb(channel * factor); };
     return {encoded(light.red), encoded(light.green), encoded(light.blue),
-        static_cast<std::uint8_t>(light.alpha * 255.0f + 0.5f)};
+        static_cast<std::uint8_t>(light.alpha * 255.0f + half)};
 }
 
 Colour colourOf(std::string const& text) {

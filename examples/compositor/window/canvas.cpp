@@ -173,7 +173,8 @@ void Canvas::press(QMouseEvent const& event) {
 void Canvas::mouseMoveEvent(QMouseEvent* event) {
     Q_EMIT pointerMoved(canvasPointAt(event->position()).toPoint());
     if (_panFrom) {
-        scrollBy((event->position() - *std::exchange(_panFrom, event->position())) * devicePixelRatioF());
+        QPointF const from = std::exchange(*_panFrom, event->position());
+        scrollBy((event->position() - from) * devicePixelRatioF());
     } else if (_press) {
         drag(*_press, *event);
     }

@@ -130,9 +130,8 @@ bool LayersModel::dropMimeData(QMimeData const* data, Qt::DropAction, int row, i
     std::vector<LayerId> moved;
     for (quint64 id = 0; !stream.atEnd() && (stream >> id, true);)
         if (_session.document().contains(id)) moved.push_back(id);
-    std::vector<LayerId> order;
-    for (Layer const& layer : _rows)
-        order.push_back(layer.id);
+    std::vector<LayerId> order(_rows.size());
+    std::ranges::transform(_rows, order.begin(), &Layer::id);
     int const place = row >= 0 ? row : parent.isValid() ? parent.row() : rowCount();
     auto const isMoved = [&](LayerId id) { return std::ranges::find(moved, id) != moved.end(); };
     auto const above = std::count_if(order.begin(), order.begin() + place, std::not_fn(isMoved));

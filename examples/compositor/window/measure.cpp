@@ -73,8 +73,10 @@ std::vector<double> drag(Canvas& canvas, QPointF from) {
         double const angle = 2 * M_PI * frame / numFrames;
         timer.start();
         send(canvas, QEvent::MouseMove, from + QPointF(std::cos(angle), std::sin(angle)) * 100);
-        for (isPainted = false; !isPainted;)
+        isPainted = false;
+        do
             QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        while (!isPainted);
         times.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
     }
     send(canvas, QEvent::MouseButtonRelease, from);

@@ -14,7 +14,7 @@ constexpr double zoomStep = 1.25;
 /// Adds entries to a menu.
 struct Entries {
     template <class Run>
-    QAction* add(QString const& text, QKeySequence const& keys, Run run) const {
+    QAction* add(QString const& text, QKeySequence const& keys, Run const& run) const {
         QAction* const action = menu.addAction(text);
         action->setShortcut(keys);
         QObject::connect(action, &QAction::triggered, &menu, [run](bool) { run(); });

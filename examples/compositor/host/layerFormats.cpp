@@ -66,7 +66,8 @@ void addPicture(Editor& editor, std::string const& name, Picture picture, Ko::Sn
 void addFile(Editor& editor, std::filesystem::path const& path, Ko::SnSelection& items) {
     InputFile file(path);
     if (isPng(file.stream)) return addPicture(editor, path.stem().string(), readPng(file.stream, file.length), items);
-    for (Layer layer : readDocument(file.stream, file.length).layers()) {
+    Document const document = readDocument(file.stream, file.length);
+    for (Layer layer : document.layers()) {
         layer.id = std::numeric_limits<LayerId>::max() - items.getCount();
         items.add(LayerItem::create({&editor, layer}));
     }

@@ -1,3 +1,4 @@
+#include "document/documentFile.h"
 #include "framework/dragAndDrop/drClipboard.h"
 #include "host/layerFormats.h"
 #include "plugIns/operators.h"
@@ -44,16 +45,21 @@ TEST_F(ExchangeTest, LayersTravelAsPicturesThroughOtherPrograms) {
 
 TEST_F(ExchangeTest, FilesOfOtherProgramsBecomeLayersAndOthersAreLeftOut) {
     editor.document().renderer().renderToFile(folder / "a b.png");
+    ASSERT_TRUE(saveDocument(editor.document(), folder / "both.koc"));
     Ko::DrFormats files;
     files.add("text/uri-list", [this] {
         std::string const there = "file://" + (folder / "a").parent_path().string();
-        return there + "/a%20b.png\r\n" + there + "/missing.png\r\nhttp://example.com/c.png\r\n";
+        return there + "/a%20b.png\r\n" + there + "/missing.png\r\n" + there +
+               "/both.koc\r\nhttp://example.com/c.png\r\n";
     });
     auto const items = Ko::SnSelection::create();
     importLayers(editor, files, *items);
-    ASSERT_EQ(1u, items->getCount());
+    ASSERT_EQ(3u, items->getCount());
     window.session().gestures().add(Ko::DrCarrier::create(items), "Drop");
-    EXPECT_EQ("a b", editor.document().layers().back().name);
+    std::vector<std::string> names;
+    for (Layer const& layer : editor.document().layers())
+        names.push_back(layer.name);
+    EXPECT_EQ((std::vector<std::string>{"back", "front", "a b", "back copy", "front copy"}), names);
 }
 
 } // namespace

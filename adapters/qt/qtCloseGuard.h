@@ -15,8 +15,8 @@ namespace Ko {
 /// Lets a window close only when the user agrees and the jobs have ended, without ever freezing it.
 ///
 /// A close of the window is first put to the questions of the host, such as whether to save. Then all jobs are asked to end. Meanwhile the
-/// window goes on working; it closes when they have ended, or at the end of the grace period, whichever comes first. Application thread
-/// only; `QtEventLoop` or another loop has to deliver the events of the library.
+/// window stays responsive; it closes when the jobs have ended, at the latest when the grace period is over. Application thread only;
+/// `QtEventLoop` or another loop has to deliver the events of the library.
 ///
 ///     auto* const guard = new QtCloseGuard(window);
 ///     guard->addQuestion([&] { return document.isSaved() || askToSave(window); });
@@ -33,8 +33,8 @@ public:
 
     /// Adds a question, asked after the earlier ones; the first refusal keeps the window open.
     void addQuestion(Question question);
-    /// Replaces the question that is asked where jobs have not ended. It is given their names. By default a dialog asks whether to
-    /// cancel them. Without a question, jobs are cancelled silently.
+    /// Replaces the question that is asked where jobs have not ended. It is given their names, without those of
+    /// user-interface jobs. By default a dialog asks whether to cancel them. Without a question, jobs are cancelled silently.
     void setJobsQuestion(std::function<bool(QStringList const& names)> question);
     /// Limits the wait for the jobs. 5 s by default.
     void setGrace(std::chrono::milliseconds grace) noexcept;

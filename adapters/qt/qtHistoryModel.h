@@ -65,7 +65,7 @@ public:
     QVariant data(QModelIndex const& index, int role) const override;
 
 public Q_SLOTS:
-    /// Undoes or redoes up to this row. Without effect while a step is open, such as a drag that goes on.
+    /// Undoes or redoes up to this row. Without effect during a step that is still open, such as a drag.
     void goTo(int row);
     /// Undoes one step.
     void undo();

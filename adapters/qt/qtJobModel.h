@@ -54,7 +54,7 @@ public:
     /// Submits a job again. @returns the new job; null where that is not possible any more.
     using Retry = std::function<RCShdPtr<BgJob>()>;
 
-    /// @param follow whether to list the small jobs of the user interface, too.
+    /// @param follow whether to list user-interface jobs, too.
     explicit QtJobModel(QObject* parent = nullptr, BgFollow follow = BgFollow::Jobs);
     ~QtJobModel() override;
 

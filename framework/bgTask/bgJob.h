@@ -152,7 +152,7 @@ private:
     void setOnce(LiDate& date, bool& isSet);
     void requestEnd() noexcept;
     bool releaseUntil(LkDeadline::Time deadline) noexcept;
-    bool hasReleased() noexcept;
+    bool tryRelease() noexcept;
     void deleteUnusedProtocol() noexcept;
     OPtr<BgJobProtocol> takeUnusedProtocol() noexcept;
     void deleteProtocol(OPtr<BgJobProtocol> unused) noexcept;
@@ -183,8 +183,7 @@ private:
     int _uses = 0;
     bool _startedSet = false;
     bool _endedSet = false;
-    // From now on no thread enters the protocol; the last one inside deletes it.
-    // Written under the lock. Acquire elsewhere.
+    // Set under the lock: from now on no thread enters the protocol, and the last one inside deletes it. Acquire elsewhere.
     std::atomic<bool> _isReleased{false};
     bool _isPaused = false;
     // Whether a worker took the paused job from the queue: then the end of the pause queues it again.

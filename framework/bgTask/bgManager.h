@@ -55,6 +55,8 @@ public:
     RCShdPtr<BgJob> addUiJob(OPtr<BgJobProtocol> protocol, unsigned priority, BgAfter const& after);
     /// The jobs that a listed job still waits for.
     [[nodiscard]] Vector<RCShdPtr<BgJob>> getPredecessors(RCShdPtr<BgJob> const& job);
+    /// Whether a job was submitted last as a user-interface job. Any thread.
+    [[nodiscard]] bool isUiJob(BgJob const& job) const noexcept;
     /// Moves a job that waits for a worker to the front of the queue of its group. Takes time in proportion to the queue.
     /// @returns whether the job waits for a worker.
     bool moveToFront(RCShdPtr<BgJob> const& job);

@@ -26,9 +26,9 @@ public:
     }
     /// Removes an owner; the last one deletes the object. Called by pointers.
     void removeReference() const noexcept {
-        // Release: the deleting thread sees the writes of this owner. Acquire: needed if this is the deleting thread.
-        // The only owner, without weak references, needs no exchange with other threads.
+        // The only owner of an object without weak references is alone with the count.
         if (_references.load(std::memory_order_acquire) == 1) return destroy(1);
+        // Release: the deleting thread sees the writes of this owner. Acquire: needed if this is the deleting thread.
         std::uint32_t const before = _references.fetch_sub(1, std::memory_order_acq_rel);
         if ((before & countMask) == 1) destroy(before);
     }

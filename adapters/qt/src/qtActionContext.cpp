@@ -1,5 +1,6 @@
 #include "adapters/qt/qtActionContext.h"
 
+#include "adapters/qt/src/qtActionText.h"
 #include "adapters/qt/src/qtGuarded.h"
 #include "adapters/qt/src/qtRegistry.h"
 #include "framework/actions/actBasicParam.h"
@@ -22,11 +23,6 @@ using Item = QtActionContext::Item;
 
 Item none() {
     return SnItemBasic<ActBasicParam>::create(ActBasicParam());
-}
-
-LiString textOf(ActAction const& action) {
-    LiString const shown = action.getDisplayString();
-    return shown.empty() ? action.getDescription() : shown;
 }
 
 bool takesText(ActPresentation const& shown) {
@@ -72,7 +68,7 @@ QtActionContext::Offer QtActionContext::getOffer(ActAction const& action) const 
 
 QtActionContext::Offer QtActionContext::ask(ActAction const& action) const {
     Offer offer;
-    offer.text = textOf(action);
+    offer.text = qtDisplayText(action);
     Vector<Item> const valid = validTargets(action, none());
     if (valid.empty()) {
         Item const first = getTargets().front();
@@ -131,7 +127,7 @@ void QtActionContext::perform(ActAction const& action, Item const& input) {
 Item QtActionContext::askForInput(ActAction const& action, ActPresentation const& shown) {
     if (_askInput) return _askInput(action, shown);
     bool isGiven = false;
-    QString const title = QString::fromStdString(textOf(action));
+    QString const title = QString::fromStdString(qtDisplayText(action));
     QString const text = QInputDialog::getText(
         QApplication::activeWindow(), title, title + QLatin1Char(':'), QLineEdit::Normal, {}, &isGiven);
     if (!isGiven || !qtIsRegistered(&action)) return nullptr;
@@ -145,7 +141,7 @@ void QtActionContext::run(ActAction const& action, Item const& input, bool isGiv
     QString text;
     auto const touched = SnSelection::create();
     auto const failure = qtFailureOf([&] {
-        text = QString::fromStdString(textOf(action));
+        text = QString::fromStdString(qtDisplayText(action));
         Vector<Item> const valid = validTargets(action, input);
         if (valid.empty()) throw ExInternalError(__FILE__, __LINE__, tr("This is not possible here.").toStdString());
         ActGroupedEntry const entry(&action, valid, input);

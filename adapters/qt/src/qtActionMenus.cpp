@@ -1,5 +1,6 @@
 #include "adapters/qt/qtActionMenus.h"
 
+#include "adapters/qt/src/qtActionText.h"
 #include "adapters/qt/src/qtOwned.h"
 #include "adapters/qt/src/qtShapes.h"
 #include "adapters/qt/src/qtShortcuts.h"
@@ -15,11 +16,6 @@
 
 namespace Ko {
 namespace {
-
-QString toEntryText(LiString const& text) {
-    // An ampersand would mark the next letter as a key of the menu.
-    return QString::fromStdString(text).replace(QLatin1Char('&'), QLatin1String("&&"));
-}
 
 QAction* addSeparator(QWidget& widget, QAction* before) {
     auto* const separator = qtOwned<QAction>(&widget);
@@ -192,7 +188,7 @@ void QtActionMenus::refreshTexts(Entry& entry, QtActionContext::Offer const& off
     QAction& shown = *entry.shown;
     ActPresentation const& presentation = offer.presentation;
     bool const asks = offer.asksForInput && offer.options.empty();
-    shown.setText(toEntryText(offer.text) + (asks ? QStringLiteral("\u2026") : QString()));
+    shown.setText(qtEntryText(QString::fromStdString(offer.text)) + (asks ? QStringLiteral("\u2026") : QString()));
     QIcon icon = presentation.iconName.empty() ? QIcon() : _icons(QString::fromStdString(presentation.iconName));
     if (presentation.isMixed) icon = qtIcon(QtShape::Mixed);
     if (shown.icon().isNull() != icon.isNull() || icon.cacheKey() != shown.icon().cacheKey()) shown.setIcon(icon);
@@ -223,7 +219,7 @@ void QtActionMenus::fillOptions(Entry& entry) {
     bool const isCheckable = std::ranges::any_of(offer.options, &ActOption::isCurrent);
     entry.menu->clear();
     for (ActOption const& option : offer.options) {
-        QAction* const shown = entry.menu->addAction(toEntryText(option.text));
+        QAction* const shown = entry.menu->addAction(qtEntryText(QString::fromStdString(option.text)));
         shown->setCheckable(isCheckable);
         shown->setChecked(option.isCurrent);
         connect(shown, &QAction::triggered, this, [this, &action, input = option.input] {

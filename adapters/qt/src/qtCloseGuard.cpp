@@ -14,11 +14,12 @@
 namespace Ko {
 namespace {
 
-template <class Jobs>
-QStringList namesOf(Jobs const& jobs) {
+// User-interface jobs, such as those that draw a view, are short and concern nobody.
+QStringList namesOfRunning() {
+    BgManager& manager = BgManager::getInstance();
     QStringList names;
-    for (RCShdPtr<BgJob> const& job : jobs)
-        if (job->isRunning()) names.append(QString::fromStdString(job->getName()));
+    for (RCShdPtr<BgJob> const& job : manager.getJobs())
+        if (job->isRunning() && !manager.isUiJob(*job)) names.append(QString::fromStdString(job->getName()));
     return names;
 }
 
@@ -88,7 +89,7 @@ bool QtCloseGuard::agree() {
     auto const failure = qtFailureOf([&] {
         for (Question const& question : std::vector(state->questions))
             if (isAgreed) isAgreed = question() && state->guard;
-        QStringList const names = namesOf(BgManager::getInstance().getJobs());
+        QStringList const names = namesOfRunning();
         if (isAgreed && !names.isEmpty() && state->jobsQuestion) isAgreed = state->jobsQuestion(names) && state->guard;
     });
     // A question that fails has not been answered.
@@ -96,11 +97,13 @@ bool QtCloseGuard::agree() {
 }
 
 void QtCloseGuard::stopJobs() {
-    QStringList const names = namesOf(BgManager::getInstance().getJobs());
-    if (!names.isEmpty()) Q_EMIT waiting(names);
+    if (QStringList const running = namesOfRunning(); !running.isEmpty()) Q_EMIT waiting(running);
     // The window closes by an event of its own, never inside the event that asked for it.
     BgManager::getInstance().stopAllJobs(_state->grace, [state = _state](Vector<RCShdPtr<BgJob>> const& unended) {
-        if (state->guard) state->guard->finish(namesOf(unended));
+        QStringList names;
+        for (RCShdPtr<BgJob> const& job : unended)
+            names.append(QString::fromStdString(job->getName()));
+        if (state->guard) state->guard->finish(names);
     });
 }
 

@@ -1,5 +1,6 @@
 #include "adapters/qt/qtHistoryModel.h"
 
+#include "adapters/qt/src/qtActionText.h"
 #include "adapters/qt/src/qtGuarded.h"
 #include "adapters/qt/src/qtOwned.h"
 #include "adapters/qt/src/qtShapes.h"
@@ -24,11 +25,11 @@ QAction* makeAction(QObject* parent, char const* iconName, QKeySequence::Standar
     return action;
 }
 
-void label(QAction& action, QString const& verb, LiString const& step, bool isPossible) {
-    // An ampersand would mark the next letter as a key of the menu.
-    QString const text = QString::fromStdString(step).replace(QLatin1Char('&'), QLatin1String("&&"));
+/// @param step the text of the step that the action would undo or redo.
+void label(QAction& action, QString const& verb, std::optional<QString> const& step) {
+    QString const text = qtEntryText(step.value_or(QString()));
     action.setText(text.isEmpty() ? verb : verb + QLatin1Char(' ') + text);
-    action.setEnabled(isPossible);
+    action.setEnabled(step.has_value());
 }
 
 } // namespace
@@ -46,15 +47,17 @@ QtHistoryModel::QtHistoryModel(RCShdPtr<CmCommandStack> stack, QObject* parent)
 QtHistoryModel::~QtHistoryModel() = default;
 
 void QtHistoryModel::setStack(RCShdPtr<CmCommandStack> stack) {
+    std::vector<Row> rows;
+    if (stack)
+        for (auto element = stack->getBegin(); element != stack->getEnd(); ++element)
+            rows.push_back(toRow(**element));
     beginResetModel();
     _changes.end();
     _cleanChanges.end();
-    _stack = std::move(stack);
-    _rows.clear();
+    _rows.swap(rows);
+    _stack.swap(stack); // the one before is released at the end: its commands may run code of the host
     _current = _stack ? _stack->getNbUndoableCommands() : -1;
     if (_stack) {
-        for (auto element = _stack->getBegin(); element != _stack->getEnd(); ++element)
-            _rows.push_back(toRow(**element));
         _changes = _stack->onHistoryChange([this](CmHistoryChange const& change) { apply(change); });
         _cleanChanges = _stack->onCleanChange([this] { updateModified(); });
     }
@@ -152,7 +155,9 @@ void QtHistoryModel::replay(Replay run) {
 
 QtHistoryModel::Row QtHistoryModel::toRow(CmCommand const& command) {
     auto const* const macro = dynamic_cast<CmMacroCommand const*>(&command);
-    return {QString::fromStdString(command.getDescription()), macro && macro->getSize() > 1};
+    QString text;
+    auto const failure = qtFailureOf([&] { text = QString::fromStdString(command.getDescription()); });
+    return {failure.value_or(text), macro && macro->getSize() > 1};
 }
 
 void QtHistoryModel::apply(CmHistoryChange const& change) {
@@ -175,8 +180,8 @@ void QtHistoryModel::applySplice(CmHistorySplice const& splice, CmCommand const*
         endRemoveRows();
     }
     if (splice.numInserted > 0) {
-        beginInsertRows({}, splice.first, splice.first + splice.numInserted - 1);
         Row const row = logged ? toRow(*logged) : Row{};
+        beginInsertRows({}, splice.first, splice.first + splice.numInserted - 1);
         _rows.insert(_rows.begin() + splice.first, static_cast<std::size_t>(splice.numInserted), row);
         endInsertRows();
     }
@@ -197,8 +202,12 @@ void QtHistoryModel::setCurrent(int row) {
 }
 
 void QtHistoryModel::updateActions() {
-    label(*_undo, tr("&Undo"), _stack ? _stack->getUndoText() : LiString(), _stack && _stack->canUndo());
-    label(*_redo, tr("&Redo"), _stack ? _stack->getRedoText() : LiString(), _stack && _stack->canRedo());
+    // The rows may be behind the stack while its changes are delivered.
+    auto const textOf = [this](bool isPossible, int row) {
+        return isPossible && row < rowCount() ? std::optional(_rows[static_cast<std::size_t>(row)].text) : std::nullopt;
+    };
+    label(*_undo, tr("&Undo"), textOf(_stack && _stack->canUndo(), _current));
+    label(*_redo, tr("&Redo"), textOf(_stack && _stack->canRedo(), _current + 1));
 }
 
 void QtHistoryModel::updateModified() {

@@ -67,9 +67,8 @@ QString toText(BgMessage const& message) {
 QtJobModel::QtJobModel(QObject* parent, BgFollow follow) : QAbstractListModel(parent) {
     BgManager& manager = BgManager::getInstance();
     _changes = manager.onJobs([this](BgManagerHintJobs const& hint) { apply(hint); }, follow);
-    // The small jobs of the user interface cannot be told apart here; those that run are short.
     for (RCShdPtr<BgJob> const& job : manager.getJobs())
-        append(job);
+        if (follow == BgFollow::JobsAndUiJobs || !manager.isUiJob(*job)) append(job);
     updateSummary();
 }
 

@@ -10,8 +10,8 @@ namespace {
 
 using State = BgJobHintChangeState;
 
-QString tr(char const* text, int number = -1) {
-    return QCoreApplication::translate("Ko::QtJobModel", text, nullptr, number);
+QString tr(char const* text) {
+    return QCoreApplication::translate("Ko::QtJobModel", text);
 }
 
 QString remainingText(std::chrono::duration<double> remaining) {
@@ -38,9 +38,7 @@ QString busyText(BgJob const& job) {
     return parts.isEmpty() ? tr("Running") : parts.join(QStringLiteral(" \u00B7 "));
 }
 
-} // namespace
-
-QString qtStateText(BgJob const& job) {
+QString stateText(BgJob const& job) {
     switch (job.getState()->getHintValue()) {
     case State::Busy:
         return job.isPaused() ? tr("Paused") : tr("Running");
@@ -59,13 +57,15 @@ QString qtStateText(BgJob const& job) {
     return job.isPaused() ? tr("Paused") : tr("Waiting");
 }
 
+} // namespace
+
 QString qtDetailText(BgJob const& job) {
     QString const reason = QString::fromStdString(job.getReason()).simplified();
     auto const state = job.getState()->getHintValue();
     if (state == State::Busy) return busyText(job);
-    return reason.isEmpty()         ? qtStateText(job)
+    return reason.isEmpty()         ? stateText(job)
            : state == State::Failed ? reason
-                                    : qtStateText(job) + QStringLiteral(": ") + reason;
+                                    : stateText(job) + QStringLiteral(": ") + reason;
 }
 
 std::optional<float> qtProgress(BgJob& job) {

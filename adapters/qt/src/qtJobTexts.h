@@ -8,8 +8,6 @@
 
 namespace Ko {
 
-/// The state of a job, in the words of users.
-QString qtStateText(BgJob const& job);
 /// What a job does and how far it is, why it failed, or what it waits for, in one line.
 QString qtDetailText(BgJob const& job);
 /// The progress of a Busy job, from 0 to 1; nothing where it is unknown.

@@ -1,5 +1,6 @@
 #include "adapters/qt/qtPalette.h"
 
+#include "adapters/qt/src/qtActionText.h"
 #include "adapters/qt/src/qtOwned.h"
 #include "adapters/qt/src/qtPaletteMatches.h"
 #include "adapters/qt/src/qtRegistry.h"
@@ -128,8 +129,7 @@ void QtPalette::listActions() {
         if (rows.size() == maxListed) break;
         QtActionContext::Offer const offer = _context->getOffer(*match.action);
         if (!offer.isShown() || dynamic_cast<ActCompositeAction const*>(match.action)) continue;
-        QString const composite = QString::fromStdString(match.action->getCompositeName());
-        QString const before = composite.isEmpty() ? QString() : composite + QStringLiteral(" \u203A ");
+        QString const before = qtCompositePrefix(*match.action);
         QString note = QString::fromStdString(offer.presentation.whyNot);
         if (offer.isPossible && _shortcutText) note = _shortcutText(ActShortcutMap::getName(*match.action));
         rows.append({before + QString::fromStdString(match.text), toPositions(match.text, match.letters, before.size()),

@@ -1,5 +1,6 @@
 #include "adapters/qt/qtShortcutEditor.h"
 
+#include "adapters/qt/src/qtActionText.h"
 #include "adapters/qt/src/qtOwned.h"
 #include "adapters/qt/src/qtShapes.h"
 #include "adapters/qt/src/qtShortcuts.h"
@@ -40,11 +41,8 @@ std::map<LiString, QString> readActions() {
     auto const actions = ActRegistry::getInstance().getAllActions(ActRegistry::AllSorted);
     for (ActAction const* const action : actions.elements()) {
         if (dynamic_cast<ActCompositeAction const*>(action)) continue;
-        LiString const shown = action->getDisplayString();
-        QString const composite = QString::fromStdString(action->getCompositeName());
-        QString const text = QString::fromStdString(shown.empty() ? action->getDescription() : shown);
         texts.emplace(ActShortcutMap::getName(*action),
-            composite.isEmpty() ? text : composite + QStringLiteral(" \u203A ") + text);
+            qtCompositePrefix(*action) + QString::fromStdString(qtDisplayText(*action)));
     }
     return texts;
 }

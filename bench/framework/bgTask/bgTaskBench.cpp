@@ -2,7 +2,7 @@
 
 #include "base/evEventManager.h"
 #include "base/inInitMgr.h"
-#include "bench/framework/bgTask/countingProtocol.h"
+#include "bench/framework/bgTask/countingWork.h"
 #include "bench/support/countdown.h"
 #include "bench/support/leastPool.h"
 #include "bench/support/perItem.h"
@@ -27,15 +27,6 @@ using namespace KoBench;
 
 constexpr int workers = 6;
 constexpr std::int64_t million = 1000000;
-
-class CountingTask final : public MtTaskImp {
-public:
-    explicit CountingTask(Countdown& countdown) : _countdown(countdown) {}
-    void execute() override { _countdown.done(); }
-
-private:
-    Countdown& _countdown;
-};
 
 // Calls `produce(items, countdown)` on `state.range(0)` threads.
 template <class Produce>

@@ -1,7 +1,7 @@
 // The costs of jobs that are watched, chained, stopped together, or that report much.
 
 #include "base/evEventManager.h"
-#include "bench/framework/bgTask/countingProtocol.h"
+#include "bench/framework/bgTask/countingWork.h"
 #include "bench/support/perItem.h"
 #include "framework/bgTask/bgManager.h"
 #include "framework/bgTask/bgProcess.h"

@@ -1,5 +1,5 @@
 #include "base/evEventManager.h"
-#include "bench/framework/bgTask/countingProtocol.h"
+#include "bench/framework/bgTask/countingWork.h"
 #include "bench/peers/workloads.h"
 #include "framework/bgTask/bgManager.h"
 #include "framework/command/cmCommandStack.h"
@@ -31,15 +31,6 @@ void undo(benchmark::State& state) {
         state, [&] { stack->executeAndLog(RCShdPtr<AddCommand>::create()); }, [&] { stack->undo(); },
         [&] { stack->redo(); }, [&] { stack->clear(); });
 }
-
-class CountingTask final : public MtTaskImp {
-public:
-    explicit CountingTask(Countdown& countdown) : _countdown(countdown) {}
-    void execute() override { _countdown.done(); }
-
-private:
-    Countdown& _countdown;
-};
 
 void tasksOfGroup(benchmark::State& state) {
     MtGroup<std::queue<MtTask>> group("Bench", workersOf(state));

@@ -28,7 +28,7 @@ public:
     /// Runs the lines of a terminal, with a prompt before each, and continues after errors.
     void runTerminal(std::istream& terminal);
 
-    /// Called before each statement, outside of guards or inside. @returns whether the script goes on; false ends it like "quit".
+    /// Called before each statement. A guard may be open. @returns whether to continue; false ends the script like "quit".
     using Pace = std::function<bool(Statement const& next)>;
     void setPace(Pace pace) { _pace = std::move(pace); }
 

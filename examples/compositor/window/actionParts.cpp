@@ -73,8 +73,11 @@ ActionParts::ActionParts(Session& session, JobStarter& jobs, QSettings& settings
         QAction const* const action = _menus.getAction(name);
         return action ? action->shortcut().toString(QKeySequence::NativeText) : QString();
     });
-    _clipboard.setImport(
-        [this](DrFormats const& formats, SnSelection& items) { importLayers(_session.editor(), formats, items); });
+    _clipboard.setImport(import());
+}
+
+QtImport ActionParts::import() {
+    return [this](DrFormats const& formats, SnSelection& items) { importLayers(_session.editor(), formats, items); };
 }
 
 // Actions of the document are offered beside those of the selected layers.
@@ -101,8 +104,7 @@ void ActionParts::connectParts(Canvas& canvas, LayersPanel& layers) {
     // Owned by the canvas.
     auto* const drops = new QtDragAndDrop(canvas, RCShdPtr<CanvasSink>::create(_session));
     drops->setStartsByMouse(false);
-    drops->setImport(
-        [this](DrFormats const& formats, SnSelection& items) { importLayers(_session.editor(), formats, items); });
+    drops->setImport(import());
     connect(drops, &QtDragAndDrop::failed, this, &ActionParts::failed);
 }
 

@@ -34,6 +34,7 @@ Q_SIGNALS:
 
 private:
     Ko::List<Ko::RCShdPtr<Ko::SnItem const>> targets();
+    Ko::QtImport import();
     Ko::QtActionContext::Item askForInput(Ko::ActAction const& action);
 
     Session& _session;

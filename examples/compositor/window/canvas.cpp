@@ -14,7 +14,6 @@ namespace {
 constexpr int margin = 24;
 // Before a part that is not rendered yet is hatched.
 constexpr std::chrono::milliseconds moment{150};
-constexpr double zoomStep = 1.25;
 
 } // namespace
 
@@ -235,7 +234,7 @@ void Canvas::keyReleaseEvent(QKeyEvent* event) {
 void Canvas::wheelEvent(QWheelEvent* event) {
     if (event->modifiers() & Qt::ControlModifier) {
         double const notches = event->angleDelta().y() / 120.0;
-        _viewport.zoomBy(std::pow(zoomStep, notches), event->position() * devicePixelRatioF());
+        _viewport.zoomBy(std::pow(Viewport::zoomStep, notches), event->position() * devicePixelRatioF());
         return viewHasChanged();
     }
     QPointF const distance = event->pixelDelta().isNull() ? QPointF(event->angleDelta()) / 2 : event->pixelDelta();

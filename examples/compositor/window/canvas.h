@@ -29,7 +29,7 @@ public:
     /// Whether all that is visible is rendered as the document is.
     [[nodiscard]] bool isCurrent() const;
     [[nodiscard]] bool isDragging() const { return _session.gestures().isDragging(); }
-    /// Takes a drag back that goes on.
+    /// Takes the present drag back, if there is one.
     void cancelDrag();
     /// The place of a point of the canvas on the widget.
     [[nodiscard]] QPointF placeOf(QPointF onCanvas) const;

@@ -178,7 +178,7 @@ bool Files::settleChanges() {
     }
 }
 
-// The window goes on working while the job runs.
+// The window is redrawn while the job runs.
 bool Files::saveAndWait() {
     QString const path = _path.isEmpty() ? chooseFile() : _path;
     if (path.isEmpty()) return false;

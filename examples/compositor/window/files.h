@@ -25,7 +25,7 @@ public:
 
     /// Opens a document, after the question for unsaved changes, or adds a picture as a layer. @returns whether it is open.
     bool open(QString const& path);
-    /// Opens a copy that another process has left behind, as changes to its document.
+    /// Opens the copy of a process that was killed, as unsaved changes to its document.
     bool openRecovered(Recovery::Found const& found);
     /// Starts a document without layers, after that question.
     void startNew();

@@ -86,10 +86,7 @@ void MainWindow::connectParts(Ko::QtEventLoop& events) {
     connect(&events, &Ko::QtEventLoop::eventFailed, this, &MainWindow::report);
     connect(&_jobModel, &Ko::QtJobModel::summaryChanged, this, &MainWindow::showJobs);
     connect(&_files, &Files::pathChanged, this, &MainWindow::showTitle);
-    connect(&_files, &Files::done, this, [this](QString const& text) {
-        _messages->note(text);
-        statusBar()->showMessage(text, 4000);
-    });
+    connect(&_files, &Files::done, this, &MainWindow::note);
     connect(_canvas, &Canvas::zoomChanged, this, &MainWindow::showZoom);
     connect(_canvas, &Canvas::pointerMoved, this,
         [this](QPoint const& point) { _pointer->setText(tr("%1, %2").arg(point.x()).arg(point.y())); });
@@ -100,24 +97,6 @@ void MainWindow::connectParts(Ko::QtEventLoop& events) {
         return _player == nullptr;
     });
     _closeGuard->addQuestion([this] { return _files.settleChanges(); });
-    _closeGuard->setJobsQuestion([this](QStringList const&) { return mayCancelJobs(); });
-}
-
-// Hidden jobs, such as those that draw the canvas, need no answer.
-bool MainWindow::mayCancelJobs() {
-    QStringList names;
-    for (int row = 0; row < _jobModel.rowCount(); ++row)
-        if (_jobModel.index(row).data(Ko::QtJobModel::IsRunningRole).toBool())
-            names << _jobModel.index(row).data().toString();
-    if (names.isEmpty()) return true;
-    QMessageBox question(QMessageBox::Question, tr("Jobs Are Running"),
-        tr("%n job(s) have not ended. Cancel them and close?", nullptr, static_cast<int>(names.size())),
-        QMessageBox::NoButton, this);
-    question.setInformativeText(names.mid(0, 5).join('\n'));
-    auto* const cancel = question.addButton(tr("&Cancel Jobs"), QMessageBox::AcceptRole);
-    question.setEscapeButton(question.addButton(tr("&Keep Open"), QMessageBox::RejectRole));
-    question.exec();
-    return question.clickedButton() == cancel;
 }
 
 void MainWindow::showTitle() {
@@ -141,6 +120,11 @@ void MainWindow::report(QString const& text) {
     statusBar()->showMessage(text, 8000);
 }
 
+void MainWindow::note(QString const& text) {
+    _messages->note(text);
+    statusBar()->showMessage(text, 4000);
+}
+
 bool MainWindow::offerRecovery() {
     while (auto const found = _recovery.takeOver()) {
         QString const name = found->path.isEmpty() ? tr("a document without a name") : found->path;
@@ -160,10 +144,7 @@ bool MainWindow::offerRecovery() {
 
 bool MainWindow::play(QString const& script, std::chrono::milliseconds pause) {
     ScriptPlayer player(_session, pause);
-    connect(&player, &ScriptPlayer::line, this, [this](QString const& text) {
-        _messages->note(text);
-        statusBar()->showMessage(text, 4000);
-    });
+    connect(&player, &ScriptPlayer::line, this, &MainWindow::note);
     connect(&player, &ScriptPlayer::fault, this, &MainWindow::report);
     _player = &player;
     bool const isWell = player.play(script);

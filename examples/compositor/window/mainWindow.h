@@ -38,7 +38,7 @@ public:
     [[nodiscard]] ActionParts& actions() { return *_actions; }
     [[nodiscard]] Recovery& recovery() { return _recovery; }
     [[nodiscard]] Ko::QtCloseGuard& closeGuard() { return *_closeGuard; }
-    /// Asks for what to do with changes that another process has left behind. @returns whether some are recovered.
+    /// Offers the unsaved changes of a process that was killed. @returns whether some are recovered.
     bool offerRecovery();
     /// Plays a script; returns at its end. @returns whether there was no error.
     bool play(QString const& script, std::chrono::milliseconds pause);
@@ -57,11 +57,11 @@ private:
     void addStatusLine();
     void connectParts(Ko::QtEventLoop& events);
     void showRecent(QMenu& menu);
-    bool mayCancelJobs();
     void showTitle();
     void showZoom(double zoom);
     void showJobs();
     void report(QString const& text);
+    void note(QString const& text);
 
     QSettings& _settings;
     Session _session;

@@ -9,8 +9,6 @@ namespace compositor::window {
 
 namespace {
 
-constexpr double zoomStep = 1.25;
-
 /// Adds entries to a menu.
 struct Entries {
     template <class Run>
@@ -78,8 +76,8 @@ void MainWindow::addEditMenu() {
 
 void MainWindow::addViewMenu() {
     Entries const view{*menuBar()->addMenu(tr("&View"))};
-    view.add(tr("Zoom &In"), QKeySequence::ZoomIn, [this] { _canvas->zoomBy(zoomStep); });
-    view.add(tr("Zoom &Out"), QKeySequence::ZoomOut, [this] { _canvas->zoomBy(1 / zoomStep); });
+    view.add(tr("Zoom &In"), QKeySequence::ZoomIn, [this] { _canvas->zoomBy(Viewport::zoomStep); });
+    view.add(tr("Zoom &Out"), QKeySequence::ZoomOut, [this] { _canvas->zoomBy(1 / Viewport::zoomStep); });
     view.add(tr("&Actual Size"), tr("Ctrl+1"), [this] { _canvas->zoomTo(1.0); });
     view.add(tr("&Fit"), tr("Ctrl+0"), [this] { _canvas->fit(); });
     view.menu.addSeparator();

@@ -81,7 +81,7 @@ void Recovery::changed() {
 }
 
 void Recovery::write() {
-    // A drag that goes on is not a state that anybody wants back.
+    // The state in the middle of a drag is not worth recovering.
     if (_session.gestures().isDragging()) return _timer.start();
     if (_session.editor().history()->isClean()) return removeCopy();
     _changedAgain = std::exchange(_isWriting, true);

@@ -24,7 +24,7 @@ public:
 
     /// The default folder.
     [[nodiscard]] static QString defaultFolder();
-    /// A copy that another process has left behind.
+    /// The copy of a process that was killed.
     struct Found {
         QString copy;
         /// The file of the document; empty for one that was never saved.

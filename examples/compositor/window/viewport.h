@@ -12,6 +12,8 @@ namespace compositor::window {
 struct Viewport {
     static constexpr double smallestZoom = 1.0 / 64;
     static constexpr double largestZoom = 64.0;
+    /// The factor of one step of the wheel or of a menu.
+    static constexpr double zoomStep = 1.25;
 
     /// Pixels of the device for one of the canvas.
     double zoom = 1.0;

@@ -248,7 +248,7 @@ void BgJob::requestEnd() noexcept {
 
 bool BgJob::releaseUntil(LkDeadline::Time deadline) noexcept {
     while (!Use::isExecuting(*this) && _endOfJob.waitUntil(deadline)) {
-        if (!hasReleased()) continue;
+        if (!tryRelease()) continue;
         if (!Use::isInside(*this)) _protocolDeleted.waitUntil(deadline);
         return true;
     }
@@ -256,7 +256,7 @@ bool BgJob::releaseUntil(LkDeadline::Time deadline) noexcept {
 }
 
 // Fails while the job is being executed.
-bool BgJob::hasReleased() noexcept {
+bool BgJob::tryRelease() noexcept {
     OPtr<BgJobProtocol> unused;
     {
         std::lock_guard const guard(_lock);

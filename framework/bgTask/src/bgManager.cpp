@@ -77,6 +77,9 @@ bool BgManager::moveToFront(RCShdPtr<BgJob> const& job) {
     BgWorkers* const workers = imp(*this).workersOf(*job);
     return workers && workers->moveToFront(*job);
 }
+bool BgManager::isUiJob(BgJob const& job) const noexcept {
+    return static_cast<BgManagerImp const&>(*this).isUiJob(job);
+}
 void BgManager::stopAllJobs(
     std::chrono::milliseconds grace, std::function<void(Vector<RCShdPtr<BgJob>> const& unended)> whenEnded) {
     imp(*this).stopAllJobs(grace, std::move(whenEnded));
@@ -208,7 +211,8 @@ BgWorkers* BgManagerImp::workersOf(BgJob const& job) const noexcept {
 }
 
 bool BgManagerImp::isUiJob(BgJob const& job) const noexcept {
-    return workersOf(job) != &_general;
+    BgWorkers const* const workers = workersOf(job);
+    return workers && workers != &_general;
 }
 
 void BgManagerImp::queue(RCShdPtr<BgJob> const& job) {

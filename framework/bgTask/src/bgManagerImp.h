@@ -30,6 +30,7 @@ public:
     void addUiJob(RCShdPtr<BgJob> const& job, unsigned priority, BgAfter const* after);
     void stopAllJobs(std::chrono::milliseconds grace, WhenEnded whenEnded);
     ObSubscription follow(std::function<void(BgManagerHintJobs const&)> callable, BgFollow follow);
+    bool isUiJob(BgJob const& job) const noexcept;
     BgWorkers* workersOf(BgJob const& job) const noexcept;
     BgOrder& order() noexcept { return _order; }
     BgFollowers& followers() noexcept { return _followers; }
@@ -57,7 +58,6 @@ private:
     void update(ObObserver<BgJobTag> const* observer, ObHints const& hints) override;
     void jobUpdated(JobUpdateCbParams const& update);
     void submit(RCShdPtr<BgJob> const& job, BgWorkers& group, BgAfter const* after);
-    bool isUiJob(BgJob const& job) const noexcept;
     void waitForAll(Vector<RCShdPtr<BgJob>> const& jobs, LkDeadline::Time deadline, WhenEnded const& whenEnded);
     void stopObserving(BgJob& job);
     void remove(RCShdPtr<BgJob> const& job) noexcept;

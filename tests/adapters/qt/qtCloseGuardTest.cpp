@@ -65,18 +65,23 @@ TEST_F(QtCloseGuardTest, StaysOpenWhereAQuestionIsRefusedOrFails) {
 
 TEST_F(QtCloseGuardTest, WaitsForJobsWhileTheWindowGoesOn) {
     GatedJob job;
+    GatedJob uiJob; // not asked about
     BgManager::getInstance().addJob(job.job);
+    BgManager::getInstance().addUiJob(uiJob.job, 1);
     job.started.wait();
+    uiJob.started.wait();
     guard->setJobsQuestion([](QStringList const& names) { return names == QStringList{"test job"}; });
     window.close();
     window.close(); // once more, impatiently
     ASSERT_TRUE(guard->isClosing());
-    EXPECT_EQ(waiting.size(), 1);
+    ASSERT_EQ(waiting.size(), 1);
+    EXPECT_EQ(waiting.front().front().toStringList(), QStringList{"test job"});
     bool isAlive = false;
     QTimer::singleShot(0, [&] { isAlive = true; });
     ASSERT_TRUE(runUntil([&] { return isAlive; }));
     EXPECT_TRUE(window.isVisible());
     job.letGo();
+    uiJob.letGo();
     EXPECT_TRUE(awaitClosed());
     EXPECT_TRUE(closing.front().front().toStringList().isEmpty());
 }

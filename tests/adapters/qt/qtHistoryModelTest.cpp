@@ -27,6 +27,12 @@ public:
     }
 };
 
+class NamelessCommand : public RecordingCommand {
+public:
+    using RecordingCommand::RecordingCommand;
+    LiString getDescription() const override { throw std::runtime_error("no name"); }
+};
+
 class QtHistoryModelTest : public testing::Test {
 protected:
     void log(std::string const& name) { stack->executeAndLog(RecordingCommand::create(name, journal)); }
@@ -178,6 +184,17 @@ TEST_F(QtHistoryModelTest, NamesTheFailureOfACommand) {
     ASSERT_EQ(failures.size(), 1);
     EXPECT_TRUE(failures.front().front().toString().contains("the disk is full"));
     EXPECT_EQ(shown(), history(*stack));
+}
+
+TEST_F(QtHistoryModelTest, ShowsACommandThatCannotDescribeItself) {
+    log("a");
+    stack->executeAndLog(RCShdPtr<NamelessCommand>::create("b", journal));
+    EXPECT_EQ(model.index(2).data().toString().toStdString(), "no name");
+    model.setStack(stack);
+    EXPECT_EQ(model.rowCount(), 3);
+    EXPECT_EQ(model.index(2).data().toString().toStdString(), "no name");
+    model.undo();
+    EXPECT_EQ(model.getCurrentRow(), 1);
 }
 
 TEST_F(QtHistoryModelTest, FollowsAnotherDocument) {

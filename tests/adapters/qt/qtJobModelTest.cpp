@@ -132,6 +132,21 @@ TEST_F(QtJobModelTest, StopsPrograms) {
     EXPECT_TRUE(awaitState(*job, State::Stopped));
 }
 
+TEST_F(QtJobModelTest, ListsUserInterfaceJobsOnlyWhereTheyAreWanted) {
+    auto const job = addEndless();
+    auto const uiJob = FunctionProtocol::createJob([](FunctionProtocol& self) {
+        while (self.continueExecution())
+            std::this_thread::yield();
+    });
+    BgManager::getInstance().addUiJob(uiJob, 1);
+    QtJobModel const late;
+    QtJobModel const all(nullptr, BgFollow::JobsAndUiJobs);
+    EXPECT_EQ(late.getRow(*job), 0);
+    EXPECT_EQ(late.getRow(*uiJob), -1);
+    EXPECT_EQ(all.rowCount(), 2);
+    EXPECT_TRUE(runUntil([&] { return model.rowCount() == 1; }));
+}
+
 TEST_F(QtJobModelTest, ListsTheJobsOfTheManagerWhateverTheyDo) {
     for (int number = 0; number < 200; ++number) {
         add([number](FunctionProtocol& self) {

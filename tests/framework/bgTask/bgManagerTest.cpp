@@ -79,6 +79,7 @@ TEST_F(BgManagerTest, ObservesJobsButNotUserInterfaceJobs) {
     EXPECT_EQ("new ", hints.take());
     auto const uiJob = manager.addUiJob(FunctionProtocol::create(), 1);
     EXPECT_EQ((List<RCShdPtr<BgJob>>{job, uiJob}), manager.getJobs());
+    EXPECT_TRUE(manager.isUiJob(*uiJob) && !manager.isUiJob(*job) && !manager.isUiJob(*FunctionProtocol::createJob()));
     waitFor(uiJob);
     waitFor(job);
     manager.stopAndDeleteJob(uiJob);

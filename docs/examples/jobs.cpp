@@ -6,6 +6,7 @@
 #include "resmgt/msgServer.h"
 
 #include <iostream>
+#include <thread>
 #include <vector>
 
 using namespace Ko;
@@ -120,6 +121,28 @@ void publish() {
     runToTheEnd(*third);
 }
 
+/// Has a picture rendered on another machine, for which a thread stands here.
+class RenderRemotely : public BgJobProtocol {
+public:
+    explicit RenderRemotely(std::jthread& machine) : BgJobProtocol("Render remotely", "render"), _machine(machine) {}
+    void execute() override {
+        _machine = std::jthread([completion = leaveWorker()]() mutable {
+            // ... the work ...
+            completion.complete();
+        });
+    }
+
+private:
+    std::jthread& _machine;
+};
+
+void renderRemotely() {
+    std::jthread machine;
+    auto const job = BgManager::getInstance().addJob(std::make_unique<RenderRemotely>(machine));
+    runToTheEnd(*job);
+    std::cout << "  " << job->getState()->state() << '\n';
+}
+
 void close() {
     BgManager& manager = BgManager::getInstance();
     auto const listen = manager.addJob(std::make_unique<Listen>());
@@ -147,6 +170,8 @@ int main(int argc, char** argv) {
     importFiles();
     std::cout << "Publish:\n";
     publish();
+    std::cout << "Render remotely:\n";
+    renderRemotely();
     std::cout << "Close:\n";
     close();
 }

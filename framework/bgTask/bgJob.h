@@ -3,6 +3,7 @@
 #include "base/exBase.h"
 #include "base/lkLock.h"
 #include "base/oPtr.h"
+#include "framework/bgTask/bgCompletion.h"
 #include "framework/bgTask/bgJobProtocol.h"
 #include "framework/bgTask/bgJobState.h"
 #include "framework/bgTask/bgJobStatistics.h"
@@ -117,6 +118,7 @@ public:
 
 private:
     friend class RCShdPtr<BgJob>;
+    friend class BgCompletion;
     friend class BgManagerImp;
     friend class BgJobProtocol;
     friend class BgOrder;
@@ -128,6 +130,11 @@ private:
 
     template <class MayChange>
     bool changeStateIf(MayChange mayChange, BgJobState const* state);
+    template <class Step>
+    void failIfThrown(Step step) noexcept;
+    BgCompletion leaveWorker();
+    void endElsewhere(std::exception_ptr const& error) noexcept;
+    void recordEnd();
     float getProgress() const;
     bool addPending(BgJobHintChangeState::JobState_t state);
     bool takePending(BgJobHintChangeState::JobState_t& state) noexcept;
@@ -178,7 +185,7 @@ private:
     LiDate _started;
     LiDate _ended;
 
-    // How many threads execute the job, and how many are inside another function of the protocol.
+    // How many threads execute the job, with what runs elsewhere, and how many are inside another function of the protocol.
     int _executions = 0;
     int _uses = 0;
     bool _startedSet = false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/lkLock.h"
+#include "framework/bgTask/bgCompletion.h"
 #include "framework/bgTask/bgJobReport.h"
 #include "framework/bgTask/bgProgressReport.h"
 #include "framework/frameworkApi.h"
@@ -70,6 +71,11 @@ protected:
     [[nodiscard]] bool continueExecution() const;
     /// The same without the wait, for code that holds a lock.
     [[nodiscard]] bool mayContinue() const;
+    /// Lets the work go on without a worker: `execute()`, which calls this at most once, returns, and the job ends by the
+    /// completion. An exception that `execute()` throws afterwards makes the job fail at once.
+    /// @returns empty where no job executes the protocol: then `execute()` does the whole work.
+    /// @throws ExAssertionFailed outside `execute()`.
+    [[nodiscard]] BgCompletion leaveWorker();
     /// Reports progress. `execute()` calls it regularly, and with `done == total` at the end, which is what makes the job
     /// record the time of its end. (0, 0) means unknown: `progress()` is NaN then, and observers are not notified.
     void reportProgress(int done, int total) const;
@@ -92,7 +98,10 @@ protected:
 
 private:
     friend class BgJob;
+    friend class BgJobWaiting;
 
+    // Whether `execute()` has left its worker.
+    bool isElsewhere() const noexcept { return _flags.load(std::memory_order_relaxed) & Elsewhere; }
     // Prepares the next `start()`, which then keeps the effect of a later `stop()`.
     void prepareStart() noexcept;
     void keepResult(std::shared_ptr<void> result, std::type_info const& type) const;
@@ -112,8 +121,9 @@ private:
     // The job takes the names over when it deletes the protocol.
     Names const* _names = &_ownNames;
     // Continues: not stopped. Prepared: a Busy job can be stopped just before it calls `start()`, which must not undo the stop.
-    // Held: `continueExecution()` waits. Acquire and release: a protocol that stops sees what preceded the stop.
-    enum Flags : unsigned { Continues = 1, Prepared = 2, Held = 4 };
+    // Held: `continueExecution()` waits. Elsewhere: the worker was left. Acquire and release: a protocol that stops sees what
+    // preceded the stop.
+    enum Flags : unsigned { Continues = 1, Prepared = 2, Held = 4, Elsewhere = 8 };
     std::atomic<unsigned> _flags{Continues};
     // Guards the wait, and the condition, which is made by the first pause.
     mutable LkLock _continueLock{"Continue lock"};

@@ -81,6 +81,8 @@ public:
 /// The protocol executes.
 class KO_FRAMEWORK_API BgJobBusy final : public BgJobState, public InSingleton<BgJobBusy> {
 public:
+    /// Ends a job whose protocol has done its work: Complete, or Stopped if it was asked to end.
+    static void end(BgJobBase* job);
     void stop(BgJobBase* job) const override;
     LiString state() const override;
     BgJobHintChangeState::JobState_t getHintValue() const noexcept override;

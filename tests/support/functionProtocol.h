@@ -18,6 +18,7 @@ public:
     void execute() override { _function(*this); }
 
     using BgJobProtocol::continueExecution;
+    using BgJobProtocol::leaveWorker;
     using BgJobProtocol::reportMessage;
     using BgJobProtocol::reportPhase;
     using BgJobProtocol::reportProgress;

@@ -46,24 +46,54 @@ BgJob::~BgJob() {
 
 void BgJob::execute() {
     Use const use(*this, Use::Purpose::Execution);
-    if (use.mayExecute()) {
-        try {
-            runProtocol();
-        } catch (ExBase const& error) {
-            fail(&error, "");
-        } catch (std::exception const& error) {
-            fail(nullptr, error.what());
-        } catch (...) {
-            fail(nullptr, "an exception of an unknown type");
-        }
-    }
+    if (use.mayExecute()) failIfThrown([this] { runProtocol(); });
     StatMgr::flushStatistics();
+}
+
+template <class Step>
+void BgJob::failIfThrown(Step step) noexcept {
+    try {
+        step();
+    } catch (ExBase const& error) {
+        fail(&error, "");
+    } catch (std::exception const& error) {
+        fail(nullptr, error.what());
+    } catch (...) {
+        fail(nullptr, "an exception of an unknown type");
+    }
 }
 
 void BgJob::runProtocol() {
     setOnce(_started, _startedSet);
     getState()->start(this);
+    if (!_protocol->isElsewhere()) recordEnd();
+}
+
+void BgJob::recordEnd() {
     if (isWhole(_protocol->progress())) setOnce(_ended, _endedSet);
+}
+
+// Counts as one more execution until the end.
+BgCompletion BgJob::leaveWorker() {
+    source.require(Use::isExecuting(*this), "Use::isExecuting(*this)");
+    RCShdPtr<BgJob> self(this);
+    std::lock_guard const guard(_lock);
+    ++_executions;
+    return BgCompletion(std::move(self));
+}
+
+// The job may be used up after this: the caller shares it.
+void BgJob::endElsewhere(std::exception_ptr const& error) noexcept {
+    {
+        Use const use(*this, Use::Purpose::Execution);
+        failIfThrown([&] {
+            if (error) std::rethrow_exception(error);
+            BgJobBusy::end(this);
+            recordEnd();
+        });
+    }
+    std::lock_guard const guard(_lock);
+    if (--_executions == 0) _endOfJob.set();
 }
 
 void BgJob::stop() {
@@ -226,7 +256,10 @@ void BgJob::fail(ExBase const* error, char const* reason) noexcept {
         else
             annex().reason = reason;
     });
-    failure.capture([this] { setState(&BgJobFailed::getInstance()); });
+    auto const isRunning = [](BgJobState const* state) {
+        return state->getHintValue() < BgJobHintChangeState::Stopped;
+    };
+    failure.capture([&] { changeStateIf(isRunning, &BgJobFailed::getInstance()); });
     failure.log();
 }
 

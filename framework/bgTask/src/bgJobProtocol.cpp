@@ -15,7 +15,7 @@ BgJobProtocol::BgJobProtocol(LiString const& name, LiString const& type) : _ownN
 BgJobProtocol::~BgJobProtocol() = default;
 
 void BgJobProtocol::start() {
-    if (!(_flags.fetch_and(~Prepared, std::memory_order_acq_rel) & Prepared))
+    if (!(_flags.fetch_and(~(Prepared | Elsewhere), std::memory_order_acq_rel) & Prepared))
         _flags.fetch_or(Continues, std::memory_order_release);
     execute();
 }
@@ -49,6 +49,13 @@ bool BgJobProtocol::continueAfterPause() const {
 
 bool BgJobProtocol::mayContinue() const {
     return _flags.load(std::memory_order_acquire) & Continues;
+}
+
+BgCompletion BgJobProtocol::leaveWorker() {
+    if (!_job) return {};
+    BgCompletion completion = _job->leaveWorker();
+    _flags.fetch_or(Elsewhere, std::memory_order_relaxed);
+    return completion;
 }
 
 // A total of 0 gives an infinity or NaN. The job limits the values that its observers receive.

@@ -39,8 +39,7 @@ BgJobHintChangeState::JobState_t BgJobIdle::getHintValue() const noexcept {
 void BgJobWaiting::start(BgJobBase* job) const {
     if (!job->changeState(this, the<BgJobBusy>())) return;
     job->getProtocol()->start();
-    if (!job->changeState(the<BgJobBusy>(), the<BgJobComplete>()))
-        job->changeState(the<BgJobStopping>(), the<BgJobStopped>());
+    if (!job->getProtocol()->isElsewhere()) BgJobBusy::end(job);
 }
 void BgJobWaiting::stop(BgJobBase* job) const {
     // A worker may have started the job at this moment: it is Busy then.
@@ -53,6 +52,10 @@ BgJobHintChangeState::JobState_t BgJobWaiting::getHintValue() const noexcept {
     return BgJobHintChangeState::Waiting;
 }
 
+void BgJobBusy::end(BgJobBase* job) {
+    if (!job->changeState(the<BgJobBusy>(), the<BgJobComplete>()))
+        job->changeState(the<BgJobStopping>(), the<BgJobStopped>());
+}
 void BgJobBusy::stop(BgJobBase* job) const {
     if (job->changeState(this, the<BgJobStopping>())) job->getProtocol()->stop();
 }

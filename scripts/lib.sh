@@ -31,6 +31,8 @@ present() {
     cmake) has_cmake ;;
     ninja-build) has_program ninja ;;
     dpkg-dev) has_program dpkg-shlibdeps ;;
+    xvfb) has_program Xvfb ;;
+    imagemagick) has_program import && has_program convert ;;
     libgtest-dev) has_header gtest/gtest.h ;;
     libgmock-dev) has_header gmock/gmock.h ;;
     libpng-dev) has_header png.h ;;

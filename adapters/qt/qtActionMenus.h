@@ -56,7 +56,7 @@ public:
 
     /// Keeps a menu filled, from now on until it is destroyed. Its own entries stay before, and those that are added later come after.
     void fill(QMenu& menu, Filter const& filter = {});
-    /// Keeps a tool bar filled.
+    /// Keeps a tool bar filled. Its buttons are reached by the Tab key; those with sub-menus open them at once.
     void fill(QToolBar& bar, Filter const& filter = {});
     /// Opens a menu with the actions that are possible for the present targets. It deletes itself when it closes.
     /// @param place on the screen.

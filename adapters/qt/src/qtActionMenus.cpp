@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QMenu>
 #include <QToolBar>
+#include <QToolButton>
 #include <algorithm>
 
 namespace Ko {
@@ -22,6 +23,14 @@ QAction* addSeparator(QWidget& widget, QAction* before) {
     separator->setSeparator(true);
     widget.insertAction(before, separator);
     return separator;
+}
+
+// Bars take the focus from their buttons, and let those with a menu perform something beside it.
+void setUpButton(QToolBar const& bar, QAction* action) {
+    auto* const button = qobject_cast<QToolButton*>(bar.widgetForAction(action));
+    if (!button) return;
+    button->setFocusPolicy(Qt::TabFocus);
+    button->setPopupMode(QToolButton::InstantPopup);
 }
 
 } // namespace
@@ -278,6 +287,7 @@ void QtActionMenus::rebuild(Place& place) {
         if (!place.shown.isEmpty()) place.shown.append(addSeparator(*place.widget, place.end));
         for (QAction* const shown : section) {
             place.widget->insertAction(place.end, shown);
+            if (auto* const bar = qobject_cast<QToolBar*>(place.widget.data())) setUpButton(*bar, shown);
             place.shown.append(shown);
         }
     }

@@ -11,6 +11,8 @@
 #include "host/layerItem.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <utility>
 
 namespace compositor {
@@ -32,6 +34,13 @@ std::vector<Layer> layersNamed(Editor const& editor, std::vector<std::string> co
     std::ranges::transform(
         names, std::back_inserter(layers), [&](std::string const& name) { return editor.document().layer(name); });
     return layers;
+}
+
+// By the distance between two other places; at most to the limits of places.
+int movedBy(int place, int from, int to) {
+    using Limits = std::numeric_limits<int>;
+    std::int64_t const moved = std::int64_t{place} + to - from;
+    return static_cast<int>(std::clamp<std::int64_t>(moved, Limits::min(), Limits::max()));
 }
 
 /// The list of layers in a user interface: source and sink of drags.
@@ -120,13 +129,23 @@ void Gestures::add(RCShdPtr<DrCarrier> const& carrier, std::string const& descri
 }
 
 void Gestures::grab(std::string const& name) {
-    LayerId const id = _editor.document().layer(name).id;
-    _dragged = std::make_unique<Dragged>(_editor, id, "Drag " + name);
+    grab(std::vector{name});
+}
+
+void Gestures::grab(std::vector<std::string> const& names) {
+    std::vector<Layer> layers = layersNamed(_editor, names);
+    if (layers.empty()) throw InputError("no layer is dragged");
+    std::string const what = layers.size() == 1 ? names.front() : std::to_string(layers.size()) + " layers";
+    _dragged = std::make_unique<Dragged>(_editor, std::move(layers), "Drag " + what);
 }
 
 void Gestures::pull(Point to) {
-    Dragged const& layer = dragged();
-    layer.step.edit([&] { _editor.moveLayer(layer.id, to.x, to.y); });
+    Dragged const& drag = dragged();
+    PlacedPicture const& first = drag.layers.front().placed;
+    drag.step.edit([&] {
+        for (Layer const& layer : drag.layers)
+            _editor.moveLayer(layer.id, movedBy(layer.placed.x, first.x, to.x), movedBy(layer.placed.y, first.y, to.y));
+    });
 }
 
 void Gestures::release() {

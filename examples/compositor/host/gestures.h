@@ -39,7 +39,9 @@ public:
     /// Presses the mouse on a layer: begins a long transaction, to which all edits belong until `release` or `cancel`.
     /// @throws DocumentError when there is no such layer.
     void grab(std::string const& name);
-    /// Moves the layer that is dragged. @throws InputError when none is.
+    /// Presses the mouse on the first of these layers; the others are dragged along.
+    void grab(std::vector<std::string> const& names);
+    /// Moves the layer that is dragged to a place, and the others by the same distance. @throws InputError when none is.
     void pull(Point to);
     /// Ends the drag as one undo step.
     void release();
@@ -56,10 +58,11 @@ public:
 
 private:
     struct Dragged {
-        Dragged(Editor& editor, LayerId layer, std::string description)
-            : id(layer), step(editor, std::move(description)) {}
+        Dragged(Editor& editor, std::vector<Layer> grabbed, std::string description)
+            : layers(std::move(grabbed)), step(editor, std::move(description)) {}
 
-        LayerId id;
+        // As they were when they were grabbed.
+        std::vector<Layer> layers;
         LongStep step;
     };
 

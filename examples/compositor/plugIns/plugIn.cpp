@@ -51,8 +51,9 @@ Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Operator apply) {
         Layer const& layer = ref.editor->document().layer(ref.layer.id);
         ref.editor->setPicture(layer.id, apply(*layer.placed.picture, input), input.word() + " " + layer.name);
     };
+    Ko::ActInputKind const kind = verb.most > 0 ? Ko::ActInputKind::Text : Ko::ActInputKind::None;
     return std::make_unique<Edit<LayerRef>>(
-        Edit<LayerRef>::Place{"Operators", "", {.section = "Operators"}}, verb, whyNotEdited, run);
+        Edit<LayerRef>::Place{"Operators", "", {.section = "Operators", .inputKind = kind}}, verb, whyNotEdited, run);
 }
 
 Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Generator make) {
@@ -63,7 +64,8 @@ Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Generator make) {
     Verb const whole{verb.description, "a name, a width, a height" + (verb.most > 0 ? ", " + verb.arguments : ""),
         verb.fewest + 3, verb.most + 3};
     return std::make_unique<Edit<Editor*>>(
-        Edit<Editor*>::Place{"Generators", "", {.section = "Generators"}}, whole, [](Editor*) { return ""; }, run);
+        Edit<Editor*>::Place{"Generators", "", {.section = "Generators", .inputKind = Ko::ActInputKind::Text}}, whole,
+        [](Editor*) { return ""; }, run);
 }
 
 } // namespace compositor

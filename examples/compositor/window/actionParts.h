@@ -23,6 +23,10 @@ public:
 
     /// Adds menus for layers, operators and generators to the menu bar.
     void addMenus();
+    /// Adds the actions for layers to a tool bar.
+    void addTools(QToolBar& bar) {
+        _menus.fill(bar, {.groups = {"Compositor"}, .sections = {"Arrange", "Edit", "Look"}});
+    }
     /// Lets files and pictures of other programs be dropped on the canvas, and opens menus for layers.
     void connectParts(Canvas& canvas, LayersPanel& layers);
     void openPalette() { _palette->popUp(); }

@@ -1,6 +1,6 @@
 #include "window/appearance.h"
 
-#include <QApplication>
+#include <QFileInfo>
 #include <QPalette>
 #include <QSettings>
 #include <QStandardPaths>
@@ -16,18 +16,29 @@ bool isDark(QPalette const& palette) {
     return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
 }
 
+QStringList desktopSettings() {
+    QString const folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    return {folder + "/gtk-4.0/settings.ini", folder + "/gtk-3.0/settings.ini"};
+}
+
 // What GTK programs read, and desktops write.
 bool desktopPrefersDark() {
     QString const theme = qEnvironmentVariable("GTK_THEME");
     if (!theme.isEmpty()) return theme.endsWith("dark", Qt::CaseInsensitive);
-    QString const folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
-    for (char const* const version : {"gtk-4.0", "gtk-3.0"}) {
-        QSettings const settings(folder + "/" + version + "/settings.ini", QSettings::IniFormat);
+    for (QString const& path : desktopSettings()) {
+        QSettings const settings(path, QSettings::IniFormat);
         if (settings.value("Settings/gtk-application-prefer-dark-theme").toBool()) return true;
         if (settings.value("Settings/gtk-theme-name").toString().endsWith("dark", Qt::CaseInsensitive)) return true;
     }
     return false;
 }
+
+// Panels side by side, with lines as thin as possible between them.
+constexpr char const* styleSheet = "QMainWindow::separator { width: 4px; height: 4px; }"
+                                   "QStatusBar::item { border: none; }"
+                                   "QToolBar { border: none; padding: 2px 4px; spacing: 2px; }"
+                                   "QDockWidget { titlebar-close-icon: none; titlebar-normal-icon: none; }"
+                                   "QDockWidget::title { padding: 6px 8px; text-align: left; }";
 
 using Colours = std::initializer_list<std::pair<QPalette::ColorRole, QColor>>;
 
@@ -71,16 +82,39 @@ QPalette lightPalette() {
 
 } // namespace
 
-void applyAppearance(QApplication& application, Scheme scheme) {
-    bool const systemIsDark = isDark(QApplication::palette()) || desktopPrefersDark();
-    bool const wantsDark = scheme == Scheme::Dark || (scheme == Scheme::System && systemIsDark);
+Appearance::Appearance(QApplication& application, Scheme scheme)
+    : _application(application), _scheme(scheme), _paletteIsDark(isDark(QApplication::palette())) {
     QApplication::setStyle(QStyleFactory::create("Fusion"));
-    QApplication::setPalette(wantsDark ? darkPalette() : lightPalette());
-    // Panels side by side, with lines as thin as possible between them.
-    application.setStyleSheet("QMainWindow::separator { width: 4px; height: 4px; }"
-                              "QStatusBar::item { border: none; }"
-                              "QDockWidget { titlebar-close-icon: none; titlebar-normal-icon: none; }"
-                              "QDockWidget::title { padding: 6px 8px; text-align: left; }");
+    apply();
+    for (auto const change : {&QFileSystemWatcher::fileChanged, &QFileSystemWatcher::directoryChanged})
+        connect(&_desktop, change, this, [this] {
+            watch();
+            apply();
+        });
+    watch();
+}
+
+void Appearance::setScheme(Scheme scheme) {
+    _scheme = scheme;
+    apply();
+}
+
+void Appearance::apply() {
+    bool const systemIsDark = _paletteIsDark || desktopPrefersDark();
+    bool const wantsDark = _scheme == Scheme::Dark || (_scheme == Scheme::System && systemIsDark);
+    QPalette const palette = wantsDark ? darkPalette() : lightPalette();
+    if (palette == QApplication::palette()) return;
+    // A style sheet keeps widgets from taking over another palette, so it is taken off for the change.
+    _application.setStyleSheet({});
+    QApplication::setPalette(palette);
+    _application.setStyleSheet(styleSheet);
+}
+
+// The files are replaced when they change, which ends the watch of them, so their folders are watched too.
+void Appearance::watch() {
+    for (QString const& path : desktopSettings())
+        for (QString const& watched : {path, QFileInfo(path).path()})
+            if (QFileInfo::exists(watched)) _desktop.addPath(watched);
 }
 
 } // namespace compositor::window

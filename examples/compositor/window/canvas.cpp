@@ -48,6 +48,7 @@ void Canvas::showDocument(Document const& before) {
     bool const isResized = !(before.canvas() == _session.document().canvas());
     _tiles.show(_session.document(), _viewport.scale());
     if (isResized && _isFitted) return fit();
+    if (isResized) Q_EMIT viewChanged();
     _tiles.request(visible());
     updateCurrent();
     if (isResized) return update();
@@ -93,6 +94,17 @@ void Canvas::viewHasChanged() {
     updateCurrent();
     update();
     Q_EMIT zoomChanged(_viewport.zoom);
+    Q_EMIT viewChanged();
+}
+
+ScrollRange Canvas::scrollRange(Qt::Orientation direction) const {
+    return _viewport.range(direction, canvasSize(), deviceSize(), static_cast<int>(margin * devicePixelRatioF()));
+}
+
+void Canvas::scrollTo(Qt::Orientation direction, int value) {
+    QPointF const to(direction == Qt::Horizontal ? -value : _viewport.origin.x(),
+        direction == Qt::Vertical ? -value : _viewport.origin.y());
+    scrollBy(to - _viewport.origin);
 }
 
 bool Canvas::isCurrent() const {
@@ -145,6 +157,7 @@ void Canvas::resizeEvent(QResizeEvent* event) {
     if (_isFitted) return fit();
     _tiles.request(visible());
     updateCurrent();
+    Q_EMIT viewChanged();
 }
 
 void Canvas::mousePressEvent(QMouseEvent* event) {
@@ -166,7 +179,9 @@ void Canvas::press(QMouseEvent const& event) {
     }
     if (adds) return _session.toggle(layer->id);
     if (!_session.isSelected(layer->id)) _session.select({layer->id});
-    _press = Press{event.position(), layer->name, {layer->placed.x, layer->placed.y}};
+    _press = Press{event.position(), *layer, {layer->name}};
+    for (Layer const& other : _session.selected())
+        if (other.id != layer->id) _press->names.push_back(other.name);
 }
 
 void Canvas::mouseMoveEvent(QMouseEvent* event) {
@@ -179,23 +194,29 @@ void Canvas::mouseMoveEvent(QMouseEvent* event) {
     }
 }
 
-void Canvas::drag(Press const& press, QMouseEvent const& event) {
+void Canvas::drag(Press& press, QMouseEvent const& event) {
     QPointF const way = event.position() - press.onWidget;
     _session.attempt([&] {
         if (!isDragging()) {
             if (way.manhattanLength() < QApplication::startDragDistance()) return;
-            _session.gestures().grab(press.layer);
+            if (press.hasDragged) return;
+            press.hasDragged = true;
+            _session.gestures().grab(press.names);
             setCursor(Qt::SizeAllCursor);
         }
         QPoint const distance = (way * devicePixelRatioF() / _viewport.zoom).toPoint();
-        _session.gestures().pull({press.origin.x + distance.x(), press.origin.y + distance.y()});
+        _session.gestures().pull({press.layer.placed.x + distance.x(), press.layer.placed.y + distance.y()});
     });
 }
 
 void Canvas::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton && isDragging() && _press)
-        _session.attempt([this] { _session.gestures().release(); });
-    if (event->button() == Qt::LeftButton) _press.reset();
+    if (event->button() == Qt::LeftButton && _press) {
+        Press const press = *std::exchange(_press, std::nullopt);
+        if (isDragging())
+            _session.attempt([this] { _session.gestures().release(); });
+        else if (!press.hasDragged && press.names.size() > 1)
+            _session.select({press.layer.id});
+    }
     _panFrom.reset();
     _spaceIsDown ? setCursor(Qt::OpenHandCursor) : unsetCursor();
 }

@@ -13,8 +13,8 @@ namespace compositor::window {
 
 /// Shows the document and moves its layers.
 ///
-/// A click selects the highest visible layer under the pointer, dragging moves it, as one step of the history; Escape takes the drag
-/// back. The arrow keys nudge the selected layers, by ten pixels with Shift. The wheel scrolls, zooms with Ctrl; the middle button or
+/// A click selects the highest visible layer under the pointer; dragging moves it, or all selected layers if it is one of them, as one
+/// step of the history; Escape takes the drag back. The arrow keys nudge the selected layers, by ten pixels with Shift. The wheel scrolls, zooms with Ctrl; the middle button or
 /// the space bar moves the view. What the last frame shows wrongly is hatched when it stays so for longer than a moment.
 class Canvas : public QWidget {
     Q_OBJECT
@@ -31,12 +31,17 @@ public:
     [[nodiscard]] bool isDragging() const { return _session.gestures().isDragging(); }
     /// Takes the present drag back, if there is one.
     void cancelDrag();
+    [[nodiscard]] ScrollRange scrollRange(Qt::Orientation direction) const;
+    /// @param value in the range.
+    void scrollTo(Qt::Orientation direction, int value);
     /// The place of a point of the canvas on the widget.
     [[nodiscard]] QPointF placeOf(QPointF onCanvas) const;
     [[nodiscard]] QPointF canvasPointAt(QPointF onWidget) const;
 
 Q_SIGNALS:
     void zoomChanged(double zoom);
+    /// Another part of the canvas is visible, or its size has changed.
+    void viewChanged();
     /// The pointer is over a pixel of the canvas, which may lie outside of it.
     void pointerMoved(QPoint const& onCanvas);
     /// The last frame is complete, or no longer is.
@@ -58,8 +63,10 @@ protected:
 private:
     struct Press {
         QPointF onWidget;
-        std::string layer;
-        Gestures::Point origin;
+        Layer layer;
+        // All of these are dragged, the pressed one first.
+        std::vector<std::string> names;
+        bool hasDragged = false;
     };
 
     QSize canvasSize() const;
@@ -74,7 +81,7 @@ private:
     void viewHasChanged();
     void updateCurrent();
     void press(QMouseEvent const& event);
-    void drag(Press const& press, QMouseEvent const& event);
+    void drag(Press& press, QMouseEvent const& event);
     void scrollBy(QPointF device);
     bool nudge(QKeyEvent const& event);
     void paintDocument(QPainter& painter, QRectF const& exposed);

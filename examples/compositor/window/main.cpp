@@ -8,7 +8,9 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <algorithm>
 #include <iostream>
+#include <optional>
 #include <sstream>
 
 namespace {
@@ -16,7 +18,7 @@ namespace {
 using namespace compositor::window;
 
 struct Options {
-    Scheme scheme = Scheme::System;
+    std::optional<Scheme> scheme = {};
     bool measures = false;
     QString file;
     std::chrono::milliseconds pause{};
@@ -26,7 +28,7 @@ struct Options {
 Options parse(QApplication const& application) {
     QCommandLineParser parser;
     parser.addHelpOption();
-    QCommandLineOption const scheme("scheme", "Light or dark colours; those of the system by default.", "light|dark");
+    QCommandLineOption const scheme("scheme", "Light or dark colours; those chosen last by default.", "light|dark");
     QCommandLineOption const measure("measure", "Measure the frames of drags in a large document.");
     QCommandLineOption const pause("pause", "Milliseconds before each statement of a script.", "ms", "250");
     QCommandLineOption const quit("quit", "Quit at the end of the script.");
@@ -34,16 +36,15 @@ Options parse(QApplication const& application) {
     parser.addPositionalArgument("file", "A document, a picture, or a script that is played.", "[FILE]");
     parser.process(application);
     QString const wanted = parser.value(scheme);
-    return {wanted == "dark"    ? Scheme::Dark
-            : wanted == "light" ? Scheme::Light
-                                : Scheme::System,
+    return {wanted == "dark"    ? std::optional(Scheme::Dark)
+            : wanted == "light" ? std::optional(Scheme::Light)
+                                : std::nullopt,
         parser.isSet(measure), parser.positionalArguments().value(0),
         std::chrono::milliseconds(parser.value(pause).toInt()), parser.isSet(quit)};
 }
 
 int run(QApplication& application) {
     Options const options = parse(application);
-    applyAppearance(application, options.scheme);
     std::ostringstream faults;
     compositor::EditActions const actions;
     compositor::PlugIns const plugIns(faults);
@@ -51,11 +52,14 @@ int run(QApplication& application) {
     Ko::CmCommandStackGuard const active(editor.history());
     Ko::QtEventLoop events;
     QSettings settings;
+    auto const remembered = static_cast<Scheme>(std::clamp(settings.value("colours").toInt(), 0, 2));
+    Appearance appearance(application, options.scheme.value_or(remembered));
     int result = 0;
     {
         MainWindow window(editor, events, settings, Recovery::defaultFolder());
         for (QString const& line : QString::fromStdString(faults.str()).split('\n', Qt::SkipEmptyParts))
             window.messages().add(Ko::Msg::Severity::Warning, line);
+        window.offerColours(appearance);
         window.show();
         if (options.measures) {
             measureDrags(window, std::cout);

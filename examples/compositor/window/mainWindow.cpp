@@ -1,11 +1,15 @@
 #include "window/mainWindow.h"
 
+#include "window/canvasView.h"
+
 #include <QCloseEvent>
 #include <QDockWidget>
 #include <QListView>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QStyle>
+#include <QToolBar>
 #include <cmath>
 
 namespace compositor::window {
@@ -16,7 +20,8 @@ MainWindow::MainWindow(Editor& editor, Ko::QtEventLoop& events, QSettings& setti
       _canvas(new Canvas(_session, this)), _layers(new LayersPanel(_session, this)), _messages(new MessagesPanel(this)),
       _actions(new ActionParts(_session, _jobs, settings, *this)), _rendering(new QLabel(this)),
       _pointer(new QLabel(this)), _zoom(new QLabel(this)), _running(new QLabel(this)) {
-    setCentralWidget(_canvas);
+    setCentralWidget(new CanvasView(*_canvas, this));
+    addTools();
     addPanels();
     addMenus();
     addStatusLine();
@@ -57,6 +62,25 @@ void MainWindow::addPanels() {
     jobsPanel->raise();
     resizeDocks(_panels.mid(0, 3), {300, 220, 180}, Qt::Vertical);
     resizeDocks(_panels.mid(0, 1), {280}, Qt::Horizontal);
+}
+
+// Undo and redo keep the bar in its place where no layer is selected.
+void MainWindow::addTools() {
+    auto* const bar = addToolBar(tr("Tools"));
+    bar->setObjectName("Tools");
+    bar->setAccessibleName(tr("Tools"));
+    bar->setMovable(false);
+    QAction* const undo = _history.getUndoAction();
+    QAction* const redo = _history.getRedoAction();
+    // Their texts change with each step, and would move the other buttons.
+    undo->setIcon(QIcon::fromTheme("edit-undo", style()->standardIcon(QStyle::SP_ArrowBack)));
+    redo->setIcon(QIcon::fromTheme("edit-redo", style()->standardIcon(QStyle::SP_ArrowForward)));
+    for (QAction* const action : {undo, redo}) {
+        bar->addAction(action);
+        bar->widgetForAction(action)->setFocusPolicy(Qt::TabFocus);
+    }
+    bar->addSeparator();
+    _actions->addTools(*bar);
 }
 
 void MainWindow::addStatusLine() {

@@ -6,6 +6,7 @@
 #include "adapters/qt/qtJobDelegate.h"
 #include "adapters/qt/qtJobModel.h"
 #include "window/actionParts.h"
+#include "window/appearance.h"
 #include "window/canvas.h"
 #include "window/files.h"
 #include "window/jobStarter.h"
@@ -38,6 +39,8 @@ public:
     [[nodiscard]] ActionParts& actions() { return *_actions; }
     [[nodiscard]] Recovery& recovery() { return _recovery; }
     [[nodiscard]] Ko::QtCloseGuard& closeGuard() { return *_closeGuard; }
+    /// Adds a sub-menu for light and dark colours to the menu for the view; the choice is remembered.
+    void offerColours(Appearance& appearance);
     /// Offers the unsaved changes of a process that was killed. @returns whether some are recovered.
     bool offerRecovery();
     /// Plays a script; returns at its end. @returns whether there was no error.
@@ -49,6 +52,7 @@ protected:
 private:
     QDockWidget* addPanel(QString const& title, QWidget* content, Qt::DockWidgetArea area);
     void addPanels();
+    void addTools();
     void addMenus();
     void addFileMenu();
     void addEditMenu();
@@ -82,6 +86,7 @@ private:
     QLabel* _pointer;
     QLabel* _zoom;
     QLabel* _running;
+    QMenu* _viewMenu = nullptr;
     QList<QDockWidget*> _panels;
 };
 

@@ -2,6 +2,7 @@
 
 #include "host/actions.h"
 
+#include <QActionGroup>
 #include <QDockWidget>
 #include <QMenuBar>
 
@@ -75,7 +76,8 @@ void MainWindow::addEditMenu() {
 }
 
 void MainWindow::addViewMenu() {
-    Entries const view{*menuBar()->addMenu(tr("&View"))};
+    _viewMenu = menuBar()->addMenu(tr("&View"));
+    Entries const view{*_viewMenu};
     view.add(tr("Zoom &In"), QKeySequence::ZoomIn, [this] { _canvas->zoomBy(Viewport::zoomStep); });
     view.add(tr("Zoom &Out"), QKeySequence::ZoomOut, [this] { _canvas->zoomBy(1 / Viewport::zoomStep); });
     view.add(tr("&Actual Size"), tr("Ctrl+1"), [this] { _canvas->zoomTo(1.0); });
@@ -83,6 +85,21 @@ void MainWindow::addViewMenu() {
     view.menu.addSeparator();
     for (QDockWidget* const panel : _panels)
         view.menu.addAction(panel->toggleViewAction());
+}
+
+void MainWindow::offerColours(Appearance& appearance) {
+    Entries const colours{*_viewMenu->addMenu(tr("&Colours"))};
+    auto* const choice = new QActionGroup(this);
+    for (auto const& [name, scheme] : {std::pair(tr("Of the &System"), Scheme::System),
+             std::pair(tr("&Light"), Scheme::Light), std::pair(tr("&Dark"), Scheme::Dark)}) {
+        QAction* const entry = colours.add(name, {}, [this, &appearance, wanted = scheme] {
+            appearance.setScheme(wanted);
+            _settings.setValue("colours", static_cast<int>(wanted));
+        });
+        entry->setCheckable(true);
+        entry->setChecked(appearance.scheme() == scheme);
+        choice->addAction(entry);
+    }
 }
 
 void MainWindow::addHelpMenu() {

@@ -7,6 +7,14 @@
 
 namespace compositor::window {
 
+/// What a scroll bar shows of a view in one direction, in pixels of the device.
+struct ScrollRange {
+    int least;
+    int most;
+    int page;
+    int value;
+};
+
 /// Where the canvas lies on the screen: its size and its place, in pixels of the device. Widgets have pixels of their own, of which one
 /// is several of the device on displays with a high density.
 struct Viewport {
@@ -40,6 +48,16 @@ struct Viewport {
     void center(QSize canvas, QSize view) {
         origin =
             QPointF((view.width() - canvas.width() * zoom) / 2, (view.height() - canvas.height() * zoom) / 2).toPoint();
+    }
+    /// How far a view can be scrolled. All of the canvas and a margin can be shown; nothing is left to scroll where all is visible.
+    [[nodiscard]] ScrollRange range(Qt::Orientation direction, QSize canvas, QSize view, int margin) const {
+        bool const isAcross = direction == Qt::Horizontal;
+        int const page = isAcross ? view.width() : view.height();
+        int const begin = static_cast<int>(isAcross ? origin.x() : origin.y());
+        int const length = static_cast<int>((isAcross ? canvas.width() : canvas.height()) * zoom);
+        if (begin >= 0 && begin + length <= page) return {-begin, -begin, page, -begin};
+        auto const [least, most] = std::minmax(-margin, length + margin - page);
+        return {std::min(least, -begin), std::max(most, -begin), page, -begin};
     }
     /// The visible part of the scaled canvas.
     [[nodiscard]] QRect visible(QSize view) const {

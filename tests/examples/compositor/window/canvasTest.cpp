@@ -1,7 +1,9 @@
 #include "window/canvas.h"
 #include "tests/examples/compositor/window/windowTest.h"
 
+#include <map>
 #include <random>
+#include <set>
 
 namespace {
 
@@ -86,23 +88,133 @@ TEST_F(CanvasTest, IsStaleUntilAChangeIsRendered) {
     EXPECT_TRUE(window.canvas().isCurrent()) << "nothing that is visible has changed";
 }
 
-TEST_F(CanvasTest, KeepsTheSameDocumentThroughRandomGesturesAndUndo) {
+TEST_F(CanvasTest, DraggingOneOfSeveralSelectedLayersMovesAllInOneStep) {
+    window.session().select({id("front"), id("back")});
+    press(at(10, 10));
+    move(at(60, 40));
+    move(at(30, 50));
+    EXPECT_EQ(QPoint(20, 40), placeOf("back"));
+    EXPECT_EQ(QPoint(170, 140), placeOf("front"));
+    release(at(30, 50));
+    EXPECT_EQ(1, steps());
+    EXPECT_EQ("Drag 2 layers", editor.history()->getUndoText());
+    editor.history()->undo();
+    EXPECT_EQ(QPoint(0, 0), placeOf("back"));
+    EXPECT_EQ(QPoint(150, 100), placeOf("front"));
+    EXPECT_EQ(2u, window.session().selected().size());
+    press(at(10, 10));
+    EXPECT_EQ(2u, window.session().selected().size()) << "it may become a drag";
+    release(at(10, 10));
+    ASSERT_EQ(1u, window.session().selected().size());
+    EXPECT_EQ("back", window.session().selected().front().name);
+}
+
+/// What the gestures should do: layers that do not change their sizes, and the states that undo leads to.
+class Model {
+public:
+    using Places = std::map<std::string, QPoint>;
+    explicit Model(Places start) : _states{std::move(start)} {}
+
+    Places places() const { return _states[_current]; }
+    std::size_t steps() const { return _current; }
+    // The highest layer at a point; "front" is above "back".
+    std::string at(QPoint point) const {
+        for (char const* const name : {"front", "back"})
+            if (QRect(_states[_current].at(name), QSize(80, 60)).contains(point)) return name;
+        return {};
+    }
+    void press(QPoint point) {
+        std::string const hit = at(point);
+        if (hit.empty())
+            selected.clear();
+        else if (!selected.contains(hit))
+            selected = {hit};
+    }
+    void moveSelected(QPoint distance) {
+        if (selected.empty()) return;
+        Places next = places();
+        for (std::string const& name : selected)
+            next[name] += distance;
+        _states.resize(_current + 1);
+        _states.push_back(next);
+        ++_current;
+    }
+    void undo() { _current -= _current > 0; }
+    void redo() { _current += _current + 1 < _states.size(); }
+
+    std::set<std::string> selected;
+
+private:
+    std::vector<Places> _states;
+    std::size_t _current = 0;
+};
+
+class RandomGestures : public CanvasTest {
+public:
+    int number(int most) { return static_cast<int>(random() % static_cast<unsigned>(most)); }
+    QPoint point() { return {number(300), number(200)}; }
+    // The exact place, without rounding.
+    QPoint on(QPoint onCanvas) { return window.canvas().placeOf(onCanvas).toPoint(); }
+    Model::Places places() { return {{"back", placeOf("back")}, {"front", placeOf("front")}}; }
+    void select() {
+        model.selected.clear();
+        for (char const* const name : {"back", "front"})
+            if (number(2)) model.selected.insert(name);
+        std::vector<LayerId> ids;
+        for (std::string const& name : model.selected)
+            ids.push_back(id(name));
+        window.session().select(ids);
+    }
+    void drag() {
+        QPoint const from = point();
+        QPoint to = point();
+        if (to == from) to.rx() += 1;
+        bool const isHit = !model.at(from).empty(), isCancelled = number(3) == 0;
+        model.press(from);
+        press(on(from));
+        move(on(from + QPoint(50, 0)));
+        move(on(to));
+        if (isCancelled) key(Qt::Key_Escape);
+        release(on(to));
+        if (isHit && !isCancelled) model.moveSelected(to - from);
+    }
+    void click() {
+        QPoint const place = point();
+        std::string const hit = model.at(place);
+        model.selected = hit.empty() ? std::set<std::string>() : std::set{hit};
+        press(on(place));
+        release(on(place));
+    }
+    void undo() {
+        editor.history()->tryUndo();
+        model.undo();
+    }
+    void redo() {
+        editor.history()->tryRedo();
+        model.redo();
+    }
+
     unsigned const seed = std::random_device()();
-    std::mt19937 random(seed);
-    auto const number = [&](int most) { return static_cast<int>(random() % static_cast<unsigned>(most)); };
-    std::vector<Layer> const before = editor.document().layers();
-    for (int gesture = 0; gesture < 500; ++gesture) {
-        press(at(number(300), number(200)));
-        for (int moves = number(4); moves > 0; --moves)
-            move(at(number(300), number(200)));
-        if (number(3) == 0) key(Qt::Key_Escape);
-        release(at(number(300), number(200)));
-        if (number(4) == 0) key(Qt::Key_Right + number(2), number(2) ? Qt::ShiftModifier : Qt::NoModifier);
-        if (number(9) == 0) editor.history()->tryUndo();
+    std::mt19937 random{seed};
+    Model model{places()};
+};
+
+TEST_F(RandomGestures, DoWhatAModelDoes) {
+    using Gesture = void (RandomGestures::*)();
+    Gesture const gestures[] = {&RandomGestures::drag, &RandomGestures::drag, &RandomGestures::click,
+        &RandomGestures::select, &RandomGestures::undo, &RandomGestures::redo};
+    for (int step = 0; step < 500; ++step) {
+        (this->*gestures[number(6)])();
+        ASSERT_EQ(model.places(), places()) << "seed " << seed << ", step " << step;
+        ASSERT_EQ(model.steps(), static_cast<std::size_t>(steps())) << "seed " << seed << ", step " << step;
+        std::set<std::string> selected;
+        for (Layer const& layer : window.session().selected())
+            selected.insert(layer.name);
+        ASSERT_EQ(model.selected, selected) << "seed " << seed << ", step " << step;
     }
     while (editor.history()->canUndo())
         editor.history()->undo();
-    EXPECT_EQ(before, editor.document().layers()) << "seed " << seed;
+    EXPECT_EQ(QPoint(150, 100), placeOf("front"));
     EXPECT_EQ(QColor(200, 0, 0), shownAt(5, 5));
 }
 

@@ -37,6 +37,9 @@ else()
 endif()
 
 find_package(Threads REQUIRED)
+if(KO_SYSTEM STREQUAL "windows")
+  include(KoWindows)
+endif()
 
 # Compiler options of the project's own code; they are not exported to users.
 add_library(koOwnOptions INTERFACE)
@@ -54,8 +57,10 @@ if(KO_SANITIZE)
 endif()
 
 # Calls within a library are direct; calls to other libraries take one indirection.
-add_compile_options(-fno-semantic-interposition -fno-plt)
-add_link_options(-Wl,-z,now)
+if(KO_SYSTEM STREQUAL "posix")
+  add_compile_options(-fno-semantic-interposition -fno-plt)
+  add_link_options(-Wl,-z,now)
+endif()
 set(CMAKE_INTERPROCEDURAL_OPTIMIZATION_RELEASE ON)
 
 # ko_precompile(<target> <kind>): with KO_PRECOMPILE, all targets of a kind share one precompiled header. Sources include what
@@ -66,8 +71,8 @@ set(KO_PRECOMPILED_test ${KO_PRECOMPILED_library} <gtest/gtest.h> <gmock/gmock.h
 set(KO_PRECOMPILED_qtLibrary ${KO_PRECOMPILED_library} <QApplication> <QListView> <QPainter>)
 set(KO_PRECOMPILED_qtTest ${KO_PRECOMPILED_test} <QApplication> <QListView> <QPainter>)
 set(KO_PRECOMPILED_qtLibrary_LINK Qt6::Widgets)
-set(KO_PRECOMPILED_test_LINK GTest::gtest)
-set(KO_PRECOMPILED_qtTest_LINK GTest::gtest Qt6::Widgets)
+set(KO_PRECOMPILED_test_LINK GTest::gtest GTest::gmock)
+set(KO_PRECOMPILED_qtTest_LINK GTest::gtest GTest::gmock Qt6::Widgets)
 function(ko_precompile target kind)
   if(NOT KO_PRECOMPILE)
     return()
@@ -141,12 +146,20 @@ function(ko_shared_library target name)
   add_library(KO::${name} ALIAS ${target})
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:koOwnOptions> PUBLIC Threads::Threads)
-  # Link all neighbours, even those without a used symbol: loading them registers their packages.
-  target_link_options(${target} PRIVATE LINKER:--no-as-needed)
+  # Link all neighbours, even those without a used symbol: loading them registers their packages. The linker for Windows cannot
+  # be told so; there the packages themselves use a function of each neighbour's package.
+  # Of a template that a library instantiates, g++ exports for Windows no member that is defined in its class, and emits none in users.
+  if(KO_SYSTEM STREQUAL "posix")
+    target_link_options(${target} PRIVATE LINKER:--no-as-needed)
+  else()
+    target_link_options(${target} PRIVATE LINKER:--export-all-symbols)
+  endif()
   if(NOT KO_SANITIZE) # the sanitizers' functions are in the program, not in the library
     target_link_options(${target} PRIVATE LINKER:--no-undefined)
   endif()
   install(TARGETS ${target} EXPORT ${export}
+    RUNTIME COMPONENT ${runtime}
+    ARCHIVE COMPONENT ${development}
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${runtime} NAMELINK_COMPONENT ${development})
 endfunction()
 
@@ -189,15 +202,18 @@ function(ko_adapter name)
   install(FILES ${ROOM_PUBLIC_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ko/adapters/${name} COMPONENT ${name}Development)
 endfunction()
 
-# ko_test(<name> SOURCES ... [LIBRARIES ...] [QT] [CONCURRENT]): a GoogleTest program; every test runs in a process of its own.
+# ko_test(<name> SOURCES ... [POSIX_SOURCES ...] [WINDOWS_SOURCES ...] [LIBRARIES ...] [QT] [CONCURRENT]): a GoogleTest program; every test runs in a process of its own.
+# Headers that differ by system lie in tests/support/posix and tests/support/windows; KO_SUFFIX is the suffix of libraries.
 # CONCURRENT marks those that also run under ThreadSanitizer; the target "concurrent_tests" builds these only.
 if(KO_DEVELOPER)
   add_custom_target(concurrent_tests)
 endif()
 function(ko_test name)
-  cmake_parse_arguments(TEST "CONCURRENT;QT" "" "SOURCES;LIBRARIES" ${ARGN})
-  add_executable(${name} ${TEST_SOURCES})
-  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  cmake_parse_arguments(TEST "CONCURRENT;QT" "" "SOURCES;POSIX_SOURCES;WINDOWS_SOURCES;LIBRARIES" ${ARGN})
+  string(TOUPPER ${KO_SYSTEM} system)
+  add_executable(${name} ${TEST_SOURCES} ${TEST_${system}_SOURCES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/tests/support/${KO_SYSTEM})
+  target_compile_definitions(${name} PRIVATE KO_SUFFIX="${CMAKE_SHARED_LIBRARY_SUFFIX}")
   target_link_libraries(${name} PRIVATE koOwnOptions ${TEST_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
   set_target_properties(${name} PROPERTIES INTERPROCEDURAL_OPTIMIZATION_RELEASE OFF)
   if(TEST_QT)

@@ -46,6 +46,11 @@ function(ko_add_plugin name)
     endif()
     string(APPEND KO_PLUGIN_LINES "    \"${line}\\n\"\n")
   endforeach()
+  # Linkers for Windows keep all sections, and know no mark for that.
+  set(KO_PLUGIN_KEPT "gnu::used, gnu::retain")
+  if(WIN32)
+    set(KO_PLUGIN_KEPT "gnu::used")
+  endif()
   set(declaration ${CMAKE_CURRENT_BINARY_DIR}/${PLUGIN_TARGET}.declaration.cpp)
   configure_file(${CMAKE_CURRENT_FUNCTION_LIST_DIR}/koPlugIn.cpp.in ${declaration} @ONLY)
 

@@ -7,7 +7,7 @@ function group_of(path, name) {
     if (name ~ /^(bgProcess|osChildProcess|osResourceUse)/) return "programs"
     if (name ~ /^(osSharedLib|pim)/) return "plugins"
     if (name ~ /^(li|lg|msg|xml)/) return "text"
-    if (name ~ /^(os|env)/) return "files"
+    if (name ~ /^(os|env|utf8)/) return "files"
     if (name ~ /^(lk|mt|ev|sleeper|timer|piAppThread|piPython)/) return "threads"
     if (name ~ /^(ob|cb)/) return "observers"
     if (name ~ /^in[A-Z]/) return "start"

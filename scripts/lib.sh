@@ -45,6 +45,9 @@ present() {
     doxygen-awesome-css) [[ -e /usr/share/doxygen-awesome-css/doxygen-awesome.css ]] ;;
     libclang-rt-14-dev) [[ -e $(clang++-14 -print-file-name="libclang_rt.fuzzer-$(uname -m).a" 2>/dev/null) ]] ;;
     libbenchmark-dev) has_header benchmark/benchmark.h ;;
+    g++-mingw-w64-x86-64-posix) has_program x86_64-w64-mingw32-g++-posix ;;
+    wine64) [[ -x /usr/lib/wine/wine64 ]] ;;
+    googletest) [[ -e /usr/src/googletest/CMakeLists.txt ]] ;;
     *) has_program "$1" ;;
     esac
 }

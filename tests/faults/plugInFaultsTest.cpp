@@ -85,7 +85,7 @@ TEST_F(PlugInFaults, TheFrameworkStartsOrSaysWhyNot) {
 }
 
 TEST_F(PlugInFaults, TheFrameworkEndsWithoutMemory) {
-    OsFilePath const path = folder.add("blur.op.so");
+    OsFilePath const path = folder.add("blur.op" KO_SUFFIX);
     tryAllFaultsInCopies("finalize", [&](FaultyAttempt& attempt) {
         InInitMgr::initialize();
         load(path);
@@ -97,7 +97,7 @@ TEST_F(PlugInFaults, TheFrameworkEndsWithoutMemory) {
 
 // A plug-in that failed is not initialised, and the next one is loaded as usual.
 TEST_F(PlugInFaults, APlugInIsLoadedOrNothingOfItIsLeft) {
-    OsFilePath const path = folder.add("blur.op.so"), next = folder.add("grade.op.so");
+    OsFilePath const path = folder.add("blur.op" KO_SUFFIX), next = folder.add("grade.op" KO_SUFFIX);
     tryAllFaultsInCopies("loadPlugIn", [&](FaultyAttempt& attempt) {
         InInitMgr::initialize();
         bool const isDone = attempt([&] { load(path); });
@@ -114,7 +114,7 @@ TEST_F(PlugInFaults, APlugInIsLoadedOrNothingOfItIsLeft) {
 }
 
 TEST_F(PlugInFaults, ALibraryThatAPlugInNeededIsThereForTheNextOne) {
-    OsFilePath const path = folder.add("first.op.so"), next = folder.add("second.op.so");
+    OsFilePath const path = folder.add("first.op" KO_SUFFIX), next = folder.add("second.op" KO_SUFFIX);
     tryAllFaultsInCopies("loadPlugIn that needs a library", [&](FaultyAttempt& attempt) {
         InInitMgr::initialize();
         attempt([&] { load(path); });
@@ -132,7 +132,7 @@ TEST_F(PlugInFaults, ALibraryThatAPlugInNeededIsThereForTheNextOne) {
 
 TEST_F(PlugInFaults, TheSearchPassesOnThatMemoryHasRunOut) {
     MsgProtocol::setHandler([](Msg const&) {});
-    for (char const* const name : {"blur.op.so", "failing.op.so", "grade.op.so"})
+    for (char const* const name : {"blur.op" KO_SUFFIX, "failing.op" KO_SUFFIX, "grade.op" KO_SUFFIX})
         folder.add(name);
     tryAllFaultsInCopies("loadType", [&](FaultyAttempt& attempt) {
         InInitMgr::initialize();
@@ -153,8 +153,8 @@ TEST_F(PlugInFaults, APlugInRunsOnlyAfterThoseThatItRequires) {
         std::string const declaration = "name=n\nversion=1\ntype=op\ninterface=framework 8.0\n" + lines;
         return folder.write(name, withSection(library, declarationOf(declaration))).string();
     };
-    write("required.op.so", "grade.op.so", "");
-    OsFilePath const path = write("a.op.so", "blur.op.so", "requires=required.op\n");
+    write("required.op" KO_SUFFIX, "grade.op" KO_SUFFIX, "");
+    OsFilePath const path = write("a.op" KO_SUFFIX, "blur.op" KO_SUFFIX, "requires=required.op\n");
     tryAllFaultsInCopies("load with a required plug-in", [&](FaultyAttempt& attempt) {
         InInitMgr::initialize();
         bool isPresent = false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "otherProcess.h"
 #include "resmgt/osChildProcess.h"
 #include "resmgt/osEnv.h"
 #include "tests/support/childCommand.h"
@@ -7,11 +8,8 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <iterator>
-#include <poll.h>
 #include <string>
 #include <string_view>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 namespace KoTest {
 
@@ -63,24 +61,6 @@ inline std::string outputOf(std::string const& steps) {
     EXPECT_TRUE(child.forget());
     return child.output;
 }
-
-/// Another process, safe against reuse of its number.
-class Process {
-public:
-    explicit Process(pid_t number) : _descriptor(static_cast<int>(syscall(SYS_pidfd_open, number, 0))) {}
-    ~Process() { ::close(_descriptor); }
-    Process(Process const&) = delete;
-    Process& operator=(Process const&) = delete;
-
-    bool exists() const { return syscall(SYS_pidfd_send_signal, _descriptor, 0, nullptr, 0) == 0; }
-    void awaitEnd() const {
-        pollfd process{_descriptor, POLLIN, 0};
-        EXPECT_EQ(1, ::poll(&process, 1, -1));
-    }
-
-private:
-    int _descriptor;
-};
 
 /// How many entries a folder has.
 inline std::ptrdiff_t countEntries(char const* folder) {

@@ -3,10 +3,10 @@
 #include "base/inInitMgr.h"
 #include "base/inPaths.h"
 #include "base/neverDestroyed.h"
+#include "base/src/environment.h"
 #include "base/src/inConfigurationFile.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace Ko {
 
@@ -26,8 +26,8 @@ std::string const* aliasOf(std::string const& argument, std::vector<std::string>
 }
 
 std::map<std::string, std::string> readKeys() {
-    char const* const named = std::getenv("KO_CONFIG_FILE");
-    return readConfigurationFile(named ? named : InPaths::getInstallDir() + "/koframework.conf", named != nullptr);
+    auto const named = readEnvironment("KO_CONFIG_FILE");
+    return readConfigurationFile(named ? *named : InPaths::getInstallDir() + "/koframework.conf", named.has_value());
 }
 
 } // namespace

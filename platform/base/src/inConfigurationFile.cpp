@@ -1,11 +1,11 @@
 #include "base/src/inConfigurationFile.h"
 
 #include "base/inInitMgr.h"
+#include "base/utf8Path.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string_view>
@@ -32,7 +32,7 @@ class Lines {
 public:
     explicit Lines(std::string const& path) : _path(path) {
         errno = 0;
-        _file.open(path);
+        _file.open(toPath(path));
         if (!_file) failToRead(path, messageOf(errno));
     }
 
@@ -108,7 +108,7 @@ std::optional<std::pair<std::string, std::string>> assignmentIn(std::string_view
 
 bool isThere(std::string const& path) {
     std::error_code error;
-    auto const type = std::filesystem::status(path, error).type();
+    auto const type = std::filesystem::status(toPath(path), error).type();
     if (type == std::filesystem::file_type::directory) failToRead(path, messageOf(EISDIR));
     // Other errors, such as a missing permission, occur again when it is opened.
     return type != std::filesystem::file_type::not_found;

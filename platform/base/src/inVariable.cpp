@@ -1,9 +1,8 @@
 #include "base/inVariable.h"
 
 #include "base/inInitMgr.h"
+#include "base/src/environment.h"
 #include "base/src/inConfiguration.h"
-
-#include <cstdlib>
 
 namespace Ko {
 
@@ -16,10 +15,7 @@ void InVariableBase::resolve() {
     InConfiguration const& configuration = InConfiguration::getInstance();
     if (_value = configuration.findArgument(_argumentAliases); _value) return;
     for (std::string const& alias : _environmentAliases)
-        if (char const* const value = std::getenv(alias.c_str())) {
-            _value = value;
-            return;
-        }
+        if (_value = readEnvironment(alias); _value) return;
     _value = configuration.findKey(_key);
 }
 

@@ -93,10 +93,10 @@ TEST(PlugInsOfAHost, AreShownInATableWithTheReasonsOfThoseThatAreNotLoaded) {
     std::string const program = KO_COMPOSITOR, output = folder / "output";
     std::filesystem::path const home = std::filesystem::path(program).parent_path().parent_path();
     std::string const plugIns = (home / "plugins").string(), more = (folder / "more").string();
-    std::string const bad = folder.write("more/bad.op.so", "not a library").string();
-    folder.write("more/empty.gen.so", "");
-    std::filesystem::copy_file(home / "plugins/invert.op.so", folder / "more/invert.op.so");
-    std::filesystem::copy_file(home / "refusedPlugins/sharpen.op.so", folder / "more/sharpen.op.so");
+    std::string const bad = folder.write("more/bad.op" KO_SUFFIX, "not a library").string();
+    folder.write("more/empty.gen" KO_SUFFIX, "");
+    std::filesystem::copy_file(home / "plugins/invert.op" KO_SUFFIX, folder / "more/invert.op" KO_SUFFIX);
+    std::filesystem::copy_file(home / "refusedPlugins/sharpen.op" KO_SUFFIX, folder / "more/sharpen.op" KO_SUFFIX);
     std::string const script = folder.write("script.kos", "plugins\ndo \"Add Noise\" n 1 1 1\n").string();
     auto const run = [&](std::string const& argument) {
         std::string const command = "KO_PLUGINS_EXCLUDE=op=grade '" + program + "' 'plugins:" + plugIns + ":" + more +
@@ -111,18 +111,21 @@ TEST(PlugInsOfAHost, AreShownInATableWithTheReasonsOfThoseThatAreNotLoaded) {
         table.find(plugIns + "\n  file             type  name       version  interface                      state\n"))
         << table;
     std::string const interface = "framework 8.0, compositor ";
-    for (std::string const& line : std::vector<std::string>{"\n  grade.op.so      op    -          -        -          "
-                                                            "                    not loaded: is filtered out.\n",
-             "\n  noise.gen.so     gen   noise      8.0.0    " + interface + "1.0  loaded\n", "\n" + more + "\n  file",
-             "\n  bad.op.so      op    -        -        -                              failed: " + bad +
-                 ": file too short\n",
-             "\n  invert.op.so   op    -        -        -                              not loaded: has the file name "
-             "of " +
-                 plugIns + "/invert.op.so, which was loaded before.\n",
-             "\n  sharpen.op.so  op    sharpen  8.0.0    " + interface +
-                 "2.0  refused: it was built for compositor 2.0, and this application offers compositor 1.0\n",
-             "\n  empty.gen.so   gen   -        -        -                              not loaded: is a "
-             "directory or empty.\n"})
+    for (std::string const& line :
+        std::vector<std::string>{"\n  grade.op" KO_SUFFIX "      op    -          -        -          "
+                                 "                    not loaded: is filtered out.\n",
+            "\n  noise.gen" KO_SUFFIX "     gen   noise      8.0.0    " + interface + "1.0  loaded\n",
+            "\n" + more + "\n  file",
+            "\n  bad.op" KO_SUFFIX "      op    -        -        -                              failed: " + bad +
+                ": file too short\n",
+            "\n  invert.op" KO_SUFFIX
+            "   op    -        -        -                              not loaded: has the file name "
+            "of " +
+                plugIns + "/invert.op" KO_SUFFIX ", which was loaded before.\n",
+            "\n  sharpen.op" KO_SUFFIX "  op    sharpen  8.0.0    " + interface +
+                "2.0  refused: it was built for compositor 2.0, and this application offers compositor 1.0\n",
+            "\n  empty.gen" KO_SUFFIX "   gen   -        -        -                              not loaded: is a "
+            "directory or empty.\n"})
         EXPECT_THAT(table, HasSubstr(line));
 }
 

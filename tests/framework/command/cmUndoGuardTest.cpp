@@ -6,6 +6,7 @@
 #include "tests/support/childProcess.h"
 #include "tests/support/recordingCommand.h"
 #include "tests/support/thrown.h"
+#include "variables.h"
 
 #include <array>
 #include <cstdlib>
@@ -71,7 +72,7 @@ TEST_F(CmUndoGuardTest, EachKindExecutesAndCollectsAsItShould) {
 
 TEST_F(CmUndoGuardTest, RefusesNestedLongTransactionsWhereTheyAreDisallowed) {
     inChildProcess([this] {
-        ::setenv("KO_DISALLOW_LONG_TRANSITION_NESTING", "1", 1);
+        KoTest::setVariable("KO_DISALLOW_LONG_TRANSITION_NESTING", "1");
         perform("a", "Outer", BEGIN_TRANSITION);
         EXPECT_EQ("Nested long transitions are disallowed. [framework\\command\\src\\cmUndoGuard]",
             thrownBy<ExInternalError>([this] { perform("b", "Inner", BEGIN_TRANSITION); }));

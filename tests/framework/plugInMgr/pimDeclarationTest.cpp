@@ -78,12 +78,12 @@ TEST(PimDeclaration, KnowsInterfacesByNameAndTwoNumbers) {
 TEST(PimDeclaration, IsReadFromTheFileOfALibrary) {
     TemporaryFolder const folder;
     auto const read = [&](std::string const& file) {
-        return PimDeclaration::read(folder.write("x.so", file).string());
+        return PimDeclaration::read(folder.write("x" KO_SUFFIX, file).string());
     };
     EXPECT_EQ("blur", read(withSection(emptyLibrary(), declarationOf(good)))->name);
     EXPECT_FALSE(read(withSection(emptyLibrary(), declarationOf(good), ".koplugins")));
     EXPECT_FALSE(read("not a library"));
-    EXPECT_FALSE(PimDeclaration::read((folder / "missing.so").string()));
+    EXPECT_FALSE(PimDeclaration::read((folder / "missing" KO_SUFFIX).string()));
     EXPECT_THROW(read(withSection(emptyLibrary(), "x")), PimEx::ExRefused);
     EXPECT_THROW(read(withSection(emptyLibrary(), std::string(70000, 'x'))), OsSharedLibEx);
 }

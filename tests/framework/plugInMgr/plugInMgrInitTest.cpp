@@ -7,6 +7,7 @@
 #include "tests/support/logRecorder.h"
 #include "tests/support/messageRecorder.h"
 #include "tests/support/plugInFolder.h"
+#include "variables.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -57,11 +58,11 @@ TEST(PlugInMgrPackage, TakesThoseDirectoriesOfTheListThatExist) {
             for (char const* const file : {"one/x", "two/x", "file", "current/here/x"})
                 folder.write(file, "");
             std::filesystem::current_path(folder / "current");
-            ::setenv("KO_INSTALL_DIR", (folder / "").c_str(), 1);
+            KoTest::setVariable("KO_INSTALL_DIR", (folder / "").string());
             std::string list = row.list ? row.list : "";
             for (auto at = list.find('@'); at != std::string::npos; at = list.find('@'))
                 list.replace(at, 1, folder.path().getPath());
-            if (row.list) ::setenv("KO_PLUGINS_DIR", list.c_str(), 1);
+            if (row.list) KoTest::setVariable("KO_PLUGINS_DIR", list);
             MessageRecorder const messages;
             whileStarted({}, [&] {
                 std::filesystem::current_path("/");
@@ -76,7 +77,7 @@ TEST(PlugInMgrPackage, TakesDirectoriesFromTheCommandLineAndWarnsInWords) {
     inChildProcess([] {
         PlugInFolder const folder;
         folder.write("file", "");
-        ::setenv("KO_PLUGINS_DIR", "/not this one", 1);
+        KoTest::setVariable("KO_PLUGINS_DIR", "/not this one");
         MessageRecorder const messages;
         whileStarted({"plugins:" + folder.path().getPath() + ":/no/such:" + folder.path("file").getPath()},
             [&] { EXPECT_EQ((Vector<OsFilePath>{folder.path()}), PimUtils::getFilePaths()); });
@@ -95,18 +96,23 @@ struct Rules {
 
 // Further rules, compared with a model: tests/fuzz/plugInSettingsFuzz.cpp.
 TEST(PlugInMgrPackage, DecidesByItsRulesWhatIsLoaded) {
-    Names const all = {".io.so", "ajpx.io.so", "big.jp.io.so", "io.so", "jpeg.io.so", "jpeg.render.so", "tiff.io.so"};
+    Names const all = {".io" KO_SUFFIX, "ajpx.io" KO_SUFFIX, "big.jp.io" KO_SUFFIX, "io" KO_SUFFIX, "jpeg.io" KO_SUFFIX,
+        "jpeg.render" KO_SUFFIX, "tiff.io" KO_SUFFIX};
     for (Rules const& row : {Rules{"", "", all},
-             Rules{"io=jp", "", {"ajpx.io.so", "big.jp.io.so", "io.so", "jpeg.io.so", "jpeg.render.so"}},
-             Rules{"io=tif,,io=peg,gen=noise", "", {"io.so", "jpeg.io.so", "jpeg.render.so", "tiff.io.so"}},
-             Rules{"io=all,io=nothing", "", all}, Rules{"io=JPEG", "", {"io.so", "jpeg.render.so"}},
+             Rules{"io=jp", "",
+                 {"ajpx.io" KO_SUFFIX, "big.jp.io" KO_SUFFIX, "io" KO_SUFFIX, "jpeg.io" KO_SUFFIX,
+                     "jpeg.render" KO_SUFFIX}},
+             Rules{"io=tif,,io=peg,gen=noise", "",
+                 {"io" KO_SUFFIX, "jpeg.io" KO_SUFFIX, "jpeg.render" KO_SUFFIX, "tiff.io" KO_SUFFIX}},
+             Rules{"io=all,io=nothing", "", all}, Rules{"io=JPEG", "", {"io" KO_SUFFIX, "jpeg.render" KO_SUFFIX}},
              Rules{"io=,io,,=", "io,render=, io=jp,.io=all,io=jp=eg", all},
-             Rules{"io=all", "io=all,render=all", {"io.so"}},
-             Rules{"io=jp", "io=big,io=tiff", {"ajpx.io.so", "io.so", "jpeg.io.so", "jpeg.render.so"}}})
+             Rules{"io=all", "io=all,render=all", {"io" KO_SUFFIX}},
+             Rules{"io=jp", "io=big,io=tiff",
+                 {"ajpx.io" KO_SUFFIX, "io" KO_SUFFIX, "jpeg.io" KO_SUFFIX, "jpeg.render" KO_SUFFIX}}})
         inChildProcess([&row, &all] {
             PlugInFolder const folder;
             for (std::string const& name : all)
-                folder.add(name, "blur.op.so");
+                folder.add(name, "blur.op" KO_SUFFIX);
             Names arguments;
             if (!row.include.empty()) arguments.push_back("plugins_include:" + row.include);
             if (!row.exclude.empty()) arguments.push_back("plugins_exclude:" + row.exclude);
@@ -116,7 +122,8 @@ TEST(PlugInMgrPackage, DecidesByItsRulesWhatIsLoaded) {
                 Names names;
             } loaded;
             whileStarted(arguments, [&] {
-                int const count = PimUtils::loadWildcard(folder.path(), "*.so", InInitMgr::Reinitialization, loaded);
+                int const count =
+                    PimUtils::loadWildcard(folder.path(), "*" KO_SUFFIX, InInitMgr::Reinitialization, loaded);
                 EXPECT_EQ(static_cast<int>(row.left.size()), count);
             });
             EXPECT_EQ(row.left, loaded.names) << row.include << " without " << row.exclude;
@@ -141,8 +148,8 @@ private:
 TEST(PlugInMgrPackage, StartsWithoutAPlugInWhosePostInitialiseHookFails) {
     inChildProcess([] {
         PlugInFolder const folder;
-        std::string const path = folder.add("blur.op.so").getPath();
-        folder.add("grade.op.so");
+        std::string const path = folder.add("blur.op" KO_SUFFIX).getPath();
+        folder.add("grade.op" KO_SUFFIX);
         plugInActions()["*blur"] = [] { throw std::runtime_error("no licence"); };
         HostInit host(folder.path());
         MessageRecorder const messages;

@@ -4,6 +4,7 @@
 #include "resmgt/lgFirstError.h"
 #include "tests/support/childProcess.h"
 #include "tests/support/logRecorder.h"
+#include "variables.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -55,7 +56,7 @@ TEST(LgLevels, ReportsAMalformedRuleAndGoesOn) {
 
 TEST(LgLevels, ComeFromTheEnvironmentAndGoToStandardError) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    ::setenv("KO_LOG", "Testing.Environment:6", 1);
+    KoTest::setVariable("KO_LOG", "Testing.Environment:6");
     inChildProcess(
         [] {
             LgMinorGroup const group(testing_(), "Environment");
@@ -63,7 +64,7 @@ TEST(LgLevels, ComeFromTheEnvironmentAndGoToStandardError) {
             group.write(6, "shown");
         },
         "^\\[Testing.Environment:6\\] shown\n$");
-    ::unsetenv("KO_LOG");
+    KoTest::unsetVariable("KO_LOG");
 }
 
 struct FunctionSink : LgSink {

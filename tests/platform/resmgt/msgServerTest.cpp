@@ -2,6 +2,7 @@
 #include "tests/support/childProcess.h"
 #include "tests/support/logRecorder.h"
 #include "tests/support/temporaryFolder.h"
+#include "variables.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -16,7 +17,7 @@ using namespace KoTest;
 class MsgServerTest : public testing::Test {
 protected:
     MsgServerTest() {
-        ::setenv("KO_INSTALL_DIR", (folder / "").c_str(), 1);
+        KoTest::setVariable("KO_INSTALL_DIR", (folder / "").string());
         folder.write("messages/test.msg", "# messages\n"
                                           "\n"
                                           "MSG_PLAIN \"It works.\"\n"
@@ -28,7 +29,7 @@ protected:
                                           "MSG_ALONE\n"
                                           "MSG_LAST \"last\"");
     }
-    ~MsgServerTest() override { ::unsetenv("KO_INSTALL_DIR"); }
+    ~MsgServerTest() override { KoTest::unsetVariable("KO_INSTALL_DIR"); }
 
     TemporaryFolder folder;
 };

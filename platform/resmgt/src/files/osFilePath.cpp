@@ -1,11 +1,14 @@
 #include "resmgt/osFilePath.h"
 
+#include "resmgt/src/files/pathRoot.h"
+
 #include <algorithm>
 
 namespace Ko {
 
 OsFilePath::OsFilePath(LiString path) : _path(std::move(path)) {
-    while (_path.size() > 1 && isSeparator(_path.back()))
+    std::size_t const root = pathRootLength(_path);
+    while (_path.size() > root && isSeparator(_path.back()))
         _path.pop_back();
 }
 
@@ -42,7 +45,8 @@ OsFilePath operator+(OsFilePath const& directory, OsFilePath const& path) {
 
 std::string_view OsFilePath::name() const noexcept {
     auto const end = std::find_if(_path.rbegin(), _path.rend(), &isSeparator);
-    return std::string_view(_path).substr(static_cast<std::size_t>(_path.rend() - end));
+    return std::string_view(_path).substr(
+        std::max(static_cast<std::size_t>(_path.rend() - end), pathRootLength(_path)));
 }
 
 // The position in the file name; npos for a name without an extension, such as ".", ".." and ".profile".

@@ -25,9 +25,24 @@ std::u32string decoded(std::string_view text) {
     return result;
 }
 
+// Where wide characters have 16 bits, two of them stand for a character above U+FFFF.
+std::u32string decoded(std::wstring const& text) {
+    std::u32string result;
+    for (wchar_t const unit : text) {
+        auto const code = static_cast<char32_t>(unit);
+        bool const isSecond =
+            (code & 0xFFFFFC00) == 0xDC00 && !result.empty() && (result.back() & 0xFFFFFC00) == 0xD800;
+        if (isSecond)
+            result.back() = 0x10000 + ((result.back() & 0x3FF) << 10) + (code & 0x3FF);
+        else
+            result += code;
+    }
+    return result;
+}
+
 } // namespace
 
-OsWildcardFilter::OsWildcardFilter(std::wstring const& pattern) : _pattern(pattern.begin(), pattern.end()) {}
+OsWildcardFilter::OsWildcardFilter(std::wstring const& pattern) : _pattern(decoded(pattern)) {}
 OsWildcardFilter::OsWildcardFilter(LiString const& pattern) : _pattern(decoded(pattern)) {}
 
 // When a character does not match, only the last star has to match one more: the matches of earlier stars stay valid.

@@ -3,9 +3,9 @@
 #include "base/assertions.h"
 #include "base/neverDestroyed.h"
 #include "resmgt/lgPackageGroup.h"
+#include "resmgt/osEnv.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <iostream>
 #include <map>
 #include <mutex>
@@ -39,7 +39,7 @@ public:
 class Log {
 public:
     Log() {
-        if (char const* const assigned = std::getenv("KO_LOG")) addRules(assigned);
+        if (LiString assigned; OsEnv::getVariable("KO_LOG", assigned)) addRules(assigned);
     }
 
     void addRules(LiString const& text);

@@ -2,6 +2,7 @@
 
 #include "base/inPaths.h"
 #include "base/neverDestroyed.h"
+#include "base/utf8Path.h"
 #include "resmgt/lgFirstError.h"
 #include "resmgt/lgPackageGroup.h"
 
@@ -112,7 +113,7 @@ MsgServer& MsgServer::getInstance() {
 MsgServer::OpenCatalogue MsgServer::open(LiString const& catalogue) {
     LiString const path = InPaths::getInstallDir() + "/messages/" + catalogue;
     Texts texts;
-    std::ifstream file(path);
+    std::ifstream file(toPath(path));
     LiString line;
     for (int number = 1; std::getline(file, line); ++number) {
         auto const begin = line.find_first_not_of(blanks);

@@ -1,6 +1,7 @@
 #include "resmgt/src/posix/elfFile.h"
 
 #include "resmgt/src/posix/descriptor.h"
+#include "resmgt/src/programs/librarySection.h"
 
 #include <algorithm>
 #include <array>
@@ -197,7 +198,7 @@ std::optional<Sections> readSections(Bytes const& bytes) {
 
 } // namespace
 
-ElfSection readElfSection(OsFilePath const& path, LiString const& name, std::size_t limit) {
+LibrarySection readLibrarySection(OsFilePath const& path, LiString const& name, std::size_t limit) {
     Bytes const bytes(path);
     auto const sections = readSections(bytes);
     if (!sections) return {};
@@ -206,10 +207,10 @@ ElfSection readElfSection(OsFilePath const& path, LiString const& name, std::siz
         return section.sh_name < names.size() && names.substr(section.sh_name).starts_with(wanted);
     });
     if (found == sections->table.end()) return {};
-    if (found->sh_size > limit) return {ElfSection::State::TooLarge, {}};
+    if (found->sh_size > limit) return {LibrarySection::State::TooLarge, {}};
     auto content = readBytes(bytes, *found);
-    if (!content) return {ElfSection::State::Outside, {}};
-    return {ElfSection::State::Complete, *std::move(content)};
+    if (!content) return {LibrarySection::State::Outside, {}};
+    return {LibrarySection::State::Complete, *std::move(content)};
 }
 
 ElfFile readElfFile(OsFilePath const& path) {

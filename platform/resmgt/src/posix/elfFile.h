@@ -31,23 +31,4 @@ struct ElfFile {
 /// Reads the headers of a library, not its contents.
 [[nodiscard]] ElfFile readElfFile(OsFilePath const& path);
 
-/// A section of a library.
-struct ElfSection {
-    enum class State {
-        /// There is no section of that name, or no library for this system, or the file is cut off before its table of sections.
-        Missing,
-        /// It lies outside of the file.
-        Outside,
-        /// It is larger than the limit.
-        TooLarge,
-        Complete
-    };
-
-    State state = State::Missing;
-    LiString bytes;
-};
-
-/// Reads a section, with bounds as above. Allocates no more than the size of the file.
-[[nodiscard]] ElfSection readElfSection(OsFilePath const& path, LiString const& name, std::size_t limit);
-
 } // namespace Ko

@@ -1,5 +1,7 @@
 #include "resmgt/osFilePath.h"
 
+#include "resmgt/src/files/pathRoot.h"
+
 namespace Ko {
 
 char OsFilePath::getSeparator() noexcept {
@@ -20,6 +22,10 @@ bool OsFilePath::isAbsolute() const noexcept {
 
 int OsFilePath::compare(OsFilePath const& other) const noexcept {
     return _path.compare(other._path);
+}
+
+std::size_t pathRootLength(std::string_view path) noexcept {
+    return path.starts_with('/') ? 1 : 0;
 }
 
 } // namespace Ko

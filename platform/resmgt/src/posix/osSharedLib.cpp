@@ -42,22 +42,6 @@ OsSharedLib OsSharedLib::open(OsFilePath const& path) {
     return library;
 }
 
-std::optional<LiString> OsSharedLib::readSection(OsFilePath const& path, LiString const& name, std::size_t limit) {
-    if (path.hasZeroByte()) return std::nullopt;
-    ElfSection section = readElfSection(path, name, limit);
-    LiString const subject = path.getPath() + ": the section " + name;
-    switch (section.state) {
-    case ElfSection::State::Outside:
-        throw OsSharedLibEx(source, __LINE__, subject + " lies outside of the file");
-    case ElfSection::State::TooLarge:
-        throw OsSharedLibEx(source, __LINE__, subject + " is larger than " + std::to_string(limit) + " bytes");
-    case ElfSection::State::Complete:
-        return std::move(section.bytes);
-    default:
-        return std::nullopt;
-    }
-}
-
 void* OsSharedLib::getSymbol(LiString const& name) const {
     if (name.find('\0') != LiString::npos)
         throw OsSharedLibEx(source, __LINE__, _path.getPath() + ": the symbol's name contains a zero byte");

@@ -27,7 +27,7 @@ std::string reasonOf(OsFilePath const& path) {
 }
 
 TEST(OsSharedLib, StaysOpenWithoutAHandle) {
-    OsFilePath const path = (libraries / "answer.so").string();
+    OsFilePath const path = (libraries / "answer" KO_SUFFIX).string();
     auto const answer = answerOf(OsSharedLib::open(path));
     EXPECT_EQ(42, answer());
     OsSharedLib const again = OsSharedLib::open(path);
@@ -40,28 +40,30 @@ TEST(OsSharedLib, StaysOpenWithoutAHandle) {
 TEST(OsSharedLib, OpensABareNameInTheCurrentDirectoryAndNowhereElse) {
     inChildProcess([] {
         TemporaryFolder const folder;
-        std::filesystem::copy_file(libraries / "answer.so", folder / "bare.so");
+        std::filesystem::copy_file(libraries / "answer" KO_SUFFIX, folder / "bare" KO_SUFFIX);
         std::filesystem::current_path(folder / "");
-        EXPECT_EQ(42, answerOf(OsSharedLib::open("bare.so"))());
-        EXPECT_THROW(OsSharedLib::open("libc.so.6"), OsSharedLibEx);
+        EXPECT_EQ(42, answerOf(OsSharedLib::open("bare" KO_SUFFIX))());
+        EXPECT_THROW(OsSharedLib::open("libc" KO_SUFFIX ".6"), OsSharedLibEx);
     });
 }
 
 TEST(OsSharedLib, PassesOnWhatTheSystemSaysWithThePath) {
     TemporaryFolder const folder;
-    folder.write("text.so", std::string(1000, 'x'));
-    folder.write("short.so", "x");
-    folder.write("folder.so/file", "");
+    folder.write("text" KO_SUFFIX, std::string(1000, 'x'));
+    folder.write("short" KO_SUFFIX, "x");
+    folder.write("folder" KO_SUFFIX "/file", "");
     std::string const foreign("\x7F"
                               "ELF\x01\x01\x01",
         7); // of a 32-bit machine
-    folder.write("foreign.so", foreign + std::string(2000, '\0'));
-    std::filesystem::copy_file(libraries / "unresolved.op.so", folder / "unresolved.so");
-    std::filesystem::copy_file(libraries / "orphan.op.so", folder / "orphan.so");
-    for (auto const& [name, words] : std::vector<std::pair<std::string, char const*>>{{"text.so", "invalid ELF header"},
-             {"short.so", "file too short"}, {"folder.so", "directory"}, {"foreign.so", "wrong ELF class"},
-             {"missing.so", "No such file"}, {"unresolved.so", "koNobodyHasThis"},
-             {std::string("unresolved.so\0", 14), "zero byte"}, {"orphan.so", "libplugInAbsent.so: cannot open"}}) {
+    folder.write("foreign" KO_SUFFIX, foreign + std::string(2000, '\0'));
+    std::filesystem::copy_file(libraries / "unresolved.op" KO_SUFFIX, folder / "unresolved" KO_SUFFIX);
+    std::filesystem::copy_file(libraries / "orphan.op" KO_SUFFIX, folder / "orphan" KO_SUFFIX);
+    for (auto const& [name, words] :
+        std::vector<std::pair<std::string, char const*>>{{"text" KO_SUFFIX, "invalid ELF header"},
+            {"short" KO_SUFFIX, "file too short"}, {"folder" KO_SUFFIX, "directory"},
+            {"foreign" KO_SUFFIX, "wrong ELF class"}, {"missing" KO_SUFFIX, "No such file"},
+            {"unresolved" KO_SUFFIX, "koNobodyHasThis"}, {std::string("unresolved" KO_SUFFIX "\0", 14), "zero byte"},
+            {"orphan" KO_SUFFIX, "libplugInAbsent" KO_SUFFIX ": cannot open"}}) {
         std::string const path = (folder / name).string();
         std::string const reason = reasonOf(path);
         EXPECT_TRUE(reason.starts_with(path.c_str() + std::string(": "))) << reason;
@@ -72,11 +74,11 @@ TEST(OsSharedLib, PassesOnWhatTheSystemSaysWithThePath) {
 // A library that is cut off anywhere must not end the process.
 TEST(OsSharedLib, RefusesALibraryThatIsCutOff) {
     TemporaryFolder const folder;
-    auto const whole = std::filesystem::file_size(libraries / "answer.so");
+    auto const whole = std::filesystem::file_size(libraries / "answer" KO_SUFFIX);
     for (std::uintmax_t const size :
         std::initializer_list<std::uintmax_t>{whole - 1, whole / 2, 4096, 500, 64, 63, 4}) {
-        auto const path = folder / (std::to_string(size) + ".so");
-        std::filesystem::copy_file(libraries / "answer.so", path);
+        auto const path = folder / (std::to_string(size) + KO_SUFFIX);
+        std::filesystem::copy_file(libraries / "answer" KO_SUFFIX, path);
         std::filesystem::resize_file(path, size);
         EXPECT_TRUE(reasonOf(path.string()).starts_with(path.string() + ": ")) << size;
     }
@@ -90,13 +92,13 @@ TEST(OsSharedLib, NamesALibraryThatIsCutOffAmongThoseThatItNeeds) {
                 std::filesystem::copy_file(original, folder / name);
         return folder / name;
     };
-    for (std::string const opened : {"orphan.op.so", "grandOrphan.op.so"})
+    for (std::string const opened : {"orphan.op" KO_SUFFIX, "grandOrphan.op" KO_SUFFIX})
         for (double const part : {0.5, 0.99, 1.0})
             inChildProcess([&] {
                 TemporaryFolder const folder;
                 std::string const path = copy(folder, opened);
-                copy(folder, "libplugInOrphan.so");
-                auto const needed = copy(folder, "libplugInAbsent.so");
+                copy(folder, "libplugInOrphan" KO_SUFFIX);
+                auto const needed = copy(folder, "libplugInAbsent" KO_SUFFIX);
                 auto const whole = static_cast<double>(std::filesystem::file_size(needed));
                 std::filesystem::resize_file(needed, static_cast<std::uintmax_t>(part * whole));
                 if (part < 1.0)
@@ -147,12 +149,12 @@ TEST(OsSharedLib, RefusesALibraryWhoseHeadersLieOutsideOfIt) {
              Row{"damaged", [](Parts& parts) { parts.entry(DT_SYMTAB).d_un.d_ptr = far; }},
              Row{"damaged", [](Parts& parts) { parts.entry(DT_NEEDED).d_un.d_val = far / 2; }}})
         inChildProcess([&] {
-            std::ifstream original(libraries / "orphan.op.so", std::ios::binary);
+            std::ifstream original(libraries / "orphan.op" KO_SUFFIX, std::ios::binary);
             std::string file(std::istreambuf_iterator<char>(original), {});
             Parts parts(file);
             row.damage(parts);
             TemporaryFolder const folder;
-            std::string const path = folder.write("hostile.so", file);
+            std::string const path = folder.write("hostile" KO_SUFFIX, file);
             EXPECT_EQ(path + ": file is " + row.words, reasonOf(path));
         });
 }
@@ -160,7 +162,7 @@ TEST(OsSharedLib, RefusesALibraryWhoseHeadersLieOutsideOfIt) {
 // The content of the section ".text" of at most 7 bytes, or why there is none.
 std::string readText(std::string const& library) {
     TemporaryFolder const folder;
-    std::string const path = folder.write("x.so", library);
+    std::string const path = folder.write("x" KO_SUFFIX, library);
     std::string outcome = messageOf([&] {
         auto const content = OsSharedLib::readSection(path, ".text", 7);
         throw std::runtime_error(content ? *content : "no section");
@@ -202,9 +204,9 @@ TEST(OsSharedLib, ReadsASectionOnlyWhereItLiesInTheFile) {
         EXPECT_EQ(row.outcome, readText(file));
     }
     TemporaryFolder const folder;
-    EXPECT_FALSE(OsSharedLib::readSection((folder / "missing.so").string(), ".text", 7));
+    EXPECT_FALSE(OsSharedLib::readSection((folder / "missing" KO_SUFFIX).string(), ".text", 7));
     EXPECT_FALSE(OsSharedLib::readSection((folder / "").string(), ".text", 7));
-    EXPECT_TRUE(OsSharedLib::readSection((libraries / "answer.so").string(), ".dynamic", 10000));
+    EXPECT_TRUE(OsSharedLib::readSection((libraries / "answer" KO_SUFFIX).string(), ".dynamic", 10000));
 }
 
 } // namespace

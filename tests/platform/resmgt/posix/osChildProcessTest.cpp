@@ -29,17 +29,6 @@ TEST(OsChildProcess, SplitsItsCommandLineLikeAShell) {
         EXPECT_EQ(words, outputOf("arguments " + line));
 }
 
-TEST(OsChildProcess, ReadsEveryByteThatTheChildWrote) {
-    Child child(childCommand(R"(flood 3000000 50 floodErr 300000 2 out 'a\0b\r\nlast' err 'x\0' exit 3)"));
-    EXPECT_EQ(3, child.readToEnd());
-    EXPECT_EQ(3000000u + 9, child.output.size());
-    EXPECT_EQ(std::string("a\0b\r\nlast", 9), child.output.substr(3000000));
-    EXPECT_EQ(60000, std::count(child.output.begin(), child.output.begin() + 3000000, '\n'));
-    EXPECT_EQ(300000u + 2, child.error.size());
-    EXPECT_EQ(std::string("x\0", 2), child.error.substr(300000));
-    EXPECT_EQ(0u, child.countUnreadOutput());
-}
-
 TEST(OsChildProcess, StartsAgainWhenTheChildTruncatesItsOutput) {
     for (char const* const next : {"x", "FIRST\n", "longer than before"}) {
         NamedPipe pipe;
@@ -51,15 +40,6 @@ TEST(OsChildProcess, StartsAgainWhenTheChildTruncatesItsOutput) {
         EXPECT_EQ(0, child.readToEnd());
         EXPECT_EQ(std::string("first\n") + next, child.output);
     }
-}
-
-TEST(OsChildProcess, CountsUnreadOutput) {
-    Child child(childCommand("out 12345"));
-    for (int exitCode = OsChildProcess::stillActive; exitCode == OsChildProcess::stillActive; child.nap(forever))
-        ASSERT_TRUE(child.getExitCode(exitCode));
-    EXPECT_EQ(5u, child.countUnreadOutput());
-    EXPECT_EQ("1234", child.readOutput(4));
-    EXPECT_EQ(1u, child.countUnreadOutput());
 }
 
 TEST(OsChildProcess, ReportsTheExitCode) {
@@ -235,30 +215,6 @@ TEST(OsChildProcess, NeedsAFolderForItsOutput) {
         EXPECT_EQ(Launch::Started, child.launch(childCommand("pause"), {}));
         EXPECT_EQ(0, folder.entries());
     });
-}
-
-TEST(OsChildProcess, ReadsWhatIsWrittenToIt) {
-    std::string bytes(3000000, '\0');
-    for (std::size_t index = 0; index < bytes.size(); ++index)
-        bytes[index] = static_cast<char>(index * index / 7);
-    Child copies(childCommand("copyInput"));
-    EXPECT_EQ(bytes.size(), copies.feed(bytes));
-    copies.closeInput();
-    EXPECT_EQ(0, copies.readToEnd());
-    EXPECT_TRUE(copies.output == bytes);
-    EXPECT_EQ(std::nullopt, copies.writeInput("x"));
-
-    NamedPipe pipe;
-    Child slow(childCommand(pipe.await() + "readInput"));
-    std::size_t taken = 0;
-    while (std::size_t const count = slow.writeInput(bytes).value_or(0))
-        taken += count;
-    EXPECT_LT(taken, bytes.size()) << "a full pipe is not waited for";
-    slow.nap(0.1);
-    EXPECT_EQ(0u, slow.writeInput("x"));
-    pipe.release();
-    EXPECT_EQ(bytes.size(), slow.feed(bytes));
-    EXPECT_TRUE(slow.forget()) << "which ends the input";
 }
 
 TEST(OsChildProcess, MayCloseItsInputWithoutASignalHere) {

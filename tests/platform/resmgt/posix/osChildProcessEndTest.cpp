@@ -20,26 +20,6 @@ using namespace Ko;
 using namespace KoTest;
 using Launch = OsChildProcess::Launch;
 
-TEST(OsChildProcess, EndsANapByAnErrorItsEndOrItsDetachment) {
-    NamedPipe writes, ends;
-    Child child(childCommand(writes.await() + "err x closeErr" + ends.await()));
-    int exitCode = 0;
-    writes.release();
-    child.nap(forever);
-    child.readAll();
-    // Closing standard error may end one nap, but not every further one.
-    child.nap(0.2);
-    std::jthread const lets([&] { ends.release(); });
-    child.nap(forever);
-    EXPECT_TRUE(child.getExitCode(exitCode));
-    EXPECT_EQ(0, exitCode);
-    Child other(childCommand("readInput"));
-    other.wake();
-    other.nap(forever);
-    other.detach();
-    other.nap(forever);
-}
-
 TEST(OsChildProcess, LeavesNothingBehind) {
     inChildProcess([] {
         outputOf("");

@@ -65,7 +65,8 @@ public:
     }
     Ko::ActPresentation getPresentation(Item const& target, Item const&) const override {
         Ko::ActPresentation shown = _place.shown;
-        if (_verb.fewest > 0 && shown.inputKind == Ko::ActInputKind::None) shown.inputKind = Ko::ActInputKind::Other;
+        if (_verb.fewest > 0 && shown.inputKind == Ko::ActInputKind::None)
+            shown.inputKind = _state.options.empty() ? Ko::ActInputKind::Text : Ko::ActInputKind::Choice;
         shown.isCheckable = _state.isChecked != nullptr;
         if (!Ko::SnItemConvert<Target>::test(target)) return shown;
         Target const value = Ko::SnItemConvert<Target>::get(target);

@@ -64,8 +64,7 @@ Ko::OPtr<Ko::ActAction> makeAction(Verb const& verb, Generator make) {
     Verb const whole{verb.description, "a name, a width, a height" + (verb.most > 0 ? ", " + verb.arguments : ""),
         verb.fewest + 3, verb.most + 3};
     return std::make_unique<Edit<Editor*>>(
-        Edit<Editor*>::Place{"Generators", "", {.section = "Generators", .inputKind = Ko::ActInputKind::Text}}, whole,
-        [](Editor*) { return ""; }, run);
+        Edit<Editor*>::Place{"Generators", "", {.section = "Generators"}}, whole, [](Editor*) { return ""; }, run);
 }
 
 } // namespace compositor

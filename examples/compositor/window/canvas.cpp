@@ -211,7 +211,8 @@ void Canvas::drag(Press& press, QMouseEvent const& event) {
 
 void Canvas::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton && _press) {
-        Press const press = *std::exchange(_press, std::nullopt);
+        Press const press = std::move(*_press);
+        _press.reset();
         if (isDragging())
             _session.attempt([this] { _session.gestures().release(); });
         else if (!press.hasDragged && press.names.size() > 1)

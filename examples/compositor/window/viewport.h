@@ -56,7 +56,7 @@ struct Viewport {
         int const begin = static_cast<int>(isAcross ? origin.x() : origin.y());
         int const length = static_cast<int>((isAcross ? canvas.width() : canvas.height()) * zoom);
         if (begin >= 0 && begin + length <= page) return {-begin, -begin, page, -begin};
-        auto const [least, most] = std::minmax(-margin, length + margin - page);
+        auto const [least, most] = std::minmax({-margin, length + margin - page}); // copies
         return {std::min(least, -begin), std::max(most, -begin), page, -begin};
     }
     /// The visible part of the scaled canvas.
